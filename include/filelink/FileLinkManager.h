@@ -1,0 +1,68 @@
+#pragma once
+
+#include "filelink/Export.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <memory>
+
+namespace Halvern::FileLink {
+
+/// What a registration file says about a plug-in.
+struct PluginDescription
+{
+    /// Display name; may be empty.
+    QString name;
+    /// File name of the library, the plug-in's identity.
+    QString module;
+    /// "File Layout" or "File Link Resolver".
+    QString service;
+    /// Extensions without dots; "*" is every type.
+    QStringList fileTypes;
+    quint32 priority = 0;
+};
+
+/// The module's process-wide entry. The host initialises the module through it once, from the
+/// thread that starts the program, before it makes an importer.
+class FILELINK_EXPORT FileLinkManager
+{
+public:
+    /// Starts the platform services and makes the plug-in manager. Calls are counted.
+    static void Initialize();
+    /// Undoes it at the last call: plug-ins are unloaded, the services stop. An excess call is
+    /// ignored. No importer may be alive then.
+    static void Uninitialize();
+    /// Null while not initialised. Requires for every member: the instance is not null.
+    static FileLinkManager* GetInstance();
+
+    /// Folders searched for plug-in libraries. Given before the first use of a plug-in they replace
+    /// the default folders: that of the program and "SyncPlugins" in it.
+    void AddPluginSearchPaths(const QStringList& paths);
+    /// Folders searched for "*.syncplugin" files. Given before the first use of a plug-in they
+    /// replace the default folders; afterwards they have no effect.
+    void AddPluginRegistrationFolders(const QStringList& folders);
+    /// The registered plug-ins in registration order. Reads registration files when that has not
+    /// happened yet, but loads no library.
+    QList<PluginDescription> GetPlugins();
+    /// Loads the library of a registered plug-in and creates its service once. False with the
+    /// reason in `error` (may be null).
+    bool LoadPlugin(const QString& module, QString* error);
+    /// Unloads every plug-in library; they are loaded again on their next use. False when one
+    /// could not be unloaded.
+    bool UnloadAllPlugins();
+    /// Forgets what the current user copied earlier. Importers that are alive keep what they have
+    /// read.
+    bool DeleteFileCopyHistory();
+
+private:
+    struct Holder;
+    FileLinkManager();
+    ~FileLinkManager();
+    friend class ManagerAccess;
+
+    std::unique_ptr<Holder> m_holder;
+};
+
+} // namespace Halvern::FileLink

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "syncservices/Export.h"
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace Halvern::SyncServices {
+
+/// What the services need to know about the user and the machine. A host fills one in and passes it
+/// to FolderManager::Configure, or loads one from a settings file.
+struct SYNCSERVICES_EXPORT ServicesSettings
+{
+    /// Absolute path of the cloud cache folder; created when the services start.
+    QString cloudCacheFolder;
+    /// Absolute path of the SQLite file, or ":memory:".
+    QString databaseFile;
+    /// Where copies of replaced files go; empty: a folder beside the database.
+    QString baseStoreFolder;
+    /// Size limit of that folder in bytes; the oldest copies go first. 0 keeps no copies.
+    qint64 baseStoreLimit = qint64(1) << 30;
+    QString userName;
+    int authenticationConfigurationId = 1;
+    int productConfigurationId = 1;
+    QString sourceConsumerId;
+    bool loggedIn = true;
+    bool cloudCacheFolderSyncEnabled = true;
+    /// File types whose links are handled for files that already lie in the cloud cache folder;
+    /// empty means all.
+    QStringList supportedFileTypes;
+    /// Folder of the sync service's program; empty: the folder of the running program.
+    QString serviceFolder;
+    /// Root of cloud paths.
+    QString cloudRoot = QStringLiteral("/");
+
+    /// The settings file of the current user: below XDG_CONFIG_HOME, on Windows below the roaming
+    /// application data.
+    static QString DefaultFile();
+    /// What a new user gets: `Corsync` in the home folder, the database in the user's data folder.
+    static ServicesSettings Defaults();
+    /// Reads `file` (INI); values that are missing take their defaults. A file that does not exist
+    /// is written with the defaults. On failure `error` names file and reason, and the defaults
+    /// come back.
+    static ServicesSettings LoadOrCreate(const QString& file, QString* error);
+    /// False with `error` when the file could not be written.
+    bool Save(const QString& file, QString* error) const;
+};
+
+} // namespace Halvern::SyncServices

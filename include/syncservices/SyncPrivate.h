@@ -1,0 +1,19 @@
+#pragma once
+
+#include "syncservices/Export.h"
+
+#include <QtCore/QStringList>
+
+namespace Halvern::SyncServices {
+
+/// Facts about the signed-in user.
+class SYNCSERVICES_EXPORT SyncPrivate
+{
+public:
+    /// Id of the user's authentication configuration; -1 while the services are not initialised.
+    static int GetCurrentUserAuthenticationConfigurationId();
+    /// File types whose links are handled; empty means all.
+    static QStringList GetSupportedFileTypesForFileLinks();
+};
+
+} // namespace Halvern::SyncServices

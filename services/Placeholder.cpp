@@ -1,0 +1,1 @@
+#include "syncservices/FolderManager.h"
