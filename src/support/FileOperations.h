@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QtCore/QFile>
+#include <QtCore/QString>
+
+namespace Halvern::FileLink {
+
+// What differs between Windows and POSIX. Nothing here logs or throws.
+
+/// On POSIX, a path that begins with one "/"; never on Windows.
+bool IsPosixAbsolutePath(const QString& path);
+/// Path of the running program, from the system.
+QString GetExecutableFilePath();
+QString GetCommonAppDataPath();
+
+/// Windows: the read-only attribute is not set. POSIX: the owner may write (not access(), which
+/// says yes to root for everything). False for a file that does not exist.
+bool IsWritable(const QString& path);
+
+/// What ClearReadOnly changed.
+struct ReadOnlyState
+{
+    quint32 writeBits = 0;
+};
+
+/// Makes a file writable for an operation. Windows sets exactly `permissions`, which there decide
+/// the read-only attribute; POSIX adds the owner's write bit and touches nothing else.
+ReadOnlyState ClearReadOnly(const QString& path, QFile::Permissions permissions);
+/// Undoes it: Windows sets exactly `permissions`, POSIX the write bits that the file had.
+void RestoreReadOnly(const QString& path, ReadOnlyState state, QFile::Permissions permissions);
+
+/// Windows: sets the hidden attribute. POSIX: the name says it already.
+void HideFolder(const QString& path);
+
+/// True when another program holds the file. False for a file that does not exist, is read-only,
+/// or cannot be asked. The probe leaves times and attributes as they were.
+///
+/// POSIX: a write lock of another process (flock or fcntl), or a file that cannot be opened for
+/// append although its write bit is set.
+bool IsFileLocked(const QString& path);
+
+/// Copies a regular file's bytes, permissions and modification time to a name that does not exist
+/// yet; the name appears only when the copy is complete. Shares blocks where the file system can.
+/// The data is not flushed. False with `error`, and nothing left behind, on failure.
+[[nodiscard]] bool CopyFileBytes(const QString& source, const QString& target, QString* error);
+
+/// Waits until a file's data and its name are on the disk. False when the system refused.
+bool FlushToDisk(const QString& path);
+
+} // namespace Halvern::FileLink

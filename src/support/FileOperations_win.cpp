@@ -1,0 +1,116 @@
+#include "support/FileOperations.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <sys/utime.h>
+
+#include <windows.h>
+
+#include <shlobj.h>
+
+namespace Halvern::FileLink {
+
+namespace {
+
+constexpr int PathBuffer = 260;
+
+const wchar_t* Wide(const QString& text)
+{
+    return reinterpret_cast<const wchar_t*>(text.utf16());
+}
+
+} // namespace
+
+bool IsPosixAbsolutePath(const QString&)
+{
+    return false;
+}
+
+QString GetExecutableFilePath()
+{
+    wchar_t path[PathBuffer] = {};
+    ::GetModuleFileNameW(nullptr, path, PathBuffer);
+    return QDir::fromNativeSeparators(QString::fromWCharArray(path));
+}
+
+QString GetCommonAppDataPath()
+{
+    wchar_t path[PathBuffer] = {};
+    ::SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE);
+    return QDir::fromNativeSeparators(QString::fromWCharArray(path));
+}
+
+bool IsWritable(const QString& path)
+{
+    return QFileInfo(path).isWritable();
+}
+
+ReadOnlyState ClearReadOnly(const QString& path, QFile::Permissions permissions)
+{
+    QFile(path).setPermissions(permissions);
+    return {};
+}
+
+void RestoreReadOnly(const QString& path, ReadOnlyState, QFile::Permissions permissions)
+{
+    QFile(path).setPermissions(permissions);
+}
+
+void HideFolder(const QString& path)
+{
+    const QString native = QDir::toNativeSeparators(path);
+    const DWORD attributes = ::GetFileAttributesW(Wide(native));
+    if (attributes != INVALID_FILE_ATTRIBUTES)
+        ::SetFileAttributesW(Wide(native), attributes | FILE_ATTRIBUTE_HIDDEN);
+}
+
+bool IsFileLocked(const QString& path)
+{
+    if (!QFileInfo::exists(path) || !IsWritable(path))
+        return false;
+    const QString native = QDir::toNativeSeparators(path);
+    struct _stat64i32 status;
+    if (::_wstat64i32(Wide(native), &status) != 0)
+        return false;
+    const DWORD attributes = ::GetFileAttributesW(Wide(native));
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return false;
+    QFile file(path);
+    if (!file.open(QIODevice::Append))
+        return true;
+    file.close();
+    // The runtime takes the bytes in the ANSI code page, so that this misses paths with characters
+    // outside it; opening alone leaves the times as they are.
+    struct __utimbuf64 times = {status.st_atime, status.st_mtime};
+    ::_utime64(path.toUtf8().constData(), &times);
+    ::SetFileAttributesW(Wide(native), attributes);
+    return false;
+}
+
+bool CopyFileBytes(const QString& source, const QString& target, QString* error)
+{
+    if (::CopyFileW(Wide(QDir::toNativeSeparators(source)), Wide(QDir::toNativeSeparators(target)),
+                    TRUE))
+        return true;
+    const DWORD failure = ::GetLastError();
+    *error = failure == ERROR_FILE_EXISTS ? QStringLiteral("Destination file exists")
+                                          : qt_error_string(int(failure)).trimmed();
+    return false;
+}
+
+bool FlushToDisk(const QString& path)
+{
+    const HANDLE file = ::CreateFileW(Wide(QDir::toNativeSeparators(path)), GENERIC_WRITE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    const bool flushed = ::FlushFileBuffers(file);
+    ::CloseHandle(file);
+    return flushed;
+}
+
+} // namespace Halvern::FileLink
