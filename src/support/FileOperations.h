@@ -44,7 +44,8 @@ bool IsFileLocked(const QString& path);
 /// The data is not flushed. False with `error`, and nothing left behind, on failure.
 [[nodiscard]] bool CopyFileBytes(const QString& source, const QString& target, QString* error);
 
-/// Waits until a file's data and its name are on the disk. False when the system refused.
-bool FlushToDisk(const QString& path);
+/// Waits until a file's data and its name are on the disk. False with `error` when the system could
+/// not promise that.
+[[nodiscard]] bool FlushToDisk(const QString& path, QString* error);
 
 } // namespace Halvern::FileLink

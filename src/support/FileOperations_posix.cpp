@@ -195,7 +195,10 @@ bool Synchronize(const QString& path, bool isFolder)
 {
     const Descriptor fd(::open(QFile::encodeName(path).constData(),
                                O_RDONLY | O_CLOEXEC | (isFolder ? O_DIRECTORY : 0)));
-    return fd && (isFolder ? ::fsync(fd.Get()) : ::fdatasync(fd.Get())) == 0;
+    if (fd && (isFolder ? ::fsync(fd.Get()) : ::fdatasync(fd.Get())) == 0)
+        return true;
+    // File systems that keep nothing on a disk have nothing to flush.
+    return fd && (errno == EINVAL || errno == ENOTSUP);
 }
 
 } // namespace
@@ -278,9 +281,12 @@ bool CopyFileBytes(const QString& source, const QString& target, QString* error)
     return CopyThroughTemporaryName(in.Get(), info, target, error);
 }
 
-bool FlushToDisk(const QString& path)
+bool FlushToDisk(const QString& path, QString* error)
 {
-    return Synchronize(path, false) && Synchronize(QFileInfo(path).absolutePath(), true);
+    if (Synchronize(path, false) && Synchronize(QFileInfo(path).absolutePath(), true))
+        return true;
+    *error = Failure(QStringLiteral("Cannot flush %1").arg(path), errno);
+    return false;
 }
 
 } // namespace Halvern::FileLink

@@ -101,15 +101,17 @@ bool CopyFileBytes(const QString& source, const QString& target, QString* error)
     return false;
 }
 
-bool FlushToDisk(const QString& path)
+bool FlushToDisk(const QString& path, QString* error)
 {
     const HANDLE file = ::CreateFileW(Wide(QDir::toNativeSeparators(path)), GENERIC_WRITE,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return false;
-    const bool flushed = ::FlushFileBuffers(file);
-    ::CloseHandle(file);
+    const bool flushed = file != INVALID_HANDLE_VALUE && ::FlushFileBuffers(file);
+    if (!flushed)
+        *error = QStringLiteral("Cannot flush %1: %2")
+                     .arg(path, qt_error_string(int(::GetLastError())).trimmed());
+    if (file != INVALID_HANDLE_VALUE)
+        ::CloseHandle(file);
     return flushed;
 }
 

@@ -1,0 +1,64 @@
+#include "fileset/FileCopyHistory.h"
+
+namespace Halvern::FileLink {
+
+FileCopyHistory::~FileCopyHistory()
+{
+    Save();
+}
+
+bool FileCopyHistory::Load(int authenticationId)
+{
+    m_history.clear();
+    if (const std::shared_ptr<SyncDatabase> database = GetDatabase())
+        for (const FileMappingPointer& mapping :
+             database->GetFileCopyHistoryByAuthenticationId(authenticationId))
+            m_history.insert(mapping->GetSourceFile().toLower(), mapping);
+    m_loaded = true;
+    m_authenticationId = authenticationId;
+    return true;
+}
+
+FileMappingPointer FileCopyHistory::Find(const QString& sourcePath, int authenticationId)
+{
+    if (sourcePath.isEmpty())
+        return nullptr;
+    if (!m_loaded || m_authenticationId != authenticationId)
+        Load(authenticationId);
+    const QString key = sourcePath.toLower();
+    for (const Entries* entries : {&m_history, &m_updated, &m_added})
+        if (const auto found = entries->constFind(key); found != entries->constEnd())
+            return *found;
+    return nullptr;
+}
+
+bool FileCopyHistory::AddOrUpdate(const FileMappingPointer& mapping)
+{
+    if (!mapping)
+        return false;
+    const QString key = mapping->GetSourceFile().toLower();
+    if (m_updated.contains(key)) {
+        m_updated.insert(key, mapping);
+    } else if (m_history.remove(key)) {
+        m_updated.insert(key, mapping);
+    } else {
+        m_added.insert(key, mapping);
+    }
+    return true;
+}
+
+bool FileCopyHistory::Save()
+{
+    if (m_added.isEmpty() && m_updated.isEmpty())
+        return true;
+    const std::shared_ptr<SyncDatabase> database = GetDatabase();
+    const bool saved
+        = database && database->AddAndUpdateFileCopyHistory(m_added.values(), m_updated.values());
+    m_history.insert(m_added);
+    m_history.insert(m_updated);
+    m_added.clear();
+    m_updated.clear();
+    return saved;
+}
+
+} // namespace Halvern::FileLink

@@ -1,0 +1,149 @@
+#include "fileset/FileSetImp.h"
+#include "fileset/LinkGraph.h"
+#include "support/Logging.h"
+
+#include <algorithm>
+
+namespace Halvern::FileLink {
+
+namespace {
+
+constexpr char LogSourceFile[] = "FileSetImp.cpp";
+
+using RemovedSet = QSet<const FileMapping*>;
+
+bool AllRemoved(const QList<const FileMapping*>& parents, const RemovedSet& removed)
+{
+    return std::all_of(parents.cbegin(), parents.cend(),
+                       [&](const FileMapping* parent) { return removed.contains(parent); });
+}
+
+RemovedSet SetOf(const FileMappingList& files)
+{
+    RemovedSet set;
+    for (const FileMappingPointer& file : files)
+        set.insert(file.get());
+    return set;
+}
+
+/// The graph that a hierarchy was made from. Without selected files there are neither trees nor
+/// links between them.
+std::shared_ptr<const LinkGraph> GraphOf(const FileSetImp::NodeList& roots)
+{
+    return roots.isEmpty() ? std::make_shared<const LinkGraph>(FileMappingList(), PathSide::Source)
+                           : roots.first()->Graph();
+}
+
+} // namespace
+
+bool FileSetImp::RemoveFile(const QString& sourcePath, bool removeLinkedFiles,
+                            bool keepSelectedFiles)
+{
+    const FileMappingPointer mapping = GetFileMapping(sourcePath);
+    if (!mapping)
+        return false;
+    FileMappingList removal = {mapping};
+    if (removeLinkedFiles && mapping->IsFolder())
+        removal.append(GetFilesInFolder(mapping));
+    if (removeLinkedFiles) {
+        const std::shared_ptr<const LinkGraph> graph = GraphOf(GetFileLinkHierarchy(true));
+        RemovedSet removed = SetOf(removal);
+        const FileMappingList snapshot = removal;
+        for (const FileMappingPointer& file : snapshot)
+            if (!file->IsFolder())
+                CollectOrphanedLinkedFiles(file, *graph, removal, removed);
+    }
+    FileMappingList leaving;
+    for (const FileMappingPointer& file : std::as_const(removal)) {
+        if (keepSelectedFiles && file->HasFlag(FileMapping::Selected))
+            continue;
+        leaving.append(file);
+        FILELINK_LOG(
+            LogLevel::Debug,
+            QStringLiteral("Removing file from selection set: %1").arg(file->GetSourceFile()));
+    }
+    RemoveMembers(leaving);
+    return true;
+}
+
+void FileSetImp::CollectOrphanedLinkedFiles(const FileMappingPointer& mapping,
+                                            const LinkGraph& graph, FileMappingList& removal,
+                                            RemovedSet& removed) const
+{
+    if (mapping->IsFolder() || !removed.contains(mapping.get()))
+        return;
+    for (const LinkGraph::Edge& edge : graph.LinksOf(mapping.get())) {
+        if (removed.contains(edge.target.get())
+            || !AllRemoved(graph.ParentsOf(edge.target.get()), removed))
+            continue;
+        removal.append(edge.target);
+        removed.insert(edge.target.get());
+        CollectOrphanedLinkedFiles(edge.target, graph, removal, removed);
+    }
+}
+
+void FileSetImp::RemoveMembers(const FileMappingList& leaving)
+{
+    const RemovedSet set = SetOf(leaving);
+    m_files.removeIf(
+        [&](const FileMappingPointer& file) { return set.contains(file.get()); });
+    for (const FileMappingPointer& file : leaving) {
+        m_members.remove(file.get());
+        if (file->GetFileSet() == m_owner)
+            file->SetFileSet(nullptr);
+    }
+    m_indexes[int(PathSide::Source)].valid = false;
+    m_indexes[int(PathSide::Target)].valid = false;
+}
+
+bool FileSetImp::DropFileLinks(const FileMappingList& files, bool keepSelectedFiles)
+{
+    FileMappingList holders = files;
+    holders.removeIf([](const FileMappingPointer& file) { return file->IsFolder(); });
+    if (holders.isEmpty())
+        return true;
+    FileMappingList linked;
+    for (const FileMappingPointer& holder : std::as_const(holders))
+        linked.append(GetLinkedFiles(holder));
+    if (linked.isEmpty())
+        return true;
+
+    const std::shared_ptr<const LinkGraph> graph = GraphOf(GetFileLinkHierarchy(true));
+    const RemovedSet holderSet = SetOf(holders);
+    FileMappingList removal;
+    RemovedSet removed;
+    for (const FileMappingPointer& file : std::as_const(linked)) {
+        if (removed.contains(file.get())
+            || !AllRemoved(graph->ParentsOf(file.get()), holderSet))
+            continue;
+        removal.append(file);
+        removed.insert(file.get());
+    }
+    const FileMappingList candidates = removal;
+    for (const FileMappingPointer& file : candidates)
+        if (!file->IsFolder())
+            CollectOrphanedLinkedFiles(file, *graph, removal, removed);
+    if (keepSelectedFiles)
+        removal.removeIf([](const FileMappingPointer& file) {
+            return file->HasFlag(FileMapping::Selected);
+        });
+    RemoveMembers(removal);
+
+    for (const FileMappingPointer& file : files) {
+        if (!file->IsFolder())
+            file->ClearSourceFileLinks();
+        file->ClearTargetFileLinks();
+    }
+    return true;
+}
+
+bool FileSetImp::SkipFileLinksInAllFiles()
+{
+    // A selected file stays even when another selected one links it: the user asked for it.
+    DropFileLinks(m_files, true);
+    for (const FileMappingPointer& file : std::as_const(m_files))
+        file->SetFlag(FileMapping::SkipFileLinks, true);
+    return true;
+}
+
+} // namespace Halvern::FileLink
