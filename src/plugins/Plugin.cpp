@@ -1,0 +1,182 @@
+#include "plugins/Plugin.h"
+
+#include "plugins/PluginGuard.h"
+#include "support/Logging.h"
+
+#include <QtCore/QFile>
+
+#include <utility>
+
+namespace Halvern::FileLink {
+
+using SyncPlugin::IFileLayout;
+using SyncPlugin::IFileLinkResolver;
+using SyncPlugin::IFileLinkResolverFactory;
+using SyncPlugin::ISyncPluginFactory;
+
+namespace {
+
+constexpr char LogSourceFile[] = "PluginManager.cpp";
+
+constexpr char ResolverExport[] = "CreateFileLinkResolverFactory";
+constexpr char LayoutExport[] = "CreateSyncPluginFactory";
+
+// This plug-in's objects do not survive their destructors: its library goes, they stay behind.
+bool KeepsServiceObjects(const QString& module)
+{
+    return module.compare(QStringLiteral("FerruleSyncPlugin.dll"), Qt::CaseInsensitive) == 0;
+}
+
+} // namespace
+
+QString GetPluginTypeName(PluginType type)
+{
+    switch (type) {
+    case PluginType::FileLayout:
+        return QStringLiteral("File Layout");
+    case PluginType::FileLinkResolver:
+        return QStringLiteral("File Link Resolver");
+    }
+    return {};
+}
+
+Plugin::Plugin(Registration registration, const QStringList& searchPaths)
+    : m_registration(std::move(registration)), m_searchPaths(searchPaths)
+{}
+
+Plugin::~Plugin()
+{
+    UnloadModule();
+    MarkAbandoned(m_fileLayout);
+    MarkAbandoned(m_fileLinkResolver);
+}
+
+QString Plugin::FindLibrary() const
+{
+    for (const QString& folder : m_searchPaths) {
+        const QString path = QStringLiteral("%1/%2").arg(folder, GetModule());
+        if (QFile::exists(path))
+            return path;
+    }
+    return GetModule();
+}
+
+bool Plugin::LoadModule()
+{
+    m_lastError.clear();
+    if (IsLoaded())
+        return true;
+    if (GetModule().isEmpty())
+        return false;
+    m_library = std::make_unique<QLibrary>(FindLibrary());
+    if (m_library->load()) {
+        m_loadState = LoadState::Loaded;
+        FILELINK_LOG(LogLevel::Info, QStringLiteral("Plugin %1 loaded").arg(GetModule()));
+        return true;
+    }
+    m_loadState = LoadState::Failed;
+    m_lastError = QStringLiteral("Failed to load plugin %1. Error %2.")
+                      .arg(GetModule(), m_library->errorString());
+    FILELINK_LOG(LogLevel::Error, m_lastError);
+    return false;
+}
+
+bool Plugin::UnloadModule()
+{
+    if (!IsLoaded())
+        return true;
+    if (!KeepsServiceObjects(GetModule()))
+        DestroyServices();
+    if (m_library->unload()) {
+        FILELINK_LOG(LogLevel::Info, QStringLiteral("Plugin %1 unloaded").arg(GetModule()));
+        m_library.reset();
+        m_loadState = LoadState::NotLoaded;
+        return true;
+    }
+    m_lastError = QStringLiteral("Failed to unload plugin %1. Error %2.")
+                      .arg(GetModule(), m_library->errorString());
+    FILELINK_LOG(LogLevel::Error, m_lastError);
+    return false;
+}
+
+void Plugin::DestroyServices()
+{
+    delete std::exchange(m_fileLayout, nullptr);
+    delete std::exchange(m_fileLinkResolver, nullptr);
+}
+
+template <class Factory>
+Factory* Plugin::MakeFactory(const char* exportName)
+{
+    using Function = Factory* (*)();
+    const auto function = reinterpret_cast<Function>(m_library->resolve(exportName));
+    if (!function) {
+        m_lastError = QStringLiteral("Exported function %1 not found in plugin %2")
+                          .arg(QString::fromLatin1(exportName), GetModule());
+        return nullptr;
+    }
+    const auto factory = CallPlugin(GetModule(), exportName, function, m_lastError);
+    if (!factory)
+        return nullptr;
+    // The resolver's export is named for layouts, too: log filters rely on this one text.
+    if (!*factory)
+        m_lastError = QStringLiteral("Plugin %1 returned NULL in %2")
+                          .arg(GetModule(), QString::fromLatin1(ResolverExport));
+    return *factory;
+}
+
+template <class Service, class Factory>
+void Plugin::CreateService(const char* exportName, const char* creatorName,
+                           Service* (Factory::*creator)(), Service*& stored)
+{
+    Factory* factory = MakeFactory<Factory>(exportName);
+    if (!factory)
+        return;
+    const auto create = [&] { return (factory->*creator)(); };
+    MarkAbandoned(stored);
+    const auto service = CallPlugin(GetModule(), creatorName, create, m_lastError);
+    delete factory;
+    if (service && !*service)
+        m_lastError = QStringLiteral("Plugin %1 returned NULL in %2")
+                          .arg(GetModule(), QString::fromLatin1(creatorName));
+    stored = service.value_or(nullptr);
+}
+
+IFileLinkResolver* Plugin::GetFileLinkResolver()
+{
+    if (GetType() != PluginType::FileLinkResolver || !LoadModule())
+        return nullptr;
+    CreateService(ResolverExport, "CreateFileLinkResolver",
+                  &IFileLinkResolverFactory::CreateFileLinkResolver, m_fileLinkResolver);
+    if (!m_lastError.isEmpty())
+        FILELINK_LOG(LogLevel::Error, m_lastError);
+    if (!m_fileLinkResolver) {
+        UnloadModule();
+        m_loadState = LoadState::Failed;
+    }
+    return m_fileLinkResolver;
+}
+
+IFileLayout* Plugin::GetFileLayout()
+{
+    if (GetType() != PluginType::FileLayout || !LoadModule())
+        return nullptr;
+    CreateService(LayoutExport, "CreateFileLayout", &ISyncPluginFactory::CreateFileLayout,
+                  m_fileLayout);
+    if (!m_lastError.isEmpty())
+        FILELINK_LOG(LogLevel::Error, m_lastError);
+    if (!m_fileLayout) {
+        m_loadState = LoadState::Failed;
+        UnloadModule();
+    }
+    return m_fileLayout;
+}
+
+bool Plugin::TryService()
+{
+    const bool made = GetType() == PluginType::FileLayout ? GetFileLayout() != nullptr
+                                                          : GetFileLinkResolver() != nullptr;
+    return made && m_lastError.isEmpty();
+}
+
+} // namespace Halvern::FileLink

@@ -1,0 +1,84 @@
+#include "plugins/PluginLogger.h"
+
+#include "plugins/LinkRecords.h"
+#include "support/Logging.h"
+
+#include <log4cplus/tstring.h>
+
+namespace Halvern::FileLink {
+
+using SyncPlugin::IPluginLogger;
+using SyncPlugin::WideChar;
+
+namespace {
+
+constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
+
+QString ToText(const WideChar* text)
+{
+    return QString(reinterpret_cast<const QChar*>(text));
+}
+
+std::shared_ptr<PluginLogger> MakeLogger(const QString& name)
+{
+    return std::make_shared<PluginLogger>(ToWideString(name).c_str());
+}
+
+} // namespace
+
+PluginLogger::PluginLogger(const WideChar* name)
+    : m_logger(
+          log4cplus::Logger::getInstance(LOG4CPLUS_STRING_TO_TSTRING(ToText(name).toStdString())))
+{}
+
+void PluginLogger::LogFatal(const WideChar* message)
+{
+    FILELINK_LOG_TO(m_logger, LogLevel::Fatal, ToText(message));
+}
+
+void PluginLogger::LogError(const WideChar* message)
+{
+    FILELINK_LOG_TO(m_logger, LogLevel::Error, ToText(message));
+}
+
+void PluginLogger::LogWarn(const WideChar* message)
+{
+    FILELINK_LOG_TO(m_logger, LogLevel::Warn, ToText(message));
+}
+
+void PluginLogger::LogInfo(const WideChar* message)
+{
+    FILELINK_LOG_TO(m_logger, LogLevel::Info, ToText(message));
+}
+
+void PluginLogger::LogDebug(const WideChar* message)
+{
+    FILELINK_LOG_TO(m_logger, LogLevel::Debug, ToText(message));
+}
+
+void PluginLogger::LogTrace(const WideChar* message)
+{
+    FILELINK_LOG_TO(m_logger, LogLevel::Trace, ToText(message));
+}
+
+FileLayoutContext::FileLayoutContext() : m_logger(MakeLogger(QStringLiteral("SyncPlugin"))) {}
+
+FileLayoutContext::~FileLayoutContext() = default;
+
+IPluginLogger* FileLayoutContext::GetLogger()
+{
+    return m_logger.get();
+}
+
+FileLinkResolverContext::FileLinkResolverContext()
+    : m_logger(MakeLogger(QStringLiteral("ResolverPlugin")))
+{}
+
+FileLinkResolverContext::~FileLinkResolverContext() = default;
+
+IPluginLogger* FileLinkResolverContext::GetLogger()
+{
+    return m_logger.get();
+}
+
+} // namespace Halvern::FileLink

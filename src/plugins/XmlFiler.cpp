@@ -1,0 +1,108 @@
+#include "plugins/XmlFiler.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QStringList>
+
+namespace Halvern::FileLink {
+
+namespace {
+
+QString UnwrapTrText(const QString& text)
+{
+    static const QRegularExpression opening(QStringLiteral("^\\s*tr\\s*\\("),
+                                            QRegularExpression::CaseInsensitiveOption |
+                                                QRegularExpression::UseUnicodePropertiesOption);
+    static const QRegularExpression closing(QStringLiteral("\\)\\s*$"),
+                                            QRegularExpression::UseUnicodePropertiesOption);
+    if (!text.contains(opening) || !text.contains(closing))
+        return text;
+    return QString(text).remove(opening).remove(closing);
+}
+
+} // namespace
+
+XmlFiler::XmlFiler(TrMode mode) : m_mode(mode) {}
+
+bool XmlFiler::Open(const QString& file)
+{
+    m_openError.clear();
+    if (!QFile::exists(file))
+        return false;
+    QFile input(file);
+    if (!input.open(QIODevice::ReadOnly)) {
+        m_openError = QStringLiteral("XmlFiler: Failed to open file %1. %2 (Error code: %3)")
+                          .arg(file, input.errorString(), QString::number(int(input.error())));
+        return false;
+    }
+    QDomDocument document;
+    if (!document.setContent(&input))
+        return false;
+    m_document = document;
+    m_current = document.documentElement();
+    m_file = file;
+    return true;
+}
+
+bool XmlFiler::MoveTo(const QString& path)
+{
+    QString names = path.trimmed();
+    if (names.isEmpty())
+        return true;
+    names.replace(u'\\', u'/');
+    QStringList parts = names.split(u'/', Qt::SkipEmptyParts);
+
+    QDomNode node = m_current;
+    if (names.startsWith(u'/')) {
+        const QDomElement root = m_document.documentElement();
+        node = root;
+        if (!parts.isEmpty() && parts.first() == root.tagName())
+            parts.removeFirst();
+    }
+    for (const QString& part : std::as_const(parts)) {
+        node = node.firstChildElement(part);
+        if (node.isNull())
+            return false;
+    }
+    m_current = node;
+    return true;
+}
+
+bool XmlFiler::MoveToFirstChild()
+{
+    return MoveToElement(m_current.firstChildElement());
+}
+
+bool XmlFiler::MoveToNextSibling()
+{
+    return MoveToElement(m_current.nextSiblingElement());
+}
+
+bool XmlFiler::MoveToElement(const QDomElement& element)
+{
+    if (element.isNull())
+        return false;
+    m_current = element;
+    return true;
+}
+
+QString XmlFiler::GetTag() const
+{
+    return m_current.toElement().tagName();
+}
+
+QString XmlFiler::GetAttribute(const QString& name, const QString& defaultValue) const
+{
+    const QDomElement element = m_current.toElement();
+    if (element.isNull() || !element.hasAttribute(name))
+        return defaultValue;
+    const QString value = element.attribute(name);
+    return m_mode == UnwrapTr ? UnwrapTrText(value) : value;
+}
+
+QString XmlFiler::GetPlainAttribute(const QString& name, const QString& defaultValue) const
+{
+    return m_current.toElement().attribute(name, defaultValue);
+}
+
+} // namespace Halvern::FileLink
