@@ -1,0 +1,44 @@
+#pragma once
+
+#include "FileTree.h"
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace Halvern::Test {
+
+/// The folder that holds the test plug-ins' libraries, and their file names. What the plug-ins do
+/// stands in plugins/TestResolverPlugin.cpp and plugins/TestLayoutPlugin.cpp.
+QString TestPluginFolder();
+QString TestResolverModule();
+QString TestLayoutModule();
+
+/// A registration file's text for one plug-in. `service` is "FileLayout" or "FileLinkResolver".
+QByteArray Registration(const QString& module, const QString& service, const QString& fileTypes);
+
+/// Writes registration files for the types "tlk" and "tasm" into a folder of the tree:
+///
+///     RegisterTestResolver(tree, u"plugins"_qs);
+///     manager->AddPluginRegistrationFolders({tree.Path(u"plugins"_qs)});
+///     manager->AddPluginSearchPaths({TestPluginFolder()});
+void RegisterTestResolver(FileTree& tree, const QString& folder);
+void RegisterTestLayout(FileTree& tree, const QString& folder);
+
+/// Collects the calls that test plug-ins get while it lives, in order.
+class PluginCallLog
+{
+public:
+    PluginCallLog();
+    ~PluginCallLog();
+    PluginCallLog(const PluginCallLog&) = delete;
+    PluginCallLog& operator=(const PluginCallLog&) = delete;
+
+    /// For example "GetFileLinks /tmp/x/a.tlk", "RepathFileLinks /tmp/x/a.tlk [1=b.tlk]".
+    QStringList Calls() const;
+    void Clear();
+
+private:
+    FileTree m_tree;
+};
+
+} // namespace Halvern::Test

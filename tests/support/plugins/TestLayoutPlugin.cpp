@@ -1,0 +1,87 @@
+#include "CallLog.h"
+
+#include "syncplugin/SyncPlugin.h"
+
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+// A layout that puts every linked file, at any depth, into the folder "layout" beside the target
+// of the top-level file, under its own name. Names of source files tell it to do otherwise:
+//
+//     *leave*          a linked file that gets no target
+//     *nofollow*       a linked file whose links are not followed (it does get its target)
+//     *layoutfails*    a top-level file for which the layout fails
+//     *layoutthrows*   a top-level file for which it throws
+
+namespace {
+
+using namespace Halvern::SyncPlugin;
+namespace Test = Halvern::Test;
+using WideString = std::basic_string<WideChar>;
+
+std::filesystem::path Ask(IFileMapping& mapping,
+                          unsigned int (IFileMapping::*question)(WideChar*, int))
+{
+    const unsigned int length = (mapping.*question)(nullptr, 0);
+    WideString answer(length + 1, 0);
+    (mapping.*question)(answer.data(), int(length) + 1);
+    answer.resize(length);
+    return answer;
+}
+
+bool Holds(const std::filesystem::path& file, const std::string& word)
+{
+    return Test::ToUtf8(file.filename()).find(word) != std::string::npos;
+}
+
+void AssignChildren(IFileMapping& mapping, const std::filesystem::path& folder)
+{
+    const std::unique_ptr<IFileMappingIterator> children(mapping.GetChildren());
+    while (children->HasNext()) {
+        IFileMapping& child = *children->Next();
+        const std::filesystem::path source = Ask(child, &IFileMapping::GetSourceFile);
+        if (Holds(source, "leave"))
+            continue;
+        const WideString target = (folder / source.filename()).generic_string<WideChar>();
+        // A file that has its target was here before, perhaps along another path.
+        if (!child.SetTargetFile(target.c_str(), false))
+            continue;
+        if (Holds(source, "nofollow"))
+            child.SetFlag(MappingSkipFileLinks, true);
+        else
+            AssignChildren(child, folder);
+    }
+}
+
+class TestLayout : public IFileLayout
+{
+public:
+    bool AssignTargetPaths(IFileMapping* mapping, IFileLayoutContext* context) override
+    {
+        const std::filesystem::path source = Ask(*mapping, &IFileMapping::GetSourceFile);
+        Test::LogCall("AssignTargetPaths " + Test::ToUtf8(source));
+        if (Holds(source, "layoutthrows"))
+            throw std::runtime_error("test layout: told to throw");
+        if (Holds(source, "layoutfails")) {
+            context->GetLogger()->LogWarn(Test::ToWide("test layout: told to fail").c_str());
+            return false;
+        }
+        AssignChildren(*mapping,
+                       Ask(*mapping, &IFileMapping::GetTargetFile).parent_path() / "layout");
+        return true;
+    }
+};
+
+class Factory : public ISyncPluginFactory
+{
+public:
+    IFileLayout* CreateFileLayout() override { return new TestLayout; }
+};
+
+} // namespace
+
+SYNCPLUGIN_EXPORT ISyncPluginFactory* CreateSyncPluginFactory()
+{
+    return new Factory;
+}
