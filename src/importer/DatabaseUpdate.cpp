@@ -1,0 +1,233 @@
+#include "importer/FileLinkImporterImp.h"
+#include "support/Logging.h"
+#include "support/PathUtilities.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QHash>
+#include <QtCore/QMap>
+
+namespace Halvern::FileLink {
+
+namespace {
+
+constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
+
+bool IsRecorded(const FileMapping& mapping)
+{
+    return mapping.HasFlagAny(FileMapping::IncludeInDatabase | FileMapping::Copied);
+}
+
+void LogNotSupported(const FileMapping& mapping)
+{
+    FILELINK_LOG(LogLevel::Debug,
+                 QStringLiteral("Sync database update skipped for file %1. File links not "
+                                "supported for this file type.")
+                     .arg(mapping.GetTargetFile()));
+}
+
+void SetSyncOptions(const FileMapping& mapping, SyncItem& item)
+{
+    SyncItem::SyncOption set = SyncItem::NoSyncOption;
+    SyncItem::SyncOption clear = SyncItem::NoSyncOption;
+    (mapping.HasFlag(FileMapping::NeedsRepath) ? set : clear) |= SyncItem::RepathPending;
+    (mapping.HasFlag(FileMapping::SkipFileLinks) ? set : clear) |= SyncItem::SkipFileLinks;
+    if (set)
+        item.SetSyncOption(set, true);
+    if (clear)
+        item.SetSyncOption(clear, false);
+}
+
+} // namespace
+
+/// Items written in this run, found by local path.
+class ProcessedItems
+{
+public:
+    void Append(const std::shared_ptr<SyncItem>& item)
+    {
+        m_index.Add(item->GetLocalPath(), int(m_items.size()));
+        m_items.append(item);
+    }
+
+    std::shared_ptr<SyncItem> Find(const QString& path) const
+    {
+        const int found = m_index.Find(path);
+        return found < 0 ? nullptr : m_items[found];
+    }
+
+private:
+    QList<std::shared_ptr<SyncItem>> m_items;
+    PathIndex m_index;
+};
+
+struct FileLinkImporterImp::DatabaseUpdateState
+{
+    std::shared_ptr<SyncDatabase> database;
+    std::shared_ptr<SyncItem> rootItem;
+    ProcessedItems processed;
+    /// By the lower-cased path of the file (not of its folder), so that each new file asks for its
+    /// folder: an item that another program removed meanwhile is made again.
+    QMap<QString, int> folderIds;
+    /// Files that could not be written, which shared sub-assemblies would try again on each path.
+    QSet<const FileMapping*> failed;
+};
+
+bool FileLinkImporterImp::UpdateSyncDatabase()
+{
+    if (!HasFilesWhichSupportFileLinks())
+        return true;
+    FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin updating sync database"));
+    const LogFinally finally(&ModuleLogger(), LogLevel::Info,
+                             QStringLiteral("Finished updating sync database"));
+    const QList<NodePointer> roots = Hierarchy(false);
+    if (roots.isEmpty())
+        return false;
+    DatabaseUpdateState state;
+    state.database = GetDatabase();
+    if (FolderManager* const manager = FolderManager::GetInstance())
+        state.rootItem = manager->GetSyncRootFolder(m_fileSet->GetTargetRootFolder());
+    if (!state.database || !state.rootItem)
+        return false;
+
+    const bool selectedOnly = HasOption(Global::ServicesCopyOption);
+    const bool updateSelected = HasOption(Global::UpdateSelectedInDatabase);
+    bool result = true;
+    for (const NodePointer& root : roots) {
+        if (CheckIfCanceled())
+            return false;
+        const FileMapping& mapping = *root->Mapping();
+        if (mapping.HasFlag(FileMapping::FileLinksNotSupported)) {
+            LogNotSupported(mapping);
+            continue;
+        }
+        const bool selected = mapping.HasFlag(FileMapping::Selected);
+        if ((IsRecorded(mapping) && (!selectedOnly || selected)) || (updateSelected && selected))
+            result = UpdateSyncDatabase(root, state) && result;
+    }
+    return result;
+}
+
+bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUpdateState& state)
+{
+    const QString target = node->TargetFile();
+    if (!target.isEmpty() && state.processed.Find(target))
+        return true;
+    const FileMappingPointer mapping = node->Mapping();
+    if (!mapping || !mapping->IsTargetFileInCloudCacheFolder()
+        || state.failed.contains(mapping.get()))
+        return false;
+    // Linked files first, so that their items are there when the links are resolved.
+    if (!UpdateChildren(node, state))
+        return false;
+    if (!QFile::exists(target)) {
+        state.failed.insert(mapping.get());
+        return false;
+    }
+    std::shared_ptr<SyncItem> item = state.database->GetSyncItem(
+        target, true, mapping->GetAuthenticationId(), FileItem::ItemOnly);
+    if (item) {
+        if (!MergeLinks(*mapping, *item))
+            return false;
+    } else {
+        item = MakeItem(*mapping, state);
+        if (!item) {
+            state.failed.insert(mapping.get());
+            return false;
+        }
+    }
+    state.processed.Append(item);
+    ResolveItemLinks(*item, state);
+    SetSyncOptions(*mapping, *item);
+    state.database->AddOrUpdateFileConfiguration(item);
+    return true;
+}
+
+bool FileLinkImporterImp::UpdateChildren(const NodePointer& node, DatabaseUpdateState& state)
+{
+    const bool selectedOnly = HasOption(Global::ServicesCopyOption);
+    for (const NodePointer& child : node->Children()) {
+        if (CheckIfCanceled())
+            return false;
+        const FileMapping& mapping = *child->Mapping();
+        if (!IsRecorded(mapping) || (selectedOnly && !mapping.HasFlag(FileMapping::Selected)))
+            continue;
+        if (mapping.HasFlag(FileMapping::FileLinksNotSupported)) {
+            LogNotSupported(mapping);
+            continue;
+        }
+        UpdateSyncDatabase(child, state);
+    }
+    return true;
+}
+
+/// A link whose path the item knows already keeps what it was resolved to.
+bool FileLinkImporterImp::MergeLinks(const FileMapping& mapping, SyncItem& item) const
+{
+    QHash<QString, SyncServices::FileLink> known;
+    for (const SyncServices::FileLink& link : item.GetFileLinks()) {
+        if (CheckIfCanceled())
+            return false;
+        if (!known.contains(link.Path))
+            known.insert(link.Path, link);
+    }
+    FileLinkList merged;
+    for (const SyncServices::FileLink& link : mapping.GetTargetFileLinks()) {
+        if (CheckIfCanceled())
+            return false;
+        SyncServices::FileLink kept = known.value(link.Path, link);
+        kept.RefId = link.RefId;
+        merged.append(kept);
+    }
+    item.SetFileLinks(merged);
+    item.SetFileLinksExtractedAtFileDate(mapping.GetTargetFileLinksExtractedAtFileDate());
+    return true;
+}
+
+std::shared_ptr<SyncItem> FileLinkImporterImp::MakeItem(const FileMapping& mapping,
+                                                        DatabaseUpdateState& state) const
+{
+    const QString target = mapping.GetTargetFile();
+    const QFileInfo info(target);
+    const QString key = QDir::cleanPath(info.absoluteFilePath()).toLower();
+    if (!state.folderIds.contains(key)) {
+        const std::shared_ptr<SyncItem> folder
+            = state.database->AddFolderItem(state.rootItem, info.absolutePath());
+        if (!folder)
+            return nullptr;
+        state.folderIds.insert(key, folder->GetId());
+    }
+    QString cloudPath;
+    FolderManager::GetInstance()->GetCloudPath(target, false, cloudPath);
+    const auto item
+        = std::make_shared<SyncItem>(target, cloudPath, state.rootItem->GetCloudRoot());
+    item->SetAuthenticationId(state.rootItem->GetAuthenticationId());
+    item->SetProductConfigurationId(state.rootItem->GetProductConfigurationId());
+    item->SetSourceConsumerId(state.rootItem->GetSourceConsumerId());
+    item->SetRootFolderId(state.rootItem->GetId());
+    item->SetParentFolderId(state.folderIds.value(key));
+    item->SetFileLinks(mapping.GetTargetFileLinks());
+    item->SetFileLinksExtractedAtFileDate(mapping.GetTargetFileLinksExtractedAtFileDate());
+    return item;
+}
+
+void FileLinkImporterImp::ResolveItemLinks(SyncItem& item, DatabaseUpdateState& state) const
+{
+    FileLinkList links = item.GetFileLinks();
+    for (SyncServices::FileLink& link : links) {
+        if (link.ItemId >= 0)
+            continue;
+        const QString path = ResolveLinkPath(link.Path, item.GetLocalPath());
+        std::shared_ptr<SyncItem> linked = state.processed.Find(path);
+        if (!linked)
+            linked = state.database->GetSyncItem(path, true, item.GetAuthenticationId(),
+                                                 FileItem::ItemOnly);
+        link.ItemId = linked ? linked->GetId() : -1;
+        if (linked)
+            link.CloudItemId = linked->GetCloudItemId();
+    }
+    item.SetFileLinks(links);
+}
+
+} // namespace Halvern::FileLink

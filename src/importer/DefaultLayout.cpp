@@ -1,0 +1,74 @@
+#include "importer/FileLinkImporterImp.h"
+#include "support/Logging.h"
+#include "support/PathUtilities.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+namespace Halvern::FileLink {
+
+namespace {
+constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
+}
+
+bool FileLinkImporterImp::AssignDefaultTargetPaths()
+{
+    if (!m_fileSet || m_fileSet->IsEmpty())
+        return false;
+    QSet<const FileMapping*> visited;
+    for (const NodePointer& root : Hierarchy(true))
+        if (!AssignDefaultTargetPaths(root, visited))
+            return false;
+    return true;
+}
+
+bool FileLinkImporterImp::AssignDefaultTargetPaths(const NodePointer& parent,
+                                                   QSet<const FileMapping*>& visited)
+{
+    if (!parent || !parent->Mapping())
+        return false;
+    if (!IsLocalPath(parent->SourceFile()) || !parent->HasTargetFile())
+        return true;
+    // A second visit finds every file below with its target. A node that closes a cycle shows
+    // nothing below it, so that it does not count as a visit.
+    if (!parent->ClosesCycle()) {
+        if (visited.contains(parent->Mapping().get()))
+            return true;
+        visited.insert(parent->Mapping().get());
+    }
+    for (const NodePointer& child : parent->Children()) {
+        if (CheckIfCanceled())
+            return false;
+        AssignDefaultTargetPath(*parent, *child);
+        if (!AssignDefaultTargetPaths(child, visited))
+            return false;
+    }
+    return true;
+}
+
+void FileLinkImporterImp::AssignDefaultTargetPath(const FileMappingRef& parent,
+                                                  FileMappingRef& child)
+{
+    const QString source = child.SourceFile();
+    if (child.HasTargetFile() || !IsLocalPath(source)
+        || child.Mapping()->HasFlag(FileMapping::NotFilePath))
+        return;
+    const QFileInfo info(source);
+    const QString folder = info.absolutePath();
+    const QString targetFolder = QFileInfo(parent.TargetFile()).absolutePath();
+    const bool isNeighbour
+        = folder.compare(QFileInfo(parent.SourceFile()).absolutePath(), Qt::CaseInsensitive) == 0;
+    const QString path
+        = isNeighbour
+        ? QStringLiteral("%1/%2").arg(targetFolder, info.fileName())
+        : QStringLiteral("%1/%2/%3").arg(targetFolder, QDir(folder).dirName(), info.fileName());
+    const QString target = child.ResolveTargetPath(QDir::cleanPath(path));
+    child.Mapping()->SetTargetFile(target, false);
+    FILELINK_LOG(
+        LogLevel::Info,
+        QStringLiteral("Target path not set by plugin for file %1. Setting default target path %2.")
+            .arg(source)
+            .arg(target));
+}
+
+} // namespace Halvern::FileLink

@@ -1,0 +1,157 @@
+#include "importer/FileLinkImporterImp.h"
+#include "support/FileOperations.h"
+#include "support/Logging.h"
+#include "support/PathUtilities.h"
+
+#include "syncservices/SyncManager.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+namespace Halvern::FileLink {
+
+static_assert(int(QFile::WriteOther) == 0x2);
+static_assert(int(QFile::WriteOwner) == 0x2000);
+
+namespace {
+
+constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
+
+void SaveBaseFile(const QString& path)
+{
+    if (SyncServices::SyncManager* const manager = SyncServices::SyncManager::GetInstance())
+        manager->SaveBaseFile(path.toStdWString().c_str());
+}
+
+} // namespace
+
+/// An existing target is parked under a temporary name, the copy takes its place, and only then is
+/// the parked file deleted. When the copy fails the parked file stays where it is.
+bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool deleteSource)
+{
+    if (!mapping)
+        return false;
+    if (mapping->AreSourceAndTargetSame())
+        return true;
+    const QString source = mapping->GetSourceFile();
+    const QString target = mapping->GetTargetFile();
+    if (source.isEmpty() || target.isEmpty())
+        return false;
+    if (!QFile::exists(source)) {
+        FILELINK_LOG(LogLevel::Error,
+                     QStringLiteral("Failed to copy file %1 to %2. Source file is not found.")
+                         .arg(source)
+                         .arg(target));
+        return false;
+    }
+    if (QFileInfo(target).isDir() || !MakeParentFolder(target))
+        return false;
+    QString parked;
+    if (QFile::exists(target)) {
+        if (!IsWritable(target)) {
+            FILELINK_LOG(LogLevel::Info,
+                         QStringLiteral("Copy skipped for file %1. Target file %2 exists and is "
+                                        "read-only.")
+                             .arg(source)
+                             .arg(target));
+            return false;
+        }
+        parked = ParkExistingFile(target);
+    }
+    QString error;
+    if (!CopyFileBytes(source, target, &error)) {
+        FILELINK_LOG(LogLevel::Error, QStringLiteral("Failed to copy file %1 to %2. Error: %3")
+                                          .arg(source)
+                                          .arg(target)
+                                          .arg(error));
+        return false;
+    }
+    if (deleteSource && !DeleteMovedSource(source, target))
+        return false;
+    mapping->SetCopyDate(QDateTime::currentDateTime());
+    FILELINK_LOG(LogLevel::Debug, QStringLiteral("File copied successfully from %1 to %2")
+                                      .arg(source)
+                                      .arg(target));
+    if (!parked.isEmpty())
+        DeleteParkedFile(parked, target);
+    mapping->UpdateSourceFileProperties();
+    mapping->UpdateTargetFileProperties();
+    m_copyHistory->AddOrUpdate(mapping);
+    mapping->SetFlag(FileMapping::Copied, true);
+    if (deleteSource)
+        Q_EMIT FileMoved(source, target);
+    else
+        Q_EMIT FileCopied(source, target);
+    return true;
+}
+
+bool FileLinkImporterImp::MakeParentFolder(const QString& target)
+{
+    const QDir folder(QFileInfo(target).absolutePath());
+    if (folder.exists())
+        return true;
+    if (!folder.mkpath(folder.absolutePath()))
+        FILELINK_LOG(LogLevel::Error,
+                     QStringLiteral("Failed to create folder %1").arg(folder.absolutePath()));
+    if (!folder.exists())
+        return false;
+    Q_EMIT FolderCreated(folder.absolutePath());
+    return true;
+}
+
+/// The name under which the file is parked; empty when it could not be renamed. The copy then fails
+/// on the existing name.
+QString FileLinkImporterImp::ParkExistingFile(const QString& target)
+{
+    SaveBaseFile(target);
+    const QString parked = MakeUniqueFilePath(
+        QStringLiteral("%1.%2").arg(target, QStringLiteral("tmp")), QStringLiteral("_%1"));
+    QFile file(target);
+    if (file.rename(parked))
+        return parked;
+    FILELINK_LOG(LogLevel::Error,
+                 QStringLiteral("Failed to rename existing file %1 to temp file %2. Error: %3")
+                     .arg(target)
+                     .arg(parked)
+                     .arg(file.errorString()));
+    return QString();
+}
+
+bool FileLinkImporterImp::DeleteMovedSource(const QString& source, const QString& target)
+{
+    // A power cut must not find the source gone and the copy not yet on the disk.
+    QString error;
+    if (FlushToDisk(target, &error)) {
+        ClearReadOnly(source, QFile::WriteOther);
+        QFile file(source);
+        if (file.remove())
+            return true;
+        error = file.errorString();
+    }
+    FILELINK_LOG(LogLevel::Error,
+                 QStringLiteral("Failed to delete source file %1 after copying it to target for "
+                                "move operation. Error: %2")
+                     .arg(source)
+                     .arg(error));
+    return false;
+}
+
+void FileLinkImporterImp::DeleteParkedFile(const QString& parked, const QString& target)
+{
+    QString error;
+    if (FlushToDisk(target, &error)) {
+        QFile file(parked);
+        if (!IsWritable(parked))
+            ClearReadOnly(parked, file.permissions() | QFile::WriteOwner);
+        if (file.remove())
+            return;
+        error = file.errorString();
+    }
+    FILELINK_LOG(LogLevel::Error, QStringLiteral("Failed to delete temp file %1. Error: %2")
+                                      .arg(parked)
+                                      .arg(error));
+}
+
+} // namespace Halvern::FileLink

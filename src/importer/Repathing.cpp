@@ -1,0 +1,185 @@
+#include "importer/FileLinkImporterImp.h"
+#include "plugins/PluginLogger.h"
+#include "plugins/PluginManager.h"
+#include "support/FileOperations.h"
+#include "support/Logging.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+
+namespace Halvern::FileLink {
+
+static_assert(int(QFile::ReadOther | QFile::WriteOther) == 0x6);
+static_assert(int(QFile::ReadOther) == 0x4);
+
+namespace {
+
+constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
+
+using SyncPlugin::FileLinkInfo;
+
+void FillText(SyncPlugin::WideChar (&field)[SyncPlugin::MaxLinkText], const QString& text)
+{
+    const qsizetype count = std::min<qsizetype>(text.size(), SyncPlugin::MaxLinkText - 1);
+    std::copy_n(text.utf16(), count, field);
+    field[count] = 0;
+}
+
+QList<FileLinkInfo> ToFileLinkInfos(const FileLinkList& links)
+{
+    QList<FileLinkInfo> infos;
+    infos.reserve(links.size());
+    for (const SyncServices::FileLink& link : links) {
+        FileLinkInfo info = {};
+        info.size = sizeof(FileLinkInfo);
+        FillText(info.path, link.Path);
+        FillText(info.referenceId, link.RefId);
+        infos.append(info);
+    }
+    return infos;
+}
+
+QString TextOf(const SyncPlugin::WideChar* text)
+{
+    return QString::fromUtf16(reinterpret_cast<const char16_t*>(text));
+}
+
+} // namespace
+
+bool FileLinkImporterImp::RepathFiles()
+{
+    if (!HasFilesWhichSupportFileLinks())
+        return true;
+    FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin repathing file links in target"));
+    const LogFinally finally(&ModuleLogger(), LogLevel::Info,
+                             QStringLiteral("Finished repathing file links in target"));
+    if (!MarkFilesToRepath())
+        return false;
+    bool result = true;
+    for (const FileMappingPointer& mapping : Files()) {
+        if (CheckIfCanceled())
+            return false;
+        if (mapping->HasFlag(FileMapping::NeedsRepath))
+            result = RepathFile(mapping) && result;
+    }
+    return result;
+}
+
+bool FileLinkImporterImp::MarkFilesToRepath()
+{
+    for (const FileMappingPointer& mapping : Files()) {
+        if (CheckIfCanceled())
+            return false;
+        if (mapping->IsFolder())
+            continue;
+        if (mapping->HasFlag(FileMapping::FileLinksNotSupported)) {
+            FILELINK_LOG(LogLevel::Debug,
+                         QStringLiteral("Repathing skipped for file %1. File links not supported "
+                                        "for this file type.")
+                             .arg(mapping->GetSourceFile()));
+            continue;
+        }
+        bool canceled = false;
+        if (mapping->HasFlag(FileMapping::Copied) || LinksCopiedFile(mapping, canceled))
+            mapping->SetFlag(FileMapping::NeedsRepath, true);
+        if (canceled)
+            return false;
+    }
+    return true;
+}
+
+bool FileLinkImporterImp::LinksCopiedFile(const FileMappingPointer& mapping, bool& canceled) const
+{
+    for (const FileMappingPointer& linked : m_fileSet->GetSourceFileLinks(mapping)) {
+        canceled = CheckIfCanceled();
+        if (canceled)
+            return false;
+        if (linked->HasFlag(FileMapping::Copied))
+            return true;
+    }
+    return false;
+}
+
+bool FileLinkImporterImp::RepathFile(const FileMappingPointer& mapping)
+{
+    if (mapping->IsFolder())
+        return true;
+    const QString target = mapping->GetTargetFile();
+    if (!QFile::exists(target)) {
+        FILELINK_LOG(
+            LogLevel::Error,
+            QStringLiteral("Failed to repath file links in %1. File not found.").arg(target));
+        return false;
+    }
+    if (IsFileLocked(target)) {
+        FILELINK_LOG(LogLevel::Info,
+                     QStringLiteral("Repathing skipped for file %1. File is locked. File will be "
+                                    "repathed after it is unlocked.")
+                         .arg(target));
+        return false;
+    }
+    const FileLinkList links = mapping->GetTargetFileLinks();
+    bool result = true;
+    if (links.isEmpty())
+        FILELINK_LOG(
+            LogLevel::Debug,
+            QStringLiteral("Repathing skipped for file %1. No links found.").arg(target));
+    else
+        result = RepathFile(target, links);
+    if (CheckIfCanceled())
+        return false;
+    // Whatever the result: a file whose rewrite failed is not tried again.
+    mapping->SetFlag(FileMapping::NeedsRepath, false);
+    mapping->SetFlag(FileMapping::Repathed, true);
+    mapping->UpdateSourceFileProperties();
+    mapping->UpdateTargetFileProperties();
+    if (QFile::exists(target))
+        mapping->SetTargetFileLinksExtractedAtFileDate(QFileInfo(target).lastModified());
+    m_copyHistory->AddOrUpdate(mapping);
+    return result;
+}
+
+bool FileLinkImporterImp::RepathFile(const QString& path, const FileLinkList& links)
+{
+    return RepathFile(path, ToFileLinkInfos(links));
+}
+
+bool FileLinkImporterImp::RepathFile(const QString& path, const QList<FileLinkInfo>& links)
+{
+    if (!QFile::exists(path)) {
+        FILELINK_LOG(LogLevel::Error,
+                     QStringLiteral("Failed to repath file %1. File not found.").arg(path));
+        return false;
+    }
+    if (IsFileLocked(path)) {
+        FILELINK_LOG(LogLevel::Info,
+                     QStringLiteral("Repathing skipped for file %1. File is locked. File will be "
+                                    "repathed after it is unlocked.")
+                         .arg(path));
+        return false;
+    }
+    FILELINK_LOG(LogLevel::Info, QStringLiteral("Repathing file %1").arg(path));
+    for (const FileLinkInfo& link : links)
+        FILELINK_LOG(LogLevel::Debug, QStringLiteral("File link: Path: %1 RefId: %2")
+                                          .arg(TextOf(link.path))
+                                          .arg(TextOf(link.referenceId)));
+    const bool wasReadOnly = !IsWritable(path);
+    ReadOnlyState state;
+    if (wasReadOnly)
+        state = ClearReadOnly(path, QFile::ReadOther | QFile::WriteOther);
+    bool result = false;
+    {
+        FileLinkResolverContext context;
+        PluginManager* const manager = GetPluginManager();
+        result = manager && manager->RepathFileLinks(path, links, &context);
+        if (wasReadOnly)
+            RestoreReadOnly(path, state, QFile::ReadOther);
+    }
+    if (result)
+        Q_EMIT FileModified(path);
+    return result;
+}
+
+} // namespace Halvern::FileLink
