@@ -15,7 +15,9 @@ struct SYNCSERVICES_EXPORT ServicesSettings
     QString cloudCacheFolder;
     /// Absolute path of the SQLite file, or ":memory:".
     QString databaseFile;
-    /// Where copies of replaced files go; empty: a folder beside the database.
+    /// Milliseconds that an operation waits while another process writes to the database.
+    int databaseBusyTimeout = 10000;
+    /// Where copies of replaced files go; empty: beside the database, its name with ".base" added.
     QString baseStoreFolder;
     /// Size limit of that folder in bytes; the oldest copies go first. 0 keeps no copies.
     qint64 baseStoreLimit = qint64(1) << 30;

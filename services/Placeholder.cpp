@@ -1,1 +1,0 @@
-#include "syncservices/FolderManager.h"

@@ -1,0 +1,70 @@
+#include "services/Platform.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QStandardPaths>
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Halvern::SyncServices::Platform {
+
+FileIdentity ReadFileIdentity(const QString& path)
+{
+    struct stat status;
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0)
+        return {};
+    FileIdentity identity;
+    identity.exists = true;
+    identity.isFolder = S_ISDIR(status.st_mode);
+    identity.device = status.st_dev;
+    identity.index = status.st_ino;
+    identity.names = status.st_nlink;
+    identity.size = status.st_size;
+    identity.modified = status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec;
+    return identity;
+}
+
+Qt::CaseSensitivity FileNameCase()
+{
+    return Qt::CaseSensitive;
+}
+
+bool OpenRegularFile(const QString& path, QFile& file)
+{
+    const int handle =
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (handle < 0)
+        return false;
+    struct stat status;
+    if (::fstat(handle, &status) == 0 && S_ISREG(status.st_mode) &&
+        file.open(handle, QFile::ReadOnly | QFile::Unbuffered, QFile::AutoCloseHandle))
+        return true;
+    ::close(handle);
+    return false;
+}
+
+bool CloneFile(QFile& source, QFile& target)
+{
+    return ::ioctl(target.handle(), FICLONE, source.handle()) == 0;
+}
+
+QString ConfigFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+}
+
+QString DataFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+}
+
+QString ProgramFolder()
+{
+    const QString program = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
+    return program.isEmpty() ? QString() : QFileInfo(program).path();
+}
+
+} // namespace Halvern::SyncServices::Platform
