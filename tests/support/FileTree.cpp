@@ -87,7 +87,8 @@ FileTree::Snapshot FileTree::Contents(const QString& relative) const
 {
     Snapshot snapshot;
     const QDir root(Path(relative));
-    QDirIterator it(root.path(), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+    QDirIterator it(root.path(),
+                    QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                     QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QFileInfo info(it.next());
@@ -96,8 +97,9 @@ FileTree::Snapshot FileTree::Contents(const QString& relative) const
             QFile file(info.filePath());
             Require(file.open(QFile::ReadOnly), file.fileName());
             snapshot.insert(name, file.readAll());
-        } else if (QDir(info.filePath()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System
-                                                 | QDir::NoDotAndDotDot)) {
+        } else if (QDir(info.filePath())
+                       .isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                QDir::NoDotAndDotDot)) {
             snapshot.insert(name + u'/', {});
         }
     }

@@ -53,3 +53,15 @@ inline void PrintTo(const QString& text, std::ostream* out)
 {
     *out << '"' << text.toStdString() << '"';
 }
+
+inline void PrintTo(const QByteArray& bytes, std::ostream* out)
+{
+    *out << '"' << bytes.toStdString() << '"';
+}
+
+inline void PrintTo(const Halvern::Test::FileTree::Snapshot& snapshot, std::ostream* out)
+{
+    for (auto it = snapshot.cbegin(); it != snapshot.cend(); ++it)
+        *out << "\n  " << it.key().toStdString() << ": "
+             << it.value().toPercentEncoding(" /").toStdString();
+}

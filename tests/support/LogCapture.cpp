@@ -1,6 +1,7 @@
 #include "LogCapture.h"
 
 #include <log4cplus/appender.h>
+#include <log4cplus/nullappender.h>
 #include <log4cplus/spi/loggingevent.h>
 
 namespace Halvern::Test {
@@ -29,6 +30,13 @@ QString LevelName(int level)
 {
     return FromLog(log4cplus::getLogLevelManager().toString(level));
 }
+
+// Without an appender log4cplus complains on the terminal.
+const bool rootIsSilent = [] {
+    log4cplus::Logger::getRoot().addAppender(
+        log4cplus::SharedAppenderPtr(new log4cplus::NullAppender));
+    return true;
+}();
 
 } // namespace
 
