@@ -1,0 +1,71 @@
+#include "Boundary.h"
+
+#include "FormatError.h"
+
+#include <new>
+#include <string>
+
+namespace Halvern::Formats {
+
+namespace {
+
+using SyncPlugin::IFileLinkResolverContext;
+using SyncPlugin::WideChar;
+
+void Log(IFileLinkResolverContext* context, std::string_view action, const WideChar* file,
+         std::string_view reason) noexcept
+{
+    try {
+        SyncPlugin::IPluginLogger* logger = context ? context->GetLogger() : nullptr;
+        if (!logger)
+            return;
+        WideString message = ToUtf16Lossy("Failed to ");
+        message += ToUtf16Lossy(action);
+        message += WideChar(' ');
+        message += file ? WideView(file) : WideView();
+        message += ToUtf16Lossy(": ");
+        message += ToUtf16Lossy(reason);
+        logger->LogError(message.c_str());
+    } catch (...) {
+        // No memory for the message either; the false result has to do.
+    }
+}
+
+/// The reason with its position. Called while an exception is being handled.
+std::string ReasonOfCurrentException()
+{
+    try {
+        throw;
+    } catch (const FormatError& error) {
+        std::string reason = error.what();
+        if (error.Position())
+            reason += " (byte " + std::to_string(*error.Position()) + ")";
+        return reason;
+    } catch (const std::bad_alloc&) {
+        return "out of memory";
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (...) {
+        return "unknown error";
+    }
+}
+
+} // namespace
+
+bool RunGuarded(IFileLinkResolverContext* context, std::string_view action, const WideChar* file,
+                const std::function<void()>& work) noexcept
+{
+    try {
+        work();
+        return true;
+    } catch (...) {
+        try {
+            Log(context, action, file, ReasonOfCurrentException());
+        } catch (...) {
+            Log(context, action, file, {});
+        }
+        return false;
+    }
+}
+
+} // namespace Halvern::Formats

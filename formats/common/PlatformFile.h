@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string_view>
+
+namespace Halvern::Formats {
+
+/// Tells one state of a file from another.
+struct FileStamp
+{
+    std::uint64_t size = 0;
+    /// Last modification, in the platform's own unit.
+    std::int64_t modified = 0;
+    std::uint64_t volume = 0;
+    std::uint64_t id = 0;
+
+    bool operator==(const FileStamp&) const = default;
+};
+
+/// The calls that differ per platform. Those that can fail throw FormatError with the system's own
+/// text.
+namespace Platform {
+
+using Handle = std::intptr_t;
+inline constexpr Handle NoHandle = -1;
+
+/// Only regular files; the access time stays where the system lets it.
+Handle OpenForReading(const std::filesystem::path& file);
+/// NoHandle when something of that name exists already.
+Handle CreateExclusively(const std::filesystem::path& file);
+FileStamp StampOf(Handle handle);
+/// May read less than asked for; 0 at the end of the file.
+std::size_t ReadSome(Handle handle, std::uint64_t offset, char* buffer, std::size_t size);
+void WriteAll(Handle handle, std::string_view bytes);
+void FlushToDisk(Handle handle);
+void Close(Handle handle) noexcept;
+/// Gives `copy`, open as `handle`, the permissions or attributes of `file`.
+void CopyPermissions(const std::filesystem::path& file, const std::filesystem::path& copy,
+                     Handle handle);
+/// Puts `temporary` in the place of `file`, in one step, and makes that last.
+void RenameOver(const std::filesystem::path& temporary, const std::filesystem::path& file);
+
+} // namespace Platform
+
+} // namespace Halvern::Formats

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "syncplugin/FileLinkInfo.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Halvern::Formats {
+
+using WideString = std::basic_string<SyncPlugin::WideChar>;
+using WideView = std::basic_string_view<SyncPlugin::WideChar>;
+
+/// Nothing for text with a lone surrogate.
+std::optional<std::string> ToUtf8(WideView text);
+/// Nothing for bytes that are no UTF-8 (overlong forms and encoded surrogates are none either).
+std::optional<WideString> ToUtf16(std::string_view text);
+/// For messages: what is no UTF-8 becomes U+FFFD.
+WideString ToUtf16Lossy(std::string_view text);
+bool IsUtf8(std::string_view text);
+/// How many UTF-16 units UTF-8 text takes. Requires: IsUtf8(text).
+std::size_t Utf16Length(std::string_view text);
+
+/// The file that UTF-8 text names.
+std::filesystem::path PathFromUtf8(std::string_view text);
+std::string PathToUtf8(const std::filesystem::path& path);
+
+} // namespace Halvern::Formats

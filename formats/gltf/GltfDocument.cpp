@@ -1,0 +1,59 @@
+#include "GltfDocument.h"
+
+#include "GltfUri.h"
+
+#include "common/FormatError.h"
+#include "common/ReplacementFile.h"
+
+namespace Halvern::Formats::Gltf {
+
+namespace {
+
+constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+std::string ReadPlain(const InputFile& file)
+{
+    if (file.Size() > MaxDocumentSize)
+        throw FormatError("the document is larger than 1 GiB");
+    return file.Read(0, file.Size());
+}
+
+std::vector<UriString> FindUrisBehindMark(std::string_view json, std::uint64_t position)
+{
+    const std::size_t skip = json.starts_with(ByteOrderMark) ? ByteOrderMark.size() : 0;
+    std::vector<UriString> uris = FindUris(json.substr(skip), position + skip);
+    for (UriString& uri : uris) {
+        uri.begin += skip;
+        uri.end += skip;
+    }
+    return uris;
+}
+
+} // namespace
+
+GltfDocument::GltfDocument(const std::filesystem::path& path) : m_file(path)
+{
+    if (IsGlb(m_file))
+        m_glb = ReadGlbLayout(m_file);
+    m_json = m_glb ? m_file.Read(m_glb->jsonBegin, m_glb->jsonSize) : ReadPlain(m_file);
+    m_uris = FindUrisBehindMark(m_json, m_glb ? m_glb->jsonBegin : 0);
+}
+
+std::string GltfDocument::PathOf(const UriString& uri) const
+{
+    return PathOfUri(uri.value, m_file.Path().parent_path());
+}
+
+void GltfDocument::Replace(std::string json)
+{
+    ReplacementFile replacement(m_file);
+    if (m_glb) {
+        replacement.Write(GlbHead(std::move(json), m_glb->restSize));
+        replacement.CopyFromSource(m_glb->restBegin, m_glb->restSize);
+    } else {
+        replacement.Write(json);
+    }
+    replacement.Commit();
+}
+
+} // namespace Halvern::Formats::Gltf

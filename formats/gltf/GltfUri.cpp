@@ -1,0 +1,140 @@
+#include "GltfUri.h"
+
+#include "common/PercentCoding.h"
+#include "common/Utf.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace Halvern::Formats::Gltf {
+
+namespace {
+
+bool IsLetter(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool IsSchemeCharacter(char c)
+{
+    return IsLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+}
+
+/// Lower-cased, without its ":"; empty when the text has none. One letter is a Windows drive.
+std::string SchemeOf(std::string_view uri)
+{
+    const std::size_t end = uri.find(':');
+    if (end == std::string_view::npos || end < 2 || !IsLetter(uri.front()))
+        return {};
+    std::string scheme(uri.substr(0, end));
+    if (!std::all_of(scheme.begin(), scheme.end(), IsSchemeCharacter))
+        return {};
+    std::transform(scheme.begin(), scheme.end(), scheme.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return scheme;
+}
+
+bool IsDrive(std::string_view path)
+{
+    return path.size() >= 2 && IsLetter(path[0]) && path[1] == ':';
+}
+
+bool IsSlash(char c)
+{
+    return c == '/' || c == '\\';
+}
+
+bool FileExists(const std::filesystem::path& folder, std::string_view path)
+{
+    std::error_code ignored;
+    return std::filesystem::exists(folder / PathFromUtf8(path), ignored);
+}
+
+std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
+{
+    std::string decoded = PercentDecode(raw);
+    if (decoded == raw)
+        return decoded;
+    if (!IsUtf8(decoded))
+        return std::string(raw);
+    // A name with a NUL must not reach the system, which would take only what is before it.
+    if (decoded.find('\0') == std::string::npos && !FileExists(folder, decoded) &&
+        FileExists(folder, raw))
+        return std::string(raw);
+    return decoded;
+}
+
+/// What follows "file:", as the path that it names, still percent-encoded.
+std::string FileUriPath(std::string_view rest)
+{
+    std::string host;
+    if (rest.starts_with("//")) {
+        const std::size_t end = std::min(rest.find('/', 2), rest.size());
+        host = rest.substr(2, end - 2);
+        rest.remove_prefix(end);
+    }
+    if (IsDrive(host)) // "file://D:/x", one slash short
+        return host + std::string(rest);
+    if (!host.empty() && host != "localhost")
+        return "//" + host + std::string(rest);
+    if (rest.starts_with('/') && IsDrive(rest.substr(1)))
+        rest.remove_prefix(1);
+    return std::string(rest);
+}
+
+/// With forward slashes when it is a Windows path that begins with a drive or a server.
+std::string WithSlashes(std::string_view path)
+{
+    std::string result(path);
+    const bool drive = IsDrive(path) && path.size() > 2 && IsSlash(path[2]);
+    if (drive || path.starts_with("\\\\"))
+        std::replace(result.begin(), result.end(), '\\', '/');
+    return result;
+}
+
+std::string_view WithoutDot(std::string_view path)
+{
+    while (path.starts_with("./"))
+        path.remove_prefix(2);
+    return path;
+}
+
+} // namespace
+
+bool IsLinkUri(std::string_view uri)
+{
+    if (uri.empty() || uri.front() == '#')
+        return false;
+    const std::string scheme = SchemeOf(uri);
+    return scheme.empty() || scheme == "file";
+}
+
+std::string PathOfUri(std::string_view uri, const std::filesystem::path& folder)
+{
+    if (SchemeOf(uri) == "file")
+        return Decoded(FileUriPath(uri.substr(5)), folder);
+    return Decoded(uri, folder);
+}
+
+std::string UriOfPath(std::string_view given)
+{
+    const std::string path = WithSlashes(given);
+    const std::string encoded = PercentEncodePath(path);
+    if (path.starts_with("//"))
+        return "file:" + encoded;
+    if (path.starts_with('/'))
+        return "file://" + encoded;
+    if (IsDrive(path) && path.size() > 2 && path[2] == '/')
+        return "file:///" + encoded;
+    // A ":" in the first segment would read as the end of a scheme.
+    if (encoded.find(':') < encoded.find('/'))
+        return "./" + encoded;
+    return encoded;
+}
+
+bool IsSamePath(std::string_view a, std::string_view b)
+{
+    return WithoutDot(a) == WithoutDot(b);
+}
+
+} // namespace Halvern::Formats::Gltf

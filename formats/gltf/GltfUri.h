@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Halvern::Formats::Gltf {
+
+/// True when a uri names a file: not when it is empty, a mere fragment, embedded data, or has a
+/// scheme other than "file".
+bool IsLinkUri(std::string_view uri);
+
+/// The path that a uri names, for a document in `folder`. Percent-encoding is taken off, unless
+/// only a file with the raw text as its name exists: some exporters forget to encode.
+///
+///     textures/H%C3%B6he.png   textures/Höhe.png
+///     file:///D:/lib/wood.png  D:/lib/wood.png
+///
+/// Requires: IsLinkUri(uri).
+std::string PathOfUri(std::string_view uri, const std::filesystem::path& folder);
+
+/// The uri for a path: a relative reference, or for an absolute path a "file:" URI. ASCII without
+/// characters that JSON would have to escape.
+std::string UriOfPath(std::string_view path);
+
+/// True when both paths are the same text apart from a leading "./".
+bool IsSamePath(std::string_view a, std::string_view b);
+
+} // namespace Halvern::Formats::Gltf

@@ -1,0 +1,112 @@
+#include "FormatFixture.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace Halvern::Test {
+
+using SyncPlugin::FileLinkInfo;
+using SyncPlugin::WideChar;
+
+namespace {
+
+void Fill(WideChar (&field)[SyncPlugin::MaxLinkText], const QString& text)
+{
+    const QString cut = text.left(SyncPlugin::MaxLinkText - 1);
+    *std::copy_n(Wide(cut), cut.size(), field) = 0;
+}
+
+} // namespace
+
+const WideChar* Wide(const QString& text)
+{
+    return reinterpret_cast<const WideChar*>(text.utf16());
+}
+
+QString FromWide(const WideChar* text)
+{
+    return QString::fromUtf16(reinterpret_cast<const char16_t*>(text));
+}
+
+FileLinkInfo Record(const Link& link)
+{
+    FileLinkInfo record = {};
+    record.size = sizeof(FileLinkInfo);
+    Fill(record.referenceId, link.first);
+    Fill(record.path, link.second);
+    return record;
+}
+
+void RecordingContext::Add(QStringView level, const WideChar* text)
+{
+    lines.append(level.toString() + FromWide(text));
+}
+
+Links ResolverFixture::Read(const QString& file)
+{
+    FileLinkInfo* records = nullptr;
+    int count = -1;
+    EXPECT_TRUE(m_resolver.GetFileLinks(Wide(tree.Path(file)), &records, &count, &context))
+        << context.lines.join(u'\n').toStdString();
+    Links links;
+    for (int i = 0; i < count; ++i) {
+        EXPECT_EQ(records[i].size, sizeof(FileLinkInfo));
+        links.append({FromWide(records[i].referenceId), FromWide(records[i].path)});
+    }
+    delete[] records;
+    return links;
+}
+
+bool ResolverFixture::TryRead(const QString& file)
+{
+    FileLinkInfo* records = nullptr;
+    int count = 0;
+    const bool ok = m_resolver.GetFileLinks(Wide(tree.Path(file)), &records, &count, &context);
+    EXPECT_TRUE(ok || (!records && count == 0)) << "a failure hands nothing over";
+    delete[] records;
+    return ok;
+}
+
+bool ResolverFixture::Repath(const QString& file, const Links& links)
+{
+    std::vector<FileLinkInfo> records;
+    std::transform(links.begin(), links.end(), std::back_inserter(records), Record);
+    return m_resolver.RepathFileLinks(Wide(tree.Path(file)), records.data(),
+                                      static_cast<int>(records.size()), &context);
+}
+
+QString ResolverFixture::ReadFailure(const QString& file, const QByteArray& content)
+{
+    tree.File(file, content);
+    context.lines.clear();
+    EXPECT_FALSE(TryRead(file));
+    EXPECT_EQ(tree.Read(file), content);
+    const QString start = QStringLiteral("ERROR Failed to read the file links of %1: ");
+    const QString prefix = start.arg(tree.Path(file));
+    if (context.lines.size() != 1 || !context.lines.first().startsWith(prefix))
+        return QStringLiteral("unexpected log: ") + context.lines.join(u'\n');
+    return context.lines.first().mid(prefix.size());
+}
+
+QByteArray LittleEndian(quint32 number)
+{
+    QByteArray bytes;
+    for (int shift = 0; shift < 32; shift += 8)
+        bytes.append(static_cast<char>((number >> shift) & 0xFFU));
+    return bytes;
+}
+
+QByteArray GlbChunk(const QByteArray& type, const QByteArray& data)
+{
+    return LittleEndian(static_cast<quint32>(data.size())) + type + data;
+}
+
+QByteArray Glb(QByteArray json, const QByteArray& rest)
+{
+    while (json.size() % 4 != 0)
+        json.append(' ');
+    const QByteArray body = GlbChunk("JSON", json) + rest;
+    return "glTF" + LittleEndian(2) + LittleEndian(static_cast<quint32>(12 + body.size())) + body;
+}
+
+} // namespace Halvern::Test
