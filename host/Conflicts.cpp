@@ -1,0 +1,158 @@
+#include "Conflicts.h"
+
+#include "Paths.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QHash>
+
+#include <optional>
+
+namespace Halvern::Host {
+
+using FileLink::FileSet;
+using SyncServices::FileMapping;
+
+namespace {
+
+bool Exists(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink();
+}
+
+/// Nothing is at the target because of this file, now or after the import.
+bool HasNoPlace(const FileMapping& file)
+{
+    return !file.HasTargetFile() ||
+           file.HasFlagAny(FileMapping::NotFilePath | FileMapping::SourceMissing);
+}
+
+bool StaysWhereItIs(const FileMapping& file)
+{
+    return file.HasFlagAny(FileMapping::NoCopy | FileMapping::Unchanged |
+                           FileMapping::SameSourceAndTarget) ||
+           file.HasFlag(FileMapping::Folder);
+}
+
+CollisionPolicy PolicyFor(const FileMapping& file, const ImportOptions& options)
+{
+    return file.HasFlag(FileMapping::Selected) ? options.selectedCollisions
+                                               : options.linkedCollisions;
+}
+
+/// Who has which target, by the target in lower case.
+class Owners
+{
+public:
+    explicit Owners(const FileSet::FileMappingList& files)
+    {
+        // What is in place, or about to be made for the files in it, comes before what is copied.
+        for (const auto& file : files)
+            if (!HasNoPlace(*file) && StaysWhereItIs(*file) && HoldsTarget(*file))
+                Add(*file);
+    }
+
+    /// The other file that has the target; null when it is free. Two mappings of one source are
+    /// one file.
+    const FileMapping* OtherOwner(const FileMapping& file) const
+    {
+        const FileMapping* owner = m_owners.value(Key(file.GetTargetFile()));
+        return owner && owner->GetSourceFile() != file.GetSourceFile() ? owner : nullptr;
+    }
+    bool IsOwned(const QString& target) const { return m_owners.contains(Key(target)); }
+    void Add(const FileMapping& file)
+    {
+        const QString key = Key(file.GetTargetFile());
+        if (!m_owners.contains(key))
+            m_owners.insert(key, &file);
+    }
+
+private:
+    static QString Key(const QString& target) { return target.toLower(); }
+    static bool HoldsTarget(const FileMapping& file)
+    {
+        const bool isNewFolder =
+            file.HasFlag(FileMapping::Folder) && !file.HasFlag(FileMapping::NoCopy);
+        return isNewFolder || Exists(file.GetTargetFile());
+    }
+
+    QHash<QString, const FileMapping*> m_owners;
+};
+
+bool GiveFreeName(FileMapping& file, const Owners& owners)
+{
+    const QString free = FreePath(file.GetTargetFile(), [&](const QString& path) {
+        return owners.IsOwned(path) || Exists(path);
+    });
+    file.SetFlag(FileMapping::RenameOnCollision, true);
+    return file.SetTargetFile(free, true);
+}
+
+/// What still stands in the way of a file once its target is nobody else's.
+std::optional<ConflictKind> Obstacle(const FileMapping& file, const ImportOptions& options)
+{
+    if (!Exists(file.GetTargetFile()))
+        return {};
+    if (QFileInfo(file.GetTargetFile()).isDir())
+        return ConflictKind::FolderInTheWay;
+    if (file.HasFlag(FileMapping::RenameOnCollision))
+        return ConflictKind::CannotRename;
+    if (PolicyFor(file, options) == CollisionPolicy::Stop)
+        return ConflictKind::TargetTaken;
+    return {};
+}
+
+std::optional<ConflictKind> ObstacleInPlace(const FileMapping& file)
+{
+    const bool isFolder = QFileInfo(file.GetTargetFile()).isDir();
+    if (file.HasFlag(FileMapping::Folder))
+        return !file.HasFlag(FileMapping::NoCopy) && !isFolder && Exists(file.GetTargetFile())
+                   ? std::optional(ConflictKind::FileInTheWay)
+                   : std::nullopt;
+    return file.HasFlag(FileMapping::Collision) && isFolder
+               ? std::optional(ConflictKind::FolderInTheWay)
+               : std::nullopt;
+}
+
+/// Settles one file; the conflict that remains, if any.
+std::optional<Conflict> Settle(FileMapping& file, Owners& owners, const ImportOptions& options)
+{
+    if (HasNoPlace(file))
+        return {};
+    Conflict conflict{
+        {}, file.GetSourceFile(), file.GetTargetFile(), {}, file.HasFlag(FileMapping::Selected)};
+    std::optional<ConflictKind> kind;
+    if (StaysWhereItIs(file)) {
+        kind = ObstacleInPlace(file);
+    } else {
+        const FileMapping* owner = owners.OtherOwner(file);
+        const bool rename = PolicyFor(file, options) == CollisionPolicy::Rename &&
+                            !file.HasFlag(FileMapping::KeepTargetName);
+        if (owner && !(rename && GiveFreeName(file, owners))) {
+            kind = ConflictKind::SameTarget;
+            conflict.other = owner->GetSourceFile();
+        } else {
+            kind = Obstacle(file, options);
+            owners.Add(file);
+        }
+    }
+    if (!kind)
+        return {};
+    conflict.kind = *kind;
+    return conflict;
+}
+
+} // namespace
+
+QList<Conflict> SettleTargets(FileSet& fileSet, const ImportOptions& options)
+{
+    const FileSet::FileMappingList files = fileSet.GetFiles();
+    Owners owners(files);
+    QList<Conflict> conflicts;
+    for (const auto& file : files)
+        if (const std::optional<Conflict> conflict = Settle(*file, owners, options))
+            conflicts.append(*conflict);
+    return conflicts;
+}
+
+} // namespace Halvern::Host

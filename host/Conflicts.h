@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Options.h"
+
+#include "filelink/FileSet.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+namespace Halvern::Host {
+
+/// Why a file cannot have its target.
+enum class ConflictKind
+{
+    /// A file stands there, and the policy is to stop.
+    TargetTaken,
+    /// A file stands there, and no other name may be or could be given.
+    CannotRename,
+    /// A folder stands where the file must go.
+    FolderInTheWay,
+    /// A file stands where the folder must go.
+    FileInTheWay,
+    /// Another file of the same import goes there.
+    SameTarget,
+};
+
+struct Conflict
+{
+    ConflictKind kind = ConflictKind::TargetTaken;
+    QString source;
+    QString target;
+    /// With SameTarget: the source that has the target.
+    QString other;
+    bool selected = false;
+};
+
+/// After ResolveCollisions, which asks only the disk for free names: gives files of one import that
+/// got the same target different ones, where the policy allows, and lists what must not be copied
+/// as it stands, in the set's order. Paths that differ in letter case only are the same.
+QList<Conflict> SettleTargets(FileLink::FileSet& files, const ImportOptions& options);
+
+} // namespace Halvern::Host

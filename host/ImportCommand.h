@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Logging.h"
+#include "Options.h"
+
+namespace Halvern::Host {
+
+class Console;
+
+/// `corsync import`. Throws CommandError when the job cannot begin.
+ExitCode RunImport(const ImportOptions& options, const CommonOptions& common, const LogSetup& log,
+                   Console& console);
+
+} // namespace Halvern::Host

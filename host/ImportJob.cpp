@@ -1,0 +1,184 @@
+#include "ImportJob.h"
+
+#include "ProgressLine.h"
+#include "ReadOnlyDatabase.h"
+#include "UpToDate.h"
+
+#include "syncservices/FolderManager.h"
+
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+
+namespace Halvern::Host {
+
+using FileLink::FileLinkImporter;
+using SyncFolderManagerLib::FolderManager;
+using SyncServices::FileMapping;
+using SyncServices::Global;
+
+namespace {
+
+Global::CopyOption PolicyBits(CollisionPolicy policy, Global::CopyOption keep,
+                              Global::CopyOption rename)
+{
+    switch (policy) {
+    case CollisionPolicy::Keep:
+        return keep;
+    case CollisionPolicy::Rename:
+        return rename;
+    case CollisionPolicy::Stop:
+    case CollisionPolicy::Replace:
+        // Left to the copy stage, which replaces the target.
+        return Global::NoCopyOption;
+    }
+    return Global::NoCopyOption;
+}
+
+Global::CopyOption CopyOptions(const ImportOptions& options)
+{
+    Global::CopyOption bits =
+        PolicyBits(options.selectedCollisions, Global::KeepExistingSelectedFiles,
+                   Global::RenameSelectedFiles) |
+        PolicyBits(options.linkedCollisions, Global::KeepExistingLinkedFiles,
+                   Global::RenameLinkedFiles);
+    if (options.move)
+        bits |= Global::MoveFiles;
+    if (options.linksOnly)
+        bits |= Global::LinkedFilesOnly;
+    if (options.directLinksOnly)
+        bits |= Global::DirectLinksOnly;
+    return bits;
+}
+
+void UseDatabase(std::shared_ptr<SyncServices::SyncDatabase> database)
+{
+    FolderManager::GetInstance()->SetSyncDatabase(std::move(database));
+}
+
+} // namespace
+
+ImportJob::ImportJob(const ImportOptions& options, ProgressLine& progress)
+    : m_options(options), m_progress(progress),
+      m_controller(std::make_shared<JobController>([&progress] { progress.Tick(); })),
+      m_database(FolderManager::GetInstance()->GetSyncDatabase()),
+      m_importer(std::make_unique<FileLinkImporter>(m_controller))
+{
+    ConnectProgress();
+    UseDatabase(std::make_shared<ReadOnlyDatabase>(m_database));
+}
+
+ImportJob::~ImportJob()
+{
+    Finish();
+}
+
+void ImportJob::ConnectProgress()
+{
+    const auto onCopied = [this](const QString&, const QString& target) {
+        m_progress.Step(m_progress.IsActive() ? QFileInfo(target).size() : 0);
+    };
+    QObject::connect(m_importer.get(), &FileLinkImporter::FileCopied, onCopied);
+    QObject::connect(m_importer.get(), &FileLinkImporter::FileMoved,
+                     [this, onCopied](const QString& source, const QString& target) {
+                         m_moved.insert(source);
+                         onCopied(source, target);
+                     });
+    QObject::connect(m_importer.get(), &FileLinkImporter::FileModified,
+                     [this](const QString& file) {
+                         m_modified.insert(file);
+                         m_progress.Step(0);
+                     });
+}
+
+template <typename Stage>
+bool ImportJob::Run(const QString& phase, qint64 total, Stage stage)
+{
+    if (m_controller->IsCancelRequested())
+        return false;
+    m_progress.Begin(phase, total);
+    stage();
+    return !m_controller->StoppedJob();
+}
+
+void ImportJob::Plan(const QStringList& sources, const QString& target)
+{
+    bool accepted = true;
+    const auto initialize = [&] {
+        accepted =
+            m_importer->Initialize(sources, target, false, CopyOptions(m_options), m_options.types);
+    };
+    if (!Run(QStringLiteral("Reading the selection"), 0, initialize))
+        return;
+    if (!accepted)
+        throw CommandError(ExitCode::Failed, QStringLiteral("the selection could not be read"));
+    m_files = m_importer->GetFileSet();
+    if (!Run(QStringLiteral("Reading links"), 0, [&] { m_importer->ExtractFileLinks(); }) ||
+        !Run(QStringLiteral("Laying out"), 0, [&] { m_importer->AssignTargetPaths(); }) ||
+        !Run(QStringLiteral("Looking for conflicts"), 0, [&] { m_importer->MarkCollisions(); }))
+        return;
+    MarkUpToDate(*m_files, *m_database);
+    NoteTargets();
+    if (Run(QStringLiteral("Resolving conflicts"), 0, [&] { m_importer->ResolveCollisions(); }))
+        m_conflicts = SettleTargets(*m_files, m_options);
+}
+
+void ImportJob::Execute()
+{
+    if (!m_conflicts.isEmpty() || m_controller->IsCancelRequested())
+        return;
+    UseDatabase(m_database);
+    m_executed = true;
+    const bool complete =
+        Run(QStringLiteral("Copying"), CountFilesToCopy(), [&] { m_importer->CopyFiles(); }) &&
+        Run(QStringLiteral("Rewriting links"), 0, [&] { m_importer->RepathTargetFiles(); }) &&
+        Run(QStringLiteral("Recording"), 0, [&] { m_importer->UpdateSyncDatabase(); });
+    if (!complete)
+        RecordInterruptedRepath();
+}
+
+void ImportJob::Finish()
+{
+    m_progress.Clear();
+    if (!m_importer)
+        return;
+    m_importer.reset();
+    UseDatabase(m_database);
+}
+
+void ImportJob::NoteTargets()
+{
+    for (const auto& file : m_files->GetFiles())
+        m_wantedTargets.insert(file.get(), file->GetTargetFile());
+}
+
+bool ImportJob::IsRenamed(const FileMapping& file) const
+{
+    return m_wantedTargets.value(&file, file.GetTargetFile()) != file.GetTargetFile();
+}
+
+bool ImportJob::IsMoved(const FileMapping& file) const
+{
+    return m_moved.contains(file.GetSourceFile());
+}
+
+qint64 ImportJob::CountFilesToCopy() const
+{
+    const FileMapping::FileMappingFlag notCopied =
+        FileMapping::Folder | FileMapping::Unchanged | FileMapping::NoCopy |
+        FileMapping::NotFilePath | FileMapping::SourceMissing | FileMapping::SameSourceAndTarget;
+    const auto files = m_files->GetFiles();
+    return std::count_if(files.begin(), files.end(),
+                         [&](const auto& file) { return !file->HasFlagAny(notCopied); });
+}
+
+/// A cancel may fall between the rewriting of a file and the module's note of the file's new date.
+/// Without that note the next import would take the copy for one that somebody else changed.
+void ImportJob::RecordInterruptedRepath()
+{
+    for (const auto& file : m_files->GetFiles())
+        if (m_modified.contains(file->GetTargetFile()) && !file->HasFlag(FileMapping::Repathed))
+            file->UpdateTargetFileProperties();
+}
+
+} // namespace Halvern::Host

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Logging.h"
+#include "Options.h"
+
+namespace Halvern::Host {
+
+class Console;
+
+/// `corsync links`. Changes nothing anywhere. Throws CommandError when a file cannot be looked at.
+ExitCode RunLinks(const LinksOptions& options, const CommonOptions& common, const LogSetup& log,
+                  Console& console);
+
+} // namespace Halvern::Host

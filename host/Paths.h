@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QtCore/QString>
+
+#include <functional>
+
+namespace Halvern::Host {
+
+/// An argument as an absolute, cleaned path with forward slashes; empty for an empty argument.
+QString AbsolutePath(const QString& argument);
+/// True when `path` is `folder` or lies below it, without regard to letter case.
+bool IsInFolder(const QString& path, const QString& folder);
+/// The first of "a (2).prt", "a (3).prt" ... beside `path`, "a.prt", that is not taken.
+QString FreePath(const QString& path, const std::function<bool(const QString&)>& isTaken);
+
+} // namespace Halvern::Host

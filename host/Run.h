@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QtCore/QStringList>
+
+namespace Halvern::Host {
+
+/// The whole command; `arguments` begin with the program's name. The result is the exit code.
+int Run(const QStringList& arguments);
+
+} // namespace Halvern::Host

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "syncservices/ServicesSettings.h"
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace Halvern::Host {
+
+/// The services and the module, running for as long as the object lives. Importers must have ended
+/// before it does.
+class Session
+{
+public:
+    /// `pluginPaths` are searched before the default folders. Throws CommandError: Usage for a
+    /// plug-in path that is no folder, PluginOrDatabase when the services do not start.
+    Session(const SyncServices::ServicesSettings& settings, const QStringList& pluginPaths);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+};
+
+/// Removes, when it ends, the empty folders down to `path` that were missing when it began.
+class FolderCleanup
+{
+public:
+    explicit FolderCleanup(const QString& path);
+    ~FolderCleanup();
+    FolderCleanup(const FolderCleanup&) = delete;
+    FolderCleanup& operator=(const FolderCleanup&) = delete;
+
+private:
+    /// Deepest first.
+    QStringList m_missing;
+};
+
+} // namespace Halvern::Host
