@@ -281,7 +281,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "ERROR Plugin %1 threw an exception in CreateFileLinkResolver: "
                    "a fault of the zoo",
                    "ERROR Plugin %1 threw an exception in CreateFileLayout: a fault of the zoo"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(PluginTest, AfterANullFactoryTheObjectOfTheEarlierRequestIsReturned)
 {
