@@ -132,11 +132,6 @@ QString OpenError(const QString& path, QIODevice::OpenMode mode, const QString& 
     return file.open(mode) ? fallback : file.errorString();
 }
 
-QString ReadError(const QString& file, const QString& reason)
-{
-    return QStringLiteral("Failed to read settings file %1: %2").arg(file, reason);
-}
-
 } // namespace
 
 QString ServicesSettings::DefaultFile()
@@ -161,20 +156,17 @@ ServicesSettings ServicesSettings::LoadOrCreate(const QString& file, QString* er
         return settings;
     }
     const QSettings source(file, QSettings::IniFormat);
-    const QString unreadable = OpenError(file, QFile::ReadOnly, QString());
-    if (!unreadable.isEmpty() || source.status() != QSettings::NoError) {
-        SetError(error,
-                 ReadError(file, unreadable.isEmpty() ? QStringLiteral("It is not a settings file.")
-                                                      : unreadable));
-        return settings;
-    }
     Reader reader(source);
     Visit(settings, reader);
-    if (reader.BadKey().isEmpty())
+    // Asked for afterwards: sections are parsed when a value of theirs is.
+    QString reason;
+    if (source.status() != QSettings::NoError)
+        reason = OpenError(file, QFile::ReadOnly, QStringLiteral("It is not a settings file."));
+    else if (!reader.BadKey().isEmpty())
+        reason = QStringLiteral("The value of %1 has the wrong form.").arg(reader.BadKey());
+    if (reason.isEmpty())
         return settings;
-    SetError(error,
-             ReadError(file,
-                       QStringLiteral("The value of %1 has the wrong form.").arg(reader.BadKey())));
+    SetError(error, QStringLiteral("Failed to read settings file %1: %2").arg(file, reason));
     return Defaults();
 }
 

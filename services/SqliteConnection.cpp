@@ -25,7 +25,11 @@ SqliteConnection::SqliteConnection(const QString& file, int busyTimeout)
     // A file that must not be written is opened for reading, without a word.
     if (sqlite3_db_readonly(m_database.getHandle(), "main") == 1)
         throw std::runtime_error("It cannot be written.");
-    SqliteSchema::RequireOwnDatabase(m_database);
+    {
+        // One state of the file: another process may be making its tables right now.
+        const SqliteTransaction transaction(*this, SqliteTransaction::Read);
+        SqliteSchema::RequireOwnDatabase(m_database);
+    }
     m_database.exec("PRAGMA foreign_keys = ON");
     UseWriteAheadLog(busyTimeout);
     SqliteSchema::Migrate(m_database);

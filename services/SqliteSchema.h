@@ -6,7 +6,8 @@ class Database;
 
 namespace Halvern::SyncServices::SqliteSchema {
 
-/// Throws when the file is a newer version's or another program's; changes nothing.
+/// Throws when the file is a newer version's or another program's; changes nothing. Requires: an
+/// open transaction.
 void RequireOwnDatabase(SQLite::Database& database);
 
 /// Brings the tables to the current version, in one transaction.

@@ -1,0 +1,78 @@
+// A second process for the tests of the sync database:
+//
+//   writer items DATABASE CLOUD PREFIX COUNT   writes items, one after another, and a copy history
+//                                              entry each; prints the number of each when written
+//   writer lock DATABASE                       holds the write lock until standard input ends
+//   writer own DATABASE                        likewise, and lets nobody read either
+
+#include "syncservices/FolderManager.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <iostream>
+#include <string>
+
+using namespace Halvern::SyncServices;
+using Halvern::SyncFolderManagerLib::FolderManager;
+
+namespace {
+
+bool WriteOne(SyncDatabase& database, const QString& path)
+{
+    const FileLink link{-1, QStringLiteral("r1"), QStringLiteral("lib/part.prt"), QString()};
+    const auto item = std::make_shared<SyncItem>(path, path, QStringLiteral("/"));
+    item->SetAuthenticationId(7);
+    item->SetFileLinks({link, link});
+    const auto copy = std::make_shared<FileMapping>(path + QStringLiteral(".source"), path, 7);
+    copy->SetSourceFileLinks({link});
+    return database.AddOrUpdateFileConfiguration(item) &&
+           database.AddAndUpdateFileCopyHistory({copy}, {});
+}
+
+int WriteItems(const QString& file, const QString& cloud, const QString& prefix, int count)
+{
+    ServicesSettings settings;
+    settings.databaseFile = file;
+    settings.cloudCacheFolder = cloud;
+    FolderManager::Configure(settings);
+    FolderManager::Initialize();
+    const std::shared_ptr<SyncDatabase> database = FolderManager::GetInstance()->GetSyncDatabase();
+    if (!database) {
+        std::cerr << FolderManager::GetInstance()->GetLastError().toStdString() << '\n';
+        return 1;
+    }
+    for (int i = 1; i <= count; ++i) {
+        if (!WriteOne(*database, QStringLiteral("%1/%2%3.prt").arg(cloud, prefix).arg(i))) {
+            std::cerr << database->GetLastError().toStdString() << '\n';
+            return 1;
+        }
+        std::cout << i << std::endl;
+    }
+    return 0;
+}
+
+int Lock(const std::string& file, const char* kind)
+{
+    SQLite::Database database(file, SQLite::OPEN_READWRITE, 10000);
+    if (std::string(kind) == "own")
+        database.execAndGet("PRAGMA locking_mode = EXCLUSIVE");
+    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    std::cout << "locked" << std::endl;
+    std::string line;
+    while (std::getline(std::cin, line)) {
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::string mode = argc > 2 ? argv[1] : "";
+    if (mode == "items" && argc == 6)
+        return WriteItems(QString::fromUtf8(argv[2]), QString::fromUtf8(argv[3]),
+                          QString::fromUtf8(argv[4]), std::stoi(argv[5]));
+    if (mode == "lock" || mode == "own")
+        return Lock(argv[2], argv[1]);
+    return 2;
+}
