@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <system_error>
 
-#define WIN32_LEAN_AND_MEAN
+#ifndef NOMINMAX // the compiler may define it
 #define NOMINMAX
+#endif
+#define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
 namespace Halvern::Formats::Platform {

@@ -52,9 +52,9 @@ bool FileExists(const std::filesystem::path& folder, std::string_view path)
 
 std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
 {
+    if (raw.find('%') == std::string_view::npos)
+        return std::string(raw);
     std::string decoded = PercentDecode(raw);
-    if (decoded == raw)
-        return decoded;
     if (!IsUtf8(decoded))
         return std::string(raw);
     // A name with a NUL must not reach the system, which would take only what is before it.

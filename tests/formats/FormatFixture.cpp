@@ -101,6 +101,11 @@ QByteArray GlbChunk(const QByteArray& type, const QByteArray& data)
     return LittleEndian(static_cast<quint32>(data.size())) + type + data;
 }
 
+QByteArray BinChunk(const QByteArray& data)
+{
+    return GlbChunk(QByteArray("BIN\0", 4), data);
+}
+
 QByteArray Glb(QByteArray json, const QByteArray& rest)
 {
     while (json.size() % 4 != 0)

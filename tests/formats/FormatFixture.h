@@ -65,6 +65,8 @@ SyncPlugin::FileLinkInfo Record(const Link& link);
 /// A binary glTF file out of whole chunks: a JSON text padded with blanks, then `rest`.
 QByteArray Glb(QByteArray json, const QByteArray& rest = {});
 QByteArray GlbChunk(const QByteArray& type, const QByteArray& data);
+/// The chunk that holds geometry.
+QByteArray BinChunk(const QByteArray& data);
 QByteArray LittleEndian(quint32 number);
 
 } // namespace Halvern::Test

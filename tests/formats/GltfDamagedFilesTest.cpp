@@ -33,7 +33,7 @@ struct Row
     const char* message;
 };
 
-const QByteArray BinChunk = GlbChunk(QByteArray("BIN\0", 4), "12345678");
+const QByteArray Binary8 = BinChunk("12345678");
 
 QByteArray With(QByteArray bytes, qsizetype at, const QByteArray& part)
 {
@@ -170,7 +170,7 @@ TEST_F(DamagedGltf, AUriOfExactlyTheLongestLengthIsALink)
 
 TEST_F(DamagedGltf, ABinaryFileWithALyingHeaderIsReportedWithThePlace)
 {
-    const QByteArray good = Glb(R"({"uri":"a"})", BinChunk); // JSON of 12 bytes at 20, BIN at 32
+    const QByteArray good = Glb(R"({"uri":"a"})", Binary8); // JSON of 12 bytes at 20, BIN at 32
     ASSERT_EQ(good.size(), 48);
     const Row rows[] = {
         {"another magic", With(good, 0, "gLTF"),
@@ -193,7 +193,7 @@ TEST_F(DamagedGltf, ABinaryFileWithALyingHeaderIsReportedWithThePlace)
          "a chunk of 11 bytes, which is no multiple of 4 (byte 12)"},
         {"a JSON chunk that ends early", With(good, 12, LittleEndian(8)),
          "a chunk of 545071713 bytes where 12 are left (byte 28)"},
-        {"an empty JSON chunk", Headed(GlbChunk("JSON", "") + BinChunk),
+        {"an empty JSON chunk", Headed(GlbChunk("JSON", "") + Binary8),
          "The document is empty. (byte 20)"},
         {"another first chunk", With(good, 16, "BIN"), "the first chunk is not JSON (byte 16)"},
         {"a second JSON chunk", With(good, 36, "JSON"), "a second JSON chunk (byte 36)"},
@@ -216,7 +216,7 @@ TEST_F(DamagedGltf, ABinaryFileWithALyingHeaderIsReportedWithThePlace)
 
 TEST_F(DamagedGltf, ABinaryFileCutAnywhereIsReported)
 {
-    const QByteArray good = Glb(R"({"uri":"a"})", BinChunk);
+    const QByteArray good = Glb(R"({"uri":"a"})", Binary8);
     for (qsizetype size = 0; size < good.size(); ++size) {
         const QByteArray length = QByteArray::number(size);
         const QByteArray expected =
@@ -229,7 +229,7 @@ TEST_F(DamagedGltf, ABinaryFileCutAnywhereIsReported)
 
 TEST_F(DamagedGltf, ABinaryFileCutAnywhereWithALengthToMatchIsReported)
 {
-    const QByteArray good = Glb(R"({"uri":"a"})", BinChunk);
+    const QByteArray good = Glb(R"({"uri":"a"})", Binary8);
     for (qsizetype size = 12; size < good.size(); ++size) {
         const QByteArray length = QByteArray::number(size);
         QByteArray expected = "the file ends inside a chunk header (byte " + length + ")";
@@ -250,7 +250,7 @@ TEST_F(DamagedGltf, ABinaryFileCutAnywhereWithALengthToMatchIsReported)
 
 TEST_F(DamagedGltf, NoSingleByteOfAHeaderTurnedOverCrashesOrChangesTheFile)
 {
-    const QByteArray good = Glb(R"({"uri":"a"})", BinChunk);
+    const QByteArray good = Glb(R"({"uri":"a"})", Binary8);
     for (qsizetype at = 0; at < good.size(); ++at) {
         for (int bit = 0; bit < 8; ++bit) {
             QByteArray bad = good;

@@ -168,8 +168,7 @@ TEST_F(GltfPlugin, EveryBadExampleFailsWithItsMessage)
 {
     Import(QStringLiteral(CORSYNC_EXAMPLES "/bad"), QStringLiteral("bad"));
     const QPair<QString, QString> rows[] = {
-        {QStringLiteral("malformed.gltf"),
-         QStringLiteral("Missing a name for object member. (byte 57)")},
+        {QStringLiteral("malformed.gltf"), QStringLiteral("Invalid value. (byte 58)")},
         {QStringLiteral("truncated.glb"),
          QStringLiteral("the header gives a length of 100 bytes, the file has 94 (byte 8)")},
         {QStringLiteral("lying-length.glb"),

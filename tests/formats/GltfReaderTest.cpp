@@ -118,7 +118,7 @@ TEST_F(GltfReader, ABinaryFileIsRecognisedByItsFirstBytesWhateverItsName)
 {
     for (const QString& name : {QStringLiteral("a.glb"), QStringLiteral("A.GLB"),
                                 QStringLiteral("b.gltf"), QStringLiteral("c")}) {
-        tree.File(name, Glb(R"({"images": [{"uri": "a.png"}]})", GlbChunk("BIN\0", "1234")));
+        tree.File(name, Glb(R"({"images": [{"uri": "a.png"}]})", BinChunk("1234")));
         EXPECT_EQ(Read(name), (Links{L(u"/images/0/uri", u"a.png")})) << name.toStdString();
     }
 }
@@ -126,8 +126,7 @@ TEST_F(GltfReader, ABinaryFileIsRecognisedByItsFirstBytesWhateverItsName)
 TEST_F(GltfReader, ChunksOfUnknownKindsArePassedOver)
 {
     tree.File(QStringLiteral("a.glb"),
-              Glb(R"({"uri": "a.png"})", GlbChunk(QByteArray(4, '\0'), "") +
-                                             GlbChunk("BIN\0", "12345678") +
+              Glb(R"({"uri": "a.png"})", GlbChunk(QByteArray(4, '\0'), "") + BinChunk("12345678") +
                                              GlbChunk("XYZ1", "1234")));
     EXPECT_EQ(Read(QStringLiteral("a.glb")), (Links{L(u"/uri", u"a.png")}));
 }

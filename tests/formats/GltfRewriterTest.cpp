@@ -177,8 +177,7 @@ TEST_F(GltfRewriter, ABinaryFileKeepsItsOtherChunksAndGetsNewLengths)
 {
     // Larger than two buffers of the copy, and not a multiple of one.
     const qint64 size = 2 * qint64(Formats::ReplacementFile::CopyBufferSize) + 4 * 1237;
-    const QByteArray rest =
-        GlbChunk("BIN\0", PatternBytes(size)) + GlbChunk("XYZ1", PatternBytes(8, 2));
+    const QByteArray rest = BinChunk(PatternBytes(size)) + GlbChunk("XYZ1", PatternBytes(8, 2));
     const QString file = QStringLiteral("a.glb");
     for (const char16_t* path : {u"b", u"bc", u"bcd", u"bcde", u"../somewhere/else/b.png"}) {
         tree.File(file, Glb(R"({"uri":"a.png"})", rest));
@@ -192,7 +191,7 @@ TEST_F(GltfRewriter, ABinaryFileKeepsItsOtherChunksAndGetsNewLengths)
 TEST_F(GltfRewriter, ABinaryFileComesBackByteForByteWhenItsLinkDoes)
 {
     const QString file = QStringLiteral("a.glb");
-    const QByteArray before = Glb(R"({"uri":"a.png"} )", GlbChunk("BIN\0", "12345678"));
+    const QByteArray before = Glb(R"({"uri":"a.png"} )", BinChunk("12345678"));
     tree.File(file, before);
     EXPECT_TRUE(Repath(file, {L(u"/uri", u"some/longer/name.png")}));
     EXPECT_NE(tree.Read(file), before);
