@@ -11,6 +11,10 @@
 //
 //     *leave*          a linked file that gets no target
 //     *nofollow*       a linked file whose links are not followed (it does get its target)
+//     *keepname*       a linked file whose target is never renamed
+//     *replaced*       a linked file in whose place the file of that name in the folder
+//                      "replacement" beside it is imported
+//     *forbidden*      a linked file on which flags are set that only the host may set
 //     *layoutfails*    a top-level file for which the layout fails
 //     *layoutthrows*   a top-level file for which it throws
 
@@ -35,6 +39,23 @@ bool Holds(const std::filesystem::path& file, const std::string& word)
     return Test::ToUtf8(file.filename()).find(word) != std::string::npos;
 }
 
+void SetFlags(IFileMapping& mapping, const std::filesystem::path& source)
+{
+    if (Holds(source, "nofollow"))
+        mapping.SetFlag(MappingSkipFileLinks, true);
+    if (Holds(source, "keepname"))
+        mapping.SetFlag(MappingKeepTargetName, true);
+    if (Holds(source, "forbidden"))
+        mapping.SetFlag(
+            MappingSelected | MappingUnchanged | MappingCollision | MappingSourceMissing, true);
+}
+
+void Replace(IFileMapping& mapping, const std::filesystem::path& source)
+{
+    const std::filesystem::path other = source.parent_path() / "replacement" / source.filename();
+    mapping.ChangeSourceFile(other.generic_string<WideChar>().c_str());
+}
+
 void AssignChildren(IFileMapping& mapping, const std::filesystem::path& folder)
 {
     const std::unique_ptr<IFileMappingIterator> children(mapping.GetChildren());
@@ -47,9 +68,10 @@ void AssignChildren(IFileMapping& mapping, const std::filesystem::path& folder)
         // A file that has its target was here before, perhaps along another path.
         if (!child.SetTargetFile(target.c_str(), false))
             continue;
-        if (Holds(source, "nofollow"))
-            child.SetFlag(MappingSkipFileLinks, true);
-        else
+        SetFlags(child, source);
+        if (Holds(source, "replaced"))
+            Replace(child, source);
+        if (!Holds(source, "nofollow"))
             AssignChildren(child, folder);
     }
 }
