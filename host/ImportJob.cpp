@@ -129,12 +129,13 @@ void ImportJob::Execute()
         return;
     UseDatabase(m_database);
     m_executed = true;
-    const bool complete =
-        Run(QStringLiteral("Copying"), CountFilesToCopy(), [&] { m_importer->CopyFiles(); }) &&
-        Run(QStringLiteral("Rewriting links"), 0, [&] { m_importer->RepathTargetFiles(); }) &&
-        Run(QStringLiteral("Recording"), 0, [&] { m_importer->UpdateSyncDatabase(); });
-    if (!complete)
+    if (!Run(QStringLiteral("Copying"), CountFilesToCopy(), [&] { m_importer->CopyFiles(); }) ||
+        !Run(QStringLiteral("Rewriting links"), 0, [&] { m_importer->RepathTargetFiles(); })) {
         RecordInterruptedRepath();
+        return;
+    }
+    IncludeRepathedInPlace();
+    Run(QStringLiteral("Recording"), 0, [&] { m_importer->UpdateSyncDatabase(); });
 }
 
 void ImportJob::Finish()
@@ -170,6 +171,19 @@ qint64 ImportJob::CountFilesToCopy() const
     const auto files = m_files->GetFiles();
     return std::count_if(files.begin(), files.end(),
                          [&](const auto& file) { return !file->HasFlagAny(notCopied); });
+}
+
+/// The module records what was copied. A file that stays where it is, but whose links were
+/// rewritten because a file that it links got a new place, has new links as well; and when it was
+/// locked, only its record can tell that they are still to be rewritten.
+void ImportJob::IncludeRepathedInPlace()
+{
+    const auto inPlace =
+        FileMapping::NoCopy | FileMapping::Unchanged | FileMapping::SameSourceAndTarget;
+    for (const auto& file : m_files->GetFiles())
+        if (file->HasFlagAny(inPlace) && file->ExistsInTarget() &&
+            file->HasFlagAny(FileMapping::NeedsRepath | FileMapping::Repathed))
+            file->SetFlag(FileMapping::Copied, true);
 }
 
 /// A cancel may fall between the rewriting of a file and the module's note of the file's new date.

@@ -22,7 +22,7 @@ class ProgressLine;
 ///
 ///     Plan      Initialize, ExtractFileLinks, AssignTargetPaths, MarkCollisions,
 ///               MarkUpToDate, ResolveCollisions, SettleTargets: nothing is written
-///     Execute   CopyFiles, RepathTargetFiles, UpdateSyncDatabase
+///     Execute   CopyFiles, RepathTargetFiles, IncludeRepathedInPlace, UpdateSyncDatabase
 ///     Finish    the importer ends, which records what was copied
 ///
 /// A cancel ends either step at the next poll and makes the following ones do nothing. Requires a
@@ -62,6 +62,7 @@ private:
     void ConnectProgress();
     void NoteTargets();
     qint64 CountFilesToCopy() const;
+    void IncludeRepathedInPlace();
     void RecordInterruptedRepath();
 
     const ImportOptions& m_options;

@@ -92,7 +92,9 @@ private:
     FileStatus StatusOf(const FileMapping& file) const;
     FileStatus StatusOfCopy(const FileMapping& file) const;
     bool IsLocked(const FileMapping& file) const;
+    QList<LogRecord> RecordsAbout(const FileMapping& file, FileStatus status) const;
     void Explain(const FileMapping& file, FileOutcome& outcome) const;
+    bool HoldsOldLinks(const FileMapping& file) const;
 
     const ImportJob& m_job;
     FileSet::FileMappingList m_files;
@@ -169,35 +171,44 @@ bool Describer::IsLocked(const FileMapping& file) const
            file.ExistsInTarget();
 }
 
-void Describer::Explain(const FileMapping& file, FileOutcome& outcome) const
+/// What the log has to say about a file. Files that are not to be there are missed by the module
+/// all the same; of them only what plug-ins say counts.
+QList<LogRecord> Describer::RecordsAbout(const FileMapping& file, FileStatus status) const
 {
     QList<LogRecord> records = m_reasons.For(file.GetSourceFile());
-    records.append(m_reasons.For(file.GetTargetFile()));
-    const bool failed = outcome.status == FileStatus::Failed;
-    if (failed && file.HasTargetFile())
+    if (file.HasTargetFile() && file.GetTargetFile() != file.GetSourceFile())
+        records.append(m_reasons.For(file.GetTargetFile()));
+    if (status == FileStatus::Failed && file.HasTargetFile())
         records.append(m_reasons.For(ParentOf(file.GetTargetFile())));
-    // Files that are not to be there are missed by the module all the same.
-    const bool isAbsent = outcome.status == FileStatus::Missing ||
-                          outcome.status == FileStatus::Skipped ||
-                          outcome.status == FileStatus::NotDone;
-    QStringList texts;
-    for (const LogRecord& record : std::as_const(records)) {
-        if ((isAbsent && !record.fromPlugin) || texts.contains(record.text))
-            continue;
-        texts.append(record.text);
-        outcome.pluginFailed = outcome.pluginFailed || record.fromPlugin;
-    }
-    if (texts.isEmpty() && failed)
-        texts.append(VisibleReason(file));
-    if (texts.isEmpty() && outcome.status == FileStatus::Skipped)
-        texts.append(file.HasFlag(FileMapping::NoCopy) ? QStringLiteral("only its links are wanted")
-                                                       : QStringLiteral("a folder that is linked"));
-    const bool isOldCopy = m_job.WasCancelled() && file.HasFlag(FileMapping::Copied) &&
-                           !file.HasFlag(FileMapping::Repathed) &&
-                           !file.GetSourceFileLinks().isEmpty();
-    if (isOldCopy)
-        texts.append(QStringLiteral("its links are not rewritten yet; import it again"));
-    outcome.reason = texts.join(QStringLiteral("; "));
+    const bool isAbsent = status == FileStatus::Missing || status == FileStatus::Skipped ||
+                          status == FileStatus::NotDone;
+    if (isAbsent)
+        records.removeIf([](const LogRecord& record) { return !record.IsAboutPlugin(); });
+    return records;
+}
+
+void Describer::Explain(const FileMapping& file, FileOutcome& outcome) const
+{
+    const QList<LogRecord> records = RecordsAbout(file, outcome.status);
+    outcome.pluginFailed = std::any_of(records.begin(), records.end(),
+                                       [](const auto& record) { return record.IsAboutPlugin(); });
+    outcome.reason = Reasons::Join(records);
+    if (!outcome.reason.isEmpty())
+        return;
+    if (outcome.status == FileStatus::Failed)
+        outcome.reason = VisibleReason(file);
+    else if (outcome.status == FileStatus::Skipped)
+        outcome.reason = file.HasFlag(FileMapping::NoCopy)
+                             ? QStringLiteral("only its links are wanted")
+                             : QStringLiteral("a folder that is linked");
+    else if (HoldsOldLinks(file))
+        outcome.reason = QStringLiteral("its links are not rewritten yet; import it again");
+}
+
+bool Describer::HoldsOldLinks(const FileMapping& file) const
+{
+    return m_job.WasCancelled() && file.HasFlag(FileMapping::Copied) &&
+           !file.HasFlag(FileMapping::Repathed) && !file.GetSourceFileLinks().isEmpty();
 }
 
 } // namespace
@@ -213,7 +224,7 @@ void Describe(const ImportJob& job, const QList<LogRecord>& log, ImportReport& r
     }
     for (const LogRecord& record : std::as_const(general)) {
         report.problems.append(record.text);
-        report.pluginProblem = report.pluginProblem || record.fromPlugin;
+        report.pluginProblem = report.pluginProblem || record.IsAboutPlugin();
     }
 }
 

@@ -91,11 +91,11 @@ QString ErrorsSince(qsizetype from, const QString& file, const LogSetup& log)
 {
     const QSet<QString> paths{file};
     const Reasons reasons(log.Records().mid(from), paths);
-    QStringList texts;
+    QList<LogRecord> records;
     for (const LogRecord& record : reasons.For(file) + reasons.General())
-        if (record.fromPlugin)
-            texts.append(record.text);
-    return texts.join(QStringLiteral("; "));
+        if (record.IsAboutPlugin())
+            records.append(record);
+    return Reasons::Join(records);
 }
 
 QString Shown(const QString& path)

@@ -35,6 +35,15 @@ QString LevelName(int level)
     return level >= log4cplus::DEBUG_LOG_LEVEL ? QStringLiteral("DEBUG") : QStringLiteral("TRACE");
 }
 
+LogOrigin OriginOf(const log4cplus::spi::InternalLoggingEvent& event)
+{
+    if (FromLog(event.getLoggerName()) != QLatin1String(ModuleLogger))
+        return LogOrigin::Plugin;
+    return FromLog(event.getFile()).startsWith(QLatin1String(PluginSource))
+               ? LogOrigin::PluginManager
+               : LogOrigin::Module;
+}
+
 int ScreenLevel(int verbosity)
 {
     if (verbosity <= 0)
@@ -80,9 +89,7 @@ protected:
         QString text = FromLog(event.getMessage());
         if (level < log4cplus::WARN_LOG_LEVEL && !text.startsWith(QLatin1String(ReadOnlyTarget)))
             return;
-        const bool fromPlugin = FromLog(event.getLoggerName()) != QLatin1String(ModuleLogger) ||
-                                FromLog(event.getFile()).startsWith(QLatin1String(PluginSource));
-        records.append({level, fromPlugin, std::move(text)});
+        records.append({level, OriginOf(event), std::move(text)});
     }
 };
 

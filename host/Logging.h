@@ -12,13 +12,23 @@
 
 namespace Halvern::Host {
 
+/// Who wrote a log record.
+enum class LogOrigin
+{
+    Module,
+    /// The module, about a plug-in.
+    PluginManager,
+    Plugin,
+};
+
 /// A log record that may tell why something failed.
 struct LogRecord
 {
     int level = 0;
-    /// Written by a plug-in, or by the module about one.
-    bool fromPlugin = false;
+    LogOrigin origin = LogOrigin::Module;
     QString text;
+
+    bool IsAboutPlugin() const { return origin != LogOrigin::Module; }
 };
 
 /// log4cplus as the host wants it, for as long as the object lives: lines on standard error and in

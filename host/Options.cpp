@@ -114,8 +114,8 @@ CLI::App* AddImport(CLI::App& app, Raw& raw)
 {
     CLI::App* import = app.add_subcommand(
         "import", "Bring files and everything they link to into the cloud cache folder");
-    import->add_option("sources", raw.sources, "Files and folders to import")
-        ->type_name("SOURCE")
+    import->add_option("SOURCE", raw.sources, "Files and folders to import")
+        ->type_name("")
         ->required();
     import->add_option("--to", raw.to, "Folder below the cloud cache folder to import into")
         ->type_name("FOLDER")
@@ -151,8 +151,8 @@ CLI::App* AddImport(CLI::App& app, Raw& raw)
 CLI::App* AddLinks(CLI::App& app, Raw& raw)
 {
     CLI::App* links = app.add_subcommand("links", "Show the links inside files");
-    links->add_option("files", raw.sources, "Files to read; they are not changed")
-        ->type_name("FILE")
+    links->add_option("FILE", raw.sources, "Files to read; they are not changed")
+        ->type_name("")
         ->required();
     AddCommonOptions(*links, raw);
     links->footer("Each link is found, missing or a URL. Exit code 4 when one is missing, 7 when\n"
@@ -281,13 +281,14 @@ ParsedCommandLine ParseCommandLine(const QStringList& arguments)
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.get_formatter()->column_width(32);
     app.failure_message(ShortUsageError);
-    app.require_subcommand(1);
     app.footer(Examples);
     const CLI::App* import = AddImport(app, raw);
     const CLI::App* links = AddLinks(app, raw);
     AddPlugins(app, raw);
     try {
         app.parse(Reversed(arguments));
+        if (app.get_subcommands().empty())
+            throw CLI::RequiredError("a command (import, links or plugins)");
     } catch (const CLI::ParseError& error) {
         return Ended(app, error);
     }

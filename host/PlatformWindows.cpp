@@ -10,6 +10,11 @@ namespace Halvern::Host {
 void PrepareConsole()
 {
     SetConsoleOutputCP(CP_UTF8);
+    // The progress line clears itself with an escape sequence.
+    const HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
+    DWORD mode = 0;
+    if (GetConsoleMode(error, &mode))
+        SetConsoleMode(error, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
 bool IsStandardErrorTerminal()

@@ -1,5 +1,7 @@
 #include "Reasons.h"
 
+#include <algorithm>
+
 namespace Halvern::Host {
 
 namespace {
@@ -37,6 +39,19 @@ Reasons::Reasons(const QList<LogRecord>& records, const QSet<QString>& paths) : 
     m_unassigned.clear();
 }
 
+QString Reasons::Join(const QList<LogRecord>& records)
+{
+    const bool explained = std::any_of(records.begin(), records.end(), [](const LogRecord& record) {
+        return record.origin == LogOrigin::Plugin;
+    });
+    QStringList texts;
+    for (const LogRecord& record : records)
+        if (!(explained && record.origin == LogOrigin::PluginManager))
+            texts.append(record.text);
+    texts.removeDuplicates();
+    return texts.join(QStringLiteral("; "));
+}
+
 /// Paths may hold blanks and dots, so that only looking up tells where one ends: the longest known
 /// path counts.
 QStringList Reasons::NamedPaths(const QString& text) const
@@ -63,13 +78,13 @@ void Reasons::Assign(const LogRecord& record)
 {
     const QStringList paths = NamedPaths(record.text);
     if (paths.isEmpty()) {
-        if (record.fromPlugin)
+        if (record.IsAboutPlugin())
             m_unassigned.append(record);
         else
             AddGeneral(record);
         return;
     }
-    if (record.fromPlugin) {
+    if (record.IsAboutPlugin()) {
         for (const QString& path : paths)
             m_byPath[path].append(m_unassigned);
         m_unassigned.clear();

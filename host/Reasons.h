@@ -22,6 +22,9 @@ public:
     QList<LogRecord> For(const QString& path) const { return m_byPath.value(path); }
     /// The records that name none of the paths, each text once.
     const QList<LogRecord>& General() const { return m_general; }
+    /// One sentence for the user: each text once, and of a plug-in that explained itself only what
+    /// it said.
+    static QString Join(const QList<LogRecord>& records);
 
 private:
     QStringList NamedPaths(const QString& text) const;

@@ -13,7 +13,7 @@ namespace Halvern::Host {
 
 namespace {
 
-constexpr int StatusWidth = 10;
+constexpr int StatusWidth = 11;
 
 /// A file name may hold a line break; a report has one line per file.
 QString Printable(QString text)
@@ -214,12 +214,10 @@ QString CountLine(const QList<FileOutcome>& outcomes, const ReportFolders& folde
     });
     if (problems > 0)
         parts.append(QStringLiteral("%1 with problems").arg(problems));
-    const QString files = outcomes.size() == 1 ? QStringLiteral("1 file")
-                                               : QStringLiteral("%1 files").arg(outcomes.size());
-    const QString cloud = QDir::toNativeSeparators(folders.cloud);
     if (parts.isEmpty())
-        return QStringLiteral("%1 into %2").arg(files, cloud);
-    return QStringLiteral("%1 into %2: %3").arg(files, cloud, parts.join(QStringLiteral(", ")));
+        parts.append(QStringLiteral("no files"));
+    return QStringLiteral("%1; cloud cache folder %2")
+        .arg(parts.join(QStringLiteral(", ")), QDir::toNativeSeparators(folders.cloud));
 }
 
 QJsonObject JsonOf(const FileOutcome& outcome)

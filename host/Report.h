@@ -38,7 +38,7 @@ struct ImportReport
 
 QString TextOf(const FileOutcome& outcome, const ReportFolders& folders);
 QString TextOf(const Conflict& conflict, const ReportFolders& folders);
-/// "4 files into /home/x/Corsync: 3 copied, 1 missing".
+/// "3 copied, 1 missing; cloud cache folder /home/x/Corsync".
 QString CountLine(const QList<FileOutcome>& outcomes, const ReportFolders& folders);
 
 QJsonObject JsonOf(const FileOutcome& outcome);

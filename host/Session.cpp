@@ -11,6 +11,8 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
+#include <optional>
+
 namespace Halvern::Host {
 
 using FileLink::FileLinkManager;
@@ -45,14 +47,16 @@ void AddPluginFolders(const QStringList& folders)
                                   QStringList{program, program + QStringLiteral("/SyncPlugins")});
 }
 
-QString StartError()
+/// Why the services did not start; nothing when they did.
+std::optional<CommandError> StartError()
 {
     const FolderManager* folders = FolderManager::GetInstance();
-    if (!folders)
-        return QStringLiteral("the services did not start");
     if (folders->GetSyncDatabase())
-        return folders->GetLastError();
-    return QStringLiteral("the sync database could not be opened: ") + folders->GetLastError();
+        return {};
+    // Without a cloud cache folder the database was not even tried.
+    const bool noFolder = folders->GetCloudCacheFolderPath(false).isEmpty();
+    return CommandError(noFolder ? ExitCode::Failed : ExitCode::PluginOrDatabase,
+                        folders->GetLastError());
 }
 
 } // namespace
@@ -62,10 +66,9 @@ Session::Session(const SyncServices::ServicesSettings& settings, const QStringLi
     const QStringList folders = CheckedFolders(pluginPaths);
     FolderManager::Configure(settings);
     FileLinkManager::Initialize();
-    const QString error = StartError();
-    if (!error.isEmpty()) {
+    if (const std::optional<CommandError> error = StartError()) {
         FileLinkManager::Uninitialize();
-        throw CommandError(ExitCode::PluginOrDatabase, error);
+        throw CommandError(*error);
     }
     AddPluginFolders(folders);
 }

@@ -13,7 +13,8 @@ class Session
 {
 public:
     /// `pluginPaths` are searched before the default folders. Throws CommandError: Usage for a
-    /// plug-in path that is no folder, PluginOrDatabase when the services do not start.
+    /// plug-in path that is no folder, Failed without a cloud cache folder, PluginOrDatabase when
+    /// the database cannot be opened.
     Session(const SyncServices::ServicesSettings& settings, const QStringList& pluginPaths);
     ~Session();
     Session(const Session&) = delete;
