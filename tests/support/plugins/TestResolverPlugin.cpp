@@ -13,8 +13,10 @@
 //     fail                            reading the file fails
 //     throw                           reading the file throws
 //     norepath                        rewriting the file fails
+//     throwrepath                     rewriting the file throws
 //
-// Other lines are content. Rewriting changes the paths of the given links and no other byte.
+// Other lines are content. Rewriting changes the paths of the given links and no other byte; the
+// new file takes the old one's place when it is complete. A read-only file is not rewritten.
 
 namespace {
 
@@ -124,6 +126,10 @@ public:
         std::vector<Line> lines = ReadLines(file);
         if (HasLine(lines, "norepath"))
             return Fail(context, "test resolver: told not to repath");
+        if (HasLine(lines, "throwrepath"))
+            throw std::runtime_error("test resolver: told to throw");
+        if (IsReadOnly(file))
+            return Fail(context, "test resolver: the file is read-only");
         for (Line& line : lines) {
             const auto link = wanted.find(line.referenceId);
             if (!line.IsLink() || link == wanted.end())
@@ -143,12 +149,28 @@ private:
         return false;
     }
 
+    /// Asks for the owner's right: a superuser could write whatever the file says.
+    static bool IsReadOnly(const std::filesystem::path& file)
+    {
+        using std::filesystem::perms;
+        return (std::filesystem::status(file).permissions() & perms::owner_write) == perms::none;
+    }
+
     static bool Write(const std::filesystem::path& file, const std::vector<Line>& lines)
     {
-        std::ofstream out(file, std::ios::binary | std::ios::trunc);
+        std::filesystem::path temporary = file;
+        temporary += ".rewritten";
+        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
         for (const Line& line : lines)
             out << line.text;
-        return bool(out.flush());
+        out.close();
+        if (!out) {
+            std::filesystem::remove(temporary);
+            return false;
+        }
+        std::filesystem::permissions(temporary, std::filesystem::status(file).permissions());
+        std::filesystem::rename(temporary, file);
+        return true;
     }
 };
 
