@@ -1,3 +1,4 @@
+#include "OverRelease.h"
 #include "PluginsFixture.h"
 
 #include "support/PathUtilities.h"
@@ -168,17 +169,15 @@ TEST_F(PluginManagerTest, UnloadingAllUnloadsEachAndTheyLoadAgainOnTheNextUse)
 
 TEST_F(PluginManagerTest, UnloadingAllGoesOnAfterAFailureAndReportsIt)
 {
-    RegisterResolver(TestResolverModule(), QStringLiteral("tlk"));
+    const QString failing = QStringLiteral(SYSTEM_LIBRARY);
+    RegisterResolver(failing, QStringLiteral("x"));
     RegisterLayout(TestLayoutModule(), QStringLiteral("tlk"));
-    ASSERT_TRUE(Find(TestResolverModule()).LoadModule());
+    ASSERT_TRUE(Find(failing).LoadModule());
     ASSERT_TRUE(Find(TestLayoutModule()).LoadModule());
-    // A second user of the library keeps it loaded.
-    QLibrary user(TestPluginFolder() + u'/' + TestResolverModule());
-    ASSERT_TRUE(user.load());
+    OverRelease(failing);
 
     EXPECT_FALSE(manager.UnloadAllPlugins());
     EXPECT_FALSE(Find(TestLayoutModule()).IsLoaded());
-    user.unload();
 }
 
 TEST(PluginManagerEnd, TheManagerDestroysServicesAndUnloadsLibraries)

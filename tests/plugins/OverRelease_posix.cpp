@@ -1,0 +1,16 @@
+#include "OverRelease.h"
+
+#include <dlfcn.h>
+
+namespace Halvern::Test {
+
+void OverRelease(const QString& library)
+{
+    void* handle = dlopen(library.toLocal8Bit().constData(), RTLD_LAZY | RTLD_NOLOAD);
+    if (handle) {
+        dlclose(handle);
+        dlclose(handle);
+    }
+}
+
+} // namespace Halvern::Test
