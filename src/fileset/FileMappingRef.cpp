@@ -121,18 +121,18 @@ void FileMappingRef::GrowChildren()
     for (const LinkGraph::Edge& edge : m_graph->LinksOf(m_mapping.get())) {
         const Pointer child
             = std::make_shared<FileMappingRef>(edge.linkPath, edge.refId, edge.target);
-        child->m_graph = m_graph;
-        child->m_closesCycle = IsAncestorPath(*edge.target);
+        child->SetGraph(m_graph);
+        child->m_closesCycle = IsAncestorPath(child->m_pathNumber);
         AddChild(child);
     }
 }
 
-bool FileMappingRef::IsAncestorPath(const FileMapping& mapping) const
+bool FileMappingRef::IsAncestorPath(int pathNumber) const
 {
     // Whatever stands between a file and its own repetition is in one cycle with it.
     for (const FileMappingRef* node = this;
-         node && m_graph->AreInOneCycle(node->m_mapping.get(), &mapping); node = node->m_parent)
-        if (m_graph->HaveSamePath(node->m_mapping.get(), &mapping))
+         node && m_graph->AreInOneCycle(node->m_pathNumber, pathNumber); node = node->m_parent)
+        if (node->m_pathNumber == pathNumber)
             return true;
     return false;
 }
@@ -154,6 +154,7 @@ void FileMappingRef::AddChild(const Pointer& child)
 void FileMappingRef::SetGraph(std::shared_ptr<const LinkGraph> graph)
 {
     m_graph = std::move(graph);
+    m_pathNumber = m_graph->PathNumberOf(m_mapping.get());
 }
 
 QString FileMappingRef::ResolveTargetPath(const QString& path)

@@ -67,7 +67,7 @@ public:
 
 private:
     void GrowChildren();
-    bool IsAncestorPath(const FileMapping& mapping) const;
+    bool IsAncestorPath(int pathNumber) const;
 
     QString m_refId;
     QString m_linkPath;
@@ -76,6 +76,8 @@ private:
     QList<Pointer> m_children;
     FileMappingRef* m_parent = nullptr;
     std::shared_ptr<const LinkGraph> m_graph;
+    /// In the graph.
+    int m_pathNumber = -1;
     bool m_grown = false;
     bool m_closesCycle = false;
 };

@@ -95,46 +95,96 @@ private:
 
 } // namespace
 
+struct LinkGraph::Members
+{
+    Members(const FileMappingList& list, PathSide side)
+        : files(list), sources(IndexBy(list, PathSide::Source)),
+          targets(side == PathSide::Target ? IndexBy(list, side) : PathIndex()),
+          primary(side == PathSide::Source ? sources : targets)
+    {}
+
+    const FileMappingList& files;
+    const PathIndex sources;
+    const PathIndex targets;
+    const PathIndex& primary;
+};
+
 LinkGraph::LinkGraph(const FileMappingList& files, PathSide side) : m_side(side)
 {
-    const PathIndex sources = IndexBy(files, PathSide::Source);
-    const PathIndex targets = side == PathSide::Target ? IndexBy(files, side) : PathIndex();
-    const PathIndex& primary = side == PathSide::Source ? sources : targets;
-
-    QList<FileMappingPointer> pending;
-    for (const FileMappingPointer& file : files)
-        if (!file->IsFolder() && file->HasFlag(FileMapping::Selected))
-            pending.append(file);
-    // Depth first, so that a member's parents stand in the order in which trees reach them.
-    std::reverse(pending.begin(), pending.end());
-    while (!pending.isEmpty()) {
-        const FileMappingPointer mapping = pending.takeLast();
-        if (m_vertices.contains(mapping.get()))
+    const Members members(files, side);
+    VisitedSet closed;
+    FileMappingList repeated;
+    for (const FileMappingPointer& file : files) {
+        if (file->IsFolder() || !file->HasFlag(FileMapping::Selected))
             continue;
-        AddVertex(mapping, files, primary, sources);
-        const EdgeList links = m_vertices[mapping.get()].links;
-        for (auto link = links.crbegin(); link != links.crend(); ++link) {
-            QList<const FileMapping*>& parents = m_parents[link->target.get()];
-            if (parents.isEmpty() || parents.last() != mapping.get())
-                parents.append(mapping.get());
-            pending.append(link->target);
-        }
+        if (side == PathSide::Source
+            && files[members.sources.Find(file->GetSourceFile())] != file)
+            repeated.append(file);
+        else
+            Reach(file, members, closed);
     }
+    for (const FileMappingPointer& file : std::as_const(repeated))
+        ReachRepeated(file, members, closed);
     FindCycles();
 }
 
-void LinkGraph::AddVertex(const FileMappingPointer& mapping, const FileMappingList& files,
-                          const PathIndex& primary, const PathIndex& sources)
+/// Depth first; stops at what was visited.
+void LinkGraph::Reach(const FileMappingPointer& root, const Members& members, VisitedSet& visited)
 {
-    Vertex vertex;
-    vertex.links = ResolveLinks(*mapping, files, primary, sources);
-    vertex.path = PathNumber(*mapping);
-    m_vertices.insert(mapping.get(), vertex);
+    FileMappingList pending{root};
+    while (!pending.isEmpty()) {
+        const FileMappingPointer mapping = pending.takeLast();
+        if (visited.contains(mapping.get()))
+            continue;
+        visited.insert(mapping.get());
+        const EdgeList& links = Expand(*mapping, members);
+        for (auto link = links.crbegin(); link != links.crend(); ++link)
+            pending.append(link->target);
+    }
+}
+
+/// Links never lead to a root whose path an earlier member has, but to that member. In the root's
+/// tree it closes a cycle and has nothing below it; what lies behind it is reached only if another
+/// root leads there.
+void LinkGraph::ReachRepeated(const FileMappingPointer& root, const Members& members,
+                              VisitedSet& closed)
+{
+    const FileMapping& first = *members.files[members.sources.Find(root->GetSourceFile())];
+    if (closed.contains(&first)) {
+        Reach(root, members, closed);
+        return;
+    }
+    VertexOf(first);
+    VisitedSet visited = closed;
+    visited.insert(&first);
+    Reach(root, members, visited);
+}
+
+LinkGraph::Vertex& LinkGraph::VertexOf(const FileMapping& mapping)
+{
+    Vertex& vertex = m_vertices[&mapping];
+    if (vertex.path < 0)
+        vertex.path = PathNumber(mapping);
+    return vertex;
+}
+
+const LinkGraph::EdgeList& LinkGraph::Expand(const FileMapping& mapping, const Members& members)
+{
+    Vertex& vertex = VertexOf(mapping);
+    if (vertex.expanded)
+        return vertex.links;
+    vertex.expanded = true;
+    vertex.links = ResolveLinks(mapping, members);
+    for (const Edge& link : std::as_const(vertex.links)) {
+        QList<const FileMapping*>& parents = m_parents[link.target.get()];
+        if (parents.isEmpty() || parents.last() != &mapping)
+            parents.append(&mapping);
+    }
+    return vertex.links;
 }
 
 LinkGraph::EdgeList LinkGraph::ResolveLinks(const FileMapping& mapping,
-                                            const FileMappingList& files, const PathIndex& primary,
-                                            const PathIndex& sources) const
+                                            const Members& members) const
 {
     const QString base = PathOf(mapping, m_side);
     const FileLinkList links
@@ -143,12 +193,12 @@ LinkGraph::EdgeList LinkGraph::ResolveLinks(const FileMapping& mapping,
     for (const SyncServices::FileLink& link : links) {
         const bool wasAbsolute = IsAbsolutePath(QDir::cleanPath(link.Path));
         const QString path = ResolveLinkPath(link.Path, base);
-        int found = primary.Find(path);
+        int found = members.primary.Find(path);
         // A copy whose link still names the source file.
         if (found < 0 && m_side == PathSide::Target && wasAbsolute)
-            found = sources.Find(path);
+            found = members.sources.Find(path);
         if (found >= 0)
-            edges.append({link.Path, link.RefId, files[found]});
+            edges.append({link.Path, link.RefId, members.files[found]});
     }
     return edges;
 }
@@ -169,7 +219,7 @@ void LinkGraph::FindCycles()
     QList<QList<int>> links(m_pathCount);
     for (const Vertex& vertex : std::as_const(m_vertices))
         for (const Edge& edge : vertex.links)
-            links[vertex.path].append(m_vertices[edge.target.get()].path);
+            links[vertex.path].append(PathNumberOf(edge.target.get()));
 
     const ComponentFinder finder(links);
     m_component = finder.Components();
@@ -209,19 +259,20 @@ QList<const FileMapping*> LinkGraph::ParentsOf(const FileMapping* mapping) const
     return m_parents.value(mapping);
 }
 
-bool LinkGraph::HaveSamePath(const FileMapping* a, const FileMapping* b) const
+int LinkGraph::PathNumberOf(const FileMapping* mapping) const
 {
-    return m_vertices[a].path == m_vertices[b].path;
+    const auto found = m_vertices.constFind(mapping);
+    return found == m_vertices.constEnd() ? -1 : found->path;
 }
 
-bool LinkGraph::AreInOneCycle(const FileMapping* a, const FileMapping* b) const
+bool LinkGraph::AreInOneCycle(int pathNumber, int otherPathNumber) const
 {
-    return m_component[m_vertices[a].path] == m_component[m_vertices[b].path];
+    return m_component[pathNumber] == m_component[otherPathNumber];
 }
 
 bool LinkGraph::LeadsToCycle(const FileMapping* mapping) const
 {
-    return m_leadsToCycle[m_vertices[mapping].path];
+    return m_leadsToCycle[PathNumberOf(mapping)];
 }
 
 } // namespace Halvern::FileLink

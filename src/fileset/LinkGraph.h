@@ -5,6 +5,7 @@
 
 #include <QtCore/QHash>
 #include <QtCore/QList>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 
 namespace Halvern::FileLink {
@@ -27,17 +28,19 @@ public:
     LinkGraph(const FileMappingList& files, PathSide side);
 
     PathSide Side() const { return m_side; }
-    /// A member's links to members, in link order; empty for mappings that no selected file
-    /// reaches.
+    /// A member's links to members, in link order; empty for mappings that no tree of a selected
+    /// file shows with children.
     EdgeList LinksOf(const FileMapping* mapping) const;
-    /// The members that link `mapping` and that a selected file reaches, each once.
+    /// The members that link `mapping` and that a selected file reaches, each once. Exact for source
+    /// links. Among targets, several of which may be equal, a chain of links may close a cycle on
+    /// its way to a member: such a member is named here though no tree shows it with children.
     QList<const FileMapping*> ParentsOf(const FileMapping* mapping) const;
 
-    /// Two mappings have one path, letter case aside.
-    bool HaveSamePath(const FileMapping* a, const FileMapping* b) const;
-    /// Some chain of links leads from one to the other and back. Only such files can stand above
-    /// each other in a tree and close a cycle.
-    bool AreInOneCycle(const FileMapping* a, const FileMapping* b) const;
+    /// A number for a reached mapping's path: mappings with one path, letter case aside, share it.
+    int PathNumberOf(const FileMapping* mapping) const;
+    /// Some chain of links leads from a file with one path to one with the other, and back. Only
+    /// such files can stand above each other in a tree and close a cycle.
+    bool AreInOneCycle(int pathNumber, int otherPathNumber) const;
     /// Some chain of links that starts here runs into a cycle.
     bool LeadsToCycle(const FileMapping* mapping) const;
 
@@ -45,13 +48,16 @@ private:
     struct Vertex
     {
         EdgeList links;
-        /// Number of the member's path: members with one path share it.
         int path = -1;
+        bool expanded = false;
     };
-    void AddVertex(const FileMappingPointer& mapping, const FileMappingList& files,
-                   const PathIndex& primary, const PathIndex& sources);
-    EdgeList ResolveLinks(const FileMapping& mapping, const FileMappingList& files,
-                          const PathIndex& primary, const PathIndex& sources) const;
+    struct Members;
+    using VisitedSet = QSet<const FileMapping*>;
+    void Reach(const FileMappingPointer& root, const Members& members, VisitedSet& visited);
+    void ReachRepeated(const FileMappingPointer& root, const Members& members, VisitedSet& closed);
+    Vertex& VertexOf(const FileMapping& mapping);
+    const EdgeList& Expand(const FileMapping& mapping, const Members& members);
+    EdgeList ResolveLinks(const FileMapping& mapping, const Members& members) const;
     int PathNumber(const FileMapping& mapping);
     void FindCycles();
 
