@@ -9,7 +9,8 @@ target_compile_options(corsync_build INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror=switch
   $<$<BOOL:${CORSYNC_WARNINGS_AS_ERRORS}>:-Werror>)
 target_compile_definitions(corsync_build INTERFACE
-  QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS)
+  QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS
+  $<$<PLATFORM_ID:Windows>:NOMINMAX>)
 
 if(CORSYNC_SANITIZE)
   add_compile_options(-fsanitize=${CORSYNC_SANITIZE} -fno-omit-frame-pointer

@@ -1,0 +1,41 @@
+# What only the Windows build has: the libraries that travel with the programs, and the zip.
+# CORSYNC_WINDOWS_PREFIXES comes from windows/toolchain.cmake.
+
+# Libraries have the names that the product has on Windows, also from a compiler that adds "lib".
+set(CMAKE_SHARED_LIBRARY_PREFIX "")
+set(CMAKE_SHARED_MODULE_PREFIX "")
+
+# Copies a DLL beside the programs of the build and installs it there.
+function(corsync_ship_dll)
+  foreach(dll IN LISTS ARGN)
+    if(NOT EXISTS ${dll})
+      message(FATAL_ERROR "This library must travel with the programs, but is not there: ${dll}")
+    endif()
+    file(COPY ${dll} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  endforeach()
+endfunction()
+
+# The compiler's shared runtime. It is one for the module and all its plug-ins: arrays that a
+# plug-in makes with new[] are freed by the module.
+set(runtime "")
+foreach(name IN ITEMS libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll)
+  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+                  OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+  list(APPEND runtime ${path})
+endforeach()
+corsync_ship_dll(${runtime})
+
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Xml)
+find_package(log4cplus REQUIRED)
+set(libraries "")
+foreach(target IN ITEMS Qt6::Core Qt6::Xml log4cplus::log4cplus)
+  get_target_property(path ${target} IMPORTED_LOCATION_RELEASE)
+  list(APPEND libraries ${path})
+endforeach()
+corsync_ship_dll(${libraries})
+install(FILES ${runtime} ${libraries} DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# The tests also need Qt's test library, which does not travel.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
+get_target_property(path Qt6::Test IMPORTED_LOCATION_RELEASE)
+corsync_ship_dll(${path})

@@ -1,0 +1,202 @@
+#!/usr/bin/env bash
+# Gets and cross-builds what the Windows build links, from Debian's source packages, into a cache
+# folder: $CORSYNC_CACHE, or build/windows-dependencies. A dependency whose version and recipe have
+# not changed is reused. Writes build/windows-dependencies.cmake, which windows/toolchain.cmake reads.
+set -euo pipefail
+root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
+cd "$root"
+. cmake/setup.sh
+cache=${CORSYNC_CACHE:-$root/build/windows-dependencies}
+jobs=${CORSYNC_JOBS:-$(nproc)}
+mkdir -p "$cache" build
+cache=$(cd "$cache" && pwd)
+work=$cache/work
+prefixes=()
+sudo=
+[ "$(id -u)" -eq 0 ] || sudo=sudo
+
+install_packages g++-mingw-w64-x86-64-posix cmake ninja-build make dpkg-dev tcl xz-utils \
+    qt6-base-dev qt6-base-dev-tools googletest libcli11-dev rapidjson-dev
+
+fail() {
+    echo "windows/dependencies.sh: $1" >&2
+    exit 1
+}
+
+# quietly LOG COMMAND...: shows the end of the output only when the command fails.
+quietly() {
+    local log=$1
+    shift
+    "$@" >"$log" 2>&1 || {
+        tail -n 40 "$log" >&2
+        fail "this failed, the whole output is in $log: $*"
+    }
+}
+
+debian_sources() {
+    apt-get indextargets --format '$(ORIGIN) deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \
+        'Created-By: Packages' | sed -n 's/^Debian //p' | sort -u
+}
+
+# apt with lists of its own for source packages, so that this machine's configuration stays as it is.
+# The sources lie where this machine's Debian packages come from.
+source_apt() {
+    local list=$work/sources.list
+    if [ ! -s "$list" ]; then
+        debian_sources >"$list"
+        # A fresh machine has no package lists yet.
+        [ -s "$list" ] || { $sudo apt-get update >/dev/null && debian_sources >"$list"; }
+        [ -s "$list" ] || fail "no Debian package source is configured on this machine"
+    fi
+    mkdir -p "$work/apt/lists/partial" "$work/apt/cache/archives/partial"
+    "$@" -o Dir::Etc::sourcelist="$list" -o Dir::Etc::sourceparts=- \
+        -o Dir::State::lists="$work/apt/lists" -o Dir::Cache="$work/apt/cache" \
+        -o APT::Sandbox::User="$(id -un)"
+}
+
+# get_source PACKAGE VERSION: fetches and unpacks it, with Debian's changes, to $work/PACKAGE.
+get_source() {
+    local package=$1 folder=$work/$1.get
+    rm -rf "$folder" "${work:?}/$package"
+    mkdir -p "$folder"
+    cd "$folder"
+    [ -n "${lists_are_fresh:-}" ] || quietly "$work/apt-update.log" source_apt apt-get -q update
+    lists_are_fresh=yes
+    quietly "$work/$package-get.log" source_apt apt-get -q source --download-only "$package=$2"
+    # apt has checked the files against the archive's signed index.
+    quietly "$work/$package-unpack.log" dpkg-source --no-check -x ./*.dsc "$work/$package"
+    cd "$root"
+    rm -rf "$folder"
+}
+
+# cmake_build PACKAGE SOURCE PREFIX OPTION...
+cmake_build() {
+    local package=$1 source=$2 prefix=$3
+    shift 3
+    CORSYNC_WINDOWS_PREFIXES=$(IFS=';' && echo "${prefixes[*]}")
+    export CORSYNC_WINDOWS_PREFIXES
+    quietly "$work/$package-configure.log" cmake -S "$source" -B "$work/$package-build" -G Ninja \
+        -DCMAKE_TOOLCHAIN_FILE="$root/windows/toolchain.cmake" -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_INSTALL_PREFIX="$prefix" "$@"
+    quietly "$work/$package-build.log" cmake --build "$work/$package-build" -j "$jobs"
+    quietly "$work/$package-install.log" cmake --install "$work/$package-build" --strip
+    rm -rf "$work/$package-build"
+}
+
+# The recipes: each gets the folder to install to and the version. Their text is part of the key.
+
+# Core, Xml and Test. What is off either belongs to the modules that are off or would look for a
+# library of the building machine.
+build_qt6_base() {
+    get_source qt6-base "$2"
+    local options=(-DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DBUILD_WITH_PCH=ON) feature
+    for feature in gui widgets network sql dbus concurrent printsupport opengl \
+        pkg_config glib icu zstd system_zlib system_pcre2 system_doubleconversion; do
+        options+=("-DFEATURE_$feature=OFF")
+    done
+    cmake_build qt6-base "$work/qt6-base" "$1" "${options[@]}"
+    install_licence qt6-base "$1" LICENSES/LGPL-3.0-only.txt LICENSES/GPL-3.0-only.txt \
+        src/3rdparty/pcre2/LICENCE src/3rdparty/zlib/LICENSE src/3rdparty/double-conversion/LICENSE
+}
+
+# The thread pool of log4cplus waits in a static destructor for threads that Windows has ended
+# already: with it the process hangs at exit.
+build_log4cplus() {
+    get_source log4cplus "$2"
+    cmake_build log4cplus "$work/log4cplus" "$1" -DUNICODE=ON -DLOG4CPLUS_ENABLE_THREAD_POOL=OFF \
+        -DLOG4CPLUS_BUILD_TESTING=OFF -DLOG4CPLUS_BUILD_LOGGINGSERVER=OFF -DWITH_UNIT_TESTS=OFF \
+        -DLOG4CPLUS_ENABLE_DECORATED_LIBRARY_NAME=OFF
+    install_licence log4cplus "$1" LICENSE
+}
+
+# A static library: CorsyncServices.dll is the one that holds it.
+build_sqlite3() {
+    get_source sqlite3 "$2"
+    mkdir -p "$work/sqlite3/amalgamation" "$1/include" "$1/lib"
+    cd "$work/sqlite3/amalgamation"
+    quietly "$work/sqlite3-configure.log" ../configure --disable-shared --disable-readline
+    quietly "$work/sqlite3-amalgamation.log" make sqlite3.c
+    quietly "$work/sqlite3-build.log" x86_64-w64-mingw32-gcc-posix -O2 -DSQLITE_THREADSAFE=1 \
+        -DSQLITE_ENABLE_COLUMN_METADATA -c sqlite3.c -o sqlite3.o
+    x86_64-w64-mingw32-ar rcs "$1/lib/libsqlite3.a" sqlite3.o
+    cp sqlite3.h ../src/sqlite3ext.h "$1/include/"
+    cd "$root"
+    install_licence sqlite3 "$1" LICENSE.md
+}
+
+build_sqlitecpp() {
+    get_source sqlitecpp "$2"
+    cmake_build sqlitecpp "$work/sqlitecpp" "$1" -DSQLITECPP_INTERNAL_SQLITE=OFF \
+        -DSQLITECPP_RUN_CPPLINT=OFF -DSQLITECPP_RUN_CPPCHECK=OFF -DSQLITECPP_USE_STACK_PROTECTION=OFF
+    install_licence sqlitecpp "$1" LICENSE.txt
+}
+
+build_googletest() {
+    cmake_build googletest /usr/src/googletest "$1" -DBUILD_GMOCK=ON
+}
+
+# Header libraries are the same for every system.
+build_libcli11_dev() {
+    mkdir -p "$1/include" "$1/share/cmake"
+    cp -r /usr/include/CLI "$1/include/"
+    cp -r /usr/share/cmake/CLI11 "$1/share/cmake/"
+    install_copyright libcli11-dev "$1"
+}
+
+build_rapidjson_dev() {
+    mkdir -p "$1/include"
+    cp -r /usr/include/rapidjson "$1/include/"
+    install_copyright rapidjson-dev "$1"
+}
+
+# install_licence PACKAGE PREFIX FILE...: the licence texts for the zip, and Debian's summary.
+install_licence() {
+    local package=$1 folder=$2/licences/$1 file
+    shift 2
+    mkdir -p "$folder"
+    cp "$work/$package/debian/copyright" "$folder/copyright.txt"
+    for file in "$@"; do
+        cp "$work/$package/$file" "$folder/$(echo "${file#src/3rdparty/}" | tr / -)"
+    done
+}
+
+install_copyright() {
+    mkdir -p "$2/licences/$1"
+    cp "/usr/share/doc/$1/copyright" "$2/licences/$1/copyright.txt"
+}
+
+# version_of PACKAGE: of the binary package that is installed. The tools of a Qt of another version
+# must not be used, so that Qt's own follows the installed one too.
+version_of() {
+    dpkg-query -W -f '${source:Version}' "$1"
+}
+
+# dependency PACKAGE VERSION: builds it unless the cache has it.
+dependency() {
+    local package=$1 version=$2 recipe=build_${1//-/_} key prefix
+    key=$( (echo "$version"; printf '%s\n' "${prefixes[@]##*/}"; declare -f "$recipe" cmake_build
+            cat "$root/windows/toolchain.cmake") | sha256sum | cut -c1-12)
+    prefix=$cache/$package-$key
+    if [ ! -f "$prefix/complete" ]; then
+        echo "Building $package $version for Windows" >&2
+        rm -rf "$prefix" "${work:?}/$package-build"
+        mkdir -p "$work" "$prefix"
+        "$recipe" "$prefix" "$version"
+        touch "$prefix/complete"
+        rm -rf "${work:?}/$package" "$work/$package"_*.orig*
+    fi
+    prefixes+=("$prefix")
+}
+
+dependency qt6-base "$(version_of qt6-base-dev)"
+dependency log4cplus "$(version_of liblog4cplus-dev)"
+dependency sqlite3 "$(version_of libsqlite3-dev)"
+dependency sqlitecpp "$(version_of libsqlitecpp-dev)"
+dependency googletest "$(version_of googletest)"
+dependency libcli11-dev "$(version_of libcli11-dev)"
+dependency rapidjson-dev "$(version_of rapidjson-dev)"
+
+printf 'set(CORSYNC_WINDOWS_PREFIXES\n' >build/windows-dependencies.cmake.new
+printf '  "%s"\n' "${prefixes[@]}" >>build/windows-dependencies.cmake.new
+echo ')' >>build/windows-dependencies.cmake.new
+mv build/windows-dependencies.cmake.new build/windows-dependencies.cmake

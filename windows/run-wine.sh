@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Runs a Windows program under Wine: without a display, in a prefix of its own, with a time limit.
+#
+#   run-wine.sh [--bin FOLDER] PROGRAM ARGUMENT...   FOLDER holds the DLLs that are not beside PROGRAM
+#   run-wine.sh --stop                               ends whatever still runs in the prefix
+#
+# The prefix is $CORSYNC_WINE_PREFIX, or build/wine; the limit $CORSYNC_WINE_TIMEOUT seconds, or 300.
+# The exit code is the program's, or 124 when the time was up.
+set -euo pipefail
+root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
+export WINEPREFIX=${CORSYNC_WINE_PREFIX:-$root/build/wine} WINEARCH=win64 WINEDEBUG=-all
+# No menus, and no offer to fetch the .NET and HTML engines.
+export WINEDLLOVERRIDES="winemenubuilder.exe,mscoree,mshtml="
+unset DISPLAY WAYLAND_DISPLAY
+wine=/usr/lib/wine/wine64
+wineserver=/usr/lib/wine/wineserver64
+
+if [ "${1:-}" = --stop ]; then
+    [ -d "$WINEPREFIX" ] || exit 0
+    timeout 30 "$wineserver" -k || true
+    timeout 30 "$wineserver" -w || true
+    exit 0
+fi
+if [ "${1:-}" = --bin ]; then
+    WINEPATH="Z:${2//\//\\}"
+    export WINEPATH
+    shift 2
+fi
+
+# Several programs may start at once; the first makes the prefix.
+if [ ! -f "$WINEPREFIX/corsync-ready" ]; then
+    mkdir -p "$WINEPREFIX"
+    exec 9>"$WINEPREFIX/corsync-lock"
+    flock 9
+    if [ ! -f "$WINEPREFIX/corsync-ready" ]; then
+        timeout 240 "$wine" wineboot --init >/dev/null 2>&1 9>&- </dev/null ||
+            { echo "run-wine.sh: cannot make the Wine prefix $WINEPREFIX" >&2; exit 125; }
+        touch "$WINEPREFIX/corsync-ready"
+    fi
+    exec 9>&-
+fi
+
+exec timeout --kill-after=10 "${CORSYNC_WINE_TIMEOUT:-300}" "$wine" "$@"
