@@ -110,7 +110,7 @@ TEST_F(DatabaseProcesses, AKilledWriterLosesNothingThatItWasToldIsWritten)
         output += writer.readAll();
 
         EXPECT_EQ(Ask("PRAGMA integrity_check"), "ok");
-        EXPECT_THROW(Ask("PRAGMA foreign_key_check"), SQLite::Exception) << "no row, no violation";
+        EXPECT_EQ(Ask("SELECT count(*) FROM pragma_foreign_key_check"), "0");
         const int written = LastWritten(output);
         ASSERT_GE(written, 40 * round);
         for (int i = 1; i <= written; ++i) {
