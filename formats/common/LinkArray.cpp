@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 namespace Halvern::Formats {
 
@@ -14,24 +15,30 @@ using SyncPlugin::FileLinkInfo;
 using SyncPlugin::MaxLinkText;
 using SyncPlugin::WideChar;
 
-void Fill(WideChar (&field)[MaxLinkText], std::string_view text)
+void Fill(WideChar (&field)[MaxLinkText], const WideString& text)
 {
-    const WideString wide = ToUtf16Lossy(text);
-    *std::copy(wide.begin(), wide.end(), field) = 0;
+    *std::copy(text.begin(), text.end(), field) = 0;
+}
+
+[[noreturn]] void Refuse(const char* what, std::string_view referenceId, const std::string& reason)
+{
+    throw FormatError("the " + std::string(what) + " of link " + std::string(referenceId) + reason);
 }
 
 } // namespace
 
-void RequireLinkText(const std::string& what, std::string_view text)
+WideString LinkUnits(const char* what, std::string_view referenceId, std::string_view text)
 {
-    if (!IsUtf8(text))
-        throw FormatError(what + " is no valid text");
-    if (text.find('\0') != std::string_view::npos)
-        throw FormatError(what + " holds a NUL character");
-    const std::size_t units = Utf16Length(text);
-    if (units > MaxLinkUnits)
-        throw FormatError(what + " has " + std::to_string(units) + " characters; a link can have " +
-                          std::to_string(MaxLinkUnits));
+    std::optional<WideString> units = ToUtf16(text);
+    if (!units)
+        Refuse(what, referenceId, " is no valid text");
+    if (units->find(WideChar(0)) != WideString::npos)
+        Refuse(what, referenceId, " holds a NUL character");
+    if (units->size() > MaxLinkUnits)
+        Refuse(what, referenceId,
+               " has " + std::to_string(units->size()) + " characters; a link can have " +
+                   std::to_string(MaxLinkUnits));
+    return std::move(*units);
 }
 
 std::optional<std::string> LinkText(const WideChar (&field)[MaxLinkText])
@@ -51,12 +58,12 @@ void LinkArray::Add(const std::string& referenceId, std::string_view path)
 {
     if (m_count == m_capacity)
         throw std::length_error("more links than announced");
-    RequireLinkText("the id of link " + referenceId, referenceId);
-    RequireLinkText("the path of link " + referenceId, path);
+    const WideString id = LinkUnits("id", referenceId, referenceId);
+    const WideString target = LinkUnits("path", referenceId, path);
     FileLinkInfo& link = m_links[m_count++];
     link.size = sizeof(FileLinkInfo);
-    Fill(link.referenceId, referenceId);
-    Fill(link.path, path);
+    Fill(link.referenceId, id);
+    Fill(link.path, target);
 }
 
 void LinkArray::HandOver(FileLinkInfo** links, int* count)

@@ -11,9 +11,9 @@ namespace Halvern::Formats {
 /// Longest text of a link, in UTF-16 units.
 inline constexpr std::size_t MaxLinkUnits = SyncPlugin::MaxLinkText - 1;
 
-/// Throws FormatError when `text` cannot stand in a link record, because it is too long, holds a
-/// NUL or is no UTF-8. `what` names the text in the message, for example "the path of link /a/uri".
-void RequireLinkText(const std::string& what, std::string_view text);
+/// `text` as it stands in a link record. Throws FormatError when it cannot, because it is too long,
+/// holds a NUL or is no UTF-8; the message names it by `what`, "id" or "path", and the link's id.
+WideString LinkUnits(const char* what, std::string_view referenceId, std::string_view text);
 
 /// Text of a record of the host, which need not have ended it; nothing for a lone surrogate.
 std::optional<std::string> LinkText(const SyncPlugin::WideChar (&field)[SyncPlugin::MaxLinkText]);

@@ -108,9 +108,15 @@ std::optional<std::string> ToUtf8(WideView text)
 
 std::optional<WideString> ToUtf16(std::string_view text)
 {
-    if (!IsUtf8(text))
-        return std::nullopt;
-    return ToUtf16Lossy(text);
+    WideString result;
+    result.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const char32_t code = NextCodePoint(text, at);
+        if (code == Invalid)
+            return std::nullopt;
+        AppendUtf16(result, code);
+    }
+    return result;
 }
 
 WideString ToUtf16Lossy(std::string_view text)
@@ -131,14 +137,6 @@ bool IsUtf8(std::string_view text)
             return false;
     }
     return true;
-}
-
-std::size_t Utf16Length(std::string_view text)
-{
-    std::size_t units = 0;
-    for (std::size_t at = 0; at < text.size();)
-        units += NextCodePoint(text, at) >= 0x10000 ? 2 : 1;
-    return units;
 }
 
 std::filesystem::path PathFromUtf8(std::string_view text)

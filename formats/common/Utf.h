@@ -20,8 +20,6 @@ std::optional<WideString> ToUtf16(std::string_view text);
 /// For messages: what is no UTF-8 becomes U+FFFD.
 WideString ToUtf16Lossy(std::string_view text);
 bool IsUtf8(std::string_view text);
-/// How many UTF-16 units UTF-8 text takes. Requires: IsUtf8(text).
-std::size_t Utf16Length(std::string_view text);
 
 /// The file that UTF-8 text names.
 std::filesystem::path PathFromUtf8(std::string_view text);

@@ -135,7 +135,8 @@ private:
         std::string pointer = Pointer();
         // Here rather than when the links are handed out: keys of a megabyte above a million uris
         // would fill the memory before.
-        RequireLinkText("the id of link " + pointer, pointer);
+        if (pointer.size() > MaxLinkUnits)
+            LinkUnits("id", pointer, pointer);
         const std::size_t begin = m_json.find('"', m_keyEnd); // nothing but blanks and ":" between
         m_uris.push_back({std::move(pointer), std::string(value), begin, m_stream.Tell()});
     }

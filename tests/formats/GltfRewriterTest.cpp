@@ -141,7 +141,8 @@ TEST_F(GltfRewriter, ARecordOfAnotherSizeOrAnInvalidListIsRefused)
     tree.File(m_file, R"({"uri":"a.png"})");
     SyncPlugin::FileLinkInfo record = Record(L(u"/uri", u"b.png"));
     record.size = 1040;
-    const auto* file = Wide(tree.Path(m_file));
+    const QString path = tree.Path(m_file);
+    const auto* file = Wide(path);
     EXPECT_FALSE(m_resolver.RepathFileLinks(file, &record, 1, &context));
     EXPECT_FALSE(m_resolver.RepathFileLinks(file, nullptr, 1, &context));
     EXPECT_FALSE(m_resolver.RepathFileLinks(file, &record, -1, &context));
