@@ -79,11 +79,10 @@ private:
     QHash<QString, const FileMapping*> m_owners;
 };
 
-bool GiveFreeName(FileMapping& file, const Owners& owners)
+bool GiveFreeName(FileMapping& file, const QString& wanted, const Owners& owners)
 {
-    const QString free = FreePath(file.GetTargetFile(), [&](const QString& path) {
-        return owners.IsOwned(path) || Exists(path);
-    });
+    const QString free =
+        FreePath(wanted, [&](const QString& path) { return owners.IsOwned(path) || Exists(path); });
     file.SetFlag(FileMapping::RenameOnCollision, true);
     return file.SetTargetFile(free, true);
 }
@@ -115,7 +114,8 @@ std::optional<ConflictKind> ObstacleInPlace(const FileMapping& file)
 }
 
 /// Settles one file; the conflict that remains, if any.
-std::optional<Conflict> Settle(FileMapping& file, Owners& owners, const ImportOptions& options)
+std::optional<Conflict> Settle(FileMapping& file, const QString& wanted, Owners& owners,
+                               const ImportOptions& options)
 {
     if (HasNoPlace(file))
         return {};
@@ -128,7 +128,7 @@ std::optional<Conflict> Settle(FileMapping& file, Owners& owners, const ImportOp
         const FileMapping* owner = owners.OtherOwner(file);
         const bool rename = PolicyFor(file, options) == CollisionPolicy::Rename &&
                             !file.HasFlag(FileMapping::KeepTargetName);
-        if (owner && !(rename && GiveFreeName(file, owners))) {
+        if (owner && !(rename && GiveFreeName(file, wanted, owners))) {
             kind = ConflictKind::SameTarget;
             conflict.other = owner->GetSourceFile();
         } else {
@@ -144,13 +144,15 @@ std::optional<Conflict> Settle(FileMapping& file, Owners& owners, const ImportOp
 
 } // namespace
 
-QList<Conflict> SettleTargets(FileSet& fileSet, const ImportOptions& options)
+QList<Conflict> SettleTargets(FileSet& fileSet, const ImportOptions& options,
+                              const TargetByFile& wanted)
 {
     const FileSet::FileMappingList files = fileSet.GetFiles();
     Owners owners(files);
     QList<Conflict> conflicts;
     for (const auto& file : files)
-        if (const std::optional<Conflict> conflict = Settle(*file, owners, options))
+        if (const std::optional<Conflict> conflict =
+                Settle(*file, wanted.value(file.get(), file->GetTargetFile()), owners, options))
             conflicts.append(*conflict);
     return conflicts;
 }

@@ -4,10 +4,13 @@
 
 #include "filelink/FileSet.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
 namespace Halvern::Host {
+
+using TargetByFile = QHash<const SyncServices::FileMapping*, QString>;
 
 /// Why a file cannot have its target.
 enum class ConflictKind
@@ -36,7 +39,9 @@ struct Conflict
 
 /// After ResolveCollisions, which asks only the disk for free names: gives files of one import that
 /// got the same target different ones, where the policy allows, and lists what must not be copied
-/// as it stands, in the set's order. Paths that differ in letter case only are the same.
-QList<Conflict> SettleTargets(FileLink::FileSet& files, const ImportOptions& options);
+/// as it stands, in the set's order. Paths that differ in letter case only are the same. New names
+/// are made from the wanted targets: those before collisions were resolved.
+QList<Conflict> SettleTargets(FileLink::FileSet& files, const ImportOptions& options,
+                              const TargetByFile& wanted);
 
 } // namespace Halvern::Host

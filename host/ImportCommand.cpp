@@ -61,6 +61,8 @@ void TellHowItEnded(const ImportReport& report, const ImportJob& job, Console& c
 ImportReport Import(const ImportOptions& options, const LogSetup& log, ImportJob& job)
 {
     const QStringList sources = CheckedSources(options.sources);
+    // Asked before anything is moved away.
+    const QList<FileOutcome> leftOut = LeftOut(sources);
     job.Plan(sources, CheckedTarget(options.to));
     if (!options.dryRun)
         job.Execute();
@@ -71,7 +73,7 @@ ImportReport Import(const ImportOptions& options, const LogSetup& log, ImportJob
     report.folders = {QDir::currentPath(),
                       FolderManager::GetInstance()->GetCloudCacheFolderPath(false)};
     Describe(job, log.Records(), report);
-    report.files.append(LeftOut(sources));
+    report.files.append(leftOut);
     // With conflicts only they are of interest: of the files nothing was done.
     if (!report.conflicts.isEmpty())
         report.files.clear();

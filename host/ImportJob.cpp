@@ -120,7 +120,7 @@ void ImportJob::Plan(const QStringList& sources, const QString& target)
     MarkUpToDate(*m_files, *m_database);
     NoteTargets();
     if (Run(QStringLiteral("Resolving conflicts"), 0, [&] { m_importer->ResolveCollisions(); }))
-        m_conflicts = SettleTargets(*m_files, m_options);
+        m_conflicts = SettleTargets(*m_files, m_options, m_wantedTargets);
 }
 
 void ImportJob::Execute()

@@ -72,7 +72,7 @@ private:
     std::unique_ptr<FileLink::FileLinkImporter> m_importer;
     std::shared_ptr<FileLink::FileSet> m_files;
     /// Targets before collisions were resolved.
-    QHash<const SyncServices::FileMapping*, QString> m_wantedTargets;
+    TargetByFile m_wantedTargets;
     QSet<QString> m_moved;
     QSet<QString> m_modified;
     QList<Conflict> m_conflicts;

@@ -1,5 +1,6 @@
 #include "CommandFixture.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcessEnvironment>
 
@@ -86,8 +87,12 @@ CommandResult CommandFixture::Finish(QProcess& process)
         return {};
     }
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    // Expected lines are written with forward slashes.
+    const auto text = [](const QByteArray& bytes) {
+        return QDir::fromNativeSeparators(QString::fromUtf8(bytes));
+    };
+    return {process.exitCode(), text(process.readAllStandardOutput()),
+            text(process.readAllStandardError())};
 }
 
 } // namespace Halvern::Test

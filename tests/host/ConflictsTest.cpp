@@ -28,7 +28,7 @@ protected:
         ImportOptions options;
         options.selectedCollisions = selected;
         options.linkedCollisions = linked;
-        return SettleTargets(files, options);
+        return SettleTargets(files, options, {});
     }
     QList<Conflict> Settle(CollisionPolicy policy) { return Settle(policy, policy); }
 

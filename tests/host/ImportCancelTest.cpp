@@ -25,6 +25,7 @@ protected:
     {
         QProcess process;
         Prepare(process, ImportArguments({u"proj"_qs, u"--progress"_qs, u"always"_qs}));
+        process.setReadChannel(QProcess::StandardError);
         process.start();
         QByteArray seen;
         while (!seen.contains(phase) && process.waitForReadyRead(60000))
@@ -42,9 +43,7 @@ protected:
         EXPECT_EQ(next.Lines().filter(u"failed"_qs), QStringList());
         const FileTree::Snapshot cloud = Cloud();
         EXPECT_EQ(cloud.size(), Files + 1);
-        for (auto it = cloud.begin(); it != cloud.end(); ++it)
-            if (it.key().startsWith(u"proj/0"_qs))
-                ASSERT_EQ(it.value(), "link 1 lib/part.tlk\n") << it.key().toStdString();
+        EXPECT_EQ(cloud.values().count("link 1 lib/part.tlk\n"), Files);
         const PluginCallLog calls;
         EXPECT_EQ(Import({u"proj"_qs}).exitCode, 0);
         EXPECT_EQ(calls.Calls(), QStringList());
@@ -79,7 +78,7 @@ TEST_F(CancelledImport, BeforeCopyingLeavesNothing)
     const CommandResult result = ImportAndSend(SIGTERM, "Reading links");
     EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
     EXPECT_TRUE(result.err.contains(u"nothing was copied"_qs));
-    EXPECT_EQ(Cloud(), FileTree::Snapshot());
+    EXPECT_EQ(Cloud().size(), 0);
 }
 
 } // namespace Halvern::Test
