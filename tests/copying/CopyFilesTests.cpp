@@ -128,6 +128,16 @@ TEST_F(CopyFiles, AFailureDoesNotStopTheFilesThatFollow)
                         Cloud("missing.prt") + ". Source file is not found."));
 }
 
+TEST_F(CopyFiles, ASelectedFileThatIsItsOwnTargetIsSkippedAndCountsAsPresent)
+{
+    tree.File("cloud/a.prt", "content");
+    const auto mapping = AddPaths(Cloud("a.prt"), Cloud("a.prt"));
+    EXPECT_TRUE(importer->CopyFiles());
+    EXPECT_EQ(Summary(), "Copied: 0, Folders created: 0, Failed: 0, Skipped: 1, Total: 1");
+    EXPECT_TRUE(mapping->HasFlag(FileMapping::Copied));
+    EXPECT_EQ(tree.Read("cloud/a.prt"), "content");
+}
+
 TEST_F(CopyFiles, ALinkedFileThatIsItsOwnTargetIsSkippedAndNotMarked)
 {
     tree.File("cloud/a.prt", "content");
