@@ -76,7 +76,7 @@ struct FileLinkImporterImp::DatabaseUpdateState
 
 bool FileLinkImporterImp::UpdateSyncDatabase()
 {
-    if (!HasFilesWhichSupportFileLinks())
+    if (m_fileSet && !m_fileSet->HasFilesWhichSupportFileLinks())
         return true;
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin updating sync database"));
     const LogFinally finally(&ModuleLogger(), LogLevel::Info,

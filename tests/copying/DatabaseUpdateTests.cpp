@@ -73,6 +73,13 @@ TEST_F(DatabaseUpdate, AnEmptySetSucceedsWithoutAWord)
     EXPECT_TRUE(Lines().isEmpty());
 }
 
+TEST_F(DatabaseUpdate, WithoutASetFailsWithinTheStageFrame)
+{
+    importer = std::make_unique<FileLinkImporterImp>(controller);
+    EXPECT_FALSE(Update());
+    EXPECT_EQ(Lines(), Frame());
+}
+
 TEST_F(DatabaseUpdate, ASetWithoutSelectedFilesFailsWithinTheStageFrame)
 {
     AddLinked("a.tlk");

@@ -80,6 +80,15 @@ TEST_F(Repathing, AnEmptySetSucceedsWithoutAWord)
     EXPECT_TRUE(Lines().isEmpty());
 }
 
+TEST_F(Repathing, WithoutASetFailsWithinTheStageFrame)
+{
+    importer = std::make_unique<FileLinkImporterImp>(controller);
+    log.Clear();
+    EXPECT_FALSE(importer->RepathFiles());
+    EXPECT_EQ(Lines(), (QStringList{"INFO Begin repathing file links in target",
+                                    "INFO Finished repathing file links in target"}));
+}
+
 TEST_F(Repathing, AnUnsupportedTypeIsPassedOverAndSaidSo)
 {
     const auto unsupported =
