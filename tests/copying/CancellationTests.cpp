@@ -210,4 +210,49 @@ TEST_F(Cancellation, OfPendingItemsFails)
     EXPECT_FALSE(importer->RepathFiles({item}));
 }
 
+TEST_F(Cancellation, OfTheDatabaseUpdateFailsAndWritesNothingMore)
+{
+    const auto database = WatchedDatabase::Install();
+    const QStringList order = {"c.tlk", "b.tlk", "a.tlk", "d.tlk"};
+    int writesBefore = -1;
+    const auto addCopy = [&](const QString& name, const QStringList& links, bool selected) {
+        tree.File("cloud/" + name, "");
+        const auto mapping = Add("src/" + name, name, FileMapping::Copied);
+        mapping->SetFlag(FileMapping::Selected, selected);
+        FileLinkList list;
+        for (const QString& path : links)
+            list.append(Link("1", path));
+        mapping->SetTargetFileLinks(list);
+    };
+    const auto set = [&] {
+        Restart();
+        addCopy("a.tlk", {"b.tlk"}, true);
+        addCopy("b.tlk", {"c.tlk"}, false);
+        addCopy("c.tlk", {}, false);
+        addCopy("d.tlk", {}, true);
+        SyncFolderManagerLib::FolderManager::GetInstance()->GetSyncRootFolder(Cloud());
+        database->Clear();
+    };
+    const auto check = [&](const Run& run) {
+        EXPECT_EQ(run.result, run.completed);
+        EXPECT_EQ(log.Count("INFO Finished updating sync database"), 1);
+        QStringList written;
+        for (const QString& path : database->written)
+            written.append(QFileInfo(path).fileName());
+        EXPECT_EQ(written, order.first(written.size()));
+        EXPECT_GE(written.size(), writesBefore);
+        EXPECT_EQ(run.completed, written.size() == order.size());
+        writesBefore = int(written.size());
+    };
+    // New items: one poll for each root and each linked file.
+    EXPECT_EQ(CancelAtEveryPoll(
+                  set, [&] { return importer->UpdateSyncDatabase(); }, check),
+              4);
+    // Existing items: more, while their links are merged.
+    writesBefore = -1;
+    EXPECT_EQ(CancelAtEveryPoll(
+                  set, [&] { return importer->UpdateSyncDatabase(); }, check),
+              8);
+}
+
 } // namespace Halvern::Test
