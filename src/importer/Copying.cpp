@@ -66,11 +66,14 @@ bool FileLinkImporterImp::CopyAll(const FileMappingList& files, bool move, CopyC
 
 bool FileLinkImporterImp::SkipCopy(const FileMappingPointer& mapping)
 {
-    if (!mapping->AreSourceAndTargetSame() && !mapping->HasFlag(FileMapping::NotFilePath)
+    const bool isInPlace = mapping->AreSourceAndTargetSame();
+    if (!isInPlace && !mapping->HasFlag(FileMapping::NotFilePath)
         && !mapping->HasFlag(FileMapping::Unchanged) && !mapping->HasFlag(FileMapping::NoCopy))
         return false;
-    // A selected file that stays where it is counts as present in the target.
-    if (mapping->HasFlag(FileMapping::Selected | FileMapping::NoCopy))
+    // A selected file that is its own target, or stays where it is on purpose, counts as present
+    // in the target.
+    if (mapping->HasFlag(FileMapping::Selected | FileMapping::NoCopy)
+        || (isInPlace && mapping->HasFlag(FileMapping::Selected)))
         mapping->SetFlag(FileMapping::Copied, true);
     return true;
 }

@@ -72,11 +72,13 @@ struct FileLinkImporterImp::DatabaseUpdateState
     QMap<QString, int> folderIds;
     /// Files that could not be written, which shared sub-assemblies would try again on each path.
     QSet<const FileMapping*> failed;
+    /// The host asked to stop: no file that is still open is written.
+    bool canceled = false;
 };
 
 bool FileLinkImporterImp::UpdateSyncDatabase()
 {
-    if (!HasFilesWhichSupportFileLinks())
+    if (m_fileSet && !m_fileSet->HasFilesWhichSupportFileLinks())
         return true;
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin updating sync database"));
     const LogFinally finally(&ModuleLogger(), LogLevel::Info,
@@ -105,6 +107,8 @@ bool FileLinkImporterImp::UpdateSyncDatabase()
         const bool selected = mapping.HasFlag(FileMapping::Selected);
         if ((IsRecorded(mapping) && (!selectedOnly || selected)) || (updateSelected && selected))
             result = UpdateSyncDatabase(root, state) && result;
+        if (state.canceled)
+            return false;
     }
     return result;
 }
@@ -128,8 +132,10 @@ bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUp
     std::shared_ptr<SyncItem> item = state.database->GetSyncItem(
         target, true, mapping->GetAuthenticationId(), FileItem::ItemOnly);
     if (item) {
-        if (!MergeLinks(*mapping, *item))
+        if (!MergeLinks(*mapping, *item)) {
+            state.canceled = true;
             return false;
+        }
     } else {
         item = MakeItem(*mapping, state);
         if (!item) {
@@ -148,7 +154,8 @@ bool FileLinkImporterImp::UpdateChildren(const NodePointer& node, DatabaseUpdate
 {
     const bool selectedOnly = HasOption(Global::ServicesCopyOption);
     for (const NodePointer& child : node->Children()) {
-        if (CheckIfCanceled())
+        state.canceled = CheckIfCanceled();
+        if (state.canceled)
             return false;
         const FileMapping& mapping = *child->Mapping();
         if (!IsRecorded(mapping) || (selectedOnly && !mapping.HasFlag(FileMapping::Selected)))
@@ -157,12 +164,15 @@ bool FileLinkImporterImp::UpdateChildren(const NodePointer& node, DatabaseUpdate
             LogNotSupported(mapping);
             continue;
         }
+        // A linked file that could not be written does not keep the others from it.
         UpdateSyncDatabase(child, state);
+        if (state.canceled)
+            return false;
     }
     return true;
 }
 
-/// A link whose path the item knows already keeps what it was resolved to.
+/// A link whose path the item knows already keeps what it was resolved to. False on a cancel.
 bool FileLinkImporterImp::MergeLinks(const FileMapping& mapping, SyncItem& item) const
 {
     QHash<QString, SyncServices::FileLink> known;

@@ -50,12 +50,12 @@ QString TextOf(const SyncPlugin::WideChar* text)
 
 bool FileLinkImporterImp::RepathFiles()
 {
-    if (!HasFilesWhichSupportFileLinks())
+    if (m_fileSet && !m_fileSet->HasFilesWhichSupportFileLinks())
         return true;
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin repathing file links in target"));
     const LogFinally finally(&ModuleLogger(), LogLevel::Info,
                              QStringLiteral("Finished repathing file links in target"));
-    if (!MarkFilesToRepath())
+    if (!m_fileSet || !MarkFilesToRepath())
         return false;
     bool result = true;
     for (const FileMappingPointer& mapping : Files()) {
