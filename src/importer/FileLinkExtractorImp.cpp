@@ -1,6 +1,7 @@
 #include "importer/FileLinkExtractorImp.h"
 
 #include "fileset/PathIndex.h"
+#include "plugins/LinkRecords.h"
 #include "plugins/PluginLogger.h"
 #include "plugins/PluginManager.h"
 #include "support/Logging.h"
@@ -11,7 +12,6 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
-#include <algorithm>
 #include <utility>
 
 namespace Halvern::FileLink {
@@ -22,12 +22,6 @@ using SyncServices::SyncLibUtil;
 namespace {
 
 constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
-
-QString TextOf(const SyncPlugin::WideChar (&text)[SyncPlugin::MaxLinkText])
-{
-    const auto* end = std::find(text, text + SyncPlugin::MaxLinkText, SyncPlugin::WideChar(0));
-    return QString::fromUtf16(reinterpret_cast<const char16_t*>(text), end - text);
-}
 
 bool SameSecond(const QDateTime& a, const QDateTime& b)
 {
@@ -242,8 +236,8 @@ bool FileLinkExtractorImp::ExtractFileLinks(const QString& path, FileLinkList& l
         if (CheckIfCanceled())
             return false;
         SyncServices::FileLink link;
-        link.RefId = TextOf(info.referenceId);
-        link.Path = StoredPath(TextOf(info.path), path);
+        link.RefId = GetReferenceId(info);
+        link.Path = StoredPath(GetLinkPath(info), path);
         links.append(link);
     }
     LogFileLinks(path, links);

@@ -1,4 +1,5 @@
 #include "importer/FileLinkImporterImp.h"
+#include "plugins/LinkRecords.h"
 #include "plugins/PluginLogger.h"
 #include "plugins/PluginManager.h"
 #include "support/FileOperations.h"
@@ -6,8 +7,6 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-
-#include <algorithm>
 
 namespace Halvern::FileLink {
 
@@ -20,30 +19,13 @@ constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
 
 using SyncPlugin::FileLinkInfo;
 
-void FillText(SyncPlugin::WideChar (&field)[SyncPlugin::MaxLinkText], const QString& text)
-{
-    const qsizetype count = std::min<qsizetype>(text.size(), SyncPlugin::MaxLinkText - 1);
-    std::copy_n(text.utf16(), count, field);
-    field[count] = 0;
-}
-
 QList<FileLinkInfo> ToFileLinkInfos(const FileLinkList& links)
 {
     QList<FileLinkInfo> infos;
     infos.reserve(links.size());
-    for (const SyncServices::FileLink& link : links) {
-        FileLinkInfo info = {};
-        info.size = sizeof(FileLinkInfo);
-        FillText(info.path, link.Path);
-        FillText(info.referenceId, link.RefId);
-        infos.append(info);
-    }
+    for (const SyncServices::FileLink& link : links)
+        infos.append(MakeFileLinkInfo(link.RefId, link.Path));
     return infos;
-}
-
-QString TextOf(const SyncPlugin::WideChar* text)
-{
-    return QString::fromUtf16(reinterpret_cast<const char16_t*>(text));
 }
 
 } // namespace
@@ -163,8 +145,8 @@ bool FileLinkImporterImp::RepathFile(const QString& path, const QList<FileLinkIn
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Repathing file %1").arg(path));
     for (const FileLinkInfo& link : links)
         FILELINK_LOG(LogLevel::Debug, QStringLiteral("File link: Path: %1 RefId: %2")
-                                          .arg(TextOf(link.path))
-                                          .arg(TextOf(link.referenceId)));
+                                          .arg(GetLinkPath(link))
+                                          .arg(GetReferenceId(link)));
     const bool wasReadOnly = !IsWritable(path);
     ReadOnlyState state;
     if (wasReadOnly)
