@@ -1,4 +1,5 @@
 #include "importer/FileLinkImporterImp.h"
+#include "importer/FileTimes.h"
 #include "support/Logging.h"
 #include "support/PathUtilities.h"
 
@@ -11,10 +12,9 @@ namespace {
 
 constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
 
-/// Whole seconds: file systems and the database keep fractions differently.
 bool HasChangedSince(const QString& path, const QDateTime& recorded)
 {
-    return QFileInfo(path).lastModified().toSecsSinceEpoch() != recorded.toSecsSinceEpoch();
+    return !IsSameSecond(QFileInfo(path).lastModified(), recorded);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "importer/FileLinkExtractorImp.h"
 
 #include "fileset/PathIndex.h"
+#include "importer/FileTimes.h"
 #include "plugins/LinkRecords.h"
 #include "plugins/PluginLogger.h"
 #include "plugins/PluginManager.h"
@@ -23,15 +24,10 @@ namespace {
 
 constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
 
-bool SameSecond(const QDateTime& a, const QDateTime& b)
-{
-    return a.toSecsSinceEpoch() == b.toSecsSinceEpoch();
-}
-
 bool IsExtractionWanted(const FileMapping& mapping)
 {
-    return !mapping.HasFlagAny(FileMapping::SkipFileLinks | FileMapping::NotFilePath)
-        && !mapping.GetSourceFile().isEmpty() && !mapping.IsFolder();
+    return !mapping.HasFlagAny(FileMapping::SkipFileLinks | FileMapping::NotFilePath) &&
+           !mapping.GetSourceFile().isEmpty() && !mapping.IsFolder();
 }
 
 } // namespace
@@ -136,8 +132,7 @@ bool FileLinkExtractorImp::ExtractFileLinks(const FileMappingPointer& mapping,
                                             const QStringList& fileTypes)
 {
     const QString source = mapping->GetSourceFile();
-    const bool supported
-        = fileTypes.isEmpty() || SyncLibUtil::IsInFileTypeList(source, fileTypes);
+    const bool supported = fileTypes.isEmpty() || SyncLibUtil::IsInFileTypeList(source, fileTypes);
     if (!supported)
         mapping->SetFlag(FileMapping::FileLinksNotSupported, true);
 
@@ -158,8 +153,7 @@ bool FileLinkExtractorImp::ExtractFileLinks(const FileMappingPointer& mapping,
     }
     if (CheckIfCanceled())
         return false;
-    if (restoredDate.isValid()
-        && SameSecond(QFileInfo(source).lastModified().toUTC(), restoredDate)) {
+    if (IsSameSecond(QFileInfo(source).lastModified(), restoredDate)) {
         FILELINK_LOG(LogLevel::Info,
                      (isInCloudFolder
                           ? QStringLiteral("File link extraction skipped for file %1. File links "
@@ -176,10 +170,10 @@ bool FileLinkExtractorImp::ExtractFileLinks(const FileMappingPointer& mapping,
 QDateTime FileLinkExtractorImp::RestoreFromDatabase(FileMapping& mapping) const
 {
     const std::shared_ptr<SyncDatabase> database = GetDatabase();
-    const std::shared_ptr<SyncItem> item
-        = database ? database->GetSyncItem(mapping.GetSourceFile(), true, GetAuthenticationId(),
-                                           FileItem::ItemOnly)
-                   : nullptr;
+    const std::shared_ptr<SyncItem> item =
+        database ? database->GetSyncItem(mapping.GetSourceFile(), true, GetAuthenticationId(),
+                                         FileItem::ItemOnly)
+                 : nullptr;
     if (!item)
         return QDateTime();
     mapping.SetSourceFileLinks(item->GetFileLinks());
@@ -189,13 +183,13 @@ QDateTime FileLinkExtractorImp::RestoreFromDatabase(FileMapping& mapping) const
 
 void FileLinkExtractorImp::RestoreFromHistory(FileMapping& mapping, bool supported)
 {
-    const FileMappingPointer earlier
-        = m_history->Find(mapping.GetSourceFile(), GetAuthenticationId());
+    const FileMappingPointer earlier =
+        m_history->Find(mapping.GetSourceFile(), GetAuthenticationId());
     if (!earlier)
         return;
     const FileMappingFlag flags = mapping.GetFlag();
-    const bool keepTarget
-        = mapping.HasFlag(FileMapping::Selected) || mapping.AreSourceAndTargetSame();
+    const bool keepTarget =
+        mapping.HasFlag(FileMapping::Selected) || mapping.AreSourceAndTargetSame();
     mapping.CopyFrom(earlier.get(), keepTarget, !supported);
     if (!keepTarget && mapping.HasTargetFile() && !mapping.ExistsInTarget())
         mapping.SetTargetFile(QString(), true);
@@ -259,15 +253,14 @@ void FileLinkExtractorImp::LogFileLinks(const QString& path, const FileLinkList&
     if (links.isEmpty())
         FILELINK_LOG(LogLevel::Info, QStringLiteral("No file links found in %2").arg(path));
     else
-        FILELINK_LOG(
-            LogLevel::Info,
-            QStringLiteral("%1 file links found in %2").arg(links.size()).arg(path));
+        FILELINK_LOG(LogLevel::Info,
+                     QStringLiteral("%1 file links found in %2").arg(links.size()).arg(path));
     for (const SyncServices::FileLink& link : links) {
         const QString resolved = ResolveLinkPath(link.Path, path);
         if (!IsLocalPath(resolved) || QFileInfo::exists(resolved))
-            FILELINK_LOG(LogLevel::Debug, QStringLiteral("File link: Path: %1 RefId: %2")
-                                              .arg(link.Path)
-                                              .arg(link.RefId));
+            FILELINK_LOG(
+                LogLevel::Debug,
+                QStringLiteral("File link: Path: %1 RefId: %2").arg(link.Path).arg(link.RefId));
         else
             FILELINK_LOG(LogLevel::Warn,
                          QStringLiteral("File link: Path: %1 RefId: %2 (File not found: %3)")

@@ -24,10 +24,12 @@ bool IsDirectory(const QString& path)
     return !path.isEmpty() && QFileInfo(path).isDir();
 }
 
-bool CanBeImported(const QString& source)
+/// The path must be clean: only so does a slash at its end not hide a symbolic link, nor "/x/.."
+/// the root folder.
+bool CanBeImported(const QString& path)
 {
-    const QFileInfo info(source);
-    return !(info.isSymLink() && info.isDir()) && !IsInCloudCacheFolder(source) && !info.isRoot();
+    const QFileInfo info(path);
+    return !(info.isSymLink() && info.isDir()) && !IsInCloudCacheFolder(path) && !info.isRoot();
 }
 
 bool TargetFits(qsizetype sourceCount, const QString& target)
@@ -102,9 +104,9 @@ bool FileLinkImporterImp::FilterSources(const QStringList& sources, Selection& s
     for (const QString& source : sources) {
         if (CheckIfCanceled())
             return false;
-        if (!CanBeImported(source))
-            continue;
         const QString path = QDir::cleanPath(source);
+        if (!CanBeImported(path))
+            continue;
         selection.selected.Add(path, int(selected.size()));
         selected.append(path);
     }
@@ -123,8 +125,8 @@ bool FileLinkImporterImp::ExpandSelection(const QStringList& selected, Selection
         selection.names.append(info.fileName());
         if (!info.isDir())
             continue;
-        for (const QString& entry : ListFilesRecursive(
-                 path, QString(), QDir::Dirs | QDir::Files | QDir::Hidden, true)) {
+        for (const QString& entry :
+             ListFilesRecursive(path, QString(), QDir::Dirs | QDir::Files | QDir::Hidden, true)) {
             if (CheckIfCanceled())
                 return false;
             selection.paths.append(entry);

@@ -20,11 +20,13 @@ FileMappingList FilesWithSkippedLinks(FileSet& fileSet)
 
 bool FileLinkImporterImp::AssignTargetPaths()
 {
-    if (!HasFilesWhichSupportFileLinks())
+    if (m_fileSet && !HasFilesWhichSupportFileLinks())
         return true;
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin assigning target paths for file links"));
     const LogFinally finally(&ModuleLogger(), LogLevel::Info,
                              QStringLiteral("Finished assigning target paths"));
+    if (!m_fileSet)
+        return false;
 
     const QList<NodePointer> roots = Hierarchy(true);
     const FileMappingList skippedBefore = FilesWithSkippedLinks(*m_fileSet);

@@ -228,6 +228,10 @@ INSTANTIATE_TEST_SUITE_P(
                     .targetChanged = true,
                     .elsewhere = true},
         HistoryCase{.name = "EarlierCopyGone", .elsewhere = true, .targetMissing = true},
+        HistoryCase{.name = "EarlierCopyGoneWithoutTime",
+                    .elsewhere = true,
+                    .targetMissing = true,
+                    .targetTimeMissing = true},
         HistoryCase{.name = "EarlierCopyGoneAndSourceChanged",
                     .sourceChanged = true,
                     .elsewhere = true,
@@ -283,9 +287,9 @@ TEST_F(CollisionMarking, AnUnchangedLinkedFileIsNotCopiedAgainAndIsLinkedWhereIt
 {
     Assembly(u"src/a.tasm"_s, {u"1 b.tlk"_s});
     tree.File(u"src/b.tlk"_s, "new");
-    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"F"_s) + u"/a.tasm"_s));
+    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"F/a.tasm"_s)));
     const LogCapture log;
-    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"G"_s) + u"/a.tasm"_s));
+    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"G/a.tasm"_s)));
     EXPECT_TRUE(log.Has(u"INFO File %1 was copied last time as %2. Source and target files have "
                         "not changed since then."_s.arg(Source(u"b.tlk"_s))
                             .arg(Cloud(u"F/b.tlk"_s))));
@@ -299,10 +303,10 @@ TEST_F(CollisionMarking, ALinkedFileWhoseCopyWasEditedIsCopiedBesideIt)
 {
     Assembly(u"src/a.tasm"_s, {u"1 b.tlk"_s});
     tree.File(u"src/b.tlk"_s, "new");
-    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"F"_s) + u"/a.tasm"_s));
+    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"F/a.tasm"_s)));
     tree.File(u"cloud/F/b.tlk"_s, "edited").Touch(u"cloud/F/b.tlk"_s, Time());
     const LogCapture log;
-    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"G"_s) + u"/a.tasm"_s));
+    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"G/a.tasm"_s)));
     EXPECT_TRUE(log.Has(u"INFO File %1 was copied last time as %2. Source or target file has "
                         "changed since then."_s.arg(Source(u"b.tlk"_s))
                             .arg(Cloud(u"F/b.tlk"_s))));

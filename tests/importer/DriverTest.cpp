@@ -175,8 +175,8 @@ TEST_F(Driver, CollidingFilesAreRenamedWhateverThePolicyAndFoldersFollowIt)
 TEST_F(Driver, EachCallStartsWithAFreshSet)
 {
     tree.File(u"src/a.tlk"_s).File(u"src/b.tlk"_s);
-    ASSERT_TRUE(Copy({Source(u"a.tlk"_s)}, Cloud(u"F"_s) + u"/a"_s));
-    ASSERT_TRUE(Copy({Source(u"b.tlk"_s)}, Cloud(u"F"_s) + u"/b"_s));
+    ASSERT_TRUE(Copy({Source(u"a.tlk"_s)}, Cloud(u"F/a"_s)));
+    ASSERT_TRUE(Copy({Source(u"b.tlk"_s)}, Cloud(u"F/b"_s)));
     EXPECT_EQ(Members(importer), QStringList{u"src/b.tlk"_s});
 }
 

@@ -32,16 +32,16 @@ TEST_F(Front, ThereIsNoFileSetBeforeTheFirstInitialize)
     EXPECT_EQ(importer.GetCopyOption(), Global::NoCopyOption);
 }
 
-TEST_F(Front, StagesWithoutAFileSetDoNotCrash)
+TEST_F(Front, StagesWithoutAFileSetEitherHaveNothingToDoOrFail)
 {
     FileLinkImporter importer;
     EXPECT_TRUE(importer.ExtractFileLinks());
-    EXPECT_TRUE(importer.AssignTargetPaths());
+    EXPECT_FALSE(importer.AssignTargetPaths());
     EXPECT_TRUE(importer.MarkCollisions());
     EXPECT_TRUE(importer.ResolveCollisions());
     EXPECT_FALSE(importer.CopyFiles());
-    EXPECT_TRUE(importer.RepathTargetFiles());
-    EXPECT_TRUE(importer.UpdateSyncDatabase());
+    EXPECT_FALSE(importer.RepathTargetFiles());
+    EXPECT_FALSE(importer.UpdateSyncDatabase());
     EXPECT_EQ(importer.GetFileSet(), nullptr);
 }
 

@@ -145,7 +145,7 @@ TEST_F(PluginLayout, TheReplacementIsWhatIsCopiedAndLinked)
 {
     Assembly(u"src/a.tasm"_s, {u"1 replaced.tlk"_s});
     tree.File(u"src/replaced.tlk"_s, "old").File(u"src/replacement/replaced.tlk"_s, "new");
-    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"F/"_s) + u"a.tasm"_s));
+    ASSERT_TRUE(Import({Source(u"a.tasm"_s)}, Cloud(u"F/a.tasm"_s)));
     EXPECT_EQ(tree.Read(u"cloud/F/layout/replaced.tlk"_s), "new");
     EXPECT_EQ(tree.Read(u"cloud/F/a.tasm"_s), "src/a.tasm\nlink 1 layout/replaced.tlk\n");
 }

@@ -112,7 +112,7 @@ TEST_F(PosixIntake, ASourceWithAColonInItsFolderIsALocalFile)
 {
     Assembly(u"src/v:1/a.tasm"_s, {u"1 b.tlk"_s});
     tree.File(u"src/v:1/b.tlk"_s);
-    ASSERT_TRUE(Import({Source(u"v:1/a.tasm"_s)}, Cloud(u"F"_s) + u"/a.tasm"_s));
+    ASSERT_TRUE(Import({Source(u"v:1/a.tasm"_s)}, Cloud(u"F/a.tasm"_s)));
     EXPECT_TRUE(tree.Exists(u"cloud/F/a.tasm"_s));
     EXPECT_TRUE(tree.Exists(u"cloud/F/b.tlk"_s));
 }

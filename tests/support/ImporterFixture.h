@@ -109,12 +109,13 @@ protected:
         return tree.File(relative, relative.toUtf8() + '\n' + Links(links));
     }
 
-    /// The member with this source path ("src/a.tasm" or absolute); null when there is none.
+    /// The member with this source path, as it is or in the tree; null when there is none.
     FileMappingPointer Member(FileLinkImporterImp& importer, const QString& source) const
     {
         const auto set = importer.GetFileSet();
-        const QString path = QFileInfo(source).isRelative() ? tree.Path(source) : source;
-        const int index = set ? set->IndexOfSourceFile(path) : -1;
+        int index = set ? set->IndexOfSourceFile(source) : -1;
+        if (set && index < 0)
+            index = set->IndexOfSourceFile(tree.Path(source));
         return index < 0 ? nullptr : set->GetFiles().at(index);
     }
 
