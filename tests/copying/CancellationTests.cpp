@@ -215,9 +215,13 @@ TEST_F(Cancellation, OfTheDatabaseUpdateFailsAndWritesNothingMore)
     const auto database = WatchedDatabase::Install();
     const QStringList order = {"c.tlk", "b.tlk", "a.tlk", "d.tlk"};
     int writesBefore = -1;
+    // Items of one run are there in the next, unless their files lie in another folder.
+    int folder = 0;
+    bool newFolder = true;
     const auto addCopy = [&](const QString& name, const QStringList& links, bool selected) {
-        tree.File("cloud/" + name, "");
-        const auto mapping = Add("src/" + name, name, FileMapping::Copied);
+        const QString target = QString::number(folder) + "/" + name;
+        tree.File("cloud/" + target, "");
+        const auto mapping = Add("src/" + name, target, FileMapping::Copied);
         mapping->SetFlag(FileMapping::Selected, selected);
         FileLinkList list;
         for (const QString& path : links)
@@ -226,6 +230,7 @@ TEST_F(Cancellation, OfTheDatabaseUpdateFailsAndWritesNothingMore)
     };
     const auto set = [&] {
         Restart();
+        folder += newFolder;
         addCopy("a.tlk", {"b.tlk"}, true);
         addCopy("b.tlk", {"c.tlk"}, false);
         addCopy("c.tlk", {}, false);
@@ -249,6 +254,7 @@ TEST_F(Cancellation, OfTheDatabaseUpdateFailsAndWritesNothingMore)
                   set, [&] { return importer->UpdateSyncDatabase(); }, check),
               4);
     // Existing items: more, while their links are merged.
+    newFolder = false;
     writesBefore = -1;
     EXPECT_EQ(CancelAtEveryPoll(
                   set, [&] { return importer->UpdateSyncDatabase(); }, check),
