@@ -148,8 +148,9 @@ bool FileSetImp::DropFileLinks(const FileMappingList& files, bool keepSelectedFi
 
 bool FileSetImp::SkipFileLinksInAllFiles()
 {
-    // A selected file stays even when another selected one links it: the user asked for it.
-    DropFileLinks(m_files, true);
+    // A selected file stays even when another selected one links it: the user asked for it. The
+    // list is a copy, so that the files that leave lose their links as well.
+    DropFileLinks(GetFiles(), true);
     for (const FileMappingPointer& file : std::as_const(m_files))
         file->SetFlag(FileMapping::SkipFileLinks, true);
     return true;
