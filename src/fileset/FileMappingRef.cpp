@@ -77,7 +77,9 @@ unsigned int AnswerString(const QString& text, SyncPlugin::WideChar* buffer, int
 
 QString FromPluginString(const SyncPlugin::WideChar* text)
 {
-    return text ? QString::fromUtf16(reinterpret_cast<const char16_t*>(text)) : QString();
+    // Not fromUtf16, which takes a byte order mark away and replaces lone surrogates: both may stand
+    // in file names.
+    return text ? QString(reinterpret_cast<const QChar*>(text)) : QString();
 }
 
 FileMappingRef::FileMappingRef(QString linkPath, QString refId, FileMappingPointer mapping)
