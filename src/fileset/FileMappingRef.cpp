@@ -77,7 +77,9 @@ unsigned int AnswerString(const QString& text, SyncPlugin::WideChar* buffer, int
 
 QString FromPluginString(const SyncPlugin::WideChar* text)
 {
-    return text ? QString::fromUtf16(reinterpret_cast<const char16_t*>(text)) : QString();
+    // Not fromUtf16, which takes a byte order mark away and replaces lone surrogates: both may stand
+    // in file names.
+    return text ? QString(reinterpret_cast<const QChar*>(text)) : QString();
 }
 
 FileMappingRef::FileMappingRef(QString linkPath, QString refId, FileMappingPointer mapping)
@@ -110,19 +112,27 @@ QString FileMappingRef::TargetFile() const
 
 const QList<FileMappingRef::Pointer>& FileMappingRef::Children()
 {
-    if (!m_grown && m_graph && m_mapping && !m_closesCycle)
-        GrowChildren();
+    if (CanGrow())
+        GrowChildren([this](int pathNumber) { return IsAncestorPath(pathNumber); });
     return m_children;
 }
 
-void FileMappingRef::GrowChildren()
+const QList<FileMappingRef::Pointer>& FileMappingRef::Children(const QSet<int>& pathsAbove)
+{
+    if (CanGrow())
+        GrowChildren([&](int pathNumber) { return pathsAbove.contains(pathNumber); });
+    return m_children;
+}
+
+template <typename IsAbove>
+void FileMappingRef::GrowChildren(IsAbove isAbove)
 {
     m_grown = true;
     for (const LinkGraph::Edge& edge : m_graph->LinksOf(m_mapping.get())) {
-        const Pointer child
-            = std::make_shared<FileMappingRef>(edge.linkPath, edge.refId, edge.target);
+        const Pointer child =
+            std::make_shared<FileMappingRef>(edge.linkPath, edge.refId, edge.target);
         child->SetGraph(m_graph);
-        child->m_closesCycle = IsAncestorPath(child->m_pathNumber);
+        child->m_closesCycle = isAbove(child->m_pathNumber);
         AddChild(child);
     }
 }
@@ -187,8 +197,8 @@ unsigned int FileMappingRef::GetTargetPath(WideChar* buffer, int size)
 
 bool FileMappingRef::SetTargetFile(const WideChar* path, bool replace)
 {
-    return m_mapping
-        && m_mapping->SetTargetFile(ResolveTargetPath(FromPluginString(path)), replace);
+    return m_mapping &&
+           m_mapping->SetTargetFile(ResolveTargetPath(FromPluginString(path)), replace);
 }
 
 unsigned int FileMappingRef::ResolveTargetPath(const WideChar* path, WideChar* buffer, int size)

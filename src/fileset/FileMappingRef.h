@@ -4,6 +4,7 @@
 #include "syncplugin/IFileMapping.h"
 
 #include <QtCore/QList>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 
 #include <memory>
@@ -35,6 +36,9 @@ public:
     const QString& LinkPath() const { return m_linkPath; }
     const QString& RefId() const { return m_refId; }
     const QList<Pointer>& Children();
+    /// The same for a caller who knows the path numbers of this node and of those above it.
+    const QList<Pointer>& Children(const QSet<int>& pathsAbove);
+    int PathNumber() const { return m_pathNumber; }
     FileMappingRef* Parent() const { return m_parent; }
     FileMappingRef* Root();
     /// The link through which this node was reached closes a cycle.
@@ -66,7 +70,9 @@ public:
     bool ChangeSourceFile(const WideChar* path) override;
 
 private:
-    void GrowChildren();
+    bool CanGrow() const { return !m_grown && m_graph && m_mapping && !m_closesCycle; }
+    template <typename IsAbove>
+    void GrowChildren(IsAbove isAbove);
     bool IsAncestorPath(int pathNumber) const;
 
     QString m_refId;

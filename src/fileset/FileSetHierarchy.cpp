@@ -19,14 +19,11 @@ QString PathOfNode(const FileMappingRef& node)
     return PathOf(*node.Mapping(), node.Graph()->Side());
 }
 
-void AppendParents(FileMappingRef& node, const FileMapping* mapping, FileMappingList& parents)
+bool Links(FileMappingRef& node, const FileMapping* mapping)
 {
     const QList<FileMappingRef::Pointer>& children = node.Children();
-    if (std::any_of(children.cbegin(), children.cend(),
-                    [mapping](const auto& child) { return child->Mapping().get() == mapping; }))
-        parents.append(node.Mapping());
-    for (const FileMappingRef::Pointer& child : children)
-        AppendParents(*child, mapping, parents);
+    return std::any_of(children.cbegin(), children.cend(),
+                       [mapping](const auto& child) { return child->Mapping().get() == mapping; });
 }
 
 } // namespace
@@ -45,7 +42,7 @@ FileSetImp::NodeList FileSetImp::GetFileLinkHierarchy(bool useSourceLinks) const
         root->SetTargetBaseFolder(baseFolder);
         root->SetGraph(graph);
         roots.append(root);
-        CreateFileLinkHierarchy(root, remaining);
+        ReportCycles(root, remaining);
     }
     if (remaining <= 0)
         FILELINK_LOG(LogLevel::Info,
@@ -53,31 +50,58 @@ FileSetImp::NodeList FileSetImp::GetFileLinkHierarchy(bool useSourceLinks) const
     return roots;
 }
 
-bool FileSetImp::CreateFileLinkHierarchy(const NodePointer& node, int& remaining) const
+void FileSetImp::ReportCycles(const NodePointer& root, int& remaining)
 {
-    if (!node->Mapping())
-        return false;
+    struct Frame
+    {
+        FileMappingRef* node;
+        qsizetype next = 0;
+    };
+    QList<Frame> frames;
+    QSet<int> open;
     // Where no cycle lies below there is nothing to report, and children are made on demand.
-    if (!node->Graph()->LeadsToCycle(node->Mapping().get()) || --remaining <= 0)
-        return true;
-    for (const NodePointer& child : node->Children()) {
-        if (child->ClosesCycle())
+    const auto enter = [&](FileMappingRef* node) {
+        if (!node->Graph()->LeadsToCycle(node->Mapping().get()) || --remaining <= 0)
+            return;
+        frames.append(Frame{node});
+        open.insert(node->PathNumber());
+    };
+    enter(root.get());
+    while (!frames.isEmpty()) {
+        FileMappingRef& node = *frames.last().node;
+        const QList<NodePointer>& children = node.Children(open);
+        if (frames.last().next == children.size()) {
+            open.remove(node.PathNumber());
+            frames.removeLast();
+            continue;
+        }
+        FileMappingRef& child = *children[frames.last().next++];
+        if (!child.ClosesCycle())
+            enter(&child);
+        else
             FILELINK_LOG(LogLevel::Info,
                          QStringLiteral("Circular reference detected. File link %1 in %2 leads to "
                                         "circular reference.")
-                             .arg(PathOfNode(*child))
-                             .arg(PathOfNode(*node)));
-        else
-            CreateFileLinkHierarchy(child, remaining);
+                             .arg(PathOfNode(child))
+                             .arg(PathOfNode(node)));
     }
-    return true;
 }
 
 FileMappingList FileSetImp::GetParents(const FileMappingPointer& mapping, const NodeList& roots)
 {
     FileMappingList parents;
-    for (const NodePointer& root : roots)
-        AppendParents(*root, mapping.get(), parents);
+    QList<FileMappingRef*> pending;
+    for (const NodePointer& root : roots) {
+        pending.append(root.get());
+        while (!pending.isEmpty()) {
+            FileMappingRef& node = *pending.takeLast();
+            if (Links(node, mapping.get()))
+                parents.append(node.Mapping());
+            const QList<NodePointer>& children = node.Children();
+            for (auto child = children.crbegin(); child != children.crend(); ++child)
+                pending.append(child->get());
+        }
+    }
     return parents;
 }
 

@@ -59,10 +59,10 @@ public:
     void ChangeSourceFileLinks(const QString& from, const QString& to);
 
 private:
-    bool CreateFileLinkHierarchy(const NodePointer& node, int& remaining) const;
-    void CollectOrphanedLinkedFiles(const FileMappingPointer& mapping, const LinkGraph& graph,
-                                    FileMappingList& removal,
-                                    QSet<const FileMapping*>& removed) const;
+    static void ReportCycles(const NodePointer& root, int& remaining);
+    static void CollectOrphanedLinkedFiles(const FileMappingPointer& mapping,
+                                           const LinkGraph& graph, FileMappingList& removal,
+                                           QSet<const FileMapping*>& removed);
     void RemoveMembers(const FileMappingList& leaving);
     const PathIndex& Index(PathSide side) const;
 

@@ -50,8 +50,7 @@ bool FileSetImp::RemoveFile(const QString& sourcePath, bool removeLinkedFiles,
         RemovedSet removed = SetOf(removal);
         const FileMappingList snapshot = removal;
         for (const FileMappingPointer& file : snapshot)
-            if (!file->IsFolder())
-                CollectOrphanedLinkedFiles(file, *graph, removal, removed);
+            CollectOrphanedLinkedFiles(file, *graph, removal, removed);
     }
     FileMappingList leaving;
     for (const FileMappingPointer& file : std::as_const(removal)) {
@@ -68,25 +67,38 @@ bool FileSetImp::RemoveFile(const QString& sourcePath, bool removeLinkedFiles,
 
 void FileSetImp::CollectOrphanedLinkedFiles(const FileMappingPointer& mapping,
                                             const LinkGraph& graph, FileMappingList& removal,
-                                            RemovedSet& removed) const
+                                            RemovedSet& removed)
 {
-    if (mapping->IsFolder() || !removed.contains(mapping.get()))
-        return;
-    for (const LinkGraph::Edge& edge : graph.LinksOf(mapping.get())) {
-        if (removed.contains(edge.target.get())
-            || !AllRemoved(graph.ParentsOf(edge.target.get()), removed))
+    struct Frame
+    {
+        LinkGraph::EdgeList links;
+        qsizetype next = 0;
+    };
+    QList<Frame> frames;
+    const auto enter = [&](const FileMappingPointer& file) {
+        if (!file->IsFolder())
+            frames.append(Frame{graph.LinksOf(file.get())});
+    };
+    enter(mapping);
+    while (!frames.isEmpty()) {
+        Frame& frame = frames.last();
+        if (frame.next == frame.links.size()) {
+            frames.removeLast();
             continue;
-        removal.append(edge.target);
-        removed.insert(edge.target.get());
-        CollectOrphanedLinkedFiles(edge.target, graph, removal, removed);
+        }
+        const FileMappingPointer linked = frame.links[frame.next++].target;
+        if (removed.contains(linked.get()) || !AllRemoved(graph.ParentsOf(linked.get()), removed))
+            continue;
+        removal.append(linked);
+        removed.insert(linked.get());
+        enter(linked);
     }
 }
 
 void FileSetImp::RemoveMembers(const FileMappingList& leaving)
 {
     const RemovedSet set = SetOf(leaving);
-    m_files.removeIf(
-        [&](const FileMappingPointer& file) { return set.contains(file.get()); });
+    m_files.removeIf([&](const FileMappingPointer& file) { return set.contains(file.get()); });
     for (const FileMappingPointer& file : leaving) {
         m_members.remove(file.get());
         if (file->GetFileSet() == m_owner)
@@ -113,20 +125,17 @@ bool FileSetImp::DropFileLinks(const FileMappingList& files, bool keepSelectedFi
     FileMappingList removal;
     RemovedSet removed;
     for (const FileMappingPointer& file : std::as_const(linked)) {
-        if (removed.contains(file.get())
-            || !AllRemoved(graph->ParentsOf(file.get()), holderSet))
+        if (removed.contains(file.get()) || !AllRemoved(graph->ParentsOf(file.get()), holderSet))
             continue;
         removal.append(file);
         removed.insert(file.get());
     }
     const FileMappingList candidates = removal;
     for (const FileMappingPointer& file : candidates)
-        if (!file->IsFolder())
-            CollectOrphanedLinkedFiles(file, *graph, removal, removed);
+        CollectOrphanedLinkedFiles(file, *graph, removal, removed);
     if (keepSelectedFiles)
-        removal.removeIf([](const FileMappingPointer& file) {
-            return file->HasFlag(FileMapping::Selected);
-        });
+        removal.removeIf(
+            [](const FileMappingPointer& file) { return file->HasFlag(FileMapping::Selected); });
     RemoveMembers(removal);
 
     for (const FileMappingPointer& file : files) {
@@ -139,8 +148,9 @@ bool FileSetImp::DropFileLinks(const FileMappingList& files, bool keepSelectedFi
 
 bool FileSetImp::SkipFileLinksInAllFiles()
 {
-    // A selected file stays even when another selected one links it: the user asked for it.
-    DropFileLinks(m_files, true);
+    // A selected file stays even when another selected one links it: the user asked for it. The
+    // list is a copy, so that the files that leave lose their links as well.
+    DropFileLinks(GetFiles(), true);
     for (const FileMappingPointer& file : std::as_const(m_files))
         file->SetFlag(FileMapping::SkipFileLinks, true);
     return true;
