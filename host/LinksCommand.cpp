@@ -131,8 +131,11 @@ void PrintJson(const FileLinks& result, Console& console)
                       {QStringLiteral("path"), link.path},
                       {QStringLiteral("resolved"), link.resolved},
                       {QStringLiteral("status"), link.status}});
-    if (!result.error.isEmpty())
-        console.Json(JsonProblem(result.error));
+    if (result.error.isEmpty())
+        return;
+    QJsonObject problem = JsonProblem(result.error);
+    problem.insert(QStringLiteral("file"), result.file);
+    console.Json(problem);
 }
 
 ExitCode ResultOf(const FileLinks& result)

@@ -51,6 +51,11 @@ TEST_F(LinksCommand, OfOneBrokenFileAreAFailureAndTheOthersAreShown)
     EXPECT_TRUE(result.Has(tree.Path(u"work/a.tlk"_qs) + u": test resolver: told to fail"_qs))
         << ::testing::PrintToString(result);
     EXPECT_TRUE(result.Has(u"  found    a.tlk -> "_qs + tree.Path(u"work/a.tlk"_qs)));
+    const QList<QJsonObject> lines = Links({u"a.tlk"_qs, u"--json"_qs}).Json();
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_EQ(lines[0][u"event"].toString(), u"problem"_qs);
+    EXPECT_EQ(lines[0][u"file"].toString(), tree.Path(u"work/a.tlk"_qs));
+    EXPECT_EQ(lines[1][u"exitCode"].toInt(), 7);
 }
 
 TEST_F(LinksCommand, OfNoFileAreAnError)
