@@ -1,6 +1,7 @@
 #include "support/FileOperations.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 #include <cerrno>
@@ -49,6 +50,12 @@ bool ReadMode(const QString& path, mode_t& mode)
         return false;
     mode = info.st_mode & 07777;
     return true;
+}
+
+bool HasDrive(const QString& path)
+{
+    return path.size() >= 2 && path[0].isLetter() && path[1] == u':' &&
+           (path.size() == 2 || path[2] == u'/');
 }
 
 bool HoldsForeignFlock(int fd)
@@ -211,6 +218,19 @@ bool Synchronize(const QString& path, bool isFolder)
 bool IsPosixAbsolutePath(const QString& path)
 {
     return path.startsWith(u'/') && !(path.size() > 1 && (path[1] == u'/' || path[1] == u'\\'));
+}
+
+QString AbsoluteFolderOf(const QString& file)
+{
+    const QFileInfo info(file);
+    return file.contains(u':') && !IsPosixAbsolutePath(file) ? info.path() : info.absolutePath();
+}
+
+QString RelativePathFrom(const QString& folder, const QString& path)
+{
+    if (!HasDrive(folder) || !HasDrive(path) || folder[0].toLower() != path[0].toLower())
+        return QDir(folder).relativeFilePath(path);
+    return QDir(folder.mid(2) + u'/').relativeFilePath(path.mid(2));
 }
 
 QString GetExecutableFilePath()

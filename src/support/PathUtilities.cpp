@@ -87,7 +87,7 @@ bool FileLister::IsBeingListed(const QString& canonical) const
 
 QString BaseFolder(const QString& base, bool baseIsFile)
 {
-    return QDir::cleanPath(baseIsFile ? QFileInfo(base).absolutePath() : base);
+    return QDir::cleanPath(baseIsFile ? AbsoluteFolderOf(base) : base);
 }
 
 } // namespace
@@ -119,7 +119,7 @@ QString MakeRelativePath(const QString& path, const QString& base, bool baseIsFi
 {
     if (!IsAbsolutePath(path))
         return QDir::cleanPath(path);
-    return QDir::cleanPath(QDir(BaseFolder(base, baseIsFile)).relativeFilePath(path));
+    return QDir::cleanPath(RelativePathFrom(BaseFolder(base, baseIsFile), QDir::cleanPath(path)));
 }
 
 QString ResolveLinkPath(const QString& linkPath, const QString& holder)
