@@ -9,6 +9,11 @@ namespace Halvern::FileLink {
 
 /// On POSIX, a path that begins with one "/"; never on Windows.
 bool IsPosixAbsolutePath(const QString& path);
+/// The absolute folder of a file. On POSIX the folder of D:/t/a.asm is D:/t, not one below the
+/// current folder.
+QString AbsoluteFolderOf(const QString& file);
+/// QDir::relativeFilePath, also for two paths on one drive where the system knows no drives.
+QString RelativePathFrom(const QString& folder, const QString& path);
 /// Path of the running program, from the system.
 QString GetExecutableFilePath();
 QString GetCommonAppDataPath();

@@ -1,6 +1,7 @@
 #include "support/FileOperations.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 #include <cerrno>
@@ -51,6 +52,12 @@ bool ReadMode(const QString& path, mode_t& mode)
     return true;
 }
 
+bool HasDrive(const QString& path)
+{
+    return path.size() >= 2 && path[0].isLetter() && path[1] == u':' &&
+           (path.size() == 2 || path[2] == u'/');
+}
+
 bool HoldsForeignFlock(int fd)
 {
     if (::flock(fd, LOCK_SH | LOCK_NB) != 0)
@@ -69,8 +76,8 @@ bool HoldsForeignFcntlLock(int fd)
 
 bool IsUnsupported(int error)
 {
-    return error == EXDEV || error == ENOSYS || error == EINVAL || error == EOPNOTSUPP
-        || error == EBADF || error == EPERM;
+    return error == EXDEV || error == ENOSYS || error == EINVAL || error == EOPNOTSUPP ||
+           error == EBADF || error == EPERM;
 }
 
 bool CopyByBlocks(int in, int out)
@@ -98,12 +105,13 @@ bool CopyBytes(int in, int out, const struct stat& info)
 {
     if (::ioctl(out, FICLONE, in) == 0)
         return true;
-    // Some file systems state no size for files that have bytes; those are read to their end.
+    // Some file systems state no size for files that have bytes, or copy no range of them: whatever
+    // was copied, the rest is read to its end.
     bool started = false;
     while (info.st_size > 0) {
         const ssize_t got = ::copy_file_range(in, nullptr, out, nullptr, CopyBlock, 0);
         if (got == 0)
-            return true;
+            break;
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0 && !started && IsUnsupported(errno))
@@ -118,8 +126,8 @@ bool CopyBytes(int in, int out, const struct stat& info)
 bool FillCopy(int in, int out, const struct stat& info)
 {
     const struct timespec times[2] = {{0, UTIME_OMIT}, info.st_mtim};
-    return CopyBytes(in, out, info) && ::fchmod(out, info.st_mode & 0777) == 0
-        && ::futimens(out, times) == 0;
+    return CopyBytes(in, out, info) && ::fchmod(out, info.st_mode & 0777) == 0 &&
+           ::futimens(out, times) == 0;
 }
 
 QString Failure(const QString& text, int error)
@@ -134,7 +142,12 @@ QString NameFailure(const QString& target, int error)
     return Failure(QStringLiteral("Cannot create %1 for output").arg(target), error);
 }
 
-enum class CopyOutcome { Done, Failed, NotPossible };
+enum class CopyOutcome
+{
+    Done,
+    Failed,
+    NotPossible
+};
 
 /// A file without a name until it is complete; not every file system has them.
 CopyOutcome CopyThroughUnnamedFile(int in, const struct stat& info, const QString& target,
@@ -150,8 +163,7 @@ CopyOutcome CopyThroughUnnamedFile(int in, const struct stat& info, const QStrin
     }
     const QByteArray handle = "/proc/self/fd/" + QByteArray::number(out.Get());
     if (::linkat(AT_FDCWD, handle.constData(), AT_FDCWD, QFile::encodeName(target).constData(),
-                 AT_SYMLINK_FOLLOW)
-        == 0)
+                 AT_SYMLINK_FOLLOW) == 0)
         return CopyOutcome::Done;
     if (errno == ENOENT)
         return CopyOutcome::NotPossible;
@@ -162,7 +174,8 @@ CopyOutcome CopyThroughUnnamedFile(int in, const struct stat& info, const QStrin
 bool CopyThroughTemporaryName(int in, const struct stat& info, const QString& target,
                               QString* error)
 {
-    QByteArray temporary = QFile::encodeName(target) + ".XXXXXX";
+    // Not made from the target's name, which may be as long as names can be.
+    QByteArray temporary = QFile::encodeName(QFileInfo(target).absolutePath()) + "/.copy-XXXXXX";
     Descriptor out(::mkostemp(temporary.data(), O_CLOEXEC));
     if (!out) {
         *error = Failure(QStringLiteral("Cannot open for output"), errno);
@@ -174,13 +187,12 @@ bool CopyThroughTemporaryName(int in, const struct stat& info, const QString& ta
         return false;
     }
     if (::renameat2(AT_FDCWD, temporary.constData(), AT_FDCWD,
-                    QFile::encodeName(target).constData(), RENAME_NOREPLACE)
-        == 0)
+                    QFile::encodeName(target).constData(), RENAME_NOREPLACE) == 0)
         return true;
     // Without that flag (some network file systems) a hard link refuses an existing name as well.
     int failure = errno;
-    if (failure == EINVAL
-        && ::link(temporary.constData(), QFile::encodeName(target).constData()) == 0) {
+    if (failure == EINVAL &&
+        ::link(temporary.constData(), QFile::encodeName(target).constData()) == 0) {
         ::unlink(temporary.constData());
         return true;
     }
@@ -206,6 +218,19 @@ bool Synchronize(const QString& path, bool isFolder)
 bool IsPosixAbsolutePath(const QString& path)
 {
     return path.startsWith(u'/') && !(path.size() > 1 && (path[1] == u'/' || path[1] == u'\\'));
+}
+
+QString AbsoluteFolderOf(const QString& file)
+{
+    const QFileInfo info(file);
+    return file.contains(u':') && !IsPosixAbsolutePath(file) ? info.path() : info.absolutePath();
+}
+
+QString RelativePathFrom(const QString& folder, const QString& path)
+{
+    if (!HasDrive(folder) || !HasDrive(path) || folder[0].toLower() != path[0].toLower())
+        return QDir(folder).relativeFilePath(path);
+    return QDir(folder.mid(2) + u'/').relativeFilePath(path.mid(2));
 }
 
 QString GetExecutableFilePath()
@@ -274,9 +299,12 @@ bool CopyFileBytes(const QString& source, const QString& target, QString* error)
         return false;
     }
     switch (CopyThroughUnnamedFile(in.Get(), info, target, error)) {
-    case CopyOutcome::Done: return true;
-    case CopyOutcome::Failed: return false;
-    case CopyOutcome::NotPossible: break;
+    case CopyOutcome::Done:
+        return true;
+    case CopyOutcome::Failed:
+        return false;
+    case CopyOutcome::NotPossible:
+        break;
     }
     return CopyThroughTemporaryName(in.Get(), info, target, error);
 }

@@ -29,6 +29,16 @@ bool IsPosixAbsolutePath(const QString&)
     return false;
 }
 
+QString AbsoluteFolderOf(const QString& file)
+{
+    return QFileInfo(file).absolutePath();
+}
+
+QString RelativePathFrom(const QString& folder, const QString& path)
+{
+    return QDir(folder).relativeFilePath(path);
+}
+
 QString GetExecutableFilePath()
 {
     wchar_t path[PathBuffer] = {};

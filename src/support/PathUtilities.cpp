@@ -17,56 +17,77 @@ static_assert(int(QDir::NoSort) == -1);
 
 namespace {
 
-/// A folder met through a symbolic link that leads back to one of its own ancestors: descending
-/// would not end.
-bool LeadsBackToAncestor(const QFileInfo& folder)
+/// Lists folders and what is below them, following symbolic links as long as they lead to folders
+/// that are not being listed already.
+class FileLister
 {
-    if (!folder.isSymLink())
-        return false;
-    const QString target = folder.canonicalFilePath();
-    const QString parent = QFileInfo(folder.absolutePath()).canonicalFilePath();
-    return parent == target || parent.startsWith(target + u'/');
+public:
+    FileLister(const QStringList& patterns, const QDir::Filters& filters, bool recursive)
+        : m_patterns(patterns), m_filters(filters), m_recursive(recursive)
+    {}
+
+    QStringList List(const QString& folder)
+    {
+        Append(folder, QFileInfo(folder).canonicalFilePath());
+        return m_result;
+    }
+
+private:
+    void Append(const QString& folder, const QString& canonical);
+    void AppendSubfolders(const QDir& dir, const QString& canonical);
+    bool IsBeingListed(const QString& canonical) const;
+
+    const QStringList m_patterns;
+    const QDir::Filters m_filters;
+    const bool m_recursive;
+    QStringList m_result;
+    /// The real paths of the folders from the first one down to the one being listed.
+    QStringList m_open;
+};
+
+void FileLister::Append(const QString& folder, const QString& canonical)
+{
+    QDir::Filters filters = m_filters.toInt() == 0 ? QDir::Filters(QDir::Files) : m_filters;
+    filters |= QDir::NoDotAndDotDot;
+    if (m_recursive)
+        filters &= ~QDir::Filters(QDir::Dirs | QDir::AllDirs);
+    const QDir dir(folder);
+    for (const QFileInfo& entry : dir.entryInfoList(m_patterns, filters, QDir::NoSort))
+        m_result.append(QDir::cleanPath(entry.absoluteFilePath()));
+    if (!m_recursive)
+        return;
+    m_open.append(canonical);
+    AppendSubfolders(dir, canonical);
+    m_open.removeLast();
 }
 
-void AppendFilesRecursive(const QString& path, const QString& nameFilter,
-                          const QDir::Filters& filters, bool recursive, QStringList& result)
+void FileLister::AppendSubfolders(const QDir& dir, const QString& canonical)
 {
-    const QFileInfo info(path);
-    const QString folder = info.isDir() ? path : info.path();
-    QString names = info.isDir() ? nameFilter : info.fileName();
-    if (names.isEmpty())
-        names = QStringLiteral("*");
-
-    QDir::Filters entryFilters = filters.toInt() == 0 ? QDir::Filters(QDir::Files) : filters;
-    const bool wantsFolders = filters.testAnyFlags(QDir::Dirs | QDir::AllDirs);
-    entryFilters |= QDir::NoDotAndDotDot;
-    QDir::Filters firstFilters = entryFilters;
-    if (recursive)
-        firstFilters &= ~QDir::Filters(QDir::Dirs | QDir::AllDirs);
-
-    const QDir dir(folder);
-    const QStringList patterns = names.split(u'|', Qt::SkipEmptyParts);
-    for (const QFileInfo& entry : dir.entryInfoList(patterns, firstFilters, QDir::NoSort))
-        result.append(QDir::cleanPath(entry.absoluteFilePath()));
-    if (!recursive)
-        return;
-
-    const QDir::Filters folderFilters
-        = (filters & ~QDir::Filters(QDir::Files)) | QDir::AllDirs | QDir::NoDotAndDotDot;
-    for (const QFileInfo& entry : dir.entryInfoList(QStringList(), folderFilters, QDir::NoSort)) {
+    const bool wantsFolders = m_filters.testAnyFlags(QDir::Dirs | QDir::AllDirs);
+    const QDir::Filters filters =
+        (m_filters & ~QDir::Filters(QDir::Files)) | QDir::AllDirs | QDir::NoDotAndDotDot;
+    for (const QFileInfo& entry : dir.entryInfoList(QStringList(), filters, QDir::NoSort)) {
         if (!entry.isDir())
             continue;
-        const QString subfolder = QDir::cleanPath(entry.absoluteFilePath());
+        const QString folder = QDir::cleanPath(entry.absoluteFilePath());
         if (wantsFolders)
-            result.append(subfolder);
-        if (!LeadsBackToAncestor(entry))
-            AppendFilesRecursive(subfolder, nameFilter, filters, recursive, result);
+            m_result.append(folder);
+        const QString target =
+            entry.isSymLink() ? entry.canonicalFilePath() : canonical + u'/' + entry.fileName();
+        if (!IsBeingListed(target))
+            Append(folder, target);
     }
+}
+
+bool FileLister::IsBeingListed(const QString& canonical) const
+{
+    const QString above = canonical.endsWith(u'/') ? canonical : canonical + u'/';
+    return m_open.contains(canonical) || m_open.last().startsWith(above);
 }
 
 QString BaseFolder(const QString& base, bool baseIsFile)
 {
-    return QDir::cleanPath(baseIsFile ? QFileInfo(base).absolutePath() : base);
+    return QDir::cleanPath(baseIsFile ? AbsoluteFolderOf(base) : base);
 }
 
 } // namespace
@@ -91,15 +112,14 @@ QString MakeAbsolutePath(const QString& path, const QString& base, bool baseIsFi
 {
     if (IsAbsolutePath(path))
         return QDir::cleanPath(path);
-    return QDir::cleanPath(
-        QStringLiteral("%1/%2").arg(BaseFolder(base, baseIsFile), path));
+    return QDir::cleanPath(QStringLiteral("%1/%2").arg(BaseFolder(base, baseIsFile), path));
 }
 
 QString MakeRelativePath(const QString& path, const QString& base, bool baseIsFile)
 {
     if (!IsAbsolutePath(path))
         return QDir::cleanPath(path);
-    return QDir::cleanPath(QDir(BaseFolder(base, baseIsFile)).relativeFilePath(path));
+    return QDir::cleanPath(RelativePathFrom(BaseFolder(base, baseIsFile), QDir::cleanPath(path)));
 }
 
 QString ResolveLinkPath(const QString& linkPath, const QString& holder)
@@ -110,9 +130,13 @@ QString ResolveLinkPath(const QString& linkPath, const QString& holder)
 QStringList ListFilesRecursive(const QString& path, const QString& nameFilter,
                                const QDir::Filters& filters, bool recursive)
 {
-    QStringList result;
-    AppendFilesRecursive(path, nameFilter, filters, recursive, result);
-    return result;
+    const QFileInfo info(path);
+    const bool isFolder = info.isDir();
+    QString names = isFolder ? nameFilter : info.fileName();
+    if (names.isEmpty())
+        names = QStringLiteral("*");
+    const QStringList patterns = names.split(u'|', Qt::SkipEmptyParts);
+    return FileLister(patterns, filters, recursive).List(isFolder ? path : info.path());
 }
 
 QString MakeUniqueFilePath(const QString& path, const QString& pattern)
@@ -136,8 +160,8 @@ QString MakeUniqueFilePath(const QString& path, const QString& pattern,
     for (int n = 2; n < std::numeric_limits<int>::max();) {
         if (decoration.isEmpty())
             decoration = counted.arg(n++);
-        QString candidate
-            = QStringLiteral("%1/%2%3").arg(folder, info.completeBaseName(), decoration);
+        QString candidate =
+            QStringLiteral("%1/%2%3").arg(folder, info.completeBaseName(), decoration);
         if (!suffix.isEmpty())
             candidate += u'.' + suffix;
         if (!QFile::exists(candidate))
@@ -194,8 +218,8 @@ bool IsPathUnder(const QString& folder, const QString& path)
         return IsPosixAbsolutePath(path) && child != parent;
     if (QFileInfo(parent).isRoot())
         parent.chop(1);
-    return parent.size() < child.size() && child.startsWith(parent, Qt::CaseInsensitive)
-        && child[parent.size()] == u'/';
+    return parent.size() < child.size() && child.startsWith(parent, Qt::CaseInsensitive) &&
+           child[parent.size()] == u'/';
 }
 
 } // namespace Halvern::FileLink

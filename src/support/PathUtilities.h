@@ -29,7 +29,9 @@ QString ResolveLinkPath(const QString& linkPath, const QString& holder);
 /// The entries of a folder as cleaned absolute paths, unsorted; for a path that is no directory,
 /// the entries of its folder with its file name as the name filter. `nameFilter` may hold several
 /// patterns separated by "|"; empty means all. `filters` 0 means files. With `recursive` each
-/// folder's files come before its subfolders, and each subfolder is followed by its contents.
+/// folder's files come before its subfolders, and each subfolder is followed by its contents, in
+/// which the same names are looked for. Symbolic links are followed, but not back into a folder
+/// that is being listed or lies above one.
 QStringList ListFilesRecursive(const QString& path, const QString& nameFilter,
                                const QDir::Filters& filters, bool recursive);
 
