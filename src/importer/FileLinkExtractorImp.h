@@ -20,7 +20,8 @@ public:
     FileLinkExtractorImp(std::shared_ptr<ICancelController> controller, FileCopyHistory* history);
 
     /// Adds every linked file to the set; without `recursive`, only those that its present members
-    /// link. False when cancelled (the set then stays as it was) or empty.
+    /// link. False when cancelled or empty. The set is extended at the very end: a cancel before
+    /// that leaves it as it was.
     bool ExtractFileLinks(FileSet* fileSet, bool recursive, const QStringList& fileTypes);
     /// Gives one mapping its source links. False on cancel and when the file does not exist.
     bool ExtractFileLinks(const FileMappingPointer& mapping, const QStringList& fileTypes);
