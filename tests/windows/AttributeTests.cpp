@@ -17,11 +17,11 @@ constexpr unsigned long Hidden = FILE_ATTRIBUTE_HIDDEN;
 class Attributes : public ImporterFixture
 {
 protected:
-    ~Attributes() override { SetAttributes(m_readOnly); }
+    ~Attributes() override { MakeWritable(m_readOnly); }
 
     void SetReadOnly(const QString& path)
     {
-        Test::SetAttributes(path, AttributesOf(path) | ReadOnly);
+        ChangeAttributes(path, AttributesOf(path) | ReadOnly);
         // A folder with a read-only file in it cannot be removed after the test.
         m_readOnly.append(path);
     }
@@ -29,11 +29,11 @@ protected:
     LogCapture log;
 
 private:
-    static void SetAttributes(const QStringList& paths)
+    static void MakeWritable(const QStringList& paths)
     {
         for (const QString& path : paths)
             if (QFileInfo::exists(path))
-                Test::SetAttributes(path, FILE_ATTRIBUTE_NORMAL);
+                ChangeAttributes(path, FILE_ATTRIBUTE_NORMAL);
     }
 
     QStringList m_readOnly;
@@ -101,7 +101,7 @@ TEST_F(Attributes, AHiddenFolderBecomesAHiddenFolderAndAnotherOneDoesNot)
 {
     tree.File(QStringLiteral("src/p/a.dat")).Folder(QStringLiteral("src/p/seen"));
     tree.Folder(QStringLiteral("src/p/unseen"));
-    Test::SetAttributes(Source(QStringLiteral("p/unseen")), FILE_ATTRIBUTE_DIRECTORY | Hidden);
+    ChangeAttributes(Source(QStringLiteral("p/unseen")), FILE_ATTRIBUTE_DIRECTORY | Hidden);
     FileLinkImporterImp importer(nullptr);
 
     EXPECT_TRUE(importer.CreateFolder(Cloud(QStringLiteral("unseen")), true));
@@ -114,7 +114,7 @@ TEST_F(Attributes, AHiddenFolderBecomesAHiddenFolderAndAnotherOneDoesNot)
 TEST_F(Attributes, ASelectedHiddenFolderIsHiddenInTheCloudFolder)
 {
     tree.File(QStringLiteral("src/p/a.dat"), "a");
-    Test::SetAttributes(Source(QStringLiteral("p")), FILE_ATTRIBUTE_DIRECTORY | Hidden);
+    ChangeAttributes(Source(QStringLiteral("p")), FILE_ATTRIBUTE_DIRECTORY | Hidden);
 
     Import({Source(QStringLiteral("p"))});
 
@@ -128,13 +128,13 @@ TEST_F(Attributes, TheLockProbeLeavesTimesAndAttributesAsTheyWere)
     tree.File(QStringLiteral("cloud/a.dat")).Touch(QStringLiteral("cloud/a.dat"), Time(7));
     for (const unsigned long attributes :
          {Hidden, static_cast<unsigned long>(FILE_ATTRIBUTE_SYSTEM), Hidden | ReadOnly}) {
-        Test::SetAttributes(path, attributes);
+        ChangeAttributes(path, attributes);
         const unsigned long before = AttributesOf(path);
         EXPECT_FALSE(FileLink::IsFileLocked(path));
         EXPECT_EQ(AttributesOf(path), before);
         EXPECT_EQ(tree.Modified(QStringLiteral("cloud/a.dat")), Time(7));
     }
-    Test::SetAttributes(path, FILE_ATTRIBUTE_NORMAL);
+    ChangeAttributes(path, FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST_F(Attributes, TheLockProbeLeavesTheTimesOfAFileOutsideTheAnsiCodePage)

@@ -34,7 +34,7 @@ unsigned long AttributesOf(const QString& path)
         reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(path).utf16()));
 }
 
-void SetAttributes(const QString& path, unsigned long attributes)
+void ChangeAttributes(const QString& path, unsigned long attributes)
 {
     if (!::SetFileAttributesW(
             reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(path).utf16()), attributes))

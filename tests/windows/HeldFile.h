@@ -24,6 +24,6 @@ private:
 
 /// The file's attributes (FILE_ATTRIBUTE_...).
 unsigned long AttributesOf(const QString& path);
-void SetAttributes(const QString& path, unsigned long attributes);
+void ChangeAttributes(const QString& path, unsigned long attributes);
 
 } // namespace Halvern::Test

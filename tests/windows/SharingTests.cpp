@@ -65,9 +65,10 @@ TEST_P(HeldSource, IsCopiedOnlyWhileItsHolderSharesReading)
 
     EXPECT_EQ(tree.Exists(QStringLiteral("cloud/a.dat")), GetParam().works);
     EXPECT_EQ(Errors().isEmpty(), GetParam().works);
-    if (!GetParam().works)
+    if (!GetParam().works) {
         EXPECT_THAT(Errors().first().toStdString(),
                     HasSubstr("Failed to copy file src/a.dat to cloud/a.dat. Error: "));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(EachShareMode, HeldSource,
@@ -122,9 +123,10 @@ TEST_P(HeldMovedSource, StaysUnlessItsHolderSharesDeletion)
     EXPECT_EQ(tree.Read(QStringLiteral("cloud/a.dat")), "new");
     EXPECT_EQ(tree.Exists(QStringLiteral("src/a.dat")), !GetParam().works);
     EXPECT_EQ(Errors().isEmpty(), GetParam().works);
-    if (!GetParam().works)
+    if (!GetParam().works) {
         EXPECT_THAT(Errors().first().toStdString(),
                     HasSubstr("Failed to delete source file src/a.dat after copying it"));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(ShareModesThatLetItBeRead, HeldMovedSource,
@@ -150,9 +152,10 @@ TEST_P(HeldParkedFile, StaysUnlessItsHolderSharesDeletionAndTheCopyCountsAllTheS
     EXPECT_TRUE(tree.Read(QStringLiteral("cloud/a.dat")) == content);
     EXPECT_EQ(tree.Exists(QStringLiteral("cloud/a.dat.tmp")), !GetParam().works);
     EXPECT_EQ(Errors().isEmpty(), GetParam().works);
-    if (!GetParam().works)
+    if (!GetParam().works) {
         EXPECT_THAT(Errors().first().toStdString(),
                     HasSubstr("Failed to delete temp file cloud/a.dat.tmp. Error: "));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(EachShareMode, HeldParkedFile,
