@@ -11,6 +11,8 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 export WINEPREFIX=${CORSYNC_WINE_PREFIX:-$root/build/wine} WINEARCH=win64 WINEDEBUG=-all
 # No menus, and no offer to fetch the .NET and HTML engines.
 export WINEDLLOVERRIDES="winemenubuilder.exe,mscoree,mshtml="
+# File names of this machine are UTF-8, whatever its locale.
+export LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY
 wine=/usr/lib/wine/wine64
 wineserver=/usr/lib/wine/wineserver64

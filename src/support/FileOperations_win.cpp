@@ -113,7 +113,14 @@ bool CopyFileBytes(const QString& source, const QString& target, QString* error)
 
 bool FlushToDisk(const QString& path, QString* error)
 {
-    const HANDLE file = ::CreateFileW(Wide(QDir::toNativeSeparators(path)), GENERIC_WRITE,
+    const QString native = QDir::toNativeSeparators(path);
+    // Flushing takes write access, which the copy of a read-only file refuses.
+    const DWORD attributes = ::GetFileAttributesW(Wide(native));
+    const bool readOnly
+        = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+    if (readOnly)
+        ::SetFileAttributesW(Wide(native), attributes & ~DWORD(FILE_ATTRIBUTE_READONLY));
+    const HANDLE file = ::CreateFileW(Wide(native), GENERIC_WRITE,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     const bool flushed = file != INVALID_HANDLE_VALUE && ::FlushFileBuffers(file);
@@ -122,6 +129,8 @@ bool FlushToDisk(const QString& path, QString* error)
                      .arg(path, qt_error_string(int(::GetLastError())).trimmed());
     if (file != INVALID_HANDLE_VALUE)
         ::CloseHandle(file);
+    if (readOnly)
+        ::SetFileAttributesW(Wide(native), attributes);
     return flushed;
 }
 

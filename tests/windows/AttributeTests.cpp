@@ -1,0 +1,150 @@
+// The attributes that Windows keeps for a file: read-only, hidden, system, archive.
+
+#include "HeldFile.h"
+#include "ImporterFixture.h"
+#include "LogCapture.h"
+#include "support/FileOperations.h"
+
+#include <windows.h>
+
+namespace Halvern::Test {
+
+namespace {
+
+constexpr unsigned long ReadOnly = FILE_ATTRIBUTE_READONLY;
+constexpr unsigned long Hidden = FILE_ATTRIBUTE_HIDDEN;
+
+class Attributes : public ImporterFixture
+{
+protected:
+    ~Attributes() override { MakeWritable(m_readOnly); }
+
+    void SetReadOnly(const QString& path)
+    {
+        ChangeAttributes(path, AttributesOf(path) | ReadOnly);
+        // A folder with a read-only file in it cannot be removed after the test.
+        m_readOnly.append(path);
+    }
+
+    LogCapture log;
+
+private:
+    static void MakeWritable(const QStringList& paths)
+    {
+        for (const QString& path : paths)
+            if (QFileInfo::exists(path))
+                ChangeAttributes(path, FILE_ATTRIBUTE_NORMAL);
+    }
+
+    QStringList m_readOnly;
+};
+
+} // namespace
+
+TEST_F(Attributes, AReadOnlyTargetIsNotReplacedAndStaysReadOnly)
+{
+    tree.File(QStringLiteral("src/a.dat"), "new").File(QStringLiteral("cloud/a.dat"), "old");
+    SetReadOnly(Cloud(QStringLiteral("a.dat")));
+
+    Import({Source(QStringLiteral("a.dat"))});
+
+    EXPECT_EQ(tree.Read(QStringLiteral("cloud/a.dat")), "old");
+    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("a.dat"))) & ReadOnly);
+    EXPECT_TRUE(Short(log.Lines())
+                    .contains(QStringLiteral("INFO Copy skipped for file src/a.dat. Target file "
+                                             "cloud/a.dat exists and is read-only.")));
+}
+
+TEST_F(Attributes, AReadOnlySourceIsMovedAndItsCopyIsReadOnly)
+{
+    tree.File(QStringLiteral("src/a.dat"), "new");
+    SetReadOnly(Source(QStringLiteral("a.dat")));
+    SetReadOnly(Cloud(QStringLiteral("a.dat")));
+
+    Import({Source(QStringLiteral("a.dat"))}, {}, Global::MoveFiles);
+
+    EXPECT_FALSE(tree.Exists(QStringLiteral("src/a.dat")));
+    EXPECT_EQ(tree.Read(QStringLiteral("cloud/a.dat")), "new");
+    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("a.dat"))) & ReadOnly);
+}
+
+TEST_F(Attributes, AParkedFileThatBecameReadOnlyIsDeletedAllTheSame)
+{
+    const QByteArray content = PatternBytes(qint64(96) << 20);
+    tree.File(QStringLiteral("src/a.dat"), content).File(QStringLiteral("cloud/a.dat"), "old");
+    {
+        const HeldFile held(Cloud(QStringLiteral("a.dat.tmp")), QStringLiteral("-"),
+                            QStringLiteral("-"), QStringLiteral("readonly"));
+        Import({Source(QStringLiteral("a.dat"))});
+    }
+    EXPECT_TRUE(tree.Read(QStringLiteral("cloud/a.dat")) == content);
+    EXPECT_FALSE(tree.Exists(QStringLiteral("cloud/a.dat.tmp")));
+}
+
+TEST_F(Attributes, AReadOnlyFileIsRepathedAndReadOnlyAgainAfterwards)
+{
+    const QString target = Cloud(QStringLiteral("a.tasm"));
+    Assembly(QStringLiteral("cloud/a.tasm"), {QStringLiteral("1 old.tlk")});
+    SetReadOnly(target);
+    FileLinkImporterImp importer(nullptr);
+    SyncServices::FileLink link;
+    link.RefId = QStringLiteral("1");
+    link.Path = QStringLiteral("new.tlk");
+
+    EXPECT_TRUE(importer.RepathFile(target, {link}));
+
+    EXPECT_TRUE(tree.Read(QStringLiteral("cloud/a.tasm")).contains("link 1 new.tlk"));
+    EXPECT_TRUE(AttributesOf(target) & ReadOnly);
+}
+
+TEST_F(Attributes, AHiddenFolderBecomesAHiddenFolderAndAnotherOneDoesNot)
+{
+    tree.File(QStringLiteral("src/p/a.dat")).Folder(QStringLiteral("src/p/seen"));
+    tree.Folder(QStringLiteral("src/p/unseen"));
+    ChangeAttributes(Source(QStringLiteral("p/unseen")), FILE_ATTRIBUTE_DIRECTORY | Hidden);
+    FileLinkImporterImp importer(nullptr);
+
+    EXPECT_TRUE(importer.CreateFolder(Cloud(QStringLiteral("unseen")), true));
+    EXPECT_TRUE(importer.CreateFolder(Cloud(QStringLiteral("seen")), false));
+
+    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("unseen"))) & Hidden);
+    EXPECT_FALSE(AttributesOf(Cloud(QStringLiteral("seen"))) & Hidden);
+}
+
+TEST_F(Attributes, ASelectedHiddenFolderIsHiddenInTheCloudFolder)
+{
+    tree.File(QStringLiteral("src/p/a.dat"), "a");
+    ChangeAttributes(Source(QStringLiteral("p")), FILE_ATTRIBUTE_DIRECTORY | Hidden);
+
+    Import({Source(QStringLiteral("p"))});
+
+    EXPECT_EQ(tree.Read(QStringLiteral("cloud/p/a.dat")), "a");
+    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("p"))) & Hidden);
+}
+
+TEST_F(Attributes, TheLockProbeLeavesTimesAndAttributesAsTheyWere)
+{
+    const QString path = Cloud(QStringLiteral("a.dat"));
+    tree.File(QStringLiteral("cloud/a.dat")).Touch(QStringLiteral("cloud/a.dat"), Time(7));
+    for (const unsigned long attributes :
+         {Hidden, static_cast<unsigned long>(FILE_ATTRIBUTE_SYSTEM), Hidden | ReadOnly}) {
+        ChangeAttributes(path, attributes);
+        const unsigned long before = AttributesOf(path);
+        EXPECT_FALSE(FileLink::IsFileLocked(path));
+        EXPECT_EQ(AttributesOf(path), before);
+        EXPECT_EQ(tree.Modified(QStringLiteral("cloud/a.dat")), Time(7));
+    }
+    ChangeAttributes(path, FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(Attributes, TheLockProbeLeavesTheTimesOfAFileOutsideTheAnsiCodePage)
+{
+    const QString name = QStringLiteral("cloud/設計 größe.dat");
+    tree.File(name).Touch(name, Time(7));
+
+    EXPECT_FALSE(FileLink::IsFileLocked(tree.Path(name)));
+
+    EXPECT_EQ(tree.Modified(name), Time(7));
+}
+
+} // namespace Halvern::Test

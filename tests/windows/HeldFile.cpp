@@ -1,0 +1,44 @@
+#include "HeldFile.h"
+
+#include <QtCore/QDir>
+
+#include <stdexcept>
+
+#include <windows.h>
+
+namespace Halvern::Test {
+
+HeldFile::HeldFile(const QString& path, const QString& access, const QString& share,
+                   const QString& mode)
+{
+    m_process.start(QStringLiteral(FILE_HOLDER), {mode, access, share, path});
+    if (!m_process.waitForReadyRead(60'000))
+        throw std::runtime_error("the file could not be held: " + path.toStdString());
+}
+
+HeldFile::~HeldFile()
+{
+    Release();
+}
+
+void HeldFile::Release()
+{
+    m_process.closeWriteChannel();
+    if (m_process.state() != QProcess::NotRunning)
+        m_process.waitForFinished(60'000);
+}
+
+unsigned long AttributesOf(const QString& path)
+{
+    return ::GetFileAttributesW(
+        reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(path).utf16()));
+}
+
+void ChangeAttributes(const QString& path, unsigned long attributes)
+{
+    if (!::SetFileAttributesW(
+            reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(path).utf16()), attributes))
+        throw std::runtime_error("the attributes could not be set: " + path.toStdString());
+}
+
+} // namespace Halvern::Test

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QtCore/QProcess>
+#include <QtCore/QString>
+
+namespace Halvern::Test {
+
+/// While it lives, another process does to a file what FileHolder.cpp describes.
+class HeldFile
+{
+public:
+    /// Throws when the file could not be opened with this access and sharing.
+    HeldFile(const QString& path, const QString& access, const QString& share,
+             const QString& mode = QStringLiteral("hold"));
+    ~HeldFile();
+    HeldFile(const HeldFile&) = delete;
+    HeldFile& operator=(const HeldFile&) = delete;
+
+    void Release();
+
+private:
+    QProcess m_process;
+};
+
+/// The file's attributes (FILE_ATTRIBUTE_...).
+unsigned long AttributesOf(const QString& path);
+void ChangeAttributes(const QString& path, unsigned long attributes);
+
+} // namespace Halvern::Test
