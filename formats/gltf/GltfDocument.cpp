@@ -1,9 +1,10 @@
 #include "GltfDocument.h"
 
-#include "GltfUri.h"
+#include "common/FileUri.h"
 
 #include "common/FormatError.h"
 #include "common/ReplacementFile.h"
+#include "common/TextEdits.h"
 
 namespace Halvern::Formats::Gltf {
 
@@ -42,6 +43,26 @@ GltfDocument::GltfDocument(const std::filesystem::path& path) : m_file(path)
 std::string GltfDocument::PathOf(const UriString& uri) const
 {
     return PathOfUri(uri.value, m_file.Path().parent_path());
+}
+
+std::vector<DocumentLink> GltfDocument::Links() const
+{
+    std::vector<DocumentLink> links;
+    links.reserve(m_uris.size());
+    for (const UriString& uri : m_uris)
+        links.push_back({uri.id, PathOf(uri)});
+    return links;
+}
+
+void GltfDocument::Rewrite(const NewPaths& paths)
+{
+    std::vector<TextEdit> edits;
+    for (const UriString& uri : m_uris) {
+        const auto wanted = paths.find(uri.id);
+        if (wanted != paths.end())
+            edits.push_back({uri.begin, uri.end, '"' + UriOfPath(wanted->second) + '"'});
+    }
+    Replace(ApplyEdits(m_json, std::move(edits)));
 }
 
 void GltfDocument::Replace(std::string json)

@@ -3,6 +3,8 @@
 #include "GlbContainer.h"
 #include "UriFinder.h"
 
+#include "common/Document.h"
+
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -12,23 +14,22 @@ namespace Halvern::Formats::Gltf {
 
 /// A glTF file of either form with the uris it holds. What is wrong with the file is a FormatError
 /// of the constructor.
-class GltfDocument
+class GltfDocument : public Document
 {
 public:
     explicit GltfDocument(const std::filesystem::path& path);
 
-    /// Every uri that names a file; begin and end count in Json().
-    const std::vector<UriString>& Uris() const { return m_uris; }
-    std::string PathOf(const UriString& uri) const;
-    const std::string& Json() const { return m_json; }
-
-    /// Puts `json` in the place of the document; everything else of the file stays.
-    void Replace(std::string json);
+    std::vector<DocumentLink> Links() const override;
+    void Rewrite(const NewPaths& paths) override;
 
 private:
+    std::string PathOf(const UriString& uri) const;
+    void Replace(std::string json);
+
     InputFile m_file;
     std::optional<GlbLayout> m_glb;
     std::string m_json;
+    /// Those that name a file; begin and end count in m_json.
     std::vector<UriString> m_uris;
 };
 

@@ -1,6 +1,6 @@
 #include "UriFinder.h"
 
-#include "GltfUri.h"
+#include "common/FileUri.h"
 
 #include "common/FormatError.h"
 #include "common/LinkArray.h"

@@ -1,9 +1,29 @@
 #include "FormatFixture.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <vector>
 
 namespace Halvern::Test {
+
+LoadedResolver::LoadedResolver(const QString& libraryFile) : m_library(libraryFile)
+{
+    using Factory = SyncPlugin::IFileLinkResolverFactory;
+    if (!m_library.load())
+        throw std::runtime_error(m_library.errorString().toStdString());
+    const auto create =
+        reinterpret_cast<Factory* (*)()>(m_library.resolve("CreateFileLinkResolverFactory"));
+    if (!create)
+        throw std::runtime_error("the factory function is missing");
+    const std::unique_ptr<Factory> factory(create());
+    m_resolver.reset(factory->CreateFileLinkResolver());
+}
+
+LoadedResolver::~LoadedResolver()
+{
+    m_resolver.reset();
+    m_library.unload();
+}
 
 using SyncPlugin::FileLinkInfo;
 using SyncPlugin::WideChar;

@@ -6,10 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QLibrary>
 #include <QtCore/QList>
 #include <QtCore/QPair>
 #include <QtCore/QStringList>
 
+#include <memory>
 #include <string>
 
 namespace Halvern::Test {
@@ -31,6 +33,23 @@ public:
 
 private:
     void Add(QStringView level, const SyncPlugin::WideChar* text);
+};
+
+/// Loads a plug-in library and makes a resolver the way a host does; throws when it cannot. The
+/// resolver goes before the library.
+class LoadedResolver
+{
+public:
+    explicit LoadedResolver(const QString& libraryFile);
+    ~LoadedResolver();
+    LoadedResolver(const LoadedResolver&) = delete;
+    LoadedResolver& operator=(const LoadedResolver&) = delete;
+
+    SyncPlugin::IFileLinkResolver& Get() { return *m_resolver; }
+
+private:
+    QLibrary m_library;
+    std::unique_ptr<SyncPlugin::IFileLinkResolver> m_resolver;
 };
 
 /// A link as reference id and path.

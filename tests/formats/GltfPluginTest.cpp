@@ -9,56 +9,19 @@
 #include <QtCore/QLibrary>
 #include <QtCore/QRegularExpression>
 
-#include <memory>
-#include <stdexcept>
-
 namespace Halvern::Test {
 
 namespace {
-
-using Factory = SyncPlugin::IFileLinkResolverFactory;
-using Resolver = SyncPlugin::IFileLinkResolver;
 
 QString PluginFile()
 {
     return QStringLiteral(GLTF_PLUGIN_FILE);
 }
 
-/// Loads the library and makes a resolver the way a host does. The library stays loaded until
-/// QLibrary's last user is gone, which is after the resolver.
-class LoadedResolver
-{
-public:
-    LoadedResolver() : m_library(PluginFile())
-    {
-        if (!m_library.load())
-            throw std::runtime_error(m_library.errorString().toStdString());
-        const auto create =
-            reinterpret_cast<Factory* (*)()>(m_library.resolve("CreateFileLinkResolverFactory"));
-        if (!create)
-            throw std::runtime_error("the factory function is missing");
-        const std::unique_ptr<Factory> factory(create());
-        m_resolver.reset(factory->CreateFileLinkResolver());
-    }
-    ~LoadedResolver()
-    {
-        m_resolver.reset();
-        m_library.unload();
-    }
-    LoadedResolver(const LoadedResolver&) = delete;
-    LoadedResolver& operator=(const LoadedResolver&) = delete;
-
-    Resolver& Get() { return *m_resolver; }
-
-private:
-    QLibrary m_library;
-    std::unique_ptr<Resolver> m_resolver;
-};
-
 class GltfPlugin : private LoadedResolver, public ResolverFixture
 {
 protected:
-    GltfPlugin() : ResolverFixture(Get()) {}
+    GltfPlugin() : LoadedResolver(PluginFile()), ResolverFixture(Get()) {}
 
     /// Copies a folder of the source tree into the temporary one.
     void Import(const QString& folder, const QString& name)

@@ -2,7 +2,6 @@
 
 #include "gltf/GltfResolver.h"
 
-
 #include <algorithm>
 
 namespace Halvern::Test {

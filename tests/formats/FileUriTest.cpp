@@ -1,14 +1,13 @@
 #include "FileTree.h"
 
+#include "common/FileUri.h"
 #include "common/Utf.h"
-#include "gltf/GltfUri.h"
 
 #include <gtest/gtest.h>
 
 namespace Halvern::Test {
 
 using namespace Formats;
-using namespace Formats::Gltf;
 
 namespace {
 
@@ -26,7 +25,7 @@ std::string PathOf(const std::string& uri, const FileTree& tree)
 
 } // namespace
 
-TEST(GltfUri, OnlyWhatNamesAFileIsALink)
+TEST(FileUri, OnlyWhatNamesAFileIsALink)
 {
     for (const char* link : {"a.png", "../a.png", "D:/a.png", "file:///a.png", "FILE:///a.png",
                              "//server/share/a.png", "./x:y.png", "12:30.png", "a%3Ab.png", "?"})
@@ -37,7 +36,7 @@ TEST(GltfUri, OnlyWhatNamesAFileIsALink)
         EXPECT_FALSE(IsLinkUri(other)) << other;
 }
 
-TEST(GltfUri, NamesAPath)
+TEST(FileUri, NamesAPath)
 {
     const Row rows[] = {
         {"a relative path", "../textures/a.png", "../textures/a.png"},
@@ -60,7 +59,7 @@ TEST(GltfUri, NamesAPath)
         EXPECT_EQ(PathOf(row.uri, tree), row.path) << row.what;
 }
 
-TEST(GltfUri, ARawNameCountsOnlyWhenNoFileHasTheDecodedOne)
+TEST(FileUri, ARawNameCountsOnlyWhenNoFileHasTheDecodedOne)
 {
     FileTree tree;
     EXPECT_EQ(PathOf("a%20b.png", tree), "a b.png") << "neither exists";
@@ -70,14 +69,14 @@ TEST(GltfUri, ARawNameCountsOnlyWhenNoFileHasTheDecodedOne)
     EXPECT_EQ(PathOf("a%20b.png", tree), "a b.png") << "both exist";
 }
 
-TEST(GltfUri, ANulIsKeptForTheCallerToRefuse)
+TEST(FileUri, ANulIsKeptForTheCallerToRefuse)
 {
     FileTree tree;
     tree.File(QStringLiteral("a%00b"));
     EXPECT_EQ(PathOf("a%00b", tree), std::string("a\0b", 3));
 }
 
-TEST(GltfUri, APathBecomesAUri)
+TEST(FileUri, APathBecomesAUri)
 {
     const Row rows[] = {
         {"a relative path", "../textures/a.png", "../textures/a.png"},
@@ -99,7 +98,7 @@ TEST(GltfUri, APathBecomesAUri)
         EXPECT_EQ(UriOfPath(row.path), row.uri) << row.what;
 }
 
-TEST(GltfUri, WhatIsWrittenNamesTheSamePathAgain)
+TEST(FileUri, WhatIsWrittenNamesTheSamePathAgain)
 {
     const FileTree tree;
     for (const char* path : {"../Höhe/a b.png", "100%25.png", "a#b?c.png", "D:/x/ü.png",
@@ -107,7 +106,7 @@ TEST(GltfUri, WhatIsWrittenNamesTheSamePathAgain)
         EXPECT_TRUE(IsSamePath(PathOf(UriOfPath(path), tree), path)) << path;
 }
 
-TEST(GltfUri, PathsAreTheSameApartFromALeadingDot)
+TEST(FileUri, PathsAreTheSameApartFromALeadingDot)
 {
     EXPECT_TRUE(IsSamePath("./a.png", "a.png"));
     EXPECT_TRUE(IsSamePath("a.png", "a.png"));

@@ -1,12 +1,12 @@
-#include "GltfUri.h"
+#include "FileUri.h"
 
-#include "common/PercentCoding.h"
-#include "common/Utf.h"
+#include "PercentCoding.h"
+#include "Utf.h"
 
 #include <algorithm>
 #include <system_error>
 
-namespace Halvern::Formats::Gltf {
+namespace Halvern::Formats {
 
 namespace {
 
@@ -137,4 +137,4 @@ bool IsSamePath(std::string_view a, std::string_view b)
     return WithoutDot(a) == WithoutDot(b);
 }
 
-} // namespace Halvern::Formats::Gltf
+} // namespace Halvern::Formats

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats::Gltf {
+namespace Halvern::Formats {
 
 /// True when a uri names a file: not when it is empty, a mere fragment, embedded data, or has a
 /// scheme other than "file".
@@ -27,4 +27,4 @@ std::string UriOfPath(std::string_view path);
 /// True when both paths are the same text apart from a leading "./".
 bool IsSamePath(std::string_view a, std::string_view b);
 
-} // namespace Halvern::Formats::Gltf
+} // namespace Halvern::Formats

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Halvern::Formats {
+
+/// One reference that a file holds.
+struct DocumentLink
+{
+    /// Finds the same reference again in the same file, whatever paths were rewritten in between.
+    std::string id;
+    /// Decoded (no escapes of the format), absolute or relative to the folder of the file.
+    std::string path;
+};
+
+/// New paths by link id.
+using NewPaths = std::map<std::string, std::string>;
+
+/// A file of one format, read. Failures are FormatErrors.
+class Document
+{
+public:
+    virtual ~Document() = default;
+
+    /// Every link, in the order of the file; ids differ from each other.
+    virtual std::vector<DocumentLink> Links() const = 0;
+
+    /// Puts a file with the new paths in the place of this one, every other byte being as it was.
+    /// All paths or none: when one of them cannot be written the file stays as it is. Called once,
+    /// with ids of Links() only and paths that differ from those there.
+    virtual void Rewrite(const NewPaths& paths) = 0;
+};
+
+} // namespace Halvern::Formats

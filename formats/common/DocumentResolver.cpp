@@ -1,0 +1,104 @@
+#include "DocumentResolver.h"
+
+#include "Boundary.h"
+#include "FileUri.h"
+#include "FormatError.h"
+#include "LinkArray.h"
+
+#include <span>
+
+namespace Halvern::Formats {
+
+namespace {
+
+using SyncPlugin::FileLinkInfo;
+using SyncPlugin::IFileLinkResolverContext;
+using SyncPlugin::WideChar;
+
+std::filesystem::path FileOf(const WideChar* file)
+{
+    const std::optional<std::string> path = file ? ToUtf8(file) : std::nullopt;
+    if (!path)
+        throw FormatError("the file's name is no valid text");
+    return PathFromUtf8(*path);
+}
+
+void AddNewPath(NewPaths& paths, const FileLinkInfo& link)
+{
+    if (link.size != sizeof(FileLinkInfo))
+        throw FormatError("a link record of " + std::to_string(link.size) + " bytes");
+    const std::optional<std::string> id = LinkText(link.referenceId);
+    if (!id)
+        throw FormatError("a link's id is no valid text");
+    const std::optional<std::string> path = LinkText(link.path);
+    if (!path || path->empty())
+        throw FormatError("the new path of link " + *id + " is empty or no valid text");
+    const auto [known, isNew] = paths.emplace(*id, *path);
+    if (!isNew && known->second != *path)
+        throw FormatError("two new paths for link " + *id + ": " + known->second + " and " + *path);
+}
+
+NewPaths NewPathsOf(const FileLinkInfo* links, int count)
+{
+    if (count < 0 || (count > 0 && !links))
+        throw FormatError("the list of links is invalid");
+    NewPaths paths;
+    for (const FileLinkInfo& link : std::span(links, static_cast<std::size_t>(count)))
+        AddNewPath(paths, link);
+    return paths;
+}
+
+/// Those of `paths` that the document does not have yet.
+NewPaths ChangesOf(const Document& document, NewPaths paths)
+{
+    NewPaths changes;
+    for (const DocumentLink& link : document.Links()) {
+        auto wanted = paths.extract(link.id);
+        if (wanted && !IsSamePath(link.path, wanted.mapped()))
+            changes.insert(std::move(wanted));
+    }
+    if (!paths.empty())
+        throw FormatError("the file has no link " + paths.begin()->first);
+    return changes;
+}
+
+} // namespace
+
+void DocumentResolver::ReadLinks(const WideChar* file, FileLinkInfo** links, int* count) const
+{
+    if (!links || !count)
+        throw FormatError("there is no place for the result");
+    const std::vector<DocumentLink> found = m_open(FileOf(file))->Links();
+    LinkArray array(found.size());
+    for (const DocumentLink& link : found)
+        array.Add(link.id, link.path);
+    array.HandOver(links, count);
+}
+
+void DocumentResolver::RewriteLinks(const WideChar* file, const FileLinkInfo* links,
+                                    int count) const
+{
+    NewPaths paths = NewPathsOf(links, count);
+    if (paths.empty())
+        return;
+    const std::unique_ptr<Document> document = m_open(FileOf(file));
+    const NewPaths changes = ChangesOf(*document, std::move(paths));
+    if (!changes.empty())
+        document->Rewrite(changes);
+}
+
+bool DocumentResolver::GetFileLinks(const WideChar* file, FileLinkInfo** links, int* count,
+                                    IFileLinkResolverContext* context)
+{
+    return RunGuarded(context, "read the file links of", file,
+                      [&] { ReadLinks(file, links, count); });
+}
+
+bool DocumentResolver::RepathFileLinks(const WideChar* file, const FileLinkInfo* links, int count,
+                                       IFileLinkResolverContext* context)
+{
+    return RunGuarded(context, "rewrite the file links of", file,
+                      [&] { RewriteLinks(file, links, count); });
+}
+
+} // namespace Halvern::Formats

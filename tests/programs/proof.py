@@ -1,0 +1,137 @@
+"""What the proofs of all formats share: see README.md."""
+import argparse
+import dataclasses
+import hashlib
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+TIMEOUT = 300
+TESTS = pathlib.Path(__file__).resolve().parent.parent
+
+
+class ProofError(Exception):
+    """The first thing that was not as it must be."""
+
+
+@dataclasses.dataclass(frozen=True)
+class Reference:
+    """One reference as the owning program resolved it.
+
+    name     which reference it is: the same in the original and in the copy
+    path     the absolute path of the file it led to; None when the program did not find it
+    content  what the program found there (a volume, a picture's pixels, a hash): tells swapped files apart
+    """
+    name: str
+    path: str | None
+    content: str | None
+
+
+def check(condition, text):
+    if not condition:
+        raise ProofError(text)
+
+
+def digest(path):
+    return hashlib.sha256(pathlib.Path(path).read_bytes()).hexdigest()[:16]
+
+
+def run(command, *, expect=(0,), timeout=TIMEOUT, **options):
+    """Runs a program with a time-out and no standard input; its output is part of the failure."""
+    result = subprocess.run([str(part) for part in command], stdin=subprocess.DEVNULL, timeout=timeout,
+                            capture_output=True, text=True, errors="replace", **options)
+    check(result.returncode in expect,
+          f"{command[0]} ended with {result.returncode}\n{result.stdout[-4000:]}\n{result.stderr[-4000:]}")
+    return result
+
+
+class Corsync:
+    """The command with a cloud folder, a database and settings of its own."""
+
+    def __init__(self, program, work):
+        self.program = program
+        self.cloud = work / "cloud"
+        self.cloud.mkdir()
+        self._common = ["--cloud-folder", self.cloud, "--database", work / "sync.db",
+                        "--settings", work / "settings.ini"]
+
+    def import_files(self, *arguments, expect=(0,)):
+        """The events of `corsync import --json`."""
+        result = run([self.program, "import", *arguments, *self._common, "--json"], expect=expect)
+        return [json.loads(line) for line in result.stdout.splitlines()]
+
+
+def target_of(events, source):
+    """Where the import put the file, as its event says."""
+    for event in events:
+        if event["event"] == "file" and event["source"] == str(source):
+            return pathlib.Path(event["target"])
+    raise ProofError(f"the import says nothing of {source}")
+
+
+def compare(label, before, after, inside, missing):
+    """`after` has the references of `before`, each inside the folder `inside`, but for those in `missing`."""
+    old = {reference.name: reference for reference in before}
+    new = {reference.name: reference for reference in after}
+    check(len(old) == len(before) and len(new) == len(after), f"{label}: references with equal names")
+    check(old.keys() == new.keys(), f"{label}: {sorted(old.keys() ^ new.keys())} on one side only")
+    for name, reference in new.items():
+        if name in missing:
+            check(reference.path is None, f"{label}: {name} was found at {reference.path}")
+            continue
+        check(reference.path is not None, f"{label}: {name} was not found")
+        real = os.path.realpath(reference.path)
+        check(real.startswith(os.path.realpath(inside) + os.sep), f"{label}: {name} leads outside, to {real}")
+        check(reference.content == old[name].content,
+              f"{label}: {name} holds {reference.content}, not {old[name].content}")
+    print(f"{label}: {len(after) - len(missing)} references found, {len(missing)} missing as in the original")
+
+
+def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), arguments=()):
+    """The whole sequence.
+
+    make_project(folder)  puts the project, as the owning program made it, into the empty folder
+    inspect(file)         the References that the owning program resolves when it opens the file
+    tops                  files of the project, relative to its folder, each imported on its own
+    missing               names of references that the original lacks on purpose (or a function of the top)
+    exit_codes            what the imports may end with: (4,) when a linked file is missing
+    """
+    work = pathlib.Path(tempfile.mkdtemp(prefix="corsync-proof-"))
+    try:
+        source, away = work / "source", work / "renamed away"
+        source.mkdir()
+        make_project(source)
+        for number, top in enumerate(tops):
+            lacks = set(missing(top) if callable(missing) else missing)
+            place = work / f"job {number}"
+            place.mkdir()
+            corsync = Corsync(program, place)
+            before = inspect(source / top)
+            check(before, f"{top}: the original has no references")
+            compare(f"{top}, original", before, before, source, lacks)
+            for label, options in (("copy", ()), ("renamed copy", ("--collisions", "rename"))):
+                events = corsync.import_files(source / top, "--to", "Demo Größe", *arguments, *options,
+                                              expect=exit_codes)
+                copy = target_of(events, source / top)
+                source.rename(away)
+                try:
+                    compare(f"{top}, {label}", before, inspect(copy), corsync.cloud, lacks)
+                finally:
+                    away.rename(source)
+    finally:
+        shutil.rmtree(work, ignore_errors=True)
+
+
+def main(proof):
+    """Runs proof(corsync program) with the arguments of the command line."""
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--corsync", type=pathlib.Path, required=True, help="the corsync program")
+    try:
+        proof(parser.parse_args().corsync.resolve())
+    except (ProofError, subprocess.TimeoutExpired) as error:
+        print(f"FAILED: {error}")
+        sys.exit(1)
