@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,9 +28,16 @@ public:
     /// Every link, in the order of the file; ids differ from each other.
     virtual std::vector<DocumentLink> Links() const = 0;
 
+    /// The path of a link that Links() leaves out here but may have named elsewhere: what a text
+    /// names can depend on the files around it, and a copy has others around it than its source.
+    virtual std::optional<std::string> UnlistedPathOf(const std::string& /*id*/) const
+    {
+        return std::nullopt;
+    }
+
     /// Puts a file with the new paths in the place of this one, every other byte being as it was.
     /// All paths or none: when one of them cannot be written the file stays as it is. Called once,
-    /// with ids of Links() only and paths that differ from those there.
+    /// with ids of Links() or UnlistedPathOf() only and paths that differ from those there.
     virtual void Rewrite(const NewPaths& paths) = 0;
 };
 

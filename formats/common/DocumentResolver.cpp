@@ -57,8 +57,13 @@ NewPaths ChangesOf(const Document& document, NewPaths paths)
         if (wanted && !IsSamePath(link.path, wanted.mapped()))
             changes.insert(std::move(wanted));
     }
-    if (!paths.empty())
-        throw FormatError("the file has no link " + paths.begin()->first);
+    for (auto& [id, wanted] : paths) {
+        const std::optional<std::string> path = document.UnlistedPathOf(id);
+        if (!path)
+            throw FormatError("the file has no link " + id);
+        if (!IsSamePath(*path, wanted))
+            changes.emplace(id, std::move(wanted));
+    }
     return changes;
 }
 
