@@ -132,6 +132,16 @@ std::string UriOfPath(std::string_view given)
     return encoded;
 }
 
+bool NamesFolder(std::string_view path, const std::filesystem::path& folder)
+{
+    if (path.find('\0') != std::string_view::npos)
+        return false;
+    const std::string_view name = path.substr(path.rfind('/') + 1);
+    std::error_code ignored;
+    return name.empty() || name == "." || name == ".." ||
+           std::filesystem::is_directory(folder / PathFromUtf8(path), ignored);
+}
+
 bool IsSamePath(std::string_view a, std::string_view b)
 {
     return WithoutDot(a) == WithoutDot(b);

@@ -24,6 +24,9 @@ std::string PathOfUri(std::string_view uri, const std::filesystem::path& folder)
 /// characters that JSON would have to escape.
 std::string UriOfPath(std::string_view path);
 
+/// True when a path, for a document in `folder`, can only be a folder: such a name is no link.
+bool NamesFolder(std::string_view path, const std::filesystem::path& folder);
+
 /// True when both paths are the same text apart from a leading "./".
 bool IsSamePath(std::string_view a, std::string_view b);
 

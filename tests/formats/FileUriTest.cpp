@@ -114,4 +114,18 @@ TEST(FileUri, PathsAreTheSameApartFromALeadingDot)
     EXPECT_FALSE(IsSamePath("A.png", "a.png"));
 }
 
+TEST(FileUri, ANameThatCanOnlyBeAFolderIsTold)
+{
+    FileTree tree;
+    tree.File(QStringLiteral("sub.x/a.png"));
+    const auto isFolder = [&](std::string_view path) {
+        return NamesFolder(path, PathFromUtf8(tree.Path().toStdString()));
+    };
+    for (const char* folder : {"", "/", ".", "..", "a/", "../", "a/..", "sub.x", "./sub.x"})
+        EXPECT_TRUE(isFolder(folder)) << folder;
+    for (const char* file : {"a", "sub.x/a.png", "none", "..a", "sub", "/..."})
+        EXPECT_FALSE(isFolder(file)) << file;
+    EXPECT_FALSE(isFolder(std::string_view("sub.x\0y", 7)));
+}
+
 } // namespace Halvern::Test

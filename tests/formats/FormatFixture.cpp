@@ -1,5 +1,9 @@
 #include "FormatFixture.h"
 
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+
 #include <algorithm>
 #include <stdexcept>
 #include <vector>
@@ -57,9 +61,22 @@ FileLinkInfo Record(const Link& link)
     return record;
 }
 
+Link LinkTo(const char16_t* id, const char16_t* path)
+{
+    return {QString::fromUtf16(id), QString::fromUtf16(path)};
+}
+
 void RecordingContext::Add(QStringView level, const WideChar* text)
 {
     lines.append(level.toString() + FromWide(text));
+}
+
+QStringList PathsOf(const Links& links)
+{
+    QStringList paths;
+    for (const Link& link : links)
+        paths.append(link.second);
+    return paths;
 }
 
 Links ResolverFixture::Read(const QString& file)
@@ -106,6 +123,38 @@ QString ResolverFixture::ReadFailure(const QString& file, const QByteArray& cont
     if (context.lines.size() != 1 || !context.lines.first().startsWith(prefix))
         return QStringLiteral("unexpected log: ") + context.lines.join(u'\n');
     return context.lines.first().mid(prefix.size());
+}
+
+QByteArray ResolverFixture::Rewritten(const QString& file, const QByteArray& content,
+                                      const Links& links)
+{
+    tree.File(file, content);
+    EXPECT_TRUE(Repath(file, links)) << context.lines.join(u'\n').toStdString();
+    return tree.Read(file);
+}
+
+QString ResolverFixture::RewriteFailure(const QString& file, const QByteArray& content,
+                                        const Links& links)
+{
+    tree.File(file, content);
+    const FileTree::Snapshot before = tree.Contents();
+    context.lines.clear();
+    EXPECT_FALSE(Repath(file, links));
+    EXPECT_EQ(tree.Contents(), before);
+    const QString start = QStringLiteral("ERROR Failed to rewrite the file links of %1: ");
+    return context.lines.join(u'\n').replace(start.arg(tree.Path(file)), QString());
+}
+
+void ResolverFixture::Import(const QString& folder, const QString& name)
+{
+    const QDir source(folder);
+    ASSERT_TRUE(source.exists()) << folder.toStdString();
+    QDirIterator it(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile file(it.next());
+        ASSERT_TRUE(file.open(QFile::ReadOnly));
+        tree.File(name + u'/' + source.relativeFilePath(file.fileName()), file.readAll());
+    }
 }
 
 QByteArray LittleEndian(quint32 number)

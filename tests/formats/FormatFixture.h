@@ -56,6 +56,8 @@ private:
 using Link = QPair<QString, QString>;
 using Links = QList<Link>;
 
+QStringList PathsOf(const Links& links);
+
 /// A resolver, the files it works on, and what it logs.
 class ResolverFixture : public ::testing::Test
 {
@@ -69,6 +71,14 @@ protected:
     bool Repath(const QString& file, const Links& links);
     /// What reading a file of this content, which must fail, logs behind "<file>: ".
     QString ReadFailure(const QString& file, const QByteArray& content);
+    /// The content of a file of this content after its links got new paths, which must succeed.
+    QByteArray Rewritten(const QString& file, const QByteArray& content, const Links& links);
+    /// What rewriting a file of this content, which must fail and change nothing, logs behind
+    /// "<file>: ".
+    QString RewriteFailure(const QString& file, const QByteArray& content, const Links& links);
+
+    /// Copies a folder of the source tree into the temporary one.
+    void Import(const QString& folder, const QString& name);
 
     FileTree tree;
     RecordingContext context;
@@ -80,6 +90,7 @@ private:
 const SyncPlugin::WideChar* Wide(const QString& text);
 QString FromWide(const SyncPlugin::WideChar* text);
 SyncPlugin::FileLinkInfo Record(const Link& link);
+Link LinkTo(const char16_t* id, const char16_t* path);
 
 /// A binary glTF file out of whole chunks: a JSON text padded with blanks, then `rest`.
 QByteArray Glb(QByteArray json, const QByteArray& rest = {});
