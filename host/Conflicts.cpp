@@ -144,6 +144,26 @@ std::optional<Conflict> Settle(FileMapping& file, const QString& wanted, Owners&
 
 } // namespace
 
+FileSet::FileMappingList MarkForAnotherPlace(FileSet& fileSet, const ImportOptions& options)
+{
+    const FileSet::FileMappingList files = fileSet.GetFiles();
+    Owners owners(files);
+    FileSet::FileMappingList marked;
+    for (const auto& file : files) {
+        if (HasNoPlace(*file) || StaysWhereItIs(*file))
+            continue;
+        const bool isShared = owners.OtherOwner(*file) && !file->HasFlag(FileMapping::Selected);
+        const bool isStuck = file->HasFlag(FileMapping::Collision | FileMapping::KeepTargetName) &&
+                             PolicyFor(*file, options) == CollisionPolicy::Rename;
+        owners.Add(*file);
+        if (!isShared && !isStuck)
+            continue;
+        file->SetFlag(FileMapping::Collision | FileMapping::RenameOnCollision, true);
+        marked.append(file);
+    }
+    return marked;
+}
+
 QList<Conflict> SettleTargets(FileSet& fileSet, const ImportOptions& options,
                               const TargetByFile& wanted)
 {

@@ -37,6 +37,13 @@ struct Conflict
     bool selected = false;
 };
 
+/// After MarkCollisions: files that cannot stay where a layout put them, because another file of
+/// the import goes there, or because something stands there and their names must stay while the
+/// policy is to rename. They are marked as colliding and to be renamed, for layouts to see when
+/// they are asked once more.
+FileLink::FileSet::FileMappingList MarkForAnotherPlace(FileLink::FileSet& fileSet,
+                                                       const ImportOptions& options);
+
 /// After ResolveCollisions, which asks only the disk for free names: gives files of one import that
 /// got the same target different ones, where the policy allows, and lists what must not be copied
 /// as it stands, in the set's order. Paths that differ in letter case only are the same. New names

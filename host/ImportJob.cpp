@@ -114,13 +114,47 @@ void ImportJob::Plan(const QStringList& sources, const QString& target)
         throw CommandError(ExitCode::Failed, QStringLiteral("the selection could not be read"));
     m_files = m_importer->GetFileSet();
     if (!Run(QStringLiteral("Reading links"), 0, [&] { m_importer->ExtractFileLinks(); }) ||
-        !Run(QStringLiteral("Laying out"), 0, [&] { m_importer->AssignTargetPaths(); }) ||
-        !Run(QStringLiteral("Looking for conflicts"), 0, [&] { m_importer->MarkCollisions(); }))
+        !AssignTargets() || !MarkCollisions())
         return;
-    MarkUpToDate(*m_files, *m_database);
     NoteTargets();
+    if (!AssignOtherTargets())
+        return;
     if (Run(QStringLiteral("Resolving conflicts"), 0, [&] { m_importer->ResolveCollisions(); }))
         m_conflicts = SettleTargets(*m_files, m_options, m_wantedTargets);
+}
+
+bool ImportJob::AssignTargets()
+{
+    return Run(QStringLiteral("Laying out"), 0, [&] { m_importer->AssignTargetPaths(); });
+}
+
+bool ImportJob::MarkCollisions()
+{
+    const auto mark = [&] { m_importer->MarkCollisions(); };
+    if (!Run(QStringLiteral("Looking for conflicts"), 0, mark))
+        return false;
+    MarkUpToDate(*m_files, *m_database);
+    return true;
+}
+
+/// A layout does not know what stands in the way when it is asked first.
+bool ImportJob::AssignOtherTargets()
+{
+    const auto marked = MarkForAnotherPlace(*m_files, m_options);
+    if (marked.isEmpty())
+        return true;
+    const bool assigned = AssignTargets();
+    for (const auto& file : marked)
+        file->SetFlag(FileMapping::RenameOnCollision, false);
+    // What was up to date at its old place is not at the new one.
+    for (const auto& file : m_files->GetFiles())
+        file->SetFlag(FileMapping::Copied, false);
+    if (!assigned || !MarkCollisions())
+        return false;
+    for (const auto& file : m_files->GetFiles())
+        if (!QFileInfo::exists(m_wantedTargets.value(file.get())))
+            m_wantedTargets.insert(file.get(), file->GetTargetFile());
+    return true;
 }
 
 void ImportJob::Execute()

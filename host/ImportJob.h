@@ -20,8 +20,9 @@ class ProgressLine;
 
 /// Drives an importer through its stages, with the host's own steps in between:
 ///
-///     Plan      Initialize, ExtractFileLinks, AssignTargetPaths, MarkCollisions,
-///               MarkUpToDate, ResolveCollisions, SettleTargets: nothing is written
+///     Plan      Initialize, ExtractFileLinks, AssignTargetPaths, MarkCollisions, MarkUpToDate,
+///               these three once more when MarkForAnotherPlace finds files,
+///               ResolveCollisions, SettleTargets: nothing is written
 ///     Execute   CopyFiles, RepathTargetFiles, IncludeRepathedInPlace, UpdateSyncDatabase
 ///     Finish    the importer ends, which records what was copied
 ///
@@ -60,6 +61,9 @@ private:
     template <typename Stage>
     bool Run(const QString& phase, qint64 total, Stage stage);
     void ConnectProgress();
+    bool AssignTargets();
+    bool AssignOtherTargets();
+    bool MarkCollisions();
     void NoteTargets();
     qint64 CountFilesToCopy() const;
     void IncludeRepathedInPlace();

@@ -10,13 +10,13 @@ namespace Halvern::Formats {
 namespace {
 
 using SyncPlugin::IFileLinkResolverContext;
+using SyncPlugin::IPluginLogger;
 using SyncPlugin::WideChar;
 
-void Log(IFileLinkResolverContext* context, std::string_view action, const WideChar* file,
+void Log(IPluginLogger* logger, std::string_view action, const WideChar* file,
          std::string_view reason) noexcept
 {
     try {
-        SyncPlugin::IPluginLogger* logger = context ? context->GetLogger() : nullptr;
         if (!logger)
             return;
         WideString message = ToUtf16Lossy("Failed to ");
@@ -55,14 +55,26 @@ std::string ReasonOfCurrentException()
 bool RunGuarded(IFileLinkResolverContext* context, std::string_view action, const WideChar* file,
                 const std::function<void()>& work) noexcept
 {
+    IPluginLogger* logger = nullptr;
+    try {
+        logger = context ? context->GetLogger() : nullptr;
+    } catch (...) {
+        // A host without a logger: the result has to do.
+    }
+    return RunLogged(logger, action, file, work);
+}
+
+bool RunLogged(IPluginLogger* logger, std::string_view action, const WideChar* file,
+               const std::function<void()>& work) noexcept
+{
     try {
         work();
         return true;
     } catch (...) {
         try {
-            Log(context, action, file, ReasonOfCurrentException());
+            Log(logger, action, file, ReasonOfCurrentException());
         } catch (...) {
-            Log(context, action, file, {});
+            Log(logger, action, file, {});
         }
         return false;
     }
