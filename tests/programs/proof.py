@@ -65,12 +65,24 @@ class Corsync:
         return [json.loads(line) for line in result.stdout.splitlines()]
 
 
-def target_of(events, source):
-    """Where the import put the file, as its event says."""
+def event_of(events, source):
+    """What the import says of the file."""
     for event in events:
         if event["event"] == "file" and event["source"] == str(source):
-            return pathlib.Path(event["target"])
+            return event
     raise ProofError(f"the import says nothing of {source}")
+
+
+def target_of(events, source):
+    """Where the import put the file, as its event says."""
+    return pathlib.Path(event_of(events, source)["target"])
+
+
+def age(files, seconds):
+    """Gives files another time: the next import takes them for changed."""
+    for file in files:
+        state = file.stat()
+        os.utime(file, (state.st_atime, state.st_mtime - seconds))
 
 
 def compare(label, before, after, inside, missing):
@@ -113,9 +125,14 @@ def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), 
             before = inspect(source / top)
             check(before, f"{top}: the original has no references")
             compare(f"{top}, original", before, before, source, lacks)
-            for label, options in (("copy", ()), ("renamed copy", ("--collisions", "rename"))):
+            everything = [file for file in source.rglob("*") if file.is_file()]
+            for label, changed in (("copy", []), ("renamed copy", [source / top]), ("all renamed", everything)):
+                age(changed, 10)
+                options = ("--collisions", "rename") if changed else ()
                 events = corsync.import_files(source / top, "--to", "Demo Größe", *arguments, *options,
                                               expect=exit_codes)
+                check(event_of(events, source / top)["status"] == ("renamed" if changed else "copied"),
+                      f"{label}: {event_of(events, source / top)}")
                 copy = target_of(events, source / top)
                 source.rename(away)
                 try:
