@@ -1,0 +1,14 @@
+#pragma once
+
+#include "common/DocumentResolver.h"
+
+namespace Halvern::Formats::OpenScad {
+
+/// Reads and rewrites the names of files in OpenSCAD models.
+class OpenScadResolver : public DocumentResolver
+{
+public:
+    OpenScadResolver();
+};
+
+} // namespace Halvern::Formats::OpenScad

@@ -1,0 +1,118 @@
+#include "ScadDocument.h"
+
+#include "IncludedImports.h"
+#include "LibraryFolders.h"
+#include "ScadText.h"
+
+#include "common/Companions.h"
+#include "common/FileEdits.h"
+#include "common/FileUri.h"
+#include "common/FormatError.h"
+#include "common/LinkArray.h"
+
+#include <algorithm>
+
+namespace Halvern::Formats::OpenScad {
+
+namespace {
+
+/// How far up a folder may be from which an included file is used.
+constexpr int MaxLevels = 8;
+
+/// True when a name that leads nowhere from `folder` does so from a folder above it: then the file
+/// is meant to be included from there, and whoever includes it brings the import along.
+bool IsMeantForIncluder(const std::string& name, std::filesystem::path folder)
+{
+    if (PathFromUtf8(name).is_absolute() || NamesExistingFile(name, folder))
+        return false;
+    for (int i = 0; i < MaxLevels && folder.has_relative_path(); ++i) {
+        folder = folder.parent_path();
+        if (NamesExistingFile(name, folder))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+ScadDocument::ScadDocument(const std::filesystem::path& path)
+    : m_file(path), m_references(FindReferences(m_file))
+{}
+
+bool ScadDocument::IsLink(const Reference& reference, const std::string& path) const
+{
+    switch (reference.kind) {
+    case ReferenceKind::Include:
+    case ReferenceKind::Use:
+        return !NamesFolder(path, Folder()) &&
+               (NamesExistingFile(path, Folder()) || !IsInstalledLibrary(path, LibraryFolders()));
+    case ReferenceKind::Import:
+        return !NamesFolder(path, Folder()) && !IsMeantForIncluder(path, Folder());
+    case ReferenceKind::Computed:
+        return true;
+    }
+    return false;
+}
+
+std::vector<DocumentLink> ScadDocument::Links() const
+{
+    std::vector<DocumentLink> links;
+    for (const Reference& reference : m_references) {
+        std::string path = PathOf(reference, Folder());
+        if (IsLink(reference, path))
+            links.push_back({reference.id, std::move(path)});
+    }
+    AddIncludedImports(links);
+    return links;
+}
+
+void ScadDocument::AddIncludedImports(std::vector<DocumentLink>& links) const
+{
+    const std::size_t own = links.size();
+    for (std::string& path : ImportsOfIncludedFiles(m_file.Path(), m_references)) {
+        const bool isKnown =
+            std::any_of(links.begin(), links.begin() + static_cast<std::ptrdiff_t>(own),
+                        [&](const DocumentLink& link) { return IsSamePath(link.path, path); });
+        std::string id = CompanionId(path);
+        // The id says the path. Nobody has to know of one that is too long for it: that import is
+        // reported by the file that it stands in.
+        if (!isKnown && id.size() <= MaxLinkUnits)
+            links.push_back({std::move(id), std::move(path)});
+    }
+}
+
+std::optional<std::string> ScadDocument::UnlistedPathOf(const std::string& id) const
+{
+    if (id.starts_with(CompanionMark))
+        return id.substr(CompanionMark.size());
+    const auto reference = std::find_if(m_references.begin(), m_references.end(),
+                                        [&](const Reference& known) { return known.id == id; });
+    if (reference == m_references.end())
+        return std::nullopt;
+    return PathOf(*reference, Folder());
+}
+
+void ScadDocument::Rewrite(const NewPaths& paths)
+{
+    std::size_t known = 0;
+    std::vector<FileEdit> edits;
+    for (const Reference& reference : m_references) {
+        const auto wanted = paths.find(reference.id);
+        if (wanted == paths.end())
+            continue;
+        ++known;
+        // What an expression yields is the model's affair; its link is there to be seen.
+        if (reference.kind != ReferenceKind::Computed)
+            edits.push_back({reference.begin, reference.end, Written(reference, wanted->second)});
+    }
+    if (known < paths.size()) {
+        const auto companion = paths.lower_bound(std::string(CompanionMark));
+        throw FormatError(companion->first.substr(CompanionMark.size()) +
+                          " is named in an included file and has to keep its place, not become " +
+                          companion->second);
+    }
+    if (!edits.empty())
+        ReplaceSpans(m_file, std::move(edits));
+}
+
+} // namespace Halvern::Formats::OpenScad

@@ -1,0 +1,59 @@
+#include "ScadText.h"
+
+#include "common/FormatError.h"
+#include "common/Utf.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace Halvern::Formats::OpenScad {
+
+bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder)
+{
+    std::error_code ignored;
+    return path.find('\0') == std::string_view::npos &&
+           std::filesystem::is_regular_file(folder / PathFromUtf8(path), ignored);
+}
+
+std::string PathOf(const Reference& reference, const std::filesystem::path& folder)
+{
+    if (reference.kind == ReferenceKind::Computed)
+        return Shown(reference.name);
+    std::string path = reference.name;
+    if (path.find('\\') != std::string::npos && !NamesExistingFile(path, folder))
+        std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
+}
+
+std::string Written(const Reference& reference, std::string_view path)
+{
+    const bool isString = reference.kind == ReferenceKind::Import;
+    std::string text;
+    for (const char c : path) {
+        const bool isControl = static_cast<unsigned char>(c) < 0x20;
+        if (isControl || (c == '>' && !isString))
+            throw FormatError("link " + reference.id + " cannot name " + std::string(path));
+        if (isString && (c == '"' || c == '\\'))
+            text.push_back('\\');
+        text.push_back(c);
+    }
+    return text;
+}
+
+std::string Shown(std::string_view expression)
+{
+    std::string shown;
+    for (const char c : expression) {
+        if (c == '/')
+            shown += "\u2215";
+        else if (c == '\\')
+            shown += "\u2216";
+        else if (c == ':')
+            shown += "\u2236";
+        else
+            shown.push_back(static_cast<unsigned char>(c) < 0x20 ? ' ' : c);
+    }
+    return shown;
+}
+
+} // namespace Halvern::Formats::OpenScad

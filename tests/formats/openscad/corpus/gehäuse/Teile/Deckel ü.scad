@@ -1,0 +1,1 @@
+module deckel() { import("Platte 2.stl"); }
