@@ -35,6 +35,10 @@ public:
         return std::nullopt;
     }
 
+    /// Throws a FormatError for paths that cannot be had together, because the file stores some of
+    /// its links as one. `wanted` holds all paths that were asked for, those that stay included.
+    virtual void RequireTogether(const NewPaths& /*wanted*/) const {}
+
     /// Puts a file with the new paths in the place of this one, every other byte being as it was.
     /// All paths or none: when one of them cannot be written the file stays as it is. Called once,
     /// with ids of Links() or UnlistedPathOf() only and paths that differ from those there.

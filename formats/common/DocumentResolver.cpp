@@ -87,6 +87,7 @@ void DocumentResolver::RewriteLinks(const WideChar* file, const FileLinkInfo* li
     if (paths.empty())
         return;
     const std::unique_ptr<Document> document = m_open(FileOf(file));
+    document->RequireTogether(paths);
     const NewPaths changes = ChangesOf(*document, std::move(paths));
     if (!changes.empty())
         document->Rewrite(changes);
