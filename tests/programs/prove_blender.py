@@ -1,0 +1,41 @@
+"""Blender opens imported .blend files and finds everything that they link: see README.md."""
+import functools
+import json
+import os
+import pathlib
+import tempfile
+
+from proof import Reference, TESTS, check, main, prove, run
+
+HERE = pathlib.Path(__file__).resolve().parent
+GENERATOR = TESTS / "formats/blender/make-corpus.py"
+HOUSE = "Szenen/Haus 木.blend"
+TOPS = (HOUSE, "Szenen/Garten.blend", "Szenen/Alter Garten.blend", "lib/Möbel.blend")
+MISSING = {HOUSE: {"image Verloren"}}
+
+
+def blender(*arguments):
+    return run(["blender", "-b", "--factory-startup", "--python-exit-code", "1", *arguments])
+
+
+def make_project(folder):
+    blender("-P", GENERATOR, "--", folder)
+
+
+def inspect(file):
+    with tempfile.TemporaryDirectory() as work:
+        output = pathlib.Path(work, "found.json")
+        blender(file, "-P", HERE / "inspect_blend.py", "--", output)
+        found = json.loads(output.read_text())
+    for path in found["blend_paths"]:
+        seen = any(reference["path"] == os.path.abspath(path) for reference in found["references"])
+        check(seen or "<UDIM>" in path or not os.path.exists(path), f"{file}: Blender knows {path}, the proof not")
+    return [Reference(**reference) for reference in found["references"]]
+
+
+def proof(corsync):
+    prove(corsync, make_project, inspect, TOPS, missing=lambda top: MISSING.get(top, ()), exit_codes=(4,))
+
+
+if __name__ == "__main__":
+    main(proof)
