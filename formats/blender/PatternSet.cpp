@@ -73,8 +73,11 @@ PatternSet::Members PatternSet::MembersOf(const NewPaths& paths) const
     const std::string prefix = SetMemberId(m_id, {});
     Members members;
     for (auto path = paths.lower_bound(prefix);
-         path != paths.end() && path->first.starts_with(prefix); ++path)
-        members.emplace_back(path->first.substr(prefix.size()), path->second);
+         path != paths.end() && path->first.starts_with(prefix); ++path) {
+        std::string part = path->first.substr(prefix.size());
+        if (IsPart(part))
+            members.emplace_back(std::move(part), path->second);
+    }
     return members;
 }
 

@@ -188,7 +188,7 @@ TEST_F(BlendSets, TheFilesOfAStripCanGetOtherNamesButHaveOneFolder)
               "../Schnitt/b.png would not");
     EXPECT_EQ(
         RewriteFailure(bytes, {L(u"set:SCa/SQb#0", u"../Schnitt/aber viel zu lange Namen.png")}),
-        "the new path of link set:SCa/SQb#0, aber viel zu lange Namen.png, has 27 bytes; the "
+        "the new path of link set:SCa/SQb#0, aber viel zu lange Namen.png, has 28 bytes; the "
         "file has room for 23");
 }
 
