@@ -40,8 +40,13 @@ def pixels(image):
     return f"{tuple(image.size)} {hashlib.sha256(repr(image.pixels[:]).encode()).hexdigest()[:16]}"
 
 
+def library_name(library):
+    """Without what a copy's new name adds: Blender names a library that a library links by its file."""
+    return re.sub(r" \(\d+\)(?=\.)", "", library.name)
+
+
 def full_name(thing):
-    return f"{thing.library.name}/{thing.name}" if thing.library else thing.name
+    return f"{library_name(thing.library)}/{thing.name}" if thing.library else thing.name
 
 
 def rendered(label):
@@ -161,7 +166,7 @@ def libraries():
     for library in bpy.data.libraries:
         content = sorted(f"{thing.name} {points(thing)}" for thing in bpy.data.objects
                          if thing.library == library and thing.type == "MESH" and len(thing.data.vertices))
-        note(f"library {library.name}", bpy.path.abspath(library.filepath),
+        note(f"library {library_name(library)}", bpy.path.abspath(library.filepath),
              " ".join(content) or None)
 
 
