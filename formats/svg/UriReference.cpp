@@ -1,0 +1,65 @@
+#include "UriReference.h"
+
+#include "CssLinks.h"
+
+#include "common/FileUri.h"
+#include "common/Utf.h"
+#include "common/Xml.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace Halvern::Formats::Svg {
+
+namespace {
+
+bool Exists(const std::filesystem::path& file)
+{
+    std::error_code ignored;
+    return std::filesystem::exists(file, ignored);
+}
+
+} // namespace
+
+Span PathPart(std::string_view uri)
+{
+    constexpr std::string_view blanks = " \t\r\n\f";
+    const std::size_t begin = std::min(uri.find_first_not_of(blanks), uri.size());
+    const std::size_t end = std::min(uri.find_first_of("#?", begin), uri.size());
+    const std::size_t last = uri.find_last_not_of(blanks, end == 0 ? 0 : end - 1);
+    return {begin, end == begin || last == std::string_view::npos ? begin : last + 1};
+}
+
+std::string IdCounter::Next(const std::string& id)
+{
+    const std::size_t count = ++m_counts[id];
+    return count == 1 ? id : id + '#' + std::to_string(count);
+}
+
+std::optional<std::string> PathOf(const UriReference& reference,
+                                  const std::filesystem::path& document)
+{
+    if (!IsLinkUri(reference.uri))
+        return std::nullopt;
+    const std::filesystem::path folder = document.parent_path();
+    std::string path = PathOfUri(reference.uri, folder);
+    if (path.find('\0') != std::string::npos)
+        return path; // is refused when it is handed out
+    const std::filesystem::path file = folder / PathFromUtf8(path);
+    if (file.lexically_normal() == document.lexically_normal())
+        return std::nullopt;
+    if (!reference.absolutePath.empty() && !Exists(file) &&
+        Exists(folder / PathFromUtf8(reference.absolutePath)))
+        return reference.absolutePath;
+    return path;
+}
+
+std::string TextFor(const UriReference& reference, std::string_view path)
+{
+    const std::string uri = UriOfPath(path);
+    if (reference.place == UriReference::Place::StyleSheet)
+        return CssUri(uri + reference.suffix);
+    return EscapeXmlAttribute(uri + reference.suffix);
+}
+
+} // namespace Halvern::Formats::Svg
