@@ -28,6 +28,19 @@ install_packages() {
     "${install[@]}" >/dev/null 2>&1 || { "${run[@]}" apt-get update >/dev/null && "${install[@]}" >&2; }
 }
 
+# install_gltf_validator: into build/programs, through npm; a proof needs it.
+install_gltf_validator() {
+    local version=2.0.0-dev.3.10 folder=build/programs
+    local package=$folder/node_modules/gltf-validator/package.json
+    grep -qs "\"version\": \"$version\"" "$package" && return 0
+    # Whoever has npm from elsewhere than Debian keeps it: the two exclude each other.
+    command -v npm >/dev/null || install_packages nodejs npm
+    echo "Installing: gltf-validator $version (npm, into $folder)" >&2
+    mkdir -p "$folder"
+    npm install --prefix "$folder" --no-save --no-audit --no-fund --loglevel=error \
+        "gltf-validator@$version" >&2
+}
+
 # build PRESET TARGET...: configures when needed and builds; quiet unless something fails.
 build() {
     local preset=$1 log

@@ -49,6 +49,13 @@ def run(command, *, expect=(0,), timeout=TIMEOUT, **options):
     return result
 
 
+def run_blender(*arguments):
+    """Blender in the background, with its own settings. Debian's Python comes first: Blender takes the first
+    one that it meets for its own, and another one lacks what Blender's add-ons need."""
+    environment = {**os.environ, "PATH": os.pathsep.join(("/usr/bin", os.environ.get("PATH", "")))}
+    return run(["blender", "-b", "--factory-startup", "--python-exit-code", "1", *arguments], env=environment)
+
+
 class Corsync:
     """The command with a cloud folder, a database and settings of its own."""
 

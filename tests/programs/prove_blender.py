@@ -1,11 +1,10 @@
 """Blender opens imported .blend files and finds everything that they link: see README.md."""
-import functools
 import json
 import os
 import pathlib
 import tempfile
 
-from proof import Reference, TESTS, check, main, prove, run
+from proof import Reference, TESTS, check, main, prove, run_blender
 
 HERE = pathlib.Path(__file__).resolve().parent
 GENERATOR = TESTS / "formats/blender/make-corpus.py"
@@ -14,18 +13,14 @@ TOPS = (HOUSE, "Szenen/Garten.blend", "Szenen/Alter Garten.blend", "lib/Möbel.b
 MISSING = {HOUSE: {"image Verloren"}}
 
 
-def blender(*arguments):
-    return run(["blender", "-b", "--factory-startup", "--python-exit-code", "1", *arguments])
-
-
 def make_project(folder):
-    blender("-P", GENERATOR, "--", folder)
+    run_blender("-P", GENERATOR, "--", folder)
 
 
 def inspect(file):
     with tempfile.TemporaryDirectory() as work:
         output = pathlib.Path(work, "found.json")
-        blender(file, "-P", HERE / "inspect_blend.py", "--", output)
+        run_blender(file, "-P", HERE / "inspect_blend.py", "--", output)
         found = json.loads(output.read_text())
     for path in found["blend_paths"]:
         seen = any(reference["path"] == os.path.abspath(path) for reference in found["references"])
