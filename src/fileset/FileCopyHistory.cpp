@@ -52,13 +52,20 @@ bool FileCopyHistory::Save()
     if (m_added.isEmpty() && m_updated.isEmpty())
         return true;
     const std::shared_ptr<SyncDatabase> database = GetDatabase();
-    const bool saved
-        = database && database->AddAndUpdateFileCopyHistory(m_added.values(), m_updated.values());
+    const bool saved =
+        database && database->AddAndUpdateFileCopyHistory(m_added.values(), m_updated.values());
     m_history.insert(m_added);
     m_history.insert(m_updated);
     m_added.clear();
     m_updated.clear();
     return saved;
+}
+
+bool FileCopyHistory::DeleteAll()
+{
+    const int authenticationId = GetAuthenticationId();
+    const std::shared_ptr<SyncDatabase> database = GetDatabase();
+    return database && database->DeleteAllFileCopyHistory(authenticationId);
 }
 
 } // namespace Halvern::FileLink

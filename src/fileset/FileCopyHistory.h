@@ -29,6 +29,8 @@ public:
     bool AddOrUpdate(const FileMappingPointer& mapping);
     /// False when the database refused; the entries count as saved even then.
     bool Save();
+    /// Deletes the current user's history from the database. What is in memory stays.
+    static bool DeleteAll();
 
 private:
     using Entries = QHash<QString, FileMappingPointer>;

@@ -42,7 +42,7 @@ FileSetImp::NodeList FileSetImp::GetFileLinkHierarchy(bool useSourceLinks) const
         root->SetTargetBaseFolder(baseFolder);
         root->SetGraph(graph);
         roots.append(root);
-        ReportCycles(root, remaining);
+        CreateFileLinkHierarchy(root, remaining);
     }
     if (remaining <= 0)
         FILELINK_LOG(LogLevel::Info,
@@ -50,7 +50,7 @@ FileSetImp::NodeList FileSetImp::GetFileLinkHierarchy(bool useSourceLinks) const
     return roots;
 }
 
-void FileSetImp::ReportCycles(const NodePointer& root, int& remaining)
+void FileSetImp::CreateFileLinkHierarchy(const NodePointer& root, int& remaining)
 {
     struct Frame
     {

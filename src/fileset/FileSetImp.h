@@ -59,7 +59,8 @@ public:
     void ChangeSourceFileLinks(const QString& from, const QString& to);
 
 private:
-    static void ReportCycles(const NodePointer& root, int& remaining);
+    /// Makes a tree as far as there are cycles in it, and reports those.
+    static void CreateFileLinkHierarchy(const NodePointer& root, int& remaining);
     static void CollectOrphanedLinkedFiles(const FileMappingPointer& mapping,
                                            const LinkGraph& graph, FileMappingList& removal,
                                            QSet<const FileMapping*>& removed);

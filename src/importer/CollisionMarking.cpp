@@ -17,6 +17,32 @@ bool HasChangedSince(const QString& path, const QDateTime& recorded)
     return !IsSameSecond(QFileInfo(path).lastModified(), recorded);
 }
 
+/// A file that is its own target or is missing is copied nowhere.
+bool MarkWhatIsNotCopied(FileMapping& mapping)
+{
+    const bool isInPlace = mapping.AreSourceAndTargetSame();
+    if (!isInPlace && QFile::exists(mapping.GetSourceFile()))
+        return false;
+    mapping.SetFlag(isInPlace ? FileMapping::SameSourceAndTarget : FileMapping::SourceMissing,
+                    true);
+    return true;
+}
+
+/// Compares a linked file and its earlier copy with what was recorded then; true when neither has
+/// changed. The file goes back to the place of its copy, unless it is the only one that changed.
+bool MarkAgainstHistory(FileMapping& mapping, const FileMapping& earlier)
+{
+    const QString target = earlier.GetTargetFile();
+    const bool targetChanged = HasChangedSince(target, earlier.GetTargetFileLastModified());
+    const bool sourceChanged =
+        HasChangedSince(mapping.GetSourceFile(), earlier.GetSourceFileLastModified());
+    if (targetChanged || !sourceChanged)
+        mapping.SetTargetFile(target, true);
+    const bool changed = targetChanged || sourceChanged;
+    mapping.SetFlag(changed ? FileMapping::Collision : FileMapping::Unchanged, true);
+    return !changed;
+}
+
 } // namespace
 
 bool FileLinkImporterImp::MarkCollisions()
@@ -42,14 +68,9 @@ bool FileLinkImporterImp::MarkCollisions(const FileMappingPointer& mapping)
         return true;
     if (mapping->GetTargetFile().isEmpty())
         return false;
-    if (mapping->AreSourceAndTargetSame()) {
-        mapping->SetFlag(FileMapping::SameSourceAndTarget, true);
+    if (MarkWhatIsNotCopied(*mapping))
         return true;
-    }
-    if (!QFile::exists(source)) {
-        mapping->SetFlag(FileMapping::SourceMissing, true);
-        return true;
-    }
+    const int authenticationId = GetAuthenticationId();
     mapping->SetFlag(FileMapping::Collision | FileMapping::Unchanged, false);
     if (!mapping->ExistsInTarget())
         return true;
@@ -57,40 +78,21 @@ bool FileLinkImporterImp::MarkCollisions(const FileMappingPointer& mapping)
         mapping->SetFlag(FileMapping::Collision, true);
         return true;
     }
-    return MarkLinkedFile(mapping);
-}
-
-bool FileLinkImporterImp::MarkLinkedFile(const FileMappingPointer& mapping)
-{
-    const QString source = mapping->GetSourceFile();
-    const FileMappingPointer earlier = m_copyHistory->Find(source, GetAuthenticationId());
+    const FileMappingPointer earlier = m_copyHistory->Find(source, authenticationId);
     if (CheckIfCanceled())
         return false;
     if (!earlier || !earlier->HasTargetFile()) {
         mapping->SetFlag(FileMapping::Collision, true);
         return true;
     }
-    const QString target = earlier->GetTargetFile();
-    const bool targetChanged = HasChangedSince(target, earlier->GetTargetFileLastModified());
-    const bool sourceChanged = HasChangedSince(source, earlier->GetSourceFileLastModified());
-    if (targetChanged)
-        mapping->SetTargetFile(target, true);
-    if (targetChanged || sourceChanged) {
-        mapping->SetFlag(FileMapping::Collision, true);
-        FILELINK_LOG(LogLevel::Info,
-                     QStringLiteral("File %1 was copied last time as %2. Source or target file has "
-                                    "changed since then.")
-                         .arg(source)
-                         .arg(target));
-        return true;
-    }
-    mapping->SetTargetFile(target, true);
-    mapping->SetFlag(FileMapping::Unchanged, true);
+    const bool unchanged = MarkAgainstHistory(*mapping, *earlier);
     FILELINK_LOG(LogLevel::Info,
-                 QStringLiteral("File %1 was copied last time as %2. Source and target files have "
-                                "not changed since then.")
+                 (unchanged ? QStringLiteral("File %1 was copied last time as %2. Source and "
+                                             "target files have not changed since then.")
+                            : QStringLiteral("File %1 was copied last time as %2. Source or "
+                                             "target file has changed since then."))
                      .arg(source)
-                     .arg(target));
+                     .arg(earlier->GetTargetFile()));
     return true;
 }
 

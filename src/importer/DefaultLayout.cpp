@@ -27,7 +27,7 @@ bool FileLinkImporterImp::AssignDefaultTargetPaths(const NodePointer& parent,
 {
     if (!parent || !parent->Mapping())
         return false;
-    if (!IsLocalPath(parent->SourceFile()) || !parent->HasTargetFile())
+    if (!IsLocalPath(parent->SourceFile()))
         return true;
     // A second visit finds every file below with its target. A node that closes a cycle shows
     // nothing below it, so that it does not count as a visit.
@@ -39,36 +39,40 @@ bool FileLinkImporterImp::AssignDefaultTargetPaths(const NodePointer& parent,
     for (const NodePointer& child : parent->Children()) {
         if (CheckIfCanceled())
             return false;
-        AssignDefaultTargetPath(*parent, *child);
+        if (AssignDefaultTargetPath(*parent, *child))
+            FILELINK_LOG(LogLevel::Info,
+                         QStringLiteral("Target path not set by plugin for file %1. Setting "
+                                        "default target path %2.")
+                             .arg(child->SourceFile())
+                             .arg(child->TargetFile()));
         if (!AssignDefaultTargetPaths(child, visited))
             return false;
     }
     return true;
 }
 
-void FileLinkImporterImp::AssignDefaultTargetPath(const FileMappingRef& parent,
+/// False for a file that keeps its target or gets none.
+bool FileLinkImporterImp::AssignDefaultTargetPath(const FileMappingRef& parent,
                                                   FileMappingRef& child)
 {
     const QString source = child.SourceFile();
-    if (child.HasTargetFile() || !IsLocalPath(source)
-        || child.Mapping()->HasFlag(FileMapping::NotFilePath))
-        return;
+    if (child.HasTargetFile() || !IsLocalPath(source) ||
+        child.Mapping()->HasFlag(FileMapping::NotFilePath))
+        return false;
     const QFileInfo info(source);
     const QString folder = info.absolutePath();
-    const QString targetFolder = QFileInfo(parent.TargetFile()).absolutePath();
-    const bool isNeighbour
-        = folder.compare(QFileInfo(parent.SourceFile()).absolutePath(), Qt::CaseInsensitive) == 0;
-    const QString path
-        = isNeighbour
-        ? QStringLiteral("%1/%2").arg(targetFolder, info.fileName())
-        : QStringLiteral("%1/%2/%3").arg(targetFolder, QDir(folder).dirName(), info.fileName());
-    const QString target = child.ResolveTargetPath(QDir::cleanPath(path));
-    child.Mapping()->SetTargetFile(target, false);
-    FILELINK_LOG(
-        LogLevel::Info,
-        QStringLiteral("Target path not set by plugin for file %1. Setting default target path %2.")
-            .arg(source)
-            .arg(target));
+    const bool isNeighbour =
+        folder.compare(QFileInfo(parent.SourceFile()).absolutePath(), Qt::CaseInsensitive) == 0;
+    // A root folder has no name.
+    const QString folderName = isNeighbour ? QString() : QDir(folder).dirName();
+    QString path = folderName.isEmpty() ? info.fileName()
+                                        : QStringLiteral("%1/%2").arg(folderName, info.fileName());
+    // What a file without a target links lands in the cloud cache folder itself.
+    const QString parentTarget = parent.TargetFile();
+    if (!parentTarget.isEmpty())
+        path = QStringLiteral("%1/%2").arg(QFileInfo(parentTarget).absolutePath(), path);
+    child.Mapping()->SetTargetFile(child.ResolveTargetPath(QDir::cleanPath(path)), false);
+    return true;
 }
 
 } // namespace Halvern::FileLink

@@ -128,9 +128,8 @@ private:
     bool AssignPluginTargetPaths(const NodePointer& node);
     bool AssignDefaultTargetPaths();
     bool AssignDefaultTargetPaths(const NodePointer& parent, QSet<const FileMapping*>& visited);
-    void AssignDefaultTargetPath(const FileMappingRef& parent, FileMappingRef& child);
+    static bool AssignDefaultTargetPath(const FileMappingRef& parent, FileMappingRef& child);
 
-    bool MarkLinkedFile(const FileMappingPointer& mapping);
     FileMappingFlag DecideCollision(const FileMapping& mapping) const;
 
     bool CopyAll(const FileMappingList& files, bool move, CopyCounters& counters);

@@ -1,5 +1,6 @@
 #include "filelink/FileLinkManager.h"
 
+#include "fileset/FileCopyHistory.h"
 #include "plugins/PluginManager.h"
 #include "support/Platform.h"
 #include "syncservices/FolderManager.h"
@@ -11,7 +12,7 @@ using SyncServices::SyncManager;
 
 struct FileLinkManager::Holder
 {
-    PluginManager plugins;
+    std::unique_ptr<PluginManager> plugins = std::make_unique<PluginManager>();
 };
 
 /// The process's one file link manager and how often it was asked for.
@@ -21,6 +22,7 @@ public:
     static void Create() { s_instance = new FileLinkManager; }
     static void Destroy()
     {
+        s_instance->m_holder->plugins.reset();
         s_instance->m_holder.reset();
         delete s_instance;
         s_instance = nullptr;
@@ -28,7 +30,7 @@ public:
     static FileLinkManager* Instance() { return s_instance; }
     static PluginManager* Plugins()
     {
-        return s_instance && s_instance->m_holder ? &s_instance->m_holder->plugins : nullptr;
+        return s_instance && s_instance->m_holder ? s_instance->m_holder->plugins.get() : nullptr;
     }
 
     static inline int s_count = 0;
@@ -72,19 +74,19 @@ FileLinkManager* FileLinkManager::GetInstance()
 
 void FileLinkManager::AddPluginSearchPaths(const QStringList& paths)
 {
-    m_holder->plugins.AddPluginSearchPaths(paths);
+    m_holder->plugins->AddPluginSearchPaths(paths);
 }
 
 void FileLinkManager::AddPluginRegistrationFolders(const QStringList& folders)
 {
-    m_holder->plugins.AddRegistrationFolders(folders);
+    m_holder->plugins->AddRegistrationFolders(folders);
 }
 
 QList<PluginDescription> FileLinkManager::GetPlugins()
 {
-    m_holder->plugins.EnsureRegistered();
+    m_holder->plugins->EnsureRegistered();
     QList<PluginDescription> descriptions;
-    for (const Plugin* plugin : m_holder->plugins.Plugins())
+    for (const Plugin* plugin : m_holder->plugins->Plugins())
         descriptions.append({plugin->GetName(), plugin->GetModule(),
                              GetPluginTypeName(plugin->GetType()), plugin->GetFileTypes(),
                              plugin->GetPriority()});
@@ -93,9 +95,9 @@ QList<PluginDescription> FileLinkManager::GetPlugins()
 
 bool FileLinkManager::LoadPlugin(const QString& module, QString* error)
 {
-    m_holder->plugins.EnsureRegistered();
+    m_holder->plugins->EnsureRegistered();
     QString reason;
-    if (Plugin* plugin = m_holder->plugins.FindPluginByModule(module)) {
+    if (Plugin* plugin = m_holder->plugins->FindPluginByModule(module)) {
         if (plugin->TryService())
             return true;
         reason = plugin->GetLastError();
@@ -109,14 +111,12 @@ bool FileLinkManager::LoadPlugin(const QString& module, QString* error)
 
 bool FileLinkManager::UnloadAllPlugins()
 {
-    return m_holder->plugins.UnloadAllPlugins();
+    return m_holder->plugins->UnloadAllPlugins();
 }
 
 bool FileLinkManager::DeleteFileCopyHistory()
 {
-    const int configurationId = GetAuthenticationId();
-    const std::shared_ptr<SyncDatabase> database = GetDatabase();
-    return database && database->DeleteAllFileCopyHistory(configurationId);
+    return FileCopyHistory::DeleteAll();
 }
 
 } // namespace Halvern::FileLink

@@ -110,16 +110,17 @@ TEST_F(DefaultLayout, AWebAddressGetsNoTarget)
     EXPECT_EQ(TargetOf(u"src/b.tlk"_s), u"cloud/F/b.tlk"_s);
 }
 
-TEST_F(DefaultLayout, AMemberThatIsNoFilePathGetsNoTargetAndPlacesNothing)
+TEST_F(DefaultLayout, WhatAFileWithoutATargetLinksGoesToTheCloudCacheFolderItself)
 {
     Assembly(u"src/a.tasm"_s, {u"1 b.tasm"_s});
-    Assembly(u"src/b.tasm"_s, {u"1 c.tlk"_s});
-    tree.File(u"src/c.tlk"_s);
+    Assembly(u"src/b.tasm"_s, {u"1 c.tlk"_s, u"2 lib/d.tlk"_s});
+    tree.File(u"src/c.tlk"_s).File(u"src/lib/d.tlk"_s);
     ASSERT_TRUE(Extract({u"a.tasm"_s}));
     Member(importer, u"src/b.tasm"_s)->SetFlag(FileMapping::NotFilePath, true);
     ASSERT_TRUE(importer.AssignTargetPaths());
     EXPECT_EQ(TargetOf(u"src/b.tasm"_s), QString());
-    EXPECT_EQ(TargetOf(u"src/c.tlk"_s), QString());
+    EXPECT_EQ(TargetOf(u"src/c.tlk"_s), u"cloud/c.tlk"_s);
+    EXPECT_EQ(TargetOf(u"src/lib/d.tlk"_s), u"cloud/lib/d.tlk"_s);
 }
 
 TEST_F(DefaultLayout, ASetWithoutSupportedFilesIsLeftAloneSilently)
