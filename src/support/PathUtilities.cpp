@@ -98,6 +98,14 @@ bool IsUncPath(const QString& path)
     return path.size() >= 2 && isSlash(path[0]) && isSlash(path[1]);
 }
 
+bool IsShareRoot(const QString& path)
+{
+    if (!IsUncPath(path))
+        return false;
+    QString names = path.mid(2);
+    return names.replace(u'\\', u'/').split(u'/', Qt::SkipEmptyParts).size() <= 2;
+}
+
 bool IsAbsolutePath(const QString& path)
 {
     return path.contains(u':') || IsUncPath(path) || IsPosixAbsolutePath(path);

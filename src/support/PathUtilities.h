@@ -11,6 +11,8 @@ namespace Halvern::FileLink {
 
 /// The first two characters are two slashes (backslashes count as slashes): a network path.
 bool IsUncPath(const QString& path);
+/// A network path that names a server, or a server and a share, and nothing in it.
+bool IsShareRoot(const QString& path);
 /// Not relative: holds a ":" or is a network path; on POSIX also one that begins with "/".
 bool IsAbsolutePath(const QString& path);
 /// Not URL-like: no ":" at index 2 or later. On POSIX a path that begins with one "/" is local
