@@ -91,6 +91,17 @@ TEST_F(MarkedBefore, WhatAFileWithAnUncleanTargetLinksGetsACleanOne)
     EXPECT_EQ(Short(Member(importer, u"src/b.tlk"_s)->GetTargetFile()), u"elsewhere/b.tlk"_s);
 }
 
+TEST_F(MarkedBefore, WhatAFileDirectlyBelowTheRootLinksGetsACleanTargetThere)
+{
+    const FileMappingPointer a = Make(u"src/a.tasm"_s, {}, FileMapping::Selected);
+    const FileMappingPointer b = Make(u"src/b.tlk"_s, {});
+    a->SetTargetFile(QDir::rootPath() + u"a.tasm"_s, true);
+    Link(a, u"b.tlk"_s);
+    MakeSet({a, b});
+    ASSERT_TRUE(importer.AssignTargetPaths());
+    EXPECT_EQ(b->GetTargetFile(), QDir::rootPath() + u"b.tlk"_s);
+}
+
 TEST_F(MarkedBefore, AFileThatOnlyClosedACycleIsStillLaidOutWhereItIsReachedAgain)
 {
     // Two members of one path: links lead to the first, but the second one is selected.
