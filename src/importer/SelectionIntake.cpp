@@ -29,8 +29,8 @@ bool IsDirectory(const QString& path)
 bool CanBeImported(const QString& path)
 {
     const QFileInfo info(path);
-    return !(info.isSymLink() && info.isDir()) && !IsInCloudCacheFolder(path) && !info.isRoot()
-        && !IsShareRoot(path);
+    return !(info.isSymLink() && info.isDir()) && !IsInCloudCacheFolder(path) && !info.isRoot() &&
+           !IsShareRoot(path);
 }
 
 bool TargetFits(qsizetype sourceCount, const QString& target)
