@@ -64,6 +64,8 @@ void AppendUtf16(WideString& text, char32_t code)
     text.push_back(static_cast<Unit>(0xDC00 + ((code - 0x10000) & 0x3FFU)));
 }
 
+} // namespace
+
 void AppendUtf8(std::string& text, char32_t code)
 {
     const auto tail = [&](int shift) {
@@ -85,8 +87,6 @@ void AppendUtf8(std::string& text, char32_t code)
         tail(0);
     }
 }
-
-} // namespace
 
 std::optional<std::string> ToUtf8(WideView text)
 {
@@ -137,6 +137,16 @@ bool IsUtf8(std::string_view text)
             return false;
     }
     return true;
+}
+
+std::string Utf8OrLatin1(std::string_view bytes)
+{
+    if (IsUtf8(bytes))
+        return std::string(bytes);
+    std::string text;
+    for (const char byte : bytes)
+        AppendUtf8(text, static_cast<unsigned char>(byte));
+    return text;
 }
 
 std::filesystem::path PathFromUtf8(std::string_view text)

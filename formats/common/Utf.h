@@ -20,6 +20,10 @@ std::optional<WideString> ToUtf16(std::string_view text);
 /// For messages: what is no UTF-8 becomes U+FFFD.
 WideString ToUtf16Lossy(std::string_view text);
 bool IsUtf8(std::string_view text);
+/// Text as UTF-8: bytes that are none are taken for Latin-1, which programs for Windows used to
+/// write.
+std::string Utf8OrLatin1(std::string_view bytes);
+void AppendUtf8(std::string& text, char32_t code);
 
 /// The file that UTF-8 text names.
 std::filesystem::path PathFromUtf8(std::string_view text);

@@ -1,6 +1,7 @@
 #include "ScadLexer.h"
 
 #include "common/FormatError.h"
+#include "common/Utf.h"
 
 #include <algorithm>
 
@@ -38,26 +39,12 @@ void Append(Token& token, char c)
         token.isCut = true;
 }
 
-void AppendUtf8(Token& token, std::uint32_t code)
+void AppendCode(Token& token, char32_t code)
 {
-    const auto tail = [&](unsigned shift) {
-        Append(token, static_cast<char>(0x80U | ((code >> shift) & 0x3FU)));
-    };
-    if (code < 0x80) {
-        Append(token, static_cast<char>(code));
-    } else if (code < 0x800) {
-        Append(token, static_cast<char>(0xC0U | (code >> 6)));
-        tail(0);
-    } else if (code < 0x10000) {
-        Append(token, static_cast<char>(0xE0U | (code >> 12)));
-        tail(6);
-        tail(0);
-    } else {
-        Append(token, static_cast<char>(0xF0U | ((code >> 18) & 0x07U)));
-        tail(12);
-        tail(6);
-        tail(0);
-    }
+    std::string bytes;
+    AppendUtf8(bytes, code);
+    for (const char byte : bytes)
+        Append(token, byte);
 }
 
 std::uint64_t MarkSize(const InputFile& file)
@@ -175,16 +162,16 @@ void ScadLexer::ReadEscape(Token& token)
 
 void ScadLexer::ReadCode(Token& token, int digits)
 {
-    std::uint32_t code = 0;
+    char32_t code = 0;
     for (int i = 0; i < digits; ++i) {
         const std::optional<char> c = m_scanner.Peek();
         const int digit = c ? DigitOf(*c) : -1;
         if (digit < 0)
             break;
-        code = code * 16 + static_cast<std::uint32_t>(digit);
+        code = code * 16 + static_cast<char32_t>(digit);
         m_scanner.Next();
     }
-    AppendUtf8(token, code);
+    AppendCode(token, code);
 }
 
 Token ScadLexer::ReadName()

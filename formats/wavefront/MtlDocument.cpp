@@ -1,5 +1,7 @@
 #include "MtlDocument.h"
 
+#include "common/Utf.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -91,7 +93,7 @@ NameStart StartOfName(const Statement& statement, const std::vector<Word>& words
 /// A name as the first part of an id, which has a limit.
 std::string MaterialId(std::string_view name)
 {
-    std::string id = TextOf(name);
+    std::string id = Utf8OrLatin1(name);
     std::replace_if(
         id.begin(), id.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, '?');
     if (id.size() > MaxMaterialName) {

@@ -49,23 +49,6 @@ bool NamesExistingFile(std::string_view path, const std::filesystem::path& folde
            std::filesystem::is_regular_file(folder / PathFromUtf8(path), ignored);
 }
 
-std::string TextOf(std::string_view bytes)
-{
-    if (IsUtf8(bytes))
-        return std::string(bytes);
-    std::string text;
-    for (const char byte : bytes) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code < 0x80) {
-            text.push_back(byte);
-        } else {
-            text.push_back(static_cast<char>(0xC0U | (code >> 6)));
-            text.push_back(static_cast<char>(0x80U | (code & 0x3FU)));
-        }
-    }
-    return text;
-}
-
 void RequireFitsLine(std::string_view path)
 {
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
@@ -119,7 +102,7 @@ std::string NamingStatement::PathOf(NameSpan span, const std::filesystem::path& 
     std::string_view raw = Raw(span);
     if (IsQuoted(raw))
         raw = raw.substr(1, raw.size() - 2);
-    std::string path = TextOf(raw);
+    std::string path = Utf8OrLatin1(raw);
     if (path.find('\\') != std::string::npos && !NamesExistingFile(path, folder))
         std::replace(path.begin(), path.end(), '\\', '/');
     return path;

@@ -52,9 +52,6 @@ private:
 
 bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder);
 
-/// Text as UTF-8: bytes that are none are Latin-1, which programs for Windows used to write.
-std::string TextOf(std::string_view bytes);
-
 /// Throws a FormatError for a path that cannot stand at the end of a line.
 void RequireFitsLine(std::string_view path);
 

@@ -118,4 +118,12 @@ TEST(TextEdits, EditsThatOverlapOrLieOutsideAreRefused)
     EXPECT_THROW(ApplyEdits("abcd", {{3, 2, ""}}), std::invalid_argument);
 }
 
+TEST(Utf, BytesThatAreNoUtf8AreReadAsLatin1)
+{
+    EXPECT_EQ(Utf8OrLatin1("Höhe 木"), "Höhe 木");
+    EXPECT_EQ(Utf8OrLatin1("H\xF6he"), "Höhe");
+    EXPECT_EQ(Utf8OrLatin1("\x80\xFF"), "\u0080ÿ");
+    EXPECT_EQ(Utf8OrLatin1(""), "");
+}
+
 } // namespace Halvern::Formats

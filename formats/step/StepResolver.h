@@ -1,0 +1,14 @@
+#pragma once
+
+#include "common/DocumentResolver.h"
+
+namespace Halvern::Formats::Step {
+
+/// Reads and rewrites the names of files in STEP exchange files (ISO 10303-21).
+class StepResolver : public DocumentResolver
+{
+public:
+    StepResolver();
+};
+
+} // namespace Halvern::Formats::Step
