@@ -5,14 +5,18 @@
 
 #include "common/Utf.h"
 
+#include <algorithm>
+
 namespace Halvern::Formats::Wavefront {
 
 namespace {
 
 std::unique_ptr<Document> Open(const std::filesystem::path& file)
 {
-    const std::string extension = PathToUtf8(file.extension());
-    if (extension == ".mtl" || extension == ".MTL" || extension == ".Mtl")
+    std::string extension = PathToUtf8(file.extension());
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    if (extension == ".mtl")
         return std::make_unique<MtlDocument>(file);
     return std::make_unique<ObjDocument>(file);
 }

@@ -4,7 +4,7 @@ import pathlib
 import subprocess
 import tempfile
 
-LIBRARIES = pathlib.Path("/usr/lib/x86_64-linux-gnu")
+LIBRARIES = pathlib.Path("/usr/lib")
 
 
 def command(script, place):
@@ -14,7 +14,7 @@ def command(script, place):
     """
     names = place / "libraries"
     names.mkdir()
-    for library in LIBRARIES.glob("libTK*.so.7"):
+    for library in LIBRARIES.glob("*/libTK*.so.7"):
         (names / library.name.removesuffix(".7")).symlink_to(library)
     file = place / "script.tcl"
     file.write_text("pload MODELING XDE OCAF\n" + script)
