@@ -117,8 +117,7 @@ private:
         if (name != "url" || m_at == m_css.size() || m_css[m_at] != '(')
             return;
         ++m_at;
-        while (m_at < m_css.size() && IsBlank(m_css[m_at]))
-            ++m_at;
+        SkipBlanks();
         const std::string_view kind = m_import ? "@import" : "url";
         if (m_at < m_css.size() && (m_css[m_at] == '"' || m_css[m_at] == '\''))
             String(kind);
@@ -126,33 +125,59 @@ private:
             Bare(kind);
     }
 
-    /// From the opening quotation mark on; a link when it has a kind.
+    /// From the opening quotation mark on; a link when it has a kind. A line that ends inside a
+    /// string makes it none.
     void String(std::string_view kind)
     {
         const char quote = m_css[m_at++];
-        Take(kind, [quote](char c) { return c == quote || IsLineEnd(c); });
-        ++m_at;
+        const std::size_t begin = m_at;
+        std::string value = TakeUntil([quote](char c) { return c == quote || IsLineEnd(c); });
+        const std::size_t end = m_at;
+        if (end == m_css.size() || m_css[end] == quote)
+            Add(kind, std::move(value), begin, end);
+        m_at = std::min(end + 1, m_css.size());
     }
 
+    /// Blanks should be escaped there, but Inkscape writes and takes them as they are.
     void Bare(std::string_view kind)
     {
-        Take(kind, [](char c) { return c == ')' || IsBlank(c); });
+        const std::size_t begin = m_at;
+        std::string value = TakeUntil([](char c) { return c == ')' || IsLineEnd(c); });
+        std::size_t end = m_at;
+        SkipBlanks();
+        if (m_at < m_css.size() && m_css[m_at] != ')')
+            return;
+        for (; end > std::max(begin, m_escapeEnd) && IsBlank(m_css[end - 1]); --end)
+            value.pop_back();
+        Add(kind, std::move(value), begin, end);
+    }
+
+    void SkipBlanks()
+    {
+        while (m_at < m_css.size() && IsBlank(m_css[m_at]))
+            ++m_at;
     }
 
     template <typename IsEnd>
-    void Take(std::string_view kind, IsEnd isEnd)
+    std::string TakeUntil(IsEnd isEnd)
     {
-        const std::size_t begin = m_at;
         std::string value;
         while (m_at < m_css.size() && !isEnd(m_css[m_at])) {
-            if (m_css[m_at] == '\\')
-                value += TakeEscape();
-            else
+            if (m_css[m_at] != '\\') {
                 value += m_css[m_at++];
+                continue;
+            }
+            value += TakeEscape();
+            m_escapeEnd = m_at;
         }
+        return value;
+    }
+
+    void Add(std::string_view kind, std::string value, std::size_t begin, std::size_t end)
+    {
         if (kind.empty() || m_namespace)
             return;
-        m_links.push_back({kind, std::move(value), begin, m_at});
+        m_links.push_back({kind, std::move(value), begin, end});
         m_import = false; // what follows are conditions
     }
 
@@ -175,6 +200,8 @@ private:
 
     std::string_view m_css;
     std::size_t m_at = 0;
+    /// Behind the last escape: a blank in front of it belongs to a name.
+    std::size_t m_escapeEnd = 0;
     bool m_import = false;
     bool m_namespace = false;
     std::vector<CssLink> m_links;

@@ -67,7 +67,7 @@ public:
         } else { // parts of it come from the document type: there is no way to change just some
                  // bytes
             reference.span = {text.places.front(), text.places.back()};
-            reference.suffix = uri.substr(part.end);
+            reference.suffix = SuffixOf(uri);
         }
         return &reference;
     }
@@ -83,7 +83,7 @@ public:
             UriReference& reference = Add(name, path, css.places[link.begin]);
             reference.place = UriReference::Place::StyleSheet;
             reference.span = {css.places[link.begin], css.places[link.end]};
-            reference.suffix = link.uri.substr(part.end);
+            reference.suffix = SuffixOf(link.uri);
         }
     }
 

@@ -13,6 +13,8 @@ namespace Halvern::Formats::Svg {
 
 namespace {
 
+constexpr std::string_view Blanks = " \t\r\n\f";
+
 bool Exists(const std::filesystem::path& file)
 {
     std::error_code ignored;
@@ -23,11 +25,16 @@ bool Exists(const std::filesystem::path& file)
 
 Span PathPart(std::string_view uri)
 {
-    constexpr std::string_view blanks = " \t\r\n\f";
-    const std::size_t begin = std::min(uri.find_first_not_of(blanks), uri.size());
+    const std::size_t begin = std::min(uri.find_first_not_of(Blanks), uri.size());
     const std::size_t end = std::min(uri.find_first_of("#?", begin), uri.size());
-    const std::size_t last = uri.find_last_not_of(blanks, end == 0 ? 0 : end - 1);
+    const std::size_t last = uri.find_last_not_of(Blanks, end == 0 ? 0 : end - 1);
     return {begin, end == begin || last == std::string_view::npos ? begin : last + 1};
+}
+
+std::string_view SuffixOf(std::string_view uri)
+{
+    const std::string_view suffix = uri.substr(std::min(uri.find_first_of("#?"), uri.size()));
+    return suffix.substr(0, suffix.find_last_not_of(Blanks) + 1);
 }
 
 std::string IdCounter::Next(const std::string& id)

@@ -43,6 +43,9 @@ struct UriReference
 /// How much of an address names the file: blanks around it, a fragment and a query do not.
 Span PathPart(std::string_view uri);
 
+/// The query and the fragment of an address, with their marks; empty when it has none.
+std::string_view SuffixOf(std::string_view uri);
+
 /// Numbers the references that would have equal ids: "image/href", "image/href#2".
 class IdCounter
 {

@@ -26,6 +26,13 @@ TEST(CssLinks, AddressesAreFoundBetweenQuotationMarksOfEitherKindAndWithout)
               "url a.svg#g {a.svg#g} url b c.png {b c.png} url d.png {d.png} url e.png {e.png} ");
 }
 
+TEST(CssLinks, AnAddressWithBlanksAndWithoutQuotationMarksEndsAtTheBracket)
+{
+    EXPECT_EQ(Found("fill:url( li b.svg#g \n) blue; x:url(a\\  ) y:url()"),
+              "url li b.svg#g {li b.svg#g} url a  {a\\ } url  {} ");
+    EXPECT_EQ(Found("a:url(b\nc) d:url('e\n) g:url(h.png"), "url h.png {h.png} ");
+}
+
 TEST(CssLinks, ImportsAreFoundAndWhatFollowsThemIsNone)
 {
     EXPECT_EQ(

@@ -40,6 +40,14 @@ TEST_F(SvgRewriter, AddressesInStylesAreRewrittenWhereverTheyStand)
         EXPECT_TRUE(Read(m_file).contains(link)) << link.first.toStdString();
 }
 
+TEST_F(SvgRewriter, BlanksBeforeAFragmentDoNotBecomePartOfTheName)
+{
+    EXPECT_EQ(
+        Rewritten("<rect style='fill:url( \"o.svg #g \" )'/>", {L(u"rect/style/url", u"n.svg")}),
+        "<rect style='fill:url( \"n.svg#g\" )'/>");
+    EXPECT_EQ(Read(m_file), (Links{L(u"rect/style/url", u"n.svg")}));
+}
+
 TEST_F(SvgRewriter, LinkedStyleSheetsAreRewritten)
 {
     const QByteArray before =
