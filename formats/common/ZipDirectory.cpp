@@ -171,6 +171,20 @@ std::uint64_t ZipDirectory::DescriptorSize(const InputFile& file, const ZipEntry
     return file.Read(at, magic.size()) == magic ? bare + magic.size() : bare;
 }
 
+/// Readers of streams believe the local header, others the directory. Versions and times may
+/// differ: some programs write them so.
+void ZipDirectory::CheckAgreement(std::string_view localHeader, const ZipEntry& entry) const
+{
+    constexpr std::size_t checksumAndSizes = 12;
+    const std::string_view record = std::string_view(m_records).substr(entry.recordOffset);
+    const bool sameDescriptor = ((ZipShort(localHeader, 6) ^ entry.flags) & 0x0008U) == 0;
+    const bool sameMethod = ZipShort(localHeader, 8) == entry.method;
+    const bool sameSizes = entry.HasDescriptor() || localHeader.substr(14, checksumAndSizes) ==
+                                                        record.substr(16, checksumAndSizes);
+    if (!sameDescriptor || !sameMethod || !sameSizes)
+        throw FormatError("the directory has another description of " + entry.name, entry.offset);
+}
+
 void ZipDirectory::FindPlaces(const InputFile& file)
 {
     std::vector<ZipEntry*> inOrder;
@@ -184,7 +198,9 @@ void ZipDirectory::FindPlaces(const InputFile& file)
             throw FormatError("two entries overlap", entry->offset);
         if (entry->offset >= m_recordsOffset)
             throw FormatError("an entry lies behind the directory", entry->offset);
-        entry->dataOffset = entry->offset + ReadLocalHeader(file, *entry).size();
+        const std::string header = ReadLocalHeader(file, *entry);
+        CheckAgreement(header, *entry);
+        entry->dataOffset = entry->offset + header.size();
         free = entry->dataOffset + entry->compressedSize + DescriptorSize(file, *entry);
         if (free > m_recordsOffset)
             throw FormatError("an entry reaches into the directory", entry->offset);

@@ -54,6 +54,7 @@ private:
     void ReadRecords(const InputFile& file);
     std::size_t AddEntry(std::size_t at);
     void CheckNames() const;
+    void CheckAgreement(std::string_view localHeader, const ZipEntry& entry) const;
     std::uint64_t DescriptorSize(const InputFile& file, const ZipEntry& entry) const;
     void FindPlaces(const InputFile& file);
 

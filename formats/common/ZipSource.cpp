@@ -119,7 +119,7 @@ zip* OpenZip(const InputFile& file)
     if (!source)
         error.Throw();
     static_cast<void>(bytes.release()); // the source owns it now
-    zip* archive = zip_open_from_source(source, ZIP_RDONLY | ZIP_CHECKCONS, &error.error);
+    zip* archive = zip_open_from_source(source, ZIP_RDONLY, &error.error);
     if (!archive) {
         zip_source_free(source);
         error.Throw();
