@@ -2,8 +2,6 @@
 
 #include "ContentRewriter.h"
 
-#include "common/FormatError.h"
-
 namespace Halvern::Formats::Blender {
 
 BlendDocument::BlendDocument(const std::filesystem::path& path)
@@ -13,11 +11,8 @@ BlendDocument::BlendDocument(const std::filesystem::path& path)
 std::vector<DocumentLink> BlendDocument::Links() const
 {
     std::vector<DocumentLink> links;
-    for (const std::unique_ptr<StoredPath>& path : m_links.paths) {
+    for (const std::unique_ptr<StoredPath>& path : m_links.paths)
         path->AddLinks(links);
-        if (links.size() > MaxLinks)
-            throw FormatError("more than " + std::to_string(MaxLinks) + " links");
-    }
     return links;
 }
 

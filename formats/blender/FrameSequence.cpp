@@ -34,8 +34,7 @@ std::optional<std::pair<std::size_t, std::size_t>> DigitsIn(std::string_view pat
 } // namespace
 
 std::unique_ptr<StoredPath> FrameSequence::Make(const std::string& id, const StoredText& text,
-                                                FrameDigits digits,
-                                                const std::filesystem::path& folder)
+                                                FrameDigits digits, FolderNames& folders)
 {
     const std::string path = PathOfText(text.value);
     const auto place = DigitsIn(path, digits);
@@ -46,7 +45,7 @@ std::unique_ptr<StoredPath> FrameSequence::Make(const std::string& id, const Sto
     NamePattern pattern = {path.substr(0, begin), path.substr(end)};
     std::unique_ptr<FrameSequence> set(
         new FrameSequence(id, text, std::move(pattern), frame, digits));
-    set->AddPartsOnDisk(folder);
+    set->AddPartsOnDisk(folders);
     if (!set->HasParts())
         set->AddPart(frame);
     return set;

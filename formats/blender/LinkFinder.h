@@ -15,9 +15,6 @@ struct BlendLinks
     std::vector<std::unique_ptr<StoredPath>> paths;
 };
 
-/// More links than these are refused.
-inline constexpr std::size_t MaxLinks = 1'000'000;
-
 /// Goes through the file twice: the description of its structs, without which nothing can be
 /// understood, lies at the end. Memory grows with the links found and with nothing else.
 BlendLinks FindLinks(const InputFile& file);

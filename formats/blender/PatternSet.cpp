@@ -4,24 +4,10 @@
 
 #include "common/Companions.h"
 #include "common/FormatError.h"
-#include "common/LinkArray.h"
 
 #include <algorithm>
-#include <system_error>
 
 namespace Halvern::Formats::Blender {
-
-namespace {
-
-constexpr std::size_t MaxMembers = 1'000'000;
-
-std::string FileNameOf(const std::filesystem::path& file)
-{
-    const std::u8string name = file.filename().u8string();
-    return std::string(name.begin(), name.end());
-}
-
-} // namespace
 
 std::string NamePattern::With(std::string_view part) const
 {
@@ -29,27 +15,20 @@ std::string NamePattern::With(std::string_view part) const
 }
 
 /// Adds the part of every file in the set's folder whose name follows the pattern.
-void PatternSet::AddPartsOnDisk(const std::filesystem::path& folder)
+void PatternSet::AddPartsOnDisk(FolderNames& folders)
 {
-    const std::size_t name = m_pattern.before.rfind('/') + 1;
     if (m_pattern.after.find('/') != std::string::npos)
         return;
+    const std::size_t name = m_pattern.before.rfind('/') + 1;
     const std::string before = m_pattern.before.substr(name);
     const std::string& after = m_pattern.after;
-    std::error_code error;
-    std::filesystem::directory_iterator files(
-        folder / PathFromUtf8(std::string_view(m_pattern.before).substr(0, name)), error);
-    for (; !error && files != std::filesystem::directory_iterator(); files.increment(error)) {
-        const std::string file = FileNameOf(files->path());
-        if (file.size() <= before.size() + after.size() || !file.starts_with(before) ||
-            !file.ends_with(after))
+    for (const std::string& file : folders.NamesWith(m_pattern.before.substr(0, name), before)) {
+        if (file.size() <= before.size() + after.size() || !file.ends_with(after))
             continue;
         const std::string part =
             file.substr(before.size(), file.size() - before.size() - after.size());
         if (IsPart(part))
             AddPart(part);
-        if (m_parts.size() > MaxMembers)
-            throw FormatError("more than " + std::to_string(MaxMembers) + " files of " + m_id);
     }
 }
 

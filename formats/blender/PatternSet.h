@@ -1,8 +1,8 @@
 #pragma once
 
+#include "FolderNames.h"
 #include "StoredPath.h"
 
-#include <filesystem>
 #include <set>
 
 namespace Halvern::Formats::Blender {
@@ -21,6 +21,7 @@ struct NamePattern
 class PatternSet : public StoredPath
 {
 public:
+    std::size_t LinkCount() const override { return m_parts.size(); }
     void AddLinks(std::vector<DocumentLink>& links) const override;
     std::optional<std::string> UnlistedPathOf(const std::string& id) const override;
     void RequireTogether(const NewPaths& wanted) const override;
@@ -37,7 +38,7 @@ protected:
     const NamePattern& Pattern() const { return m_pattern; }
     void AddPart(const std::string& part) { m_parts.insert(part); }
     bool HasParts() const { return !m_parts.empty(); }
-    void AddPartsOnDisk(const std::filesystem::path& folder);
+    void AddPartsOnDisk(FolderNames& folders);
 
     /// True for what can stand in the place of the stored part.
     virtual bool IsPart(std::string_view part) const = 0;
@@ -65,7 +66,7 @@ public:
     /// Null when the text names no tiles.
     static std::unique_ptr<StoredPath> Make(const std::string& id, const StoredText& text,
                                             const std::vector<std::uint64_t>& tiles,
-                                            const std::filesystem::path& folder);
+                                            FolderNames& folders);
 
 protected:
     bool IsPart(std::string_view part) const override;
@@ -98,8 +99,7 @@ class FrameSequence : public PatternSet
 public:
     /// Null when the name has no digits: then it is a file like any other.
     static std::unique_ptr<StoredPath> Make(const std::string& id, const StoredText& text,
-                                            FrameDigits digits,
-                                            const std::filesystem::path& folder);
+                                            FrameDigits digits, FolderNames& folders);
 
 protected:
     bool IsPart(std::string_view part) const override;

@@ -14,6 +14,8 @@ class StoredPath
 public:
     virtual ~StoredPath() = default;
 
+    /// How many links AddLinks adds.
+    virtual std::size_t LinkCount() const = 0;
     virtual void AddLinks(std::vector<DocumentLink>& links) const = 0;
     /// For an id that AddLinks did not give, since a file of the set is not there.
     virtual std::optional<std::string> UnlistedPathOf(const std::string& /*id*/) const
@@ -34,6 +36,7 @@ class SinglePath : public StoredPath
 public:
     SinglePath(std::string id, StoredText text) : m_id(std::move(id)), m_text(std::move(text)) {}
 
+    std::size_t LinkCount() const override { return 1; }
     void AddLinks(std::vector<DocumentLink>& links) const override;
     void AddEdits(const NewPaths& paths, const MachineForm& form,
                   std::vector<FileEdit>& edits) const override;
@@ -50,6 +53,7 @@ class FolderPath : public StoredPath
 public:
     FolderPath(const std::string& id, StoredText folder, std::vector<StoredText> names);
 
+    std::size_t LinkCount() const override { return m_names.size(); }
     void AddLinks(std::vector<DocumentLink>& links) const override;
     void RequireTogether(const NewPaths& wanted) const override;
     void AddEdits(const NewPaths& paths, const MachineForm& form,

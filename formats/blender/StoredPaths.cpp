@@ -2,6 +2,8 @@
 
 #include "PatternSet.h"
 
+#include "common/FormatError.h"
+
 #include <algorithm>
 
 namespace Halvern::Formats::Blender {
@@ -47,15 +49,15 @@ bool HasFiles(const SequenceEntry& sequence)
 
 /// Null for a block that names one file.
 std::unique_ptr<StoredPath> SetOf(const DataBlock& block, const std::string& id,
-                                  const std::filesystem::path& folder)
+                                  FolderNames& folders)
 {
     if (block.type == "Image" && block.source == ImageTiled)
-        return TileSet::Make(id, block.text, block.tiles, folder);
+        return TileSet::Make(id, block.text, block.tiles, folders);
     if ((block.type == "Image" && block.source == ImageSequence) ||
         (block.type == "MovieClip" && block.source == ClipSequence))
-        return FrameSequence::Make(id, block.text, FrameDigits::Last, folder);
+        return FrameSequence::Make(id, block.text, FrameDigits::Last, folders);
     if (block.isSequence)
-        return FrameSequence::Make(id, block.text, FrameDigits::AtEnd, folder);
+        return FrameSequence::Make(id, block.text, FrameDigits::AtEnd, folders);
     return nullptr;
 }
 
@@ -77,13 +79,16 @@ std::string StoredPaths::UniqueId(const std::string& id)
 
 void StoredPaths::AddPath(std::unique_ptr<StoredPath> path, std::uint64_t sound)
 {
+    m_linkCount += path->LinkCount();
+    if (m_linkCount > MaxLinks)
+        throw FormatError("more than " + std::to_string(MaxLinks) + " links");
     m_entries.push_back({std::move(path), sound});
 }
 
 void StoredPaths::AddPathOf(const DataBlock& block)
 {
     const std::string id = UniqueId(block.name);
-    std::unique_ptr<StoredPath> path = SetOf(block, id, m_folder);
+    std::unique_ptr<StoredPath> path = SetOf(block, id, m_folders);
     if (!path)
         path = std::make_unique<SinglePath>(id, block.text);
     AddPath(std::move(path));

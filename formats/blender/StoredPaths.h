@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DataBlock.h"
+#include "FolderNames.h"
 #include "StoredPath.h"
 
 #include <filesystem>
@@ -8,12 +9,15 @@
 
 namespace Halvern::Formats::Blender {
 
+inline constexpr std::size_t MaxLinks = 1'000'000;
+
 /// Tells what of the data blocks of a file are links, and collects them.
+/// More than MaxLinks are a FormatError.
 class StoredPaths
 {
 public:
     /// `folder` is that of the file.
-    explicit StoredPaths(std::filesystem::path folder) : m_folder(std::move(folder)) {}
+    explicit StoredPaths(std::filesystem::path folder) : m_folders(std::move(folder)) {}
 
     /// True for types that hold a path in the struct itself.
     static bool HasPathOfItsOwn(const std::string& type);
@@ -34,8 +38,9 @@ private:
     void AddStrips(DataBlock& scene);
     void AddPath(std::unique_ptr<StoredPath> path, std::uint64_t sound = 0);
 
-    std::filesystem::path m_folder;
+    FolderNames m_folders;
     std::vector<Entry> m_entries;
+    std::size_t m_linkCount = 0;
     std::unordered_map<std::string, std::size_t> m_ids;
     std::set<std::uint64_t> m_packedSounds;
 };

@@ -25,7 +25,7 @@ std::string UvName(std::uint64_t tile)
 
 std::unique_ptr<StoredPath> TileSet::Make(const std::string& id, const StoredText& text,
                                           const std::vector<std::uint64_t>& tiles,
-                                          const std::filesystem::path& folder)
+                                          FolderNames& folders)
 {
     const std::string path = PathOfText(text.value);
     for (const std::string_view token : {Udim, UvTile}) {
@@ -38,7 +38,7 @@ std::unique_ptr<StoredPath> TileSet::Make(const std::string& id, const StoredTex
             if (tile >= FirstTile && tile <= LastTile)
                 set->AddPart(set->PartOfTile(tile));
         }
-        set->AddPartsOnDisk(folder);
+        set->AddPartsOnDisk(folders);
         if (!set->HasParts())
             set->AddPart(set->PartOfTile(FirstTile));
         return set;
