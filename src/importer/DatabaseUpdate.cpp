@@ -19,12 +19,12 @@ bool IsRecorded(const FileMapping& mapping)
     return mapping.HasFlagAny(FileMapping::IncludeInDatabase | FileMapping::Copied);
 }
 
-void LogNotSupported(const FileMapping& mapping)
+void LogNotSupported(const FileMapping& mapping, const char* operation)
 {
-    FILELINK_LOG(LogLevel::Debug,
-                 QStringLiteral("Sync database update skipped for file %1. File links not "
-                                "supported for this file type.")
-                     .arg(mapping.GetTargetFile()));
+    FILELINK_LOG_FOR(operation, LogLevel::Debug,
+                     QStringLiteral("Sync database update skipped for file %1. File links not "
+                                    "supported for this file type.")
+                         .arg(mapping.GetTargetFile()));
 }
 
 void SetSyncOptions(const FileMapping& mapping, SyncItem& item)
@@ -72,7 +72,8 @@ struct FileLinkImporterImp::DatabaseUpdateState
     QMap<QString, int> folderIds;
     /// Files that could not be written, which shared sub-assemblies would try again on each path.
     QSet<const FileMapping*> failed;
-    /// The host asked to stop: no file that is still open is written.
+    /// The host asked to stop: no file of this root that is still open is written. The poll before
+    /// the next root ends the stage.
     bool canceled = false;
 };
 
@@ -97,18 +98,17 @@ bool FileLinkImporterImp::UpdateSyncDatabase()
     const bool updateSelected = HasOption(Global::UpdateSelectedInDatabase);
     bool result = true;
     for (const NodePointer& root : roots) {
-        if (CheckIfCanceled())
+        state.canceled = CheckIfCanceled();
+        if (state.canceled)
             return false;
         const FileMapping& mapping = *root->Mapping();
         if (mapping.HasFlag(FileMapping::FileLinksNotSupported)) {
-            LogNotSupported(mapping);
+            LogNotSupported(mapping, FILELINK_FUNCTION);
             continue;
         }
         const bool selected = mapping.HasFlag(FileMapping::Selected);
         if ((IsRecorded(mapping) && (!selectedOnly || selected)) || (updateSelected && selected))
             result = UpdateSyncDatabase(root, state) && result;
-        if (state.canceled)
-            return false;
     }
     return result;
 }
@@ -119,11 +119,11 @@ bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUp
     if (!target.isEmpty() && state.processed.Find(target))
         return true;
     const FileMappingPointer mapping = node->Mapping();
-    if (!mapping || !mapping->IsTargetFileInCloudCacheFolder()
-        || state.failed.contains(mapping.get()))
+    if (!mapping || !mapping->IsTargetFileInCloudCacheFolder() ||
+        state.failed.contains(mapping.get()))
         return false;
     // Linked files first, so that their items are there when the links are resolved.
-    if (!UpdateChildren(node, state))
+    if (!UpdateChildren(node, state, FILELINK_FUNCTION))
         return false;
     if (!QFile::exists(target)) {
         state.failed.insert(mapping.get());
@@ -150,7 +150,8 @@ bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUp
     return true;
 }
 
-bool FileLinkImporterImp::UpdateChildren(const NodePointer& node, DatabaseUpdateState& state)
+bool FileLinkImporterImp::UpdateChildren(const NodePointer& node, DatabaseUpdateState& state,
+                                         const char* operation)
 {
     const bool selectedOnly = HasOption(Global::ServicesCopyOption);
     for (const NodePointer& child : node->Children()) {
@@ -161,7 +162,7 @@ bool FileLinkImporterImp::UpdateChildren(const NodePointer& node, DatabaseUpdate
         if (!IsRecorded(mapping) || (selectedOnly && !mapping.HasFlag(FileMapping::Selected)))
             continue;
         if (mapping.HasFlag(FileMapping::FileLinksNotSupported)) {
-            LogNotSupported(mapping);
+            LogNotSupported(mapping, operation);
             continue;
         }
         // A linked file that could not be written does not keep the others from it.
@@ -202,16 +203,15 @@ std::shared_ptr<SyncItem> FileLinkImporterImp::MakeItem(const FileMapping& mappi
     const QFileInfo info(target);
     const QString key = QDir::cleanPath(info.absoluteFilePath()).toLower();
     if (!state.folderIds.contains(key)) {
-        const std::shared_ptr<SyncItem> folder
-            = state.database->AddFolderItem(state.rootItem, info.absolutePath());
+        const std::shared_ptr<SyncItem> folder =
+            state.database->AddFolderItem(state.rootItem, info.absolutePath());
         if (!folder)
             return nullptr;
         state.folderIds.insert(key, folder->GetId());
     }
     QString cloudPath;
     FolderManager::GetInstance()->GetCloudPath(target, false, cloudPath);
-    const auto item
-        = std::make_shared<SyncItem>(target, cloudPath, state.rootItem->GetCloudRoot());
+    const auto item = std::make_shared<SyncItem>(target, cloudPath, state.rootItem->GetCloudRoot());
     item->SetAuthenticationId(state.rootItem->GetAuthenticationId());
     item->SetProductConfigurationId(state.rootItem->GetProductConfigurationId());
     item->SetSourceConsumerId(state.rootItem->GetSourceConsumerId());

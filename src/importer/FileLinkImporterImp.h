@@ -33,8 +33,8 @@ class ProcessedItems;
 ///     UpdateSyncDatabase      DatabaseUpdate.cpp
 ///
 /// Worked example. The selection D:/a/x.asm goes to F/x.asm. Its link ../lib/c.prt brings the
-/// mapping D:/lib/c.prt into the set, which gets the target F/lib/c.prt; the copy F/x.asm then holds
-/// the link lib/c.prt.
+/// mapping D:/lib/c.prt into the set, which gets the target F/lib/c.prt; the copy F/x.asm then
+/// holds the link lib/c.prt.
 class FileLinkImporterImp : public QObject
 {
     Q_OBJECT
@@ -50,9 +50,8 @@ public:
                                 CopyOption options, const QStringList& fileTypes);
     bool CopyFileLinksToCloudCacheFolder(const QString& sourceFile, const QString& target,
                                          CopyOption options, const QStringList& fileTypes);
-    bool
-    ExtractAndImportFileLinksOfCloudFiles(int id, const QStringList& files,
-                                          const QList<SyncItem::SyncOption>& options);
+    bool ExtractAndImportFileLinksOfCloudFiles(int id, const QStringList& files,
+                                               const QList<SyncItem::SyncOption>& options);
 
     bool Initialize(const QStringList& sources, QString target, bool targetIsFile,
                     CopyOption options, const QStringList& fileTypes);
@@ -135,10 +134,11 @@ private:
     bool CopyAll(const FileMappingList& files, bool move, CopyCounters& counters);
     bool SkipCopy(const FileMappingPointer& mapping);
     bool RemoveMovedFolders(const FileMappingList& files);
-    bool MakeParentFolder(const QString& target);
-    QString ParkExistingFile(const QString& target);
-    bool DeleteMovedSource(const QString& source, const QString& target);
-    void DeleteParkedFile(const QString& parked, const QString& target);
+    // Log in the name of `operation`, the signature of the function that they are part of.
+    bool MakeParentFolder(const QString& target, const char* operation);
+    QString ParkExistingFile(const QString& target, const char* operation);
+    bool DeleteMovedSource(const QString& source, const QString& target, const char* operation);
+    void DeleteParkedFile(const QString& parked, const QString& target, const char* operation);
 
     bool ComputeTargetFileLinks(const FileMappingPointer& mapping, const SourceList& files);
 
@@ -146,11 +146,11 @@ private:
     void LogFileTree(const NodePointer& node, bool source, int level,
                      QSet<QString>& processed) const;
 
-    bool MarkFilesToRepath();
+    bool MarkFilesToRepath(const char* operation);
     bool LinksCopiedFile(const FileMappingPointer& mapping, bool& canceled) const;
 
     bool UpdateSyncDatabase(const NodePointer& node, DatabaseUpdateState& state);
-    bool UpdateChildren(const NodePointer& node, DatabaseUpdateState& state);
+    bool UpdateChildren(const NodePointer& node, DatabaseUpdateState& state, const char* operation);
     bool MergeLinks(const FileMapping& mapping, SyncItem& item) const;
     std::shared_ptr<SyncItem> MakeItem(const FileMapping& mapping,
                                        DatabaseUpdateState& state) const;

@@ -46,7 +46,7 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
                          .arg(target));
         return false;
     }
-    if (QFileInfo(target).isDir() || !MakeParentFolder(target))
+    if (QFileInfo(target).isDir() || !MakeParentFolder(target, FILELINK_FUNCTION))
         return false;
     QString parked;
     if (QFile::exists(target)) {
@@ -58,7 +58,7 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
                              .arg(target));
             return false;
         }
-        parked = ParkExistingFile(target);
+        parked = ParkExistingFile(target, FILELINK_FUNCTION);
     }
     QString error;
     if (!CopyFileBytes(source, target, &error)) {
@@ -68,14 +68,13 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
                                           .arg(error));
         return false;
     }
-    if (deleteSource && !DeleteMovedSource(source, target))
+    if (deleteSource && !DeleteMovedSource(source, target, FILELINK_FUNCTION))
         return false;
     mapping->SetCopyDate(QDateTime::currentDateTime());
-    FILELINK_LOG(LogLevel::Debug, QStringLiteral("File copied successfully from %1 to %2")
-                                      .arg(source)
-                                      .arg(target));
+    FILELINK_LOG(LogLevel::Debug,
+                 QStringLiteral("File copied successfully from %1 to %2").arg(source).arg(target));
     if (!parked.isEmpty())
-        DeleteParkedFile(parked, target);
+        DeleteParkedFile(parked, target, FILELINK_FUNCTION);
     mapping->UpdateSourceFileProperties();
     mapping->UpdateTargetFileProperties();
     m_copyHistory->AddOrUpdate(mapping);
@@ -87,14 +86,14 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
     return true;
 }
 
-bool FileLinkImporterImp::MakeParentFolder(const QString& target)
+bool FileLinkImporterImp::MakeParentFolder(const QString& target, const char* operation)
 {
     const QDir folder(QFileInfo(target).absolutePath());
     if (folder.exists())
         return true;
     if (!folder.mkpath(folder.absolutePath()))
-        FILELINK_LOG(LogLevel::Error,
-                     QStringLiteral("Failed to create folder %1").arg(folder.absolutePath()));
+        FILELINK_LOG_FOR(operation, LogLevel::Error,
+                         QStringLiteral("Failed to create folder %1").arg(folder.absolutePath()));
     if (!folder.exists())
         return false;
     Q_EMIT FolderCreated(folder.absolutePath());
@@ -103,7 +102,7 @@ bool FileLinkImporterImp::MakeParentFolder(const QString& target)
 
 /// The name under which the file is parked; empty when it could not be renamed. The copy then fails
 /// on the existing name.
-QString FileLinkImporterImp::ParkExistingFile(const QString& target)
+QString FileLinkImporterImp::ParkExistingFile(const QString& target, const char* operation)
 {
     SaveBaseFile(target);
     const QString parked = MakeUniqueFilePath(
@@ -111,15 +110,16 @@ QString FileLinkImporterImp::ParkExistingFile(const QString& target)
     QFile file(target);
     if (file.rename(parked))
         return parked;
-    FILELINK_LOG(LogLevel::Error,
-                 QStringLiteral("Failed to rename existing file %1 to temp file %2. Error: %3")
-                     .arg(target)
-                     .arg(parked)
-                     .arg(file.errorString()));
+    FILELINK_LOG_FOR(operation, LogLevel::Error,
+                     QStringLiteral("Failed to rename existing file %1 to temp file %2. Error: %3")
+                         .arg(target)
+                         .arg(parked)
+                         .arg(file.errorString()));
     return QString();
 }
 
-bool FileLinkImporterImp::DeleteMovedSource(const QString& source, const QString& target)
+bool FileLinkImporterImp::DeleteMovedSource(const QString& source, const QString& target,
+                                            const char* operation)
 {
     // A power cut must not find the source gone and the copy not yet on the disk.
     QString error;
@@ -130,15 +130,17 @@ bool FileLinkImporterImp::DeleteMovedSource(const QString& source, const QString
             return true;
         error = file.errorString();
     }
-    FILELINK_LOG(LogLevel::Error,
-                 QStringLiteral("Failed to delete source file %1 after copying it to target for "
-                                "move operation. Error: %2")
-                     .arg(source)
-                     .arg(error));
+    FILELINK_LOG_FOR(
+        operation, LogLevel::Error,
+        QStringLiteral("Failed to delete source file %1 after copying it to target for "
+                       "move operation. Error: %2")
+            .arg(source)
+            .arg(error));
     return false;
 }
 
-void FileLinkImporterImp::DeleteParkedFile(const QString& parked, const QString& target)
+void FileLinkImporterImp::DeleteParkedFile(const QString& parked, const QString& target,
+                                           const char* operation)
 {
     QString error;
     if (FlushToDisk(target, &error)) {
@@ -149,9 +151,9 @@ void FileLinkImporterImp::DeleteParkedFile(const QString& parked, const QString&
             return;
         error = file.errorString();
     }
-    FILELINK_LOG(LogLevel::Error, QStringLiteral("Failed to delete temp file %1. Error: %2")
-                                      .arg(parked)
-                                      .arg(error));
+    FILELINK_LOG_FOR(
+        operation, LogLevel::Error,
+        QStringLiteral("Failed to delete temp file %1. Error: %2").arg(parked).arg(error));
 }
 
 } // namespace Halvern::FileLink

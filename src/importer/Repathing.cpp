@@ -37,7 +37,7 @@ bool FileLinkImporterImp::RepathFiles()
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin repathing file links in target"));
     const LogFinally finally(&ModuleLogger(), LogLevel::Info,
                              QStringLiteral("Finished repathing file links in target"));
-    if (!m_fileSet || !MarkFilesToRepath())
+    if (!m_fileSet || !MarkFilesToRepath(FILELINK_FUNCTION))
         return false;
     bool result = true;
     for (const FileMappingPointer& mapping : Files()) {
@@ -49,7 +49,7 @@ bool FileLinkImporterImp::RepathFiles()
     return result;
 }
 
-bool FileLinkImporterImp::MarkFilesToRepath()
+bool FileLinkImporterImp::MarkFilesToRepath(const char* operation)
 {
     for (const FileMappingPointer& mapping : Files()) {
         if (CheckIfCanceled())
@@ -57,10 +57,11 @@ bool FileLinkImporterImp::MarkFilesToRepath()
         if (mapping->IsFolder())
             continue;
         if (mapping->HasFlag(FileMapping::FileLinksNotSupported)) {
-            FILELINK_LOG(LogLevel::Debug,
-                         QStringLiteral("Repathing skipped for file %1. File links not supported "
-                                        "for this file type.")
-                             .arg(mapping->GetSourceFile()));
+            FILELINK_LOG_FOR(
+                operation, LogLevel::Debug,
+                QStringLiteral("Repathing skipped for file %1. File links not supported "
+                               "for this file type.")
+                    .arg(mapping->GetSourceFile()));
             continue;
         }
         bool canceled = false;
@@ -105,9 +106,8 @@ bool FileLinkImporterImp::RepathFile(const FileMappingPointer& mapping)
     const FileLinkList links = mapping->GetTargetFileLinks();
     bool result = true;
     if (links.isEmpty())
-        FILELINK_LOG(
-            LogLevel::Debug,
-            QStringLiteral("Repathing skipped for file %1. No links found.").arg(target));
+        FILELINK_LOG(LogLevel::Debug,
+                     QStringLiteral("Repathing skipped for file %1. No links found.").arg(target));
     else
         result = RepathFile(target, links);
     if (CheckIfCanceled())

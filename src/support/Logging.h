@@ -16,16 +16,24 @@
 ///     static constexpr char LogSourceFile[] = "FileSetImp.cpp";
 ///
 /// so that a class may be spread over several files and still log under one name.
-#define FILELINK_LOG_TO(logger, level, text)                                                       \
+#define FILELINK_LOG_TO(logger, level, text) FILELINK_LOG_AS(FILELINK_FUNCTION, logger, level, text)
+
+/// The same in the name of another function: a record names the operation that its reader knows,
+/// not the helper that the operation was split into. The helper is given the operation's
+/// FILELINK_FUNCTION.
+#define FILELINK_LOG_AS(function, logger, level, text)                                             \
     do {                                                                                           \
         if ((logger).isEnabledFor(level))                                                          \
             ::Halvern::FileLink::WriteLogLine((logger), (level), (text), LogSourceFile, __LINE__,  \
-                                              FILELINK_FUNCTION);                                  \
+                                              (function));                                         \
     } while (false)
 
-/// The same to the module's logger.
-#define FILELINK_LOG(level, text)                                                                  \
-    FILELINK_LOG_TO(::Halvern::FileLink::ModuleLogger(), level, text)
+/// To the module's logger, in the name of `function`.
+#define FILELINK_LOG_FOR(function, level, text)                                                    \
+    FILELINK_LOG_AS(function, ::Halvern::FileLink::ModuleLogger(), level, text)
+
+/// To the module's logger.
+#define FILELINK_LOG(level, text) FILELINK_LOG_TO(::Halvern::FileLink::ModuleLogger(), level, text)
 
 namespace Halvern::FileLink {
 
