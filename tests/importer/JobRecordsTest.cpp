@@ -55,11 +55,11 @@ class JobRecords : public ImporterFixture
 protected:
     JobRecords()
     {
-        // In one file: registration files are read in the order in which the system lists them.
-        QByteArray both = Registration(TestResolverModule(), u"FileLinkResolver"_s, u"tlk,tasm"_s) +
-                          Registration(TestLayoutModule(), u"FileLayout"_s, u"tasm"_s);
-        both.replace("</SyncPlugins>\n<SyncPlugins>", "");
-        tree.File(u"plugins/test_resolver.syncplugin"_s, both);
+        // In a folder of its own: files of one folder are read in the order in which the system
+        // lists them.
+        RegisterTestLayout(tree, u"layouts"_s);
+        FileLink::FileLinkManager::GetInstance()->AddPluginRegistrationFolders(
+            {tree.Path(u"layouts"_s)});
         Assembly(u"src/top.tasm"_s, {u"1 parts/b.tlk"_s, u"2 gone.tlk"_s, u"3 vault://x/y"_s});
         tree.File(u"src/parts/b.tlk"_s, "link 1 ../c.tlk\n")
             .File(u"src/c.tlk"_s, "link 1 parts/d.tlk\nnorepath\n")
@@ -74,9 +74,11 @@ protected:
         return {
             extractSet.Info(u"Begin extracting file links"_s),
             extractFile.Trace(u"Extracting file links from src/top.tasm"_s),
-            registration.Info(u"Searching for plugin registration files in plugins"_s),
+            registration.Info(u"Searching for plugin registration files in plugins;layouts"_s),
             registration.Info(
                 u"Found plugin registration file plugins/test_resolver.syncplugin and loaded"_s),
+            registration.Info(
+                u"Found plugin registration file layouts/test_layout.syncplugin and loaded"_s),
             lookup.Debug(u"Searching for File Link Resolver plugin for file type TASM"_s),
             lookup.Debug(u"Found 1 File Link Resolver plugin(s) for file type TASM: "_s +
                          TestResolverModule()),
@@ -154,6 +156,7 @@ protected:
             logNode.Debug(u"------->cloud/F/layout/c.tlk (Copied)"_s),
             logNode.Debug(u"----------->cloud/F/layout/d.tlk (Copied)"_s),
             logNode.Debug(u"--->cloud/F/layout/gone.tlk (SourceMissing)"_s),
+            logNode.Debug(u"--->cloud/F/layout/y (NotFilePath)"_s),
             ClosingRecord(u"Finished copying files"_s),
         };
     }
