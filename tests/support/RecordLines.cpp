@@ -42,6 +42,7 @@ QString ShortSignature(const QString& signature)
     for (const char* name : {"Halvern::FileLink::", "Halvern::SyncServices::",
                              "Halvern::SyncPlugin::", "Halvern::SyncFolderManagerLib::"})
         text.remove(QString::fromLatin1(name));
+    text.replace(QStringLiteral("> >"), QStringLiteral(">>"));
     const qsizetype parameters = text.indexOf(u'(');
     const qsizetype start = text.lastIndexOf(u' ', parameters) + 1;
     const qsizetype end = text.lastIndexOf(u')') + 1;
