@@ -187,6 +187,7 @@ TEST_F(CopyingEnds, EveryFailureOfAFileOrFolderNamesItsOperation)
                                "not found."),
                 createFolder.Error("Failed to create folder cloud/P/F"),
                 Summary("Copied: 0, Folders created: 0, Failed: 4, Skipped: 0, Total: 4")}));
+    QFile::setPermissions(Cloud("old.prt"), QFile::ReadOwner | QFile::WriteOwner);
 }
 
 namespace {

@@ -132,6 +132,7 @@ TEST_F(ReplacementSteps, AReadOnlySourceIsMovedOntoTheOldFileAndItsCopyStaysRead
     EXPECT_FALSE(Copy(mapping));
     EXPECT_EQ(Records(), QStringList{copyFile.Info("Copy skipped for file src/a.prt. Target file "
                                                    "cloud/a.prt exists and is read-only.")});
+    QFile::setPermissions(Cloud("a.prt"), QFile::ReadOwner | QFile::WriteOwner);
 }
 
 TEST_F(ReplacementSteps, ACopyThatFailsAfterParkingLeavesTheNameOfTheTargetEmpty)

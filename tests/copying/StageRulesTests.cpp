@@ -121,6 +121,7 @@ TEST_F(RepathingRules, TheFileIsReadOnlyAgainWhenItIsReportedAsModified)
                      });
     EXPECT_TRUE(importer->RepathFile(Cloud("a.tlk"), FileLinkList{Link("1", "new")}));
     EXPECT_EQ(reports, 1);
+    QFile::setPermissions(Cloud("a.tlk"), QFile::ReadOwner | QFile::WriteOwner);
 }
 
 TEST_F(RepathingRules, OneFileByPathWithoutLinksIsReportedWithoutAskingThePlugin)
