@@ -59,6 +59,16 @@ TEST_F(ReplacementSteps, TheOldFileWaitsUnderItsTemporaryNameUntilTheCopyIsCompl
     EXPECT_EQ(Records(), QStringList{Success()});
 }
 
+TEST_F(ReplacementSteps, WithTheFirstTemporaryNameTakenTheOldFileWaitsUnderTheSecondAndGoes)
+{
+    tree.File("cloud/a.prt.tmp", "stranger");
+    const AtRecord done(success, [&] { EXPECT_EQ(tree.Read("cloud/a.prt_2.tmp"), "old"); });
+    EXPECT_TRUE(Copy(mapping));
+    EXPECT_EQ(done.Count(), 1);
+    EXPECT_EQ(tree.Contents("cloud"),
+              (FileTree::Snapshot{{"a.prt", "new"}, {"a.prt.tmp", "stranger"}}));
+}
+
 TEST_F(ReplacementSteps, TheSourceOfAMoveIsGoneBeforeTheOldFileIs)
 {
     const AtRecord done(success, [&] {
@@ -163,6 +173,18 @@ TEST_F(ReplacementSteps, AParentFolderThatAppearsAfterTheFailureToMakeItIsAnnoun
                                                      "cloud/P/a.prt")}));
     ASSERT_EQ(created.size(), 1);
     EXPECT_EQ(created[0][0].toString(), Cloud("P"));
+}
+
+TEST_F(ReplacementSteps, ASelectedFolderThatAppearsAfterTheFailureToMakeItIsAnnouncedAndCounts)
+{
+    tree.File("cloud/P", "file").Folder("src/F");
+    const AtRecord failed("Failed to create folder ",
+                          [&] { tree.Remove("cloud/P").Folder("cloud/P/F"); });
+    QSignalSpy created(importer.get(), &FileLinkImporterImp::FolderCreated);
+    EXPECT_TRUE(importer->CreateFolder(Cloud("P/F"), false));
+    EXPECT_EQ(failed.Count(), 1);
+    ASSERT_EQ(created.size(), 1);
+    EXPECT_EQ(created[0][0].toString(), Cloud("P/F"));
 }
 
 TEST_F(ReplacementSteps, NothingIsParkedForAMissingSourceOrAFolderInTheWay)

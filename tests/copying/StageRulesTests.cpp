@@ -73,6 +73,16 @@ class TargetLinksRules : public CopyingFixture
 
 } // namespace
 
+TEST_F(TargetLinksRules, ALinkToAFileInASiblingFolderLeadsThroughTheParent)
+{
+    tree.File("cloud/Frames/a.tlk", "").File("cloud/Parts/Bolt.prt", "");
+    const auto a =
+        Add("src/a.tlk", "Frames/a.tlk", FileMapping::Selected, {Link("1", "lib/Bolt.prt")});
+    Add("src/lib/Bolt.prt", "Parts/Bolt.prt", FileMapping::NoFlag);
+    EXPECT_TRUE(importer->ComputeTargetFileLinks());
+    EXPECT_EQ(PathsOf(a->GetTargetFileLinks()), QStringList{"../Parts/Bolt.prt"});
+}
+
 TEST_F(TargetLinksRules, ALinkOfAFileToItselfNamesItsCopy)
 {
     tree.File("cloud/lib/a (2).tlk", "");
