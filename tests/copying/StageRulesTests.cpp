@@ -244,7 +244,26 @@ TEST_F(DatabaseRules, TheItemIsLookedUpForTheUserOfTheMappingAndMadeForThatOfThe
     EXPECT_TRUE(Update());
     // The item of user 7 is not user 8's: a new one is made.
     EXPECT_EQ(database->foldersAdded, QStringList{Cloud("P")});
+    EXPECT_FALSE(Database().GetSyncItem(Cloud("P/a.tlk"), true, 8, FileItem::ItemOnly));
     EXPECT_EQ(Item("P/a.tlk")->GetAuthenticationId(), 7);
+}
+
+TEST_F(DatabaseRules, ALinkOfAFileToItselfIsResolvedWithoutAQueryAndKnownFromTheNextTimeOn)
+{
+    // Neither copied nor recorded, so that it is not written once more as the file that it links.
+    Restart(Global::UpdateSelectedInDatabase);
+    const auto mapping = Add("src/a.tlk", "P/a.tlk");
+    mapping->SetTargetFileLinks({Link("1", "a.tlk")});
+    for (const bool known : {false, true}) {
+        SCOPED_TRACE(known);
+        EXPECT_TRUE(Update());
+        EXPECT_EQ(database->queried, QStringList{Cloud("P/a.tlk")});
+        EXPECT_EQ(database->written, QStringList{Cloud("P/a.tlk")});
+        const auto item = Item("P/a.tlk");
+        ASSERT_EQ(item->GetFileLinks().size(), 1);
+        // An item has no id before it is written for the first time.
+        EXPECT_EQ(item->GetFileLinks()[0].ItemId, known ? item->GetId() : -1);
+    }
 }
 
 TEST_F(DatabaseRules, AnItemThatIsThereKeepsItsPlaceAndCloudPath)
