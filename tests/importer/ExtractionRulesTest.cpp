@@ -124,6 +124,20 @@ TEST_F(ExtractionRules, WithoutRecursionOnlyMembersPresentAtTheStartAreOpenedHow
     EXPECT_EQ(calls.Calls().size(), 2);
 }
 
+TEST_F(ExtractionRules, AMemberWhosePathDiffersInCaseIsNotLookedAtEvenWhenItsFileIsAnotherOne)
+{
+    // Of another time, so that what the history knows of the first says nothing about the second.
+    Assembly(u"src/a.tasm"_s, {u"1 b.tlk"_s}).Touch(u"src/a.tasm"_s, Time());
+    Assembly(u"src/A.TASM"_s, {u"1 c.tlk"_s}).Touch(u"src/A.TASM"_s, Time(60));
+    FileSet set;
+    set.AddFile(Mapping(u"src/a.tasm"_s));
+    const FileMappingPointer second = Mapping(u"src/A.TASM"_s);
+    set.AddFile(second);
+    EXPECT_TRUE(extractor.ExtractFileLinks(&set, false, {}));
+    EXPECT_EQ(calls.Calls(), QStringList{u"GetFileLinks "_s + Source(u"a.tasm"_s)});
+    EXPECT_TRUE(second->GetSourceFileLinks().isEmpty());
+}
+
 TEST_F(ExtractionRules, AWebAddressWhoseFileNameStandsBesideTheHolderBecomesThatFile)
 {
     Assembly(u"src/a.tasm"_s, {u"1 http://host/b.tlk"_s});
