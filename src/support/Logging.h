@@ -19,7 +19,7 @@
 #define FILELINK_LOG_TO(logger, level, text) FILELINK_LOG_AS(FILELINK_FUNCTION, logger, level, text)
 
 /// The same in the name of another function: a record names the operation that its reader knows,
-/// not the helper that the operation was split into. The helper is given the operation's
+/// not the smaller function to which a part of it was moved. That one is given the operation's
 /// FILELINK_FUNCTION.
 #define FILELINK_LOG_AS(function, logger, level, text)                                             \
     do {                                                                                           \

@@ -1,4 +1,4 @@
-// A record names the operation that its reader knows, whatever helpers the operation is split into.
+// A record names the operation that its reader knows, whatever functions it is split into.
 
 #include "LogCapture.h"
 #include "RecordLines.h"
@@ -18,10 +18,10 @@ struct Stage
 {
     int built = 0;
 
-    void Run(int level) { Help(level, FILELINK_FUNCTION); }
+    void Run(int level) { LogPart(level, FILELINK_FUNCTION); }
 
 private:
-    void Help(int level, const char* operation)
+    void LogPart(int level, const char* operation)
     {
         FILELINK_LOG_FOR(operation, level, Text());
         FILELINK_LOG(level, u"in its own name"_s);
@@ -33,7 +33,7 @@ private:
     }
 };
 
-TEST(LoggingOperations, AHelperLogsInTheNameOfTheOperationThatCalledIt)
+TEST(LoggingOperations, APartOfAnOperationLogsInTheNameOfTheWhole)
 {
     const LogCapture log;
     Stage().Run(LogLevel::Warn);
@@ -42,7 +42,7 @@ TEST(LoggingOperations, AHelperLogsInTheNameOfTheOperationThatCalledIt)
     ASSERT_EQ(lines.size(), 2);
     EXPECT_TRUE(lines[0].endsWith(u"Stage::Run(int): in the name of the stage"_s))
         << lines[0].toStdString();
-    EXPECT_TRUE(lines[1].endsWith(u"Stage::Help(int, const char*): in its own name"_s))
+    EXPECT_TRUE(lines[1].endsWith(u"Stage::LogPart(int, const char*): in its own name"_s))
         << lines[1].toStdString();
     EXPECT_EQ(log.Records()[0].file, file);
 }
