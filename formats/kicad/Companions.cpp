@@ -1,0 +1,156 @@
+#include "Companions.h"
+
+#include "LinkFinder.h"
+
+#include "common/Companions.h"
+#include "common/FormatError.h"
+#include "common/Utf.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace Halvern::Formats::Kicad {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t MaxLibraryFiles = 100'000;
+
+bool IsFile(const fs::path& path)
+{
+    std::error_code error;
+    return fs::is_regular_file(path, error);
+}
+
+std::string LowerExtension(const fs::path& file)
+{
+    std::string extension = PathToUtf8(file.extension());
+    for (char& c : extension)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c + ('a' - 'A'));
+    return extension;
+}
+
+/// Gathers links that go by name, each file once.
+class Collector
+{
+public:
+    explicit Collector(const fs::path& file) : m_file(file) {}
+
+    /// The file with the same base name and this extension.
+    bool AddSibling(const std::string& extension)
+    {
+        fs::path sibling = m_file;
+        sibling.replace_extension(PathFromUtf8('.' + extension));
+        if (!IsFile(sibling))
+            return false;
+        Add(extension, PathToUtf8(sibling.filename()));
+        return true;
+    }
+
+    void AddTable(const std::string& table)
+    {
+        const fs::path path = m_file.parent_path() / table;
+        if (!IsFile(path))
+            return;
+        Add(table, table);
+        for (const LibraryEntry& entry : ReadTable(path, table))
+            AddLibrary(table, entry);
+    }
+
+    std::vector<DocumentLink> Take() { return std::move(m_links); }
+
+private:
+    static std::vector<LibraryEntry> ReadTable(const fs::path& path, const std::string& table)
+    {
+        try {
+            return ReadLibraryTable(InputFile(path));
+        } catch (const FormatError& error) {
+            const auto position = error.Position();
+            throw FormatError(table + ": " + error.what() +
+                              (position ? " (its byte " + std::to_string(*position) + ")" : ""));
+        }
+    }
+
+    void AddLibrary(const std::string& table, const LibraryEntry& entry)
+    {
+        // Others are installed, or other projects'; what is placed of them is in schematic and
+        // board.
+        const std::string_view project = "${KIPRJMOD}/";
+        if (!entry.uri.starts_with(project))
+            return;
+        const fs::path below = PathFromUtf8(entry.uri.substr(project.size())).lexically_normal();
+        if (below.empty() || below.is_absolute() || *below.begin() == "..")
+            return;
+        const fs::path path = m_file.parent_path() / below;
+        if (IsFile(path))
+            Add(table + '/' + entry.name, PathToUtf8(below));
+        else
+            AddFootprints(table + '/' + entry.name, path, below);
+    }
+
+    /// A library of footprints is a folder with a file for each.
+    void AddFootprints(const std::string& id, const fs::path& folder, const fs::path& below)
+    {
+        std::error_code error;
+        std::vector<std::string> names;
+        for (fs::directory_iterator it(folder, error), end; !error && it != end;
+             it.increment(error))
+            if (it->path().extension() == ".kicad_mod" && IsFile(it->path()))
+                names.push_back(PathToUtf8(it->path().filename()));
+        std::sort(names.begin(), names.end());
+        for (const std::string& name : names)
+            Add(id + '/' + name, PathToUtf8(below / PathFromUtf8(name)));
+    }
+
+    void Add(const std::string& id, const std::string& path)
+    {
+        if (m_links.size() == MaxLibraryFiles)
+            throw FormatError("more than " + std::to_string(MaxLibraryFiles) + " library files");
+        m_links.push_back({CompanionId(id), path});
+    }
+
+    fs::path m_file;
+    std::vector<DocumentLink> m_links;
+};
+
+} // namespace
+
+std::vector<DocumentLink> CompanionsOf(const fs::path& file)
+{
+    Collector collector(file);
+    const std::string extension = LowerExtension(file);
+    if (extension == ".kicad_pro") {
+        for (const char* const sibling : {"kicad_sch", "kicad_pcb", "kicad_dru"})
+            collector.AddSibling(sibling);
+        for (const char* const table : {"sym-lib-table", "fp-lib-table"})
+            collector.AddTable(table);
+    } else if (!collector.AddSibling("kicad_pro")) {
+        collector.AddSibling(extension == ".kicad_pcb" ? "kicad_sch" : "kicad_pcb");
+    }
+    return collector.Take();
+}
+
+bool HasSubstitutes(const fs::path& model)
+{
+    const std::string extension = LowerExtension(model);
+    return extension == ".wrl" || extension == ".wrz";
+}
+
+std::vector<std::string> SubstitutesOf(const fs::path& model)
+{
+    std::vector<std::string> names;
+    if (!HasSubstitutes(model))
+        return names;
+    for (const char* const solid : {"stp", "step", "STP", "STEP", "Stp", "Step", "stpz", "stpZ",
+                                    "STPZ", "igs", "iges", "IGS", "IGES"}) {
+        fs::path substitute = model;
+        substitute.replace_extension(solid);
+        if (IsFile(substitute))
+            names.push_back(PathToUtf8(substitute.filename()));
+    }
+    return names;
+}
+
+} // namespace Halvern::Formats::Kicad
