@@ -1,7 +1,5 @@
 #include "KicadFixture.h"
 
-#include <QtCore/QDir>
-
 namespace Halvern::Test {
 
 namespace {
@@ -62,15 +60,6 @@ TEST_F(KicadReader, UnderstandsEveryFormOfAModelsPath)
         EXPECT_EQ(PathsIn(BoardFile, Board(Footprint("1-1", Model(row.stored)))), expected)
             << row.name;
     }
-}
-
-TEST_F(KicadReader, ABackslashThatIsPartOfAnExistingNameStays)
-{
-    if (QDir::separator() == u'\\')
-        GTEST_SKIP() << "no name holds a backslash here";
-    tree.File(QStringLiteral("p/3d\\a.step"));
-    EXPECT_EQ(PathsIn(BoardFile, Board(Footprint("1-1", Model("\"3d\\\\a.step\"")))),
-              QStringList{QStringLiteral("3d\\a.step")});
 }
 
 TEST_F(KicadReader, SheetsAreRelativeToTheirOwnFileAndVariablesAreLetters)

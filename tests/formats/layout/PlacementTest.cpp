@@ -174,11 +174,7 @@ TEST(Placement, NothingLeavesTheFolderOfTheTopFile)
 
 TEST(Placement, TheEnvironmentNamesTheHomeFolder)
 {
-#ifdef _WIN32
-    const char* const variable = "USERPROFILE";
-#else
-    const char* const variable = "HOME";
-#endif
+    const char* const variable = QDir::separator() == u'\\' ? "USERPROFILE" : "HOME";
     const QByteArray before = qgetenv(variable);
     qputenv(variable, "/somewhere/größe");
     const auto home = HomeFolder();
