@@ -68,23 +68,27 @@ def opened(trace):
     return [(text_of(path), int(result) >= 0) for path, result in calls]
 
 
-def watch(display, folder, command, is_wanted, is_done=lambda files: False):
-    """The wanted files that a program with a window opens, until it is quiet or done."""
+def watch(display, folder, command, is_wanted, is_done=None):
+    """The wanted files that a program with a window opens, until it is done, or opens nothing at all any more."""
     trace = display.folder / "trace"
     trace.write_bytes(b"")
     # The board editor sets the variable for its exporter, which reads none with letters beyond ASCII.
-    environment = dict(display.environment, KIPRJMOD=".") if command[0] == "kicad2step" else display.environment
+    environment = dict(display.environment, KIPRJMOD=".") if is_done else display.environment
     program = subprocess.Popen(["strace", "-f", "-s", "4096", "-e", "trace=openat", "-o", trace, *command], cwd=folder,
                                env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL, start_new_session=True)
     try:
-        begin, last, files = time.monotonic(), time.monotonic(), []
-        while program.poll() is None and not (files and time.monotonic() - last > QUIET) and not is_done(files):
-            proof.check(time.monotonic() - begin < PATIENCE, f"{command[0]} opened no file within {PATIENCE} s")
-            time.sleep(0.2)
-            now = [file for file in opened(trace) if is_wanted(file[0])]
-            if now != files:
-                last, files = time.monotonic(), now
+        begin = last = time.monotonic()
+        size = 0
+        while program.poll() is None:
+            now = time.monotonic()
+            if trace.stat().st_size != size:
+                last, size = now, trace.stat().st_size
+            has_files = any(is_wanted(file) for file, _ in opened(trace))
+            if is_done() if is_done else has_files and now - last > QUIET:
+                break
+            proof.check(now - begin < PATIENCE, f"{command[0]} did not get done within {PATIENCE} s")
+            time.sleep(0.3)
         return [file for file in opened(trace) if is_wanted(file[0])]
     finally:
         os.killpg(program.pid, signal.SIGKILL)
@@ -165,12 +169,11 @@ def models(display, board):
     result = display.folder / "board.step"
     result.unlink(missing_ok=True)
 
-    def is_done(_):
+    def is_done():
         return result.exists() and result.read_bytes().rstrip().endswith(b"END-ISO-10303-21;")
 
     files = watch(display, board.parent, ["kicad2step", "--subst-models", "-f", "-o", result, board.name],
                   lambda path: path.endswith((".step", ".kicad_pcb")) and path != str(result), is_done)
-    proof.check(is_done(None), f"{board}: kicad2step wrote nothing")
     by_stem = {pathlib.Path(name).stem: os.path.normpath(board.parent / name)
                for name, is_found in files if is_found}
     # The exporter takes the bytes of a name for single characters.
