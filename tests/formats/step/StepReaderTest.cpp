@@ -85,14 +85,6 @@ TEST_F(StepReader, TwoPartsInOneFileAreTwoLinks)
               (Links{LinkTo(u"#2", u"a.stp"), LinkTo(u"#5", u"a.stp")}));
 }
 
-#ifndef _WIN32
-TEST_F(StepReader, ABackslashStaysWhereAFileIsNamedWithIt)
-{
-    tree.File(QStringLiteral("p/x\\a.stp"));
-    EXPECT_EQ(Data(Reference("x\\\\a.stp")), (Links{LinkTo(u"#2", u"x\\a.stp")}));
-}
-#endif
-
 TEST_F(StepReader, LinksAreFoundAcrossTheEndsOfBlocks)
 {
     const auto block = static_cast<qsizetype>(Formats::FileScanner::BlockSize);

@@ -167,14 +167,6 @@ TEST_F(WavefrontReader, ANumberBelongsToTheNameWhereOnlySuchAFileExists)
     EXPECT_EQ(Read(QStringLiteral("a.mtl")), (Links{LinkTo(u"m/map_kd", u"holes.png")}));
 }
 
-#ifndef _WIN32
-TEST_F(WavefrontReader, ABackslashStaysWhereAFileIsNamedWithIt)
-{
-    tree.File(QStringLiteral("tex\\a.png"));
-    EXPECT_EQ(Maps("map_Kd tex\\a.png"), QStringList{QStringLiteral("tex\\a.png")});
-}
-#endif
-
 TEST_F(WavefrontReader, BytesThatAreNoUtf8AreLatin1)
 {
     EXPECT_EQ(Object("mtllib H\xF6he.mtl"), (Links{LinkTo(u"mtllib 1", u"Höhe.mtl")}));
