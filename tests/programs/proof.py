@@ -93,7 +93,11 @@ def age(files, seconds):
 
 
 def compare(label, before, after, inside, missing):
-    """`after` has the references of `before`, each inside the folder `inside`, but for those in `missing`."""
+    """`after` has the references of `before`, each inside the folder `inside`, but for those in `missing`.
+
+    The result is the files that they lead to.
+    """
+    files = set()
     old = {reference.name: reference for reference in before}
     new = {reference.name: reference for reference in after}
     check(len(old) == len(before) and len(new) == len(after), f"{label}: references with equal names")
@@ -107,7 +111,9 @@ def compare(label, before, after, inside, missing):
         check(real.startswith(os.path.realpath(inside) + os.sep), f"{label}: {name} leads outside, to {real}")
         check(reference.content == old[name].content,
               f"{label}: {name} holds {reference.content}, not {old[name].content}")
+        files.add(real)
     print(f"{label}: {len(after) - len(missing)} references found, {len(missing)} missing as in the original")
+    return files
 
 
 def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), arguments=()):
@@ -132,6 +138,7 @@ def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), 
             before = inspect(source / top)
             check(before, f"{top}: the original has no references")
             compare(f"{top}, original", before, before, source, lacks)
+            earlier = set()
             everything = [file for file in source.rglob("*") if file.is_file()]
             for label, changed in (("copy", []), ("renamed copy", [source / top]), ("all renamed", everything)):
                 age(changed, 10)
@@ -143,7 +150,10 @@ def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), 
                 copy = target_of(events, source / top)
                 source.rename(away)
                 try:
-                    compare(f"{top}, {label}", before, inspect(copy), corsync.cloud, lacks)
+                    files = compare(f"{top}, {label}", before, inspect(copy), corsync.cloud, lacks)
+                    if changed == everything:
+                        check(not files & earlier, f"{label}: {sorted(files & earlier)} are of an earlier import")
+                    earlier |= files
                 finally:
                     away.rename(source)
     finally:
