@@ -144,6 +144,27 @@ std::optional<Conflict> Settle(FileMapping& file, const QString& wanted, Owners&
 
 } // namespace
 
+TargetByFile TargetsOf(FileSet& fileSet)
+{
+    TargetByFile targets;
+    for (const auto& file : fileSet.GetFiles())
+        targets.insert(file.get(), file->GetTargetFile());
+    return targets;
+}
+
+void KeepWhereTheyAreLookedFor(FileSet& fileSet, const TargetByFile& places)
+{
+    for (const auto& file : fileSet.GetFiles()) {
+        const QString place = places.value(file.get());
+        if (!file->HasFlag(FileMapping::KeepTargetName) || place.isEmpty() ||
+            file->GetTargetFile() == place)
+            continue;
+        file->SetTargetFile(place, true);
+        file->SetFlag(FileMapping::Unchanged, false);
+        file->SetFlag(FileMapping::Collision, true);
+    }
+}
+
 FileSet::FileMappingList MarkForAnotherPlace(FileSet& fileSet, const ImportOptions& options)
 {
     const FileSet::FileMappingList files = fileSet.GetFiles();

@@ -37,6 +37,14 @@ struct Conflict
     bool selected = false;
 };
 
+/// The target of each file.
+TargetByFile TargetsOf(FileLink::FileSet& fileSet);
+
+/// After MarkCollisions, which sends a linked file back to its last copy: one whose name must stay
+/// returns to the place that a layout gave it, since another file looks for it there, and collides
+/// with what stands in that place. `places` are the targets from before MarkCollisions.
+void KeepWhereTheyAreLookedFor(FileLink::FileSet& fileSet, const TargetByFile& places);
+
 /// After MarkCollisions: files that cannot stay where a layout put them, because another file of
 /// the import goes there, or because something stands there and their names must stay while the
 /// policy is to rename. They are marked as colliding and to be renamed, for layouts to see when

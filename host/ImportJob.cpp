@@ -130,9 +130,11 @@ bool ImportJob::AssignTargets()
 
 bool ImportJob::MarkCollisions()
 {
+    const TargetByFile places = TargetsOf(*m_files);
     const auto mark = [&] { m_importer->MarkCollisions(); };
     if (!Run(QStringLiteral("Looking for conflicts"), 0, mark))
         return false;
+    KeepWhereTheyAreLookedFor(*m_files, places);
     MarkUpToDate(*m_files, *m_database);
     return true;
 }

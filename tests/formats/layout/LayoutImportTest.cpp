@@ -212,6 +212,28 @@ TEST_F(LayoutImport, FilesOfTwoTopFilesThatWouldGetOnePlaceAreKeptApart)
     EXPECT_EQ(again.Lines().filter(u"unchanged  "_qs).size(), 6) << again.out.toStdString();
 }
 
+TEST_F(LayoutImport, CompanionsStayBesideAFileThatReturnsToAnEarlierFolder)
+{
+    // The last copies of the companions are in the other folder, unchanged.
+    MakeBoard();
+    ASSERT_EQ(ImportBoard().exitCode, 0);
+    ASSERT_EQ(Import({u"asm/board.tlk"_qs, u"--to"_qs, u"Other"_qs}).exitCode, 0);
+    tree.File(u"cloud/Demo/table"_qs, "mine\n");
+    const FileTree::Snapshot other = tree.Contents(u"cloud/Other"_qs);
+
+    const CommandResult kept = ImportBoard({u"--collisions"_qs, u"keep"_qs});
+    EXPECT_EQ(kept.exitCode, 0) << ::testing::PrintToString(kept);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/table"_qs), "mine\n");
+    const CommandResult stopped = ImportBoard({u"--selected-collisions"_qs, u"replace"_qs});
+    EXPECT_EQ(stopped.exitCode, 6) << ::testing::PrintToString(stopped);
+    const CommandResult replaced = ImportBoard({u"--collisions"_qs, u"replace"_qs});
+    EXPECT_EQ(replaced.exitCode, 0) << ::testing::PrintToString(replaced);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/table"_qs), "table\n");
+    EXPECT_TRUE(tree.Read(u"cloud/Demo/board.tlk"_qs)
+                    .startsWith("link companion:sch board.txt\nlink companion:table table\n"));
+    EXPECT_EQ(tree.Contents(u"cloud/Other"_qs), other);
+}
+
 TEST_F(LayoutImport, SharedAndCyclicLinksAreFollowedOnce)
 {
     // 2^40 paths lead to the last file, and each step links back to the first.
