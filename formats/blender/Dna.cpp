@@ -8,6 +8,11 @@ namespace Halvern::Formats::Blender {
 
 namespace {
 
+// Far above what Blender has. Every member keeps its names, and is looked at for every member that
+// is looked for.
+constexpr std::size_t LongestName = 255;
+constexpr std::uint64_t MostMembers = 1024;
+
 /// Reads the description's four lists, one after the other.
 class DnaParser
 {
@@ -74,6 +79,8 @@ private:
             const std::size_t end = m_bytes.find('\0', m_at);
             if (end == std::string_view::npos)
                 Fail("ends unexpectedly");
+            if (end - m_at > LongestName)
+                Fail("has a name of " + std::to_string(end - m_at) + " bytes");
             text = m_bytes.substr(m_at, end - m_at);
             m_at = end + 1;
         }
@@ -98,6 +105,8 @@ private:
         structure.name = types[type];
         structure.size = sizes[type];
         const std::uint64_t count = Number(2);
+        if (count > MostMembers)
+            Fail("gives " + structure.name + ' ' + std::to_string(count) + " members");
         std::uint64_t offset = 0;
         for (std::uint64_t i = 0; i < count; ++i) {
             const std::size_t fieldType = Index(types);

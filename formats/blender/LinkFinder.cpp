@@ -12,8 +12,11 @@ namespace Halvern::Formats::Blender {
 
 namespace {
 
-constexpr std::uint64_t MaxDnaSize = std::uint64_t(64) << 20;
+/// Blender's own descriptions have some 100 KiB.
+constexpr std::uint64_t MaxDnaSize = std::uint64_t(4) << 20;
 constexpr std::uint64_t MaxPathSize = std::uint64_t(64) << 10;
+/// Of all texts that are kept: a compressed file can hold any number of long ones.
+constexpr std::size_t MaxTextSize = std::size_t(64) << 20;
 
 Dna ReadDna(const InputFile& file)
 {
@@ -22,7 +25,7 @@ Dna ReadDna(const InputFile& file)
         if (block->code != "DNA1")
             continue;
         if (block->size > MaxDnaSize)
-            throw FormatError("the file's description of its structs is larger than 64 MiB",
+            throw FormatError("the file's description of its structs is larger than 4 MiB",
                               block->sizeField);
         return Dna(blocks.ReadData(block->size), blocks.Form(), block->dataBegin);
     }
@@ -100,7 +103,7 @@ private:
         if (structure.name == "Text")
             m_current->textAddress = view.Number("name", view.Number("filepath"));
         else if (StoredPaths::HasPathOfItsOwn(structure.name))
-            m_current->text = view.Text({"name", "filepath"});
+            m_current->text = Kept(view.Text({"name", "filepath"}));
     }
 
     template <typename Use>
@@ -114,6 +117,15 @@ private:
             use(StructView(m_dna, structure, m_blocks.Form(), bytes, position));
             position += structure.size;
         }
+    }
+
+    /// The text, counted.
+    StoredText Kept(StoredText text)
+    {
+        m_textSize += text.value.size();
+        if (m_textSize > MaxTextSize)
+            throw FormatError("paths and names of more than 64 MiB in all", text.begin);
+        return text;
     }
 
     void VisitPart(const BlockHeader& block, const DnaStruct& structure)
@@ -139,7 +151,7 @@ private:
             throw FormatError("a path of " + std::to_string(block.size) + " bytes",
                               block.sizeField);
         const std::string bytes = m_blocks.ReadData(block.size);
-        m_current->text = TextIn(bytes, block.dataBegin);
+        m_current->text = Kept(TextIn(bytes, block.dataBegin));
         m_current->text.sizeField = block.sizeField;
         m_current->textAddress = 0;
     }
@@ -149,17 +161,17 @@ private:
         DataBlock& scene = *m_current;
         if (structure.name == "Sequence")
             ForEach(block, structure, [&](const StructView& view) {
-                scene.sequences.push_back({view.Text({"name"}).value, view.Number("type"),
+                scene.sequences.push_back({Kept(view.Text({"name"})).value, view.Number("type"),
                                            view.Number("strip"), view.Number("sound")});
             });
         else if (structure.name == "Strip")
             ForEach(block, structure, [&](const StructView& view) {
-                scene.strips[block.address] = {view.Text({"dir", "dirpath"}),
+                scene.strips[block.address] = {Kept(view.Text({"dir", "dirpath"})),
                                                view.Number("stripdata")};
             });
         else if (structure.name == "StripElem")
             ForEach(block, structure, [&](const StructView& view) {
-                scene.stripFiles[block.address].push_back(view.Text({"name", "filename"}));
+                scene.stripFiles[block.address].push_back(Kept(view.Text({"name", "filename"})));
             });
     }
 
@@ -169,7 +181,7 @@ private:
             const StoredText text = view.Text({part.field});
             const bool counts = !part.isExternal || view.Number(part.isExternal, 1) == 1;
             if (counts && !text.value.empty())
-                m_current->parts.emplace_back(structure.name, text);
+                m_current->parts.emplace_back(structure.name, Kept(text));
         });
     }
 
@@ -178,6 +190,7 @@ private:
     StoredPaths m_paths;
     std::optional<DataBlock> m_current;
     std::size_t m_read = 0;
+    std::size_t m_textSize = 0;
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "PatternSet.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace Halvern::Formats::Blender {
 
@@ -19,6 +20,27 @@ std::string UvName(std::uint64_t tile)
     std::string name = "u";
     name.append(std::to_string(index % TilesPerRow + 1));
     return name.append("_v").append(std::to_string(index / TilesPerRow + 1));
+}
+
+std::optional<std::uint64_t> NumberIn(std::string_view text)
+{
+    std::uint64_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+std::optional<std::uint64_t> TileOfUvName(std::string_view name)
+{
+    constexpr std::string_view between = "_v";
+    const std::size_t middle = name.find(between);
+    if (!name.starts_with('u') || middle == std::string_view::npos)
+        return std::nullopt;
+    const auto u = NumberIn(name.substr(1, middle - 1));
+    const auto v = NumberIn(name.substr(middle + between.size()));
+    if (!u || !v || *u == 0 || *u > TilesPerRow || *v == 0 || *v > LastTile)
+        return std::nullopt;
+    return FirstTile + (*v - 1) * TilesPerRow + *u - 1;
 }
 
 } // namespace
@@ -53,14 +75,9 @@ std::string TileSet::PartOfTile(std::uint64_t tile) const
 
 bool TileSet::IsPart(std::string_view part) const
 {
-    constexpr std::size_t longest = 8; // u10_v100
-    if (part.size() > longest || (m_token == Udim) == part.starts_with('u'))
-        return false;
-    for (std::uint64_t tile = FirstTile; tile <= LastTile; ++tile) {
-        if (part == PartOfTile(tile))
-            return true;
-    }
-    return false;
+    const std::optional<std::uint64_t> tile = m_token == Udim ? NumberIn(part) : TileOfUvName(part);
+    // Only as Blender writes it: no zeros in front, no signs.
+    return tile && *tile >= FirstTile && *tile <= LastTile && part == PartOfTile(*tile);
 }
 
 std::vector<NamePattern> TileSet::PatternsOf(const std::string& path, const std::string& part) const

@@ -2,11 +2,15 @@
 
 #include "FormatError.h"
 
+#ifndef XML_DTD
+#define XML_DTD // declares the limits for entities
+#endif
 #include <expat.h>
 
 #include <algorithm>
 #include <exception>
 #include <memory>
+#include <stdexcept>
 
 namespace Halvern::Formats {
 
@@ -22,6 +26,15 @@ bool IsUtf8Name(std::string encoding)
     std::transform(encoding.begin(), encoding.end(), encoding.begin(),
                    [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
     return encoding == "UTF-8" || encoding == "UTF8" || encoding == "US-ASCII";
+}
+
+/// Most encodings of one byte per letter agree with UTF-8 on a text without letters beyond ASCII:
+/// some programs announce ISO-8859-1 and write such letters as references. Others, which give these
+/// bytes another meaning, could not have brought the parser as far as the announcement.
+bool IsAscii(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 /// UTF-16 and UTF-32 show in the first bytes.
@@ -140,6 +153,10 @@ Reader::Reader(std::string_view document, XmlVisitor& visitor)
     XML_SetProcessingInstructionHandler(m_parser.get(), OnInstruction);
     XML_SetXmlDeclHandler(m_parser.get(), OnDeclaration);
     XML_SetDefaultHandler(m_parser.get(), OnOther);
+    // Of its own accord the parser lets entities grow to a hundred times the document.
+    constexpr float amplification = 2;
+    if (!XML_SetBillionLaughsAttackProtectionMaximumAmplification(m_parser.get(), amplification))
+        throw std::logic_error("the parser takes no limit for entities");
 }
 
 void Reader::Run()
@@ -191,7 +208,7 @@ void Reader::Instruction(std::string_view target)
 
 void Reader::CheckEncoding(const char* encoding) const
 {
-    if (encoding && !IsUtf8Name(encoding))
+    if (encoding && !IsUtf8Name(encoding) && !IsAscii(m_document))
         throw FormatError("the document is encoded as " + std::string(encoding) + ", not as UTF-8",
                           Position());
 }

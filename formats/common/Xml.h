@@ -50,7 +50,8 @@ public:
 /// Walks through a document in UTF-8. What is not well-formed, has another encoding, or is nested
 /// deeper than MaxXmlNesting is a FormatError whose position counts in `text`; exceptions of the
 /// visitor come through. Entities are replaced in attributes only, never in contents, and nothing
-/// outside the text is ever read.
+/// outside the text is ever read. Entities that make more than twice the document of it, and more
+/// than 8 MiB, are a FormatError, too. Another encoding than UTF-8 may be announced for ASCII.
 ///
 /// Requires: `text` is no longer than MaxXmlSize.
 void ReadXml(std::string_view text, XmlVisitor& visitor);

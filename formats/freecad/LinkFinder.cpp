@@ -18,7 +18,9 @@ bool IsInstalledFile(std::string path)
     std::replace(path.begin(), path.end(), '\\', '/');
     std::transform(path.begin(), path.end(), path.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    const std::size_t program = path.find("freecad");
+    std::size_t program = path.find("freecad");
+    if (program == std::string::npos) // an AppImage: of its name there are six letters
+        program = path.find("/.mount_freeca");
     return program != std::string::npos && path.find("/mod/", program) != std::string::npos;
 }
 

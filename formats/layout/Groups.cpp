@@ -162,6 +162,9 @@ public:
     {
         for (std::size_t index = 0; index < m_files.size(); ++index)
             m_inFolder[m_files[index].source.Folder().Text()].push_back(index);
+        for (std::size_t index = 0; index < m_files.size(); ++index)
+            if (m_files[index].isFixed)
+                m_fixedGroups.insert(m_groups.HeadOf(index));
     }
 
     void Run()
@@ -178,7 +181,11 @@ public:
     }
 
 private:
-    bool IsBoundToFixed(std::size_t index);
+    /// A file to which the import itself gave its target is in the group.
+    bool IsBoundToFixed(std::size_t index)
+    {
+        return m_fixedGroups.contains(m_groups.HeadOf(index));
+    }
     void MoveGroup(std::size_t head);
     void MoveNeighbours(const LinkedFile& file);
     void Move(const Members& members, const TreePath& old, const TreePath& folder);
@@ -189,14 +196,9 @@ private:
     TakenPlaces m_taken;
     /// By the text of the source folder.
     std::map<std::string, Members> m_inFolder;
+    /// By their first files.
+    std::set<std::size_t> m_fixedGroups;
 };
-
-bool Mover::IsBoundToFixed(std::size_t index)
-{
-    const Members& members = m_groups.MembersOf(m_groups.HeadOf(index));
-    return std::any_of(members.begin(), members.end(),
-                       [this](std::size_t member) { return m_files[member].isFixed; });
-}
 
 void Mover::MoveGroup(std::size_t head)
 {

@@ -53,7 +53,7 @@ std::vector<DocumentLink> SvgDocument::Links() const
 {
     std::vector<DocumentLink> links;
     for (const UriReference& reference : m_references) {
-        const std::optional<std::string> path = PathOf(reference, m_file.Path());
+        const std::optional<std::string> path = PathOf(reference, m_file.Path().parent_path());
         if (path && !NamesFolder(*path))
             links.push_back({reference.id, *path});
     }

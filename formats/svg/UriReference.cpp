@@ -44,18 +44,14 @@ std::string IdCounter::Next(const std::string& id)
 }
 
 std::optional<std::string> PathOf(const UriReference& reference,
-                                  const std::filesystem::path& document)
+                                  const std::filesystem::path& folder)
 {
     if (!IsLinkUri(reference.uri))
         return std::nullopt;
-    const std::filesystem::path folder = document.parent_path();
     std::string path = PathOfUri(reference.uri, folder);
     if (path.find('\0') != std::string::npos)
         return path; // is refused when it is handed out
-    const std::filesystem::path file = folder / PathFromUtf8(path);
-    if (file.lexically_normal() == document.lexically_normal())
-        return std::nullopt;
-    if (!reference.absolutePath.empty() && !Exists(file) &&
+    if (!reference.absolutePath.empty() && !Exists(folder / PathFromUtf8(path)) &&
         Exists(folder / PathFromUtf8(reference.absolutePath)))
         return reference.absolutePath;
     return path;

@@ -56,10 +56,10 @@ private:
     std::map<std::string, std::size_t> m_counts;
 };
 
-/// The path of the file, for a document in `folder`; nothing when the reference is none to a file,
-/// or one to the document itself.
+/// The path of the file, for a document in `folder`; nothing when the reference is none to a file.
+/// A document that names itself by its file name is one: its copy may get another name.
 std::optional<std::string> PathOf(const UriReference& reference,
-                                  const std::filesystem::path& document);
+                                  const std::filesystem::path& folder);
 
 /// What has to stand in the span for the reference to name `path`.
 std::string TextFor(const UriReference& reference, std::string_view path);

@@ -121,7 +121,7 @@ TEST(XmlPlaces, WhatIsNotWellFormedIsReportedWithItsPlace)
         {"an unknown entity", "<a b='&x;'/>", "undefined entity @0"},
         {"a NUL", std::string("<a b='\0'/>", 10), "not well-formed (invalid token) @6"},
         {"a byte that is no UTF-8", "<a b='\xFF'/>", "not well-formed (invalid token) @6"},
-        {"Latin-1", "<?xml version='1.0' encoding='ISO-8859-1'?><a/>",
+        {"Latin-1", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>",
          "the document is encoded as ISO-8859-1, not as UTF-8 @0"},
         {"UTF-16 with a mark", std::string("\xFF\xFE<\0a\0/\0>\0", 10),
          "the document is not encoded as UTF-8 @0"},
@@ -151,6 +151,28 @@ TEST(XmlPlaces, EntitiesThatBreedAreRefused)
     }
     document += "]><a b='&e9;'/>";
     EXPECT_TRUE(Log(document).starts_with("limit on input amplification factor")) << Log(document);
+}
+
+TEST(XmlPlaces, ALargeDocumentMayNotMakeItsEntitiesLarger)
+{
+    // A hundred times the document, which the parser would let pass, fills the memory.
+    constexpr std::size_t size = std::size_t(1) << 20;
+    std::string document = "<!DOCTYPE a [<!ENTITY e '" + std::string(size, 'x') + "'>]><a ";
+    for (int i = 0; i < 20; ++i)
+        document += " b" + std::to_string(i) + "='&e;'";
+    document += "/>";
+    EXPECT_TRUE(Log(document).starts_with("limit on input amplification factor"));
+    EXPECT_TRUE(Log("<!DOCTYPE a [<!ENTITY e 'xxxxxxxxxx'>]><a b='&e;&e;&e;&e;&e;&e;&e;&e;'/>")
+                    .starts_with("+a["));
+}
+
+TEST(XmlPlaces, AsciiIsReadUnderTheNameOfEveryEncodingThatHoldsIt)
+{
+    for (const char* encoding : {"ISO-8859-1", "windows-1252", "us-ascii", "latin1"})
+        EXPECT_EQ(
+            Log(std::string("<?xml version='1.0' encoding='") + encoding + "'?><a b='&#228;'/>"),
+            "+a[<a b='&#228;'/>] b=\xC3\xA4{&#228;}\n-a[]\n")
+            << encoding;
 }
 
 TEST(XmlPlaces, WhatTheVisitorThrowsComesThrough)

@@ -120,6 +120,17 @@ TEST_F(DamagedBlend, CountsBeyondReasonAreRefused)
     EXPECT_TRUE(Failure(text.Bytes()).starts_with("a path of 70000 bytes (byte "));
 }
 
+TEST_F(DamagedBlend, PathsThatWouldFillTheMemoryAreRefused)
+{
+    constexpr qsizetype count = 1120;
+    BlendFile content;
+    content.Describe("CacheFileLayer", {{"char", "filepath[60000]"}});
+    content.Add("CF", "CacheFile", {{"id.name", "CFa"}, {"filepath", "//a.abc"}})
+        .AddBytes("DATA", "CacheFileLayer", QByteArray(60'000 * count, 'x'), 1, count);
+    EXPECT_TRUE(
+        Failure(content.Bytes()).starts_with("paths and names of more than 64 MiB in all (byte "));
+}
+
 TEST_F(DamagedBlend, ALinkThatNoHostCouldHoldIsReportedByName)
 {
     BlendFile text;
@@ -155,10 +166,14 @@ TEST_F(DamagedBlend, ADamagedDescriptionIsReported)
          "names something that it does not list"},
         {"a member of no type", With(good, structs + 12, machine.Number(0xFFFF, 2)),
          "names something that it does not list"},
-        {"a struct without end", With(good, structs + 10, machine.Number(0xFFFF, 2)),
+        {"a struct without end", With(good, structs + 10, machine.Number(1024, 2)),
          "ends unexpectedly"},
         {"another size", With(good, sizes + 4 + 8, machine.Number(7, 2)),
          "gives Link another size than its members have"},
+        {"a name that every member would keep",
+         QByteArray(good).replace("Link", QByteArray(256, 'n')), "has a name of 256 bytes"},
+        {"a struct of members without number", With(good, structs + 10, machine.Number(1025, 2)),
+         "gives Link 1025 members"},
         {"an array without end", QByteArray(good).replace("name[66]", "name[66x"),
          "has a member whose name is malformed"},
         {"an array of billions", QByteArray(good).replace("name[40]", "n[99999]"),

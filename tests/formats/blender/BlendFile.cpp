@@ -76,6 +76,12 @@ BlendFile::BlendFile(const Machine& machine) : m_machine(machine)
 
 void BlendFile::Describe(const QByteArray& name, std::initializer_list<Member> members)
 {
+    for (Structure& known : m_structures) {
+        if (known.name == name) {
+            known.members = members;
+            return;
+        }
+    }
     m_structures.append({name, members});
 }
 

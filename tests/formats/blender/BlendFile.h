@@ -43,6 +43,14 @@ public:
 
     explicit BlendFile(const Machine& machine = {});
 
+    struct Member
+    {
+        QByteArray type;
+        QByteArray name;
+    };
+
+    /// Adds a struct to the description, or gives one other members.
+    void Describe(const QByteArray& name, std::initializer_list<Member> members);
     /// A struct's bytes.
     QByteArray Record(const QByteArray& structure, const Values& values) const;
     /// A block of one struct; data blocks of Blender have codes of two letters. The address is 0
@@ -63,18 +71,12 @@ public:
     const Machine& ForMachine() const { return m_machine; }
 
 private:
-    struct Member
-    {
-        QByteArray type;
-        QByteArray name;
-    };
     struct Structure
     {
         QByteArray name;
         QList<Member> members;
     };
 
-    void Describe(const QByteArray& name, std::initializer_list<Member> members);
     qsizetype IndexOf(const QByteArray& structure) const;
     qsizetype SizeOf(const QByteArray& type) const;
     qsizetype SizeOf(const Member& member) const;

@@ -62,6 +62,20 @@ TEST_F(BlendSets, TilesCanBeNamedByTheirPlace)
                      L(u"set:IMHolz#u1_v2", u"Holz_u1_v2.png")}));
 }
 
+TEST_F(BlendSets, OnlyNamesThatBlenderGivesToTilesAreTiles)
+{
+    for (const char16_t* name :
+         {u"Holz_u0_v1.png", u"Holz_u11_v1.png", u"Holz_u01_v1.png", u"Holz_u1_v0.png",
+          u"Holz_u1_v101.png", u"Holz_u1v1.png", u"Holz_u1_v+1.png", u"Holz_u_v1.png",
+          u"Holz_u1_v.png", u"Holz_u10_v100.png", u"Holz_1000.png", u"Holz_2001.png",
+          u"Holz_01001.png", u"Holz_2000.png", u"Holz_1001x.png"})
+        tree.File(QStringLiteral("Szene/") + QString::fromUtf16(name));
+    EXPECT_EQ(LinksOf(Tiles("//Holz_<UVTILE>.png", {})),
+              (Links{L(u"set:IMHolz#u10_v100", u"Holz_u10_v100.png")}));
+    EXPECT_EQ(LinksOf(Tiles("//Holz_<UDIM>.png", {})),
+              (Links{L(u"set:IMHolz#2000", u"Holz_2000.png")}));
+}
+
 TEST_F(BlendSets, TilesWithoutAPatternAreOneFile)
 {
     EXPECT_EQ(LinksOf(Tiles("//Holz.1001.png", {1001})), (Links{L(u"IMHolz", u"Holz.1001.png")}));

@@ -44,7 +44,7 @@ TEST_F(DamagedFreecad, WhatIsWrongWithADocumentIsReported)
         {"an empty document", xml(""), "Document.xml: no element found at its byte 0"},
         {"a document cut off", xml(Document({}).left(60)),
          "Document.xml: unclosed token at its byte 39"},
-        {"Latin-1", xml("<?xml version='1.0' encoding='latin1'?><Document/>"),
+        {"Latin-1", xml("<?xml version='1.0' encoding='latin1'?><Document>\xE4</Document>"),
          "Document.xml: the document is encoded as latin1, not as UTF-8 at its byte 0"},
         {"deep nesting", xml(deep), "Document.xml: nested deeper than 512 levels at its byte 4098"},
         {"a property twice", xml(Document(twice + twice)),

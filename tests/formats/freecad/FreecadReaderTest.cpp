@@ -71,6 +71,7 @@ TEST_F(FreecadReader, FilesOfTheInstallationAndThoseThatAreWrittenAreNoLinks)
         LinksOf(Document(
             file("A", "/usr/share/freecad/Mod/TechDraw/Templates/A4.svg") +
             file("B", "C:\\Program Files\\FreeCAD 0.20\\data\\Mod\\TechDraw\\PAT\\FCPAT.pat") +
+            file("M", "/tmp/.mount_FreeCAaB1cD2/usr/Mod/TechDraw/PAT/FCPAT.pat") +
             file("C", "/home/x/.local/share/FreeCAD/Mod/Addon/x.svg") +
             file("PostProcessorOutputFile", "/home/x/out.ngc") +
             file("D", "/home/x/FreeCAD/Modelle/Foto.png"))),

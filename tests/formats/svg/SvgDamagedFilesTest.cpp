@@ -40,7 +40,7 @@ TEST_F(DamagedSvg, WhatIsWrongWithADrawingIsReportedWithItsPlace)
         {"tags that do not match", "<svg><g></svg>", "mismatched tag (byte 10)"},
         {"UTF-16", QByteArray("\xFF\xFE<\0s\0", 6),
          "the document is not encoded as UTF-8 (byte 0)"},
-        {"Latin-1", "<?xml version='1.0' encoding='ISO-8859-1'?><svg/>",
+        {"Latin-1", "<?xml version='1.0' encoding='ISO-8859-1'?><svg>\xE4</svg>",
          "the document is encoded as ISO-8859-1, not as UTF-8 (byte 0)"},
         {"deep nesting", QByteArray("<g>").repeated(1'000'000),
          "nested deeper than 512 levels (byte 1536)"},

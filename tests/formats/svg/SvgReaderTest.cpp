@@ -18,16 +18,22 @@ TEST_F(SvgReader, LinksOfElementsAreFoundWithAndWithoutAPrefix)
                      L(u"image/svg:href", u"e.png")}));
 }
 
-TEST_F(SvgReader, WhatNamesNoOtherFileIsNoLink)
+TEST_F(SvgReader, WhatNamesNoFileIsNoLink)
 {
     tree.Folder(QStringLiteral("plan/folder"));
     EXPECT_EQ(LinksOf("<use href='#a'/><image href=''/><image href='data:image/png;base64,AA=='/>"
                       "<a href='https://example.com/a.svg'/><a href='mailto:x@example.com'/>"
-                      "<a href='folder'/><a href='../'/><use href='a.svg#b'/><use href='./a.svg'/>"
+                      "<a href='folder'/><a href='../'/>"
                       "<rect style='fill:url(#g);stroke:url(data:x)' fill='url(#h)'/>"
                       "<text>href='no.png' url(no.png)</text><!-- <image href='no.png'/> -->"),
               Links());
     EXPECT_TRUE(context.lines.isEmpty());
+}
+
+TEST_F(SvgReader, ADrawingThatNamesItselfByItsFileIsALink)
+{
+    EXPECT_EQ(LinksOf("<use href='a.svg#b'/><rect fill='url(./a.svg#g)'/>"),
+              (Links{L(u"use/href", u"a.svg"), L(u"rect/fill/url", u"./a.svg")}));
 }
 
 TEST_F(SvgReader, IdsDoNotDependOnNeighboursThatAreNoLinks)
