@@ -32,6 +32,9 @@ Dna ReadDna(const InputFile& file)
     throw FormatError("the file has no description of its structs");
 }
 
+/// Not every version has it.
+constexpr std::string_view IconOfBrush = "icon_filepath";
+
 /// A part of a data block that holds a path: a modifier, a layer, a node.
 struct PathPart
 {
@@ -102,6 +105,8 @@ private:
         m_current->isSequence = view.Number("is_sequence") != 0;
         if (structure.name == "Text")
             m_current->textAddress = view.Number("name", view.Number("filepath"));
+        else if (structure.name == "Brush" && m_dna.FindField(structure, IconOfBrush))
+            m_current->text = Kept(view.Text({IconOfBrush}));
         else if (StoredPaths::HasPathOfItsOwn(structure.name))
             m_current->text = Kept(view.Text({"name", "filepath"}));
     }

@@ -65,6 +65,20 @@ TEST_F(BlendReader, EveryKindOfDataBlockThatNamesAFileIsFound)
                L(u"MAa/NodeShaderTexIES 1", u"a.ies")}));
 }
 
+TEST_F(BlendReader, TheIconOfABrushIsALinkWhereTheVersionHasOne)
+{
+    BlendFile content;
+    content.Describe("Brush", {{"ID", "id"}, {"char", "icon_filepath[40]"}});
+    content.Add("BR", "Brush", {{"id.name", "BRa"}, {"icon_filepath", "//a.png"}})
+        .Add("BR", "Brush", {{"id.name", "BRb"}});
+    EXPECT_EQ(LinksOf(content), (Links{L(u"BRa", u"a.png")}));
+    BlendFile other;
+    other.Describe("Brush", {{"ID", "id"}});
+    other.Add("BR", "Brush", {{"id.name", "BRa"}});
+    EXPECT_EQ(LinksOf(other), Links());
+    EXPECT_TRUE(context.lines.isEmpty());
+}
+
 TEST_F(BlendReader, WhatIsPackedOrMadeOrBuiltInIsNoLink)
 {
     BlendFile content;
