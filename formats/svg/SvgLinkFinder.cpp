@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace Halvern::Formats::Svg {
 
@@ -113,13 +114,16 @@ public:
     void Start(const XmlElement& element) override
     {
         ++m_depth;
+        // Asked for once: a tag can have any number of attributes.
+        const std::string place = PlaceOf(element);
+        AbsoluteName absolute{element.Find("sodipodi:absref")};
         for (const XmlAttribute& attribute : element.attributes)
-            Attribute(element, attribute);
+            Attribute(place, attribute, absolute);
         const bool isStyle = LocalName(element.name) == "style" && m_styleDepth == 0;
         if (isStyle && IsCssType(element.Value("type"))) {
             m_styleDepth = m_depth;
             m_styleBegin = element.end;
-            m_stylePlace = PlaceOf(element);
+            m_stylePlace = place;
         }
     }
 
@@ -139,26 +143,33 @@ public:
     }
 
 private:
-    void Attribute(const XmlElement& element, const XmlAttribute& attribute)
+    /// Of a tag with both "href" and "xlink:href" only one rewrites it.
+    struct AbsoluteName
     {
-        const std::string id = PlaceOf(element) + '/' + attribute.name;
+        const XmlAttribute* attribute;
+        bool isTaken = false;
+    };
+
+    void Attribute(const std::string& place, const XmlAttribute& attribute, AbsoluteName& absolute)
+    {
+        const std::string id = place + '/' + attribute.name;
         if (LocalName(attribute.name) == "href")
-            Reference(id, element, attribute);
+            Reference(id, attribute, absolute);
         else if (HoldsCss(attribute))
             m_collector.AddCss(id, DecodeXmlText(m_xml, attribute.begin, attribute.end));
     }
 
-    void Reference(const std::string& id, const XmlElement& element, const XmlAttribute& attribute)
+    void Reference(const std::string& id, const XmlAttribute& attribute, AbsoluteName& absolute)
     {
         if (attribute.value.starts_with("data:")) // often megabytes
             return m_collector.PassOver(id);
         const XmlText text = DecodeXmlText(m_xml, attribute.begin, attribute.end);
         UriReference* reference = m_collector.AddUri(id, attribute.value, text);
-        const XmlAttribute* absolute = element.Find("sodipodi:absref");
-        if (!reference || !absolute || absolute->value.empty())
+        if (!reference || !absolute.attribute || absolute.attribute->value.empty())
             return;
-        reference->absolutePath = absolute->value;
-        reference->absoluteSpan = {absolute->begin, absolute->end};
+        reference->absolutePath = absolute.attribute->value;
+        if (!std::exchange(absolute.isTaken, true))
+            reference->absoluteSpan = {absolute.attribute->begin, absolute.attribute->end};
     }
 
     void StyleSheet(std::size_t begin, std::size_t end)

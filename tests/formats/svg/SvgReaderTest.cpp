@@ -128,6 +128,16 @@ TEST_F(SvgReader, ReadingChangesNeitherBytesNorTimes)
     EXPECT_EQ(tree.Modified(m_file), time);
 }
 
+TEST_F(SvgReader, ATagOfAnyNumberOfAttributesIsRead)
+{
+    // Going through all of them for each of them would take minutes.
+    QByteArray attributes;
+    for (int i = 0; i < 400'000; ++i)
+        attributes += " a" + QByteArray::number(i) + "=''";
+    EXPECT_EQ(LinksOf("<image" + attributes + " href='a.png' id='i'/>"),
+              (Links{L(u"#i/href", u"a.png")}));
+}
+
 TEST_F(SvgReader, TensOfThousandsOfLinksAreAllRead)
 {
     QByteArray elements;

@@ -78,6 +78,17 @@ TEST_F(SvgRewriter, TheAbsoluteNameFollowsTheLink)
         image("../neu/%C3%B6%20&amp;%20b.png", QByteArray(absolute).replace("&", "&amp;")));
 }
 
+TEST_F(SvgRewriter, TheAbsoluteNameOfALinkThatIsWrittenForOldAndNewReadersFollowsOnce)
+{
+    const QByteArray absolute = tree.Path(QStringLiteral("neu/a.png")).toUtf8();
+    const QByteArray rest = " xmlns:sodipodi='s'/>";
+    EXPECT_EQ(
+        Rewritten("<image href='a.png' xlink:href='a.png' sodipodi:absref='/gone/a.png'" + rest,
+                  {L(u"image/href", u"../neu/a.png"), L(u"image/xlink:href", u"../neu/a.png")}),
+        "<image href='../neu/a.png' xlink:href='../neu/a.png' sodipodi:absref='" + absolute + "'" +
+            rest);
+}
+
 TEST_F(SvgRewriter, AnAbsolutePathBecomesAFileUri)
 {
     EXPECT_EQ(Rewritten("<image href='a.png'/>", {L(u"image/href", u"D:/x y/a.png")}),
