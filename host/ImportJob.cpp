@@ -185,8 +185,7 @@ void ImportJob::Finish()
 
 void ImportJob::NoteTargets()
 {
-    for (const auto& file : m_files->GetFiles())
-        m_wantedTargets.insert(file.get(), file->GetTargetFile());
+    m_wantedTargets = TargetsOf(*m_files);
 }
 
 bool ImportJob::IsRenamed(const FileMapping& file) const
