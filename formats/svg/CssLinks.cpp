@@ -190,13 +190,17 @@ private:
         for (; digits < 6 && m_at < m_css.size() && HexDigit(m_css[m_at]) >= 0; ++digits)
             code = code * 16 + static_cast<char32_t>(HexDigit(m_css[m_at++]));
         if (digits == 0) {
-            const char c = m_css[m_at++];
+            const char c = m_css[m_at];
+            PassOne();
             return IsLineEnd(c) ? std::string() : std::string(1, c);
         }
         if (m_at < m_css.size() && IsBlank(m_css[m_at]))
-            ++m_at;
+            PassOne();
         return Utf8Of(code);
     }
+
+    /// Over one character, as which a line end of two bytes counts.
+    void PassOne() { m_at += m_css.substr(m_at).starts_with("\r\n") ? 2 : 1; }
 
     std::string_view m_css;
     std::size_t m_at = 0;

@@ -54,6 +54,8 @@ TEST(CssLinks, EscapesAreTakenOff)
     EXPECT_EQ(Found("a:url(a\\ b\\(1\\).png);b:url('\\48 \\f6 he\\'\\\n.png');c:url(\\1F332.png)"),
               "url a b(1).png {a\\ b\\(1\\).png} url Höhe'.png {\\48 \\f6 he\\'\\\n.png} "
               "url \U0001F332.png {\\1F332.png} ");
+    EXPECT_EQ(Found("a:url('b\\\r\n.png') c:url('\\48\r\n.png')"),
+              "url b.png {b\\\r\n.png} url H.png {\\48\r\n.png} ");
     EXPECT_EQ(Found("a:url(\\0 \\d800 \\ffffff.png)"),
               "url \xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD.png {\\0 \\d800 \\ffffff.png} ");
 }
