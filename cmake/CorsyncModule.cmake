@@ -1,8 +1,10 @@
 # One room of the module CorsyncFileLink, compiled once for the library and for the tests.
+set(CORSYNC_MODULE_OPTIONS "" CACHE STRING "Further compiler options of the module's sources")
 function(corsync_module_room name)
   set(target corsync_${name}_objects)
   add_library(${target} OBJECT ${ARGN})
   target_compile_definitions(${target} PUBLIC FILELINK_BUILD)
+  target_compile_options(${target} PRIVATE ${CORSYNC_MODULE_OPTIONS})
   target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${target} PRIVATE corsync_build
                                   PUBLIC Qt6::Core Qt6::Xml log4cplus::log4cplus CorsyncServices)

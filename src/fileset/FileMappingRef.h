@@ -75,6 +75,8 @@ private:
     void GrowChildren(IsAbove isAbove);
     bool IsAncestorPath(int pathNumber) const;
 
+    /// Number of the node's path in the graph; -1 without a graph.
+    int m_pathNumber = -1;
     QString m_refId;
     QString m_linkPath;
     FileMappingPointer m_mapping;
@@ -82,8 +84,6 @@ private:
     QList<Pointer> m_children;
     FileMappingRef* m_parent = nullptr;
     std::shared_ptr<const LinkGraph> m_graph;
-    /// In the graph.
-    int m_pathNumber = -1;
     bool m_grown = false;
     bool m_closesCycle = false;
 };

@@ -76,7 +76,8 @@ bool Plugin::LoadModule()
     }
     m_loadState = LoadState::Failed;
     m_lastError = QStringLiteral("Failed to load plugin %1. Error %2.")
-                      .arg(GetModule(), m_library->errorString());
+                      .arg(GetModule())
+                      .arg(m_library->errorString());
     FILELINK_LOG(LogLevel::Error, m_lastError);
     return false;
 }
@@ -94,7 +95,8 @@ bool Plugin::UnloadModule()
         return true;
     }
     m_lastError = QStringLiteral("Failed to unload plugin %1. Error %2.")
-                      .arg(GetModule(), m_library->errorString());
+                      .arg(GetModule())
+                      .arg(m_library->errorString());
     FILELINK_LOG(LogLevel::Error, m_lastError);
     return false;
 }
@@ -112,7 +114,8 @@ Factory* Plugin::MakeFactory(const char* exportName)
     const auto function = reinterpret_cast<Function>(m_library->resolve(exportName));
     if (!function) {
         m_lastError = QStringLiteral("Exported function %1 not found in plugin %2")
-                          .arg(QString::fromLatin1(exportName), GetModule());
+                          .arg(QString::fromLatin1(exportName))
+                          .arg(GetModule());
         return nullptr;
     }
     const auto factory = CallPlugin(GetModule(), exportName, function, m_lastError);
@@ -121,7 +124,8 @@ Factory* Plugin::MakeFactory(const char* exportName)
     // The resolver's export is named for layouts, too: log filters rely on this one text.
     if (!*factory)
         m_lastError = QStringLiteral("Plugin %1 returned NULL in %2")
-                          .arg(GetModule(), QString::fromLatin1(ResolverExport));
+                          .arg(GetModule())
+                          .arg(QString::fromLatin1(ResolverExport));
     return *factory;
 }
 
@@ -138,7 +142,8 @@ void Plugin::CreateService(const char* exportName, const char* creatorName,
     delete factory;
     if (service && !*service)
         m_lastError = QStringLiteral("Plugin %1 returned NULL in %2")
-                          .arg(GetModule(), QString::fromLatin1(creatorName));
+                          .arg(GetModule())
+                          .arg(QString::fromLatin1(creatorName));
     stored = service.value_or(nullptr);
 }
 

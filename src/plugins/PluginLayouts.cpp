@@ -19,7 +19,7 @@ constexpr int MaxDumpLines = 100'000;
 
 QString MappingLine(const FileMappingRef& mapping)
 {
-    return QStringLiteral("\"%1\" ==> \"%2\"").arg(mapping.SourceFile(), mapping.TargetFile());
+    return QStringLiteral("\"%1\" ==> \"%2\"").arg(mapping.SourceFile()).arg(mapping.TargetFile());
 }
 
 } // namespace
@@ -46,14 +46,16 @@ bool PluginManager::AssignTargetPaths(std::shared_ptr<FileMappingRef> mapping,
             assigned = true;
             FILELINK_LOG(LogLevel::Debug,
                          QStringLiteral("Plugin %1 assigned target paths successfully for file %2")
-                             .arg(plugin->GetModule(), file));
+                             .arg(plugin->GetModule())
+                             .arg(file));
             continue;
         }
         if (!error.isEmpty())
             FILELINK_LOG(LogLevel::Error, error);
         FILELINK_LOG(LogLevel::Info,
                      QStringLiteral("Plugin %1 returned false in AssignTargetPaths for file %2")
-                         .arg(plugin->GetModule(), file));
+                         .arg(plugin->GetModule())
+                         .arg(file));
     }
     if (!assigned) {
         FILELINK_LOG(LogLevel::Error,

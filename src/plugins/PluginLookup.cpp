@@ -30,17 +30,19 @@ QList<Plugin*> PluginManager::FindPluginForFile(const QString& file, PluginType 
 
     FILELINK_LOG(
         LogLevel::Debug,
-        QStringLiteral("Searching for %1 plugin for file type %2").arg(typeName, extension));
+        QStringLiteral("Searching for %1 plugin for file type %2").arg(typeName).arg(extension));
     const QList<Plugin*> found = SearchPlugins(extension, type);
     m_lookupCache.insert(key, found);
     if (found.isEmpty())
         FILELINK_LOG(
             LogLevel::Info,
-            QStringLiteral("No %1 plugin found for file type %2").arg(typeName, extension));
+            QStringLiteral("No %1 plugin found for file type %2").arg(typeName).arg(extension));
     else
         FILELINK_LOG(LogLevel::Debug, QStringLiteral("Found %1 %2 plugin(s) for file type %3: %4")
-                                          .arg(QString::number(found.size()), typeName, extension,
-                                               JoinModules(found)));
+                                          .arg(found.size())
+                                          .arg(typeName)
+                                          .arg(extension)
+                                          .arg(JoinModules(found)));
     return found;
 }
 

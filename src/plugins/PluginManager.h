@@ -76,7 +76,6 @@ public:
 
 private:
     void AddDefaultFolders();
-    void LoadRegistrationFolder(const QString& folder);
     bool RegisterDeclaration(XmlFiler& filer);
     QList<Plugin*> SearchPlugins(const QString& extension, PluginType type) const;
 

@@ -32,7 +32,9 @@ bool XmlFiler::Open(const QString& file)
     QFile input(file);
     if (!input.open(QIODevice::ReadOnly)) {
         m_openError = QStringLiteral("XmlFiler: Failed to open file %1. %2 (Error code: %3)")
-                          .arg(file, input.errorString(), QString::number(int(input.error())));
+                          .arg(file)
+                          .arg(input.errorString())
+                          .arg(int(input.error()));
         return false;
     }
     QDomDocument document;
