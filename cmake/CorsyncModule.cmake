@@ -1,5 +1,6 @@
 # One room of the module CorsyncFileLink, compiled once for the library and for the tests.
 set(CORSYNC_MODULE_OPTIONS "" CACHE STRING "Further compiler options of the module's sources")
+option(CORSYNC_MODULE_PRECOMPILE "Precompile the headers of libraries for the module's sources")
 function(corsync_module_room name)
   set(target corsync_${name}_objects)
   add_library(${target} OBJECT ${ARGN})
@@ -8,4 +9,11 @@ function(corsync_module_room name)
   target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${target} PRIVATE corsync_build
                                   PUBLIC Qt6::Core Qt6::Xml log4cplus::log4cplus CorsyncServices)
+  if(CORSYNC_MODULE_PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE
+      <QtCore/QDateTime> <QtCore/QDir> <QtCore/QFile> <QtCore/QFileInfo> <QtCore/QHash>
+      <QtCore/QMap> <QtCore/QObject> <QtCore/QRegularExpression> <QtCore/QSet>
+      <QtCore/QStringList> <QtXml/QDomDocument> <log4cplus/logger.h> <log4cplus/loggingmacros.h>
+      <algorithm> <functional> <memory>)
+  endif()
 endfunction()

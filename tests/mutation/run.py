@@ -152,7 +152,7 @@ class Builder:
             return "(takes too long)"
         if result.returncode == 0:
             return None
-        failed = re.findall(r"^\[  FAILED  \] (\S+?)(?:,|$)", result.stdout, re.MULTILINE)
+        failed = re.findall(r"^\[  FAILED  \] ([^\s,]+\.[^\s,]+)", result.stdout, re.MULTILINE)
         return failed[0] if failed else f"(ends with {result.returncode})"
 
 
