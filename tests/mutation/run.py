@@ -42,6 +42,7 @@ COPYING = re.compile("Copying|FileReplacement|Repathing|DatabaseUpdate|TargetLin
 class Mutation:
     file: str
     reason: str
+    first_tests: str
     old: list = field(default_factory=list)
     new: list = field(default_factory=list)
 
@@ -67,8 +68,9 @@ class Mutation:
 
 
 def read_list(path):
-    """`@ file`, `? reason`, `- old text`, `+ new text`; a change ends where the next one begins."""
-    mutations, file = [], None
+    """`@ file`, `= tests asked first`, `? reason`, `- old text`, `+ new text`; a change ends where
+    the next one begins."""
+    mutations, file, first_tests = [], None, ""
     for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
         mark, text = line[:1], line[2:]
         if not line.strip() or mark == "#":
@@ -76,9 +78,11 @@ def read_list(path):
         if line[1:2] not in ("", " "):
             raise SystemExit(f"{path.name}:{number}: no blank behind the mark: {line}")
         if mark == "@":
-            file = text
+            file, first_tests = text, ""
+        elif mark == "=" and file:
+            first_tests = text
         elif mark == "?" and file:
-            mutations.append(Mutation(file, text))
+            mutations.append(Mutation(file, text, first_tests))
         elif mark == "-" and mutations and not mutations[-1].new:
             mutations[-1].old.append(text)
         elif mark == "+" and mutations and mutations[-1].old:
@@ -176,6 +180,8 @@ class Run:
     def kill(self, mutation):
         known = self.killers.get(mutation.name())
         attempts = [(program, None) for program in mutation.programs()]
+        if mutation.first_tests:
+            attempts.insert(0, (attempts[0][0], mutation.first_tests))
         if known:
             attempts.insert(0, (known[0], known[1] if not known[1].startswith("(") else None))
         for program, test in attempts:
