@@ -44,10 +44,12 @@ bool IsSlash(char c)
     return c == '/' || c == '\\';
 }
 
+/// A name with a NUL must not reach the system, which would take only what is before it.
 bool FileExists(const std::filesystem::path& folder, std::string_view path)
 {
     std::error_code ignored;
-    return std::filesystem::exists(folder / PathFromUtf8(path), ignored);
+    return path.find('\0') == std::string_view::npos &&
+           std::filesystem::exists(folder / PathFromUtf8(path), ignored);
 }
 
 std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
@@ -57,11 +59,20 @@ std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
     std::string decoded = PercentDecode(raw);
     if (!IsUtf8(decoded))
         return std::string(raw);
-    // A name with a NUL must not reach the system, which would take only what is before it.
-    if (decoded.find('\0') == std::string::npos && !FileExists(folder, decoded) &&
-        FileExists(folder, raw))
-        return std::string(raw);
-    return decoded;
+    const bool isRaw = decoded.find('\0') == std::string::npos && !FileExists(folder, decoded) &&
+                       FileExists(folder, raw);
+    return isRaw ? std::string(raw) : decoded;
+}
+
+/// An encoded backslash is one: nobody writes that for a slash.
+std::string DecodedWithSlashes(std::string_view raw, const std::filesystem::path& folder)
+{
+    std::string path = Decoded(raw, folder);
+    if (raw.find('\\') == std::string_view::npos || FileExists(folder, path))
+        return path;
+    std::string slashes(raw);
+    std::replace(slashes.begin(), slashes.end(), '\\', '/');
+    return Decoded(slashes, folder);
 }
 
 /// What follows "file:", as the path that it names, still percent-encoded.
@@ -92,13 +103,6 @@ std::string WithSlashes(std::string_view path)
     return result;
 }
 
-std::string_view WithoutDot(std::string_view path)
-{
-    while (path.starts_with("./"))
-        path.remove_prefix(2);
-    return path;
-}
-
 } // namespace
 
 bool IsLinkUri(std::string_view uri)
@@ -109,11 +113,16 @@ bool IsLinkUri(std::string_view uri)
     return scheme.empty() || scheme == "file";
 }
 
+bool IsFileUri(std::string_view uri)
+{
+    return SchemeOf(uri) == "file";
+}
+
 std::string PathOfUri(std::string_view uri, const std::filesystem::path& folder)
 {
-    if (SchemeOf(uri) == "file")
-        return Decoded(FileUriPath(uri.substr(5)), folder);
-    return Decoded(uri, folder);
+    if (IsFileUri(uri))
+        return DecodedWithSlashes(FileUriPath(uri.substr(5)), folder);
+    return DecodedWithSlashes(uri, folder);
 }
 
 std::string UriOfPath(std::string_view given)
@@ -140,6 +149,20 @@ bool NamesFolder(std::string_view path, const std::filesystem::path& folder)
     std::error_code ignored;
     return name.empty() || name == "." || name == ".." ||
            std::filesystem::is_directory(folder / PathFromUtf8(path), ignored);
+}
+
+bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder)
+{
+    std::error_code ignored;
+    return path.find('\0') == std::string_view::npos &&
+           std::filesystem::is_regular_file(folder / PathFromUtf8(path), ignored);
+}
+
+std::string_view WithoutDot(std::string_view path)
+{
+    while (path.starts_with("./"))
+        path.remove_prefix(2);
+    return path;
 }
 
 bool IsSamePath(std::string_view a, std::string_view b)

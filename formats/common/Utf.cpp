@@ -151,7 +151,11 @@ std::string Utf8OrLatin1(std::string_view bytes)
 
 std::filesystem::path PathFromUtf8(std::string_view text)
 {
-    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+    // Where names are UTF-16, making one of what is no UTF-8 would throw without saying which.
+    if constexpr (sizeof(std::filesystem::path::value_type) > 1)
+        return std::filesystem::path(ToUtf16Lossy(text));
+    else
+        return std::filesystem::path(std::u8string(text.begin(), text.end()));
 }
 
 std::string PathToUtf8(const std::filesystem::path& path)

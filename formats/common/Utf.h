@@ -25,7 +25,7 @@ bool IsUtf8(std::string_view text);
 std::string Utf8OrLatin1(std::string_view bytes);
 void AppendUtf8(std::string& text, char32_t code);
 
-/// The file that UTF-8 text names.
+/// The file that UTF-8 text names. What is no UTF-8 names none on Windows, and never throws.
 std::filesystem::path PathFromUtf8(std::string_view text);
 std::string PathToUtf8(const std::filesystem::path& path);
 

@@ -38,6 +38,9 @@ GltfDocument::GltfDocument(const std::filesystem::path& path) : m_file(path)
         m_glb = ReadGlbLayout(m_file);
     m_json = m_glb ? m_file.Read(m_glb->jsonBegin, m_glb->jsonSize) : ReadPlain(m_file);
     m_uris = FindUrisBehindMark(m_json, m_glb ? m_glb->jsonBegin : 0);
+    m_byId.reserve(m_uris.size());
+    for (std::size_t i = 0; i < m_uris.size(); ++i)
+        m_byId.emplace(m_uris[i].id, i);
 }
 
 std::string GltfDocument::PathOf(const UriString& uri) const
@@ -49,9 +52,20 @@ std::vector<DocumentLink> GltfDocument::Links() const
 {
     std::vector<DocumentLink> links;
     links.reserve(m_uris.size());
-    for (const UriString& uri : m_uris)
-        links.push_back({uri.id, PathOf(uri)});
+    for (const UriString& uri : m_uris) {
+        std::string path = PathOf(uri);
+        if (!NamesFolder(path, m_file.Path().parent_path()))
+            links.push_back({uri.id, std::move(path)});
+    }
     return links;
+}
+
+std::optional<std::string> GltfDocument::UnlistedPathOf(const std::string& id) const
+{
+    const auto found = m_byId.find(id);
+    if (found == m_byId.end())
+        return std::nullopt;
+    return PathOf(m_uris[found->second]);
 }
 
 void GltfDocument::Rewrite(const NewPaths& paths)

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace Halvern::Formats::Gltf {
@@ -20,6 +22,8 @@ public:
     explicit GltfDocument(const std::filesystem::path& path);
 
     std::vector<DocumentLink> Links() const override;
+    /// A name that is a folder's is no link; beside a copy it may be something else.
+    std::optional<std::string> UnlistedPathOf(const std::string& id) const override;
     void Rewrite(const NewPaths& paths) override;
 
 private:
@@ -31,6 +35,8 @@ private:
     std::string m_json;
     /// Those that name a file; begin and end count in m_json.
     std::vector<UriString> m_uris;
+    /// Places in m_uris by their ids.
+    std::unordered_map<std::string_view, std::size_t> m_byId;
 };
 
 } // namespace Halvern::Formats::Gltf

@@ -7,6 +7,7 @@
 #include "common/Utf.h"
 
 #include <algorithm>
+#include <array>
 #include <system_error>
 
 namespace Halvern::Formats::Kicad {
@@ -16,6 +17,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t MaxLibraryFiles = 100'000;
+constexpr std::array<const char*, 4> Siblings = {"kicad_pro", "kicad_sch", "kicad_pcb",
+                                                 "kicad_dru"};
+constexpr std::array<const char*, 2> Tables = {"sym-lib-table", "fp-lib-table"};
 
 bool IsFile(const fs::path& path)
 {
@@ -30,6 +34,27 @@ std::string LowerExtension(const fs::path& file)
         if (c >= 'A' && c <= 'Z')
             c = static_cast<char>(c + ('a' - 'A'));
     return extension;
+}
+
+std::vector<LibraryEntry> ReadTable(const fs::path& path, const std::string& table)
+{
+    try {
+        return ReadLibraryTable(InputFile(path));
+    } catch (const FormatError& error) {
+        const auto position = error.Position();
+        throw FormatError(table + ": " + error.what() +
+                          (position ? " (its byte " + std::to_string(*position) + ")" : ""));
+    }
+}
+
+/// The place of a library in the project's folder; empty for one elsewhere.
+fs::path PlaceInProject(const LibraryEntry& entry)
+{
+    const std::string_view project = "${KIPRJMOD}/";
+    if (!entry.uri.starts_with(project))
+        return {};
+    const fs::path below = PathFromUtf8(entry.uri.substr(project.size())).lexically_normal();
+    return below.is_absolute() || (!below.empty() && *below.begin() == "..") ? fs::path() : below;
 }
 
 /// Gathers links that go by name, each file once.
@@ -62,26 +87,12 @@ public:
     std::vector<DocumentLink> Take() { return std::move(m_links); }
 
 private:
-    static std::vector<LibraryEntry> ReadTable(const fs::path& path, const std::string& table)
-    {
-        try {
-            return ReadLibraryTable(InputFile(path));
-        } catch (const FormatError& error) {
-            const auto position = error.Position();
-            throw FormatError(table + ": " + error.what() +
-                              (position ? " (its byte " + std::to_string(*position) + ")" : ""));
-        }
-    }
-
     void AddLibrary(const std::string& table, const LibraryEntry& entry)
     {
         // Others are installed, or other projects'; what is placed of them is in schematic and
         // board.
-        const std::string_view project = "${KIPRJMOD}/";
-        if (!entry.uri.starts_with(project))
-            return;
-        const fs::path below = PathFromUtf8(entry.uri.substr(project.size())).lexically_normal();
-        if (below.empty() || below.is_absolute() || *below.begin() == "..")
+        const fs::path below = PlaceInProject(entry);
+        if (below.empty())
             return;
         const fs::path path = m_file.parent_path() / below;
         if (IsFile(path))
@@ -124,12 +135,42 @@ std::vector<DocumentLink> CompanionsOf(const fs::path& file)
     if (extension == ".kicad_pro") {
         for (const char* const sibling : {"kicad_sch", "kicad_pcb", "kicad_dru"})
             collector.AddSibling(sibling);
-        for (const char* const table : {"sym-lib-table", "fp-lib-table"})
+        for (const char* const table : Tables)
             collector.AddTable(table);
     } else if (!collector.AddSibling("kicad_pro")) {
         collector.AddSibling(extension == ".kicad_pcb" ? "kicad_sch" : "kicad_pcb");
     }
     return collector.Take();
+}
+
+void CompanionPlaces::ReadTables()
+{
+    m_areTablesRead = true;
+    for (const std::string table : Tables) {
+        const fs::path path = m_file.parent_path() / table;
+        if (!IsFile(path))
+            continue;
+        for (const LibraryEntry& entry : ReadTable(path, table)) {
+            if (fs::path place = PlaceInProject(entry); !place.empty())
+                m_libraries.emplace(table + '/' + entry.name, std::move(place));
+        }
+    }
+}
+
+std::optional<std::string> CompanionPlaces::PlaceOf(const std::string& id)
+{
+    if (std::find(Siblings.begin(), Siblings.end(), id) != Siblings.end())
+        return PathToUtf8(m_file.stem()) + '.' + id;
+    if (std::find(Tables.begin(), Tables.end(), id) != Tables.end())
+        return id;
+    if (!m_areTablesRead)
+        ReadTables();
+    const std::size_t slash = std::min(id.rfind('/'), id.size());
+    if (const auto library = m_libraries.find(id); library != m_libraries.end())
+        return PathToUtf8(library->second);
+    if (const auto folder = m_libraries.find(id.substr(0, slash)); folder != m_libraries.end())
+        return PathToUtf8(folder->second / PathFromUtf8(id.substr(slash + 1)));
+    return {};
 }
 
 bool HasSubstitutes(const fs::path& model)

@@ -3,7 +3,9 @@
 #include "common/Document.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Halvern::Formats::Kicad {
@@ -13,6 +15,25 @@ namespace Halvern::Formats::Kicad {
 /// folder. A schematic or a board names its project, which names the others; without a project it
 /// names the other one.
 std::vector<DocumentLink> CompanionsOf(const std::filesystem::path& file);
+
+/// Where KiCad looks for companions, be they there or not.
+class CompanionPlaces
+{
+public:
+    explicit CompanionPlaces(const std::filesystem::path& file) : m_file(file) {}
+
+    /// For an id of CompanionsOf() without its mark, a path relative to the file's folder. Nothing
+    /// for other ids, and for a library that no table names.
+    std::optional<std::string> PlaceOf(const std::string& id);
+
+private:
+    void ReadTables();
+
+    std::filesystem::path m_file;
+    bool m_areTablesRead = false;
+    /// By table and name.
+    std::unordered_map<std::string, std::filesystem::path> m_libraries;
+};
 
 /// A model in VRML, of which KiCad exports a solid beside it in its place.
 bool HasSubstitutes(const std::filesystem::path& model);

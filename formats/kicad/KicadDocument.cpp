@@ -26,13 +26,13 @@ std::vector<StoredPath> FindStored(const InputFile& file, bool isProject)
     return finder.Take();
 }
 
-bool IsProject(const std::filesystem::path& path)
+bool HasExtension(const std::filesystem::path& path, std::string_view wanted)
 {
     std::string extension = PathToUtf8(path.extension());
     std::transform(extension.begin(), extension.end(), extension.begin(), [](char c) {
         return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
     });
-    return extension == ".kicad_pro";
+    return extension == wanted;
 }
 
 /// The path up to the extension.
@@ -61,7 +61,8 @@ std::string Beside(const std::string& path, const std::string& name)
 } // namespace
 
 KicadDocument::KicadDocument(const std::filesystem::path& path)
-    : m_file(path), m_paths(path), m_isProject(IsProject(path))
+    : m_file(path), m_places(path), m_paths(path, HasExtension(path, ".kicad_sch")),
+      m_isProject(HasExtension(path, ".kicad_pro"))
 {
     for (StoredPath& stored : FindStored(m_file, m_isProject))
         AddStored(std::move(stored));
@@ -76,8 +77,10 @@ void KicadDocument::AddStored(StoredPath stored)
         return;
     const std::filesystem::path file = m_paths.Folder() / PathFromUtf8(*path);
     const std::string set = stored.id;
-    if (HasSubstitutes(file))
+    if (HasSubstitutes(file)) {
         stored.id = SetMemberId(set, ModelMember);
+        m_models.emplace(stored.id, *path);
+    }
     m_links.push_back({stored.id, *path});
     for (const std::string& name : SubstitutesOf(file))
         m_links.push_back(
@@ -87,26 +90,28 @@ void KicadDocument::AddStored(StoredPath stored)
 
 std::optional<std::string> KicadDocument::UnlistedPathOf(const std::string& id) const
 {
+    if (id.starts_with(CompanionMark))
+        return m_places.PlaceOf(id.substr(CompanionMark.size()));
     if (!id.starts_with(SetMark))
         return {};
-    const std::string model = SetOf(id) + '#' + std::string(ModelMember);
-    for (const DocumentLink& link : m_links)
-        if (link.id == model)
-            return std::string(WithoutExtension(link.path)) + '.' + id.substr(id.rfind('#') + 1);
-    return {};
+    const auto model = m_models.find(SetOf(id) + '#' + std::string(ModelMember));
+    if (model == m_models.end())
+        return {};
+    return std::string(WithoutExtension(model->second)) + '.' + id.substr(id.rfind('#') + 1);
 }
 
 /// The places of models and of their substitutes must fit each other: the name is all that joins
 /// them.
 void KicadDocument::RequireNamesFit(const NewPaths& paths) const
 {
-    NewPaths all = paths;
-    for (const DocumentLink& link : m_links) {
-        const auto [wanted, isOld] = all.emplace(link.id, link.path);
-        if (!isOld && link.id.starts_with(CompanionMark))
-            throw FormatError("KiCad finds " + link.path + " by its name; it cannot be " +
-                              wanted->second);
+    for (const auto& [id, path] : paths) {
+        if (id.starts_with(CompanionMark))
+            throw FormatError("KiCad finds " + UnlistedPathOf(id).value_or(id) +
+                              " by its name; it cannot be " + path);
     }
+    NewPaths all = paths;
+    for (const DocumentLink& link : m_links)
+        all.emplace(link.id, link.path);
     for (const auto& [id, path] : all) {
         if (!id.starts_with(SetMark))
             continue;

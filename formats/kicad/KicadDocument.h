@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Companions.h"
 #include "StoredPath.h"
 
 #include "common/Document.h"
@@ -8,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Halvern::Formats::Kicad {
@@ -21,7 +23,7 @@ public:
 
     std::vector<DocumentLink> Links() const override { return m_links; }
     /// A model's substitutes are looked for where the model is, which a copy knows only once it is
-    /// rewritten.
+    /// rewritten; and a companion may be missing beside a copy.
     std::optional<std::string> UnlistedPathOf(const std::string& id) const override;
     /// Links by name cannot be rewritten, and a model goes with its substitutes or not at all.
     void Rewrite(const NewPaths& paths) override;
@@ -31,10 +33,13 @@ private:
     void RequireNamesFit(const NewPaths& paths) const;
 
     InputFile m_file;
+    mutable CompanionPlaces m_places;
     PathsOfFile m_paths;
     bool m_isProject;
     std::vector<StoredPath> m_stored;
     std::vector<DocumentLink> m_links;
+    /// The paths of models that can have substitutes, by their ids.
+    std::unordered_map<std::string, std::string> m_models;
 };
 
 } // namespace Halvern::Formats::Kicad

@@ -95,7 +95,11 @@ std::string WithSlashes(std::string path, const fs::path& folder)
 
 } // namespace
 
-PathsOfFile::PathsOfFile(const fs::path& file) : m_folder(file.parent_path()) {}
+PathsOfFile::PathsOfFile(const fs::path& file, bool isSheet) : m_folder(file.parent_path())
+{
+    if (!isSheet)
+        m_folderInProject.emplace();
+}
 
 const std::string& PathsOfFile::FolderInProject()
 {

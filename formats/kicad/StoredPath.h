@@ -30,12 +30,14 @@ struct StoredPath
     std::uint64_t end = 0;
 };
 
-/// The paths of one file, with respect to its project: the nearest folder, its own or one above,
-/// that holds a project file; its own when there is none.
+/// The paths of one file, with respect to its project's folder. That of a board is its own, with or
+/// without a project file in it, as KiCad has it. A schematic may be a sheet of a project further
+/// up: its project's folder is the nearest, its own or one above, that holds a project file; its
+/// own when there is none.
 class PathsOfFile
 {
 public:
-    explicit PathsOfFile(const std::filesystem::path& file);
+    PathsOfFile(const std::filesystem::path& file, bool isSheet);
 
     /// The path, absolute or relative to the folder of the file. Nothing for installed libraries
     /// and whatever else begins with a variable or an alias that is not the project's folder.

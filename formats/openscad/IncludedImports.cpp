@@ -2,6 +2,7 @@
 
 #include "ScadText.h"
 
+#include "common/FileUri.h"
 #include "common/FormatError.h"
 #include "common/Utf.h"
 

@@ -1,6 +1,6 @@
 #include "LibraryFolders.h"
 
-#include "ScadText.h"
+#include "common/FileUri.h"
 
 #include <algorithm>
 

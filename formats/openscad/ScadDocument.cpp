@@ -10,7 +10,7 @@
 #include "common/FormatError.h"
 #include "common/LinkArray.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 namespace Halvern::Formats::OpenScad {
 
@@ -37,7 +37,10 @@ bool IsMeantForIncluder(const std::string& name, std::filesystem::path folder)
 
 ScadDocument::ScadDocument(const std::filesystem::path& path)
     : m_file(path), m_references(FindReferences(m_file))
-{}
+{
+    for (std::size_t i = 0; i < m_references.size(); ++i)
+        m_byId.emplace(m_references[i].id, i);
+}
 
 bool ScadDocument::IsLink(const Reference& reference, const std::string& path) const
 {
@@ -68,11 +71,11 @@ std::vector<DocumentLink> ScadDocument::Links() const
 
 void ScadDocument::AddIncludedImports(std::vector<DocumentLink>& links) const
 {
-    const std::size_t own = links.size();
+    std::unordered_set<std::string> own;
+    for (const DocumentLink& link : links)
+        own.emplace(WithoutDot(link.path));
     for (std::string& path : ImportsOfIncludedFiles(m_file.Path(), m_references)) {
-        const bool isKnown =
-            std::any_of(links.begin(), links.begin() + static_cast<std::ptrdiff_t>(own),
-                        [&](const DocumentLink& link) { return IsSamePath(link.path, path); });
+        const bool isKnown = own.contains(std::string(WithoutDot(path)));
         std::string id = CompanionId(path);
         // The id says the path. Nobody has to know of one that is too long for it: that import is
         // reported by the file that it stands in.
@@ -85,11 +88,10 @@ std::optional<std::string> ScadDocument::UnlistedPathOf(const std::string& id) c
 {
     if (id.starts_with(CompanionMark))
         return id.substr(CompanionMark.size());
-    const auto reference = std::find_if(m_references.begin(), m_references.end(),
-                                        [&](const Reference& known) { return known.id == id; });
-    if (reference == m_references.end())
+    const auto reference = m_byId.find(id);
+    if (reference == m_byId.end())
         return std::nullopt;
-    return PathOf(*reference, Folder());
+    return PathOf(m_references[reference->second], Folder());
 }
 
 void ScadDocument::Rewrite(const NewPaths& paths)

@@ -5,6 +5,8 @@
 #include "common/Document.h"
 
 #include <filesystem>
+#include <string_view>
+#include <unordered_map>
 
 namespace Halvern::Formats::OpenScad {
 
@@ -25,6 +27,8 @@ private:
 
     InputFile m_file;
     std::vector<Reference> m_references;
+    /// Places in m_references.
+    std::unordered_map<std::string_view, std::size_t> m_byId;
 };
 
 } // namespace Halvern::Formats::OpenScad

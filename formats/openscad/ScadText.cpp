@@ -1,19 +1,11 @@
 #include "ScadText.h"
 
+#include "common/FileUri.h"
 #include "common/FormatError.h"
-#include "common/Utf.h"
 
 #include <algorithm>
-#include <system_error>
 
 namespace Halvern::Formats::OpenScad {
-
-bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder)
-{
-    std::error_code ignored;
-    return path.find('\0') == std::string_view::npos &&
-           std::filesystem::is_regular_file(folder / PathFromUtf8(path), ignored);
-}
 
 std::string PathOf(const Reference& reference, const std::filesystem::path& folder)
 {

@@ -19,6 +19,4 @@ std::string Written(const Reference& reference, std::string_view path);
 /// missing, with the text that a person has to look at.
 std::string Shown(std::string_view expression);
 
-bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder);
-
 } // namespace Halvern::Formats::OpenScad

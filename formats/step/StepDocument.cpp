@@ -6,30 +6,22 @@
 #include "common/Utf.h"
 
 #include <algorithm>
+#include <charconv>
 #include <set>
-#include <system_error>
 
 namespace Halvern::Formats::Step {
 
-namespace {
-
-bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder)
-{
-    std::error_code ignored;
-    return path.find('\0') == std::string_view::npos &&
-           std::filesystem::is_regular_file(folder / PathFromUtf8(path), ignored);
-}
-
-} // namespace
-
 StepDocument::StepDocument(const std::filesystem::path& path)
     : m_file(path), m_files(FindExternalFiles(m_file))
-{}
+{
+    for (std::size_t i = 0; i < m_files.size(); ++i)
+        m_byInstance.emplace(m_files[i].instance, i);
+}
 
 std::string StepDocument::PathOf(const StepString& name) const
 {
     std::string path = DecodeString(name.raw);
-    if (path.starts_with("file:"))
+    if (IsFileUri(path))
         return PathOfUri(path, Folder());
     if (path.find('\\') != std::string::npos && !NamesExistingFile(path, Folder()))
         std::replace(path.begin(), path.end(), '\\', '/');
@@ -85,11 +77,16 @@ std::vector<DocumentLink> StepDocument::Links() const
 
 std::optional<std::string> StepDocument::UnlistedPathOf(const std::string& id) const
 {
-    for (const ExternalFile& file : m_files) {
-        for (const Name& name : NamesOf(file)) {
-            if (name.id == id)
-                return PathOf(*name.string);
-        }
+    std::uint64_t instance = 0;
+    if (!id.starts_with('#') ||
+        std::from_chars(id.data() + 1, id.data() + id.size(), instance).ec != std::errc())
+        return std::nullopt;
+    const auto file = m_byInstance.find(instance);
+    if (file == m_byInstance.end())
+        return std::nullopt;
+    for (const Name& name : NamesOf(m_files[file->second])) {
+        if (name.id == id)
+            return PathOf(*name.string);
     }
     return std::nullopt;
 }
@@ -98,15 +95,17 @@ void StepDocument::AddEdits(const ExternalFile& file, const NewPaths& paths,
                             std::vector<FileEdit>& edits) const
 {
     const std::vector<Name> names = NamesOf(file);
-    const auto wanted = std::find_if(names.begin(), names.end(),
-                                     [&](const Name& name) { return paths.contains(name.id); });
-    if (wanted == names.end())
-        return;
-    const std::string old = DecodeString(wanted->string->raw);
-    for (const Name& name : names) {
-        if (DecodeString(name.string->raw) == old)
-            edits.push_back({name.string->begin, name.string->end,
-                             EncodeString(paths.find(wanted->id)->second)});
+    for (const Name& wanted : names) {
+        const auto path = paths.find(wanted.id);
+        if (path == paths.end())
+            continue;
+        const std::string text = EncodeString(path->second);
+        edits.push_back({wanted.string->begin, wanted.string->end, text});
+        for (const Name& name : names) {
+            if (!paths.contains(name.id) &&
+                DecodeString(name.string->raw) == DecodeString(wanted.string->raw))
+                edits.push_back({name.string->begin, name.string->end, text});
+        }
     }
 }
 

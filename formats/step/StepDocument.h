@@ -6,6 +6,7 @@
 #include "common/FileEdits.h"
 
 #include <filesystem>
+#include <unordered_map>
 
 namespace Halvern::Formats::Step {
 
@@ -39,6 +40,8 @@ private:
 
     InputFile m_file;
     std::vector<ExternalFile> m_files;
+    /// Places in m_files.
+    std::unordered_map<std::uint64_t, std::size_t> m_byInstance;
 };
 
 } // namespace Halvern::Formats::Step

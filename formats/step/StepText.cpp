@@ -82,7 +82,8 @@ bool TakeEscape(std::string_view& rest, std::string& text)
         rest = left;
         return true;
     }
-    if (rest.starts_with("\\S\\") && rest.size() > 3) {
+    // The shifted character is an ASCII one.
+    if (rest.starts_with("\\S\\") && rest.size() > 3 && rest[3] >= ' ' && rest[3] <= '~') {
         AppendUtf8(text, static_cast<unsigned char>(rest[3]) + 0x80U);
         rest.remove_prefix(4);
         return true;

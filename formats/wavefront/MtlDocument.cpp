@@ -1,11 +1,13 @@
 #include "MtlDocument.h"
 
+#include "common/FileUri.h"
 #include "common/Utf.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace Halvern::Formats::Wavefront {
 
@@ -119,6 +121,7 @@ MtlDocument::MtlDocument(const std::filesystem::path& path) : NamingDocument(pat
 {
     StatementReader reader(File(), IsMaterialStatement, Continuation::None);
     std::unordered_map<std::string, std::size_t> used;
+    std::unordered_set<std::string> ids;
     std::string material;
     while (std::optional<Statement> statement = reader.Next()) {
         if (statement->keyword == "newmtl") {
@@ -128,9 +131,13 @@ MtlDocument::MtlDocument(const std::filesystem::path& path) : NamingDocument(pat
         const std::vector<Word> words = statement->Words();
         if (words.empty())
             continue;
-        std::string id = material + '/' + statement->keyword;
-        if (const std::size_t count = ++used[id]; count > 1)
-            id += '#' + std::to_string(count);
+        const std::string base = material + '/' + statement->keyword;
+        std::size_t& count = used[base];
+        std::string id;
+        // Once more where somebody wrote "map_kd#2", which is a keyword as good as any.
+        do
+            id = ++count == 1 ? base : base + '#' + std::to_string(count);
+        while (!ids.insert(id).second);
         const NameStart start = StartOfName(*statement, words);
         Add(std::move(id), std::move(*statement), {start.latest, words.size()});
     }

@@ -1,11 +1,11 @@
 #include "NamedFile.h"
 
+#include "common/FileUri.h"
 #include "common/FormatError.h"
 #include "common/Utf.h"
 
 #include <algorithm>
 #include <charconv>
-#include <system_error>
 
 namespace Halvern::Formats::Wavefront {
 
@@ -41,13 +41,6 @@ std::optional<std::size_t> NumberAt(std::string_view& text)
 }
 
 } // namespace
-
-bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder)
-{
-    std::error_code ignored;
-    return path.find('\0') == std::string_view::npos &&
-           std::filesystem::is_regular_file(folder / PathFromUtf8(path), ignored);
-}
 
 void RequireFitsLine(std::string_view path)
 {

@@ -50,8 +50,6 @@ private:
     NameSpan m_usual;
 };
 
-bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder);
-
 /// Throws a FormatError for a path that cannot stand at the end of a line.
 void RequireFitsLine(std::string_view path);
 

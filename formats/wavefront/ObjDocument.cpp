@@ -23,10 +23,17 @@ bool IsLibraryStatement(std::string_view keyword)
 bool EndsName(std::string_view word)
 {
     constexpr std::string_view extension = ".mtl";
+    if (word.ends_with('"'))
+        word.remove_suffix(1);
     const auto same = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; };
     return word.size() > extension.size() &&
            std::equal(extension.begin(), extension.end(), word.end() - extension.size(),
                       [&](char e, char w) { return same(w, e); });
+}
+
+bool IsOneQuotedName(std::string_view raw)
+{
+    return raw.size() > 1 && raw.starts_with('"') && raw.find('"', 1) == raw.size() - 1;
 }
 
 /// Names one after the other, each up to a word with the extension.
@@ -35,7 +42,9 @@ std::vector<NameSpan> SplitAtExtensions(const NamingStatement& statement)
     std::vector<NameSpan> names;
     std::size_t first = 0;
     for (std::size_t i = 0; i < statement.Words().size(); ++i) {
-        if (!EndsName(statement.Raw({i, i + 1})))
+        const bool isQuoted = statement.Raw({first, first + 1}).starts_with('"');
+        const std::string_view word = statement.Raw({i, i + 1});
+        if (!EndsName(word) || (isQuoted && !word.ends_with('"')))
             continue;
         names.push_back({first, i + 1});
         first = i + 1;
@@ -70,7 +79,7 @@ ObjDocument::ObjDocument(const std::filesystem::path& path) : NamingDocument(pat
 std::vector<NameSpan> ObjDocument::SpansOf(const NamingStatement& statement) const
 {
     const NameSpan whole = statement.Usual();
-    if (whole.end == 1 || statement.Raw(whole).starts_with('"') ||
+    if (whole.end == 1 || IsOneQuotedName(statement.Raw(whole)) ||
         NamesExistingFile(statement.PathOf(whole, Folder()), Folder()))
         return {whole};
     return SplitAtExtensions(statement);
@@ -81,18 +90,20 @@ std::string ObjDocument::CompanionPath() const
     return PathToUtf8(File().Path().stem()) + ".mtl";
 }
 
-bool ObjDocument::IsNamed(const std::string& path) const
+bool ObjDocument::IsNamed(const std::string& path, const NewPaths& changes) const
 {
     const std::vector<DocumentLink> links = NamingDocument::Links();
-    return std::any_of(links.begin(), links.end(),
-                       [&](const DocumentLink& link) { return IsSamePath(link.path, path); });
+    return std::any_of(links.begin(), links.end(), [&](const DocumentLink& link) {
+        const auto changed = changes.find(link.id);
+        return IsSamePath(changed == changes.end() ? link.path : changed->second, path);
+    });
 }
 
 std::vector<DocumentLink> ObjDocument::Links() const
 {
     std::vector<DocumentLink> links = NamingDocument::Links();
     const std::string companion = CompanionPath();
-    if (NamesExistingFile(companion, Folder()) && !IsNamed(companion))
+    if (NamesExistingFile(companion, Folder()) && !IsNamed(companion, {}))
         links.push_back({Companion(), companion});
     return links;
 }
@@ -120,7 +131,7 @@ FileEdit ObjDocument::NewStatement(const std::string& path) const
 std::vector<FileEdit> ObjDocument::FurtherEdits(const NewPaths& paths) const
 {
     const auto companion = paths.find(Companion());
-    if (companion == paths.end() || IsNamed(companion->second))
+    if (companion == paths.end() || IsNamed(companion->second, paths))
         return {};
     return {NewStatement(companion->second)};
 }

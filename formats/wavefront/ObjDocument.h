@@ -21,7 +21,8 @@ protected:
 
 private:
     std::string CompanionPath() const;
-    bool IsNamed(const std::string& path) const;
+    /// Whether a statement names the path, once the changes are made.
+    bool IsNamed(const std::string& path, const NewPaths& changes) const;
     FileEdit NewStatement(const std::string& path) const;
 };
 

@@ -118,6 +118,22 @@ TEST_F(FileSpans, SkippingStopsAtTheNearestOfTheBytesInAnyBlock)
     EXPECT_EQ(scanner.Position(), file.Size());
 }
 
+TEST_F(FileSpans, SkippingFindsEachByteWhereverAnotherOneIsNear)
+{
+    // Distances around those of the pieces that are looked through at once.
+    for (const qsizetype distance : {0, 1, 254, 255, 256, 257, 511, 512, 513, 10'000}) {
+        const InputFile file = Open(QByteArray(distance, '.') + ";#" + QByteArray(300, '.') + "#");
+        for (const std::string_view bytes : {"#;", ";#"}) {
+            FileScanner scanner(file);
+            EXPECT_TRUE(scanner.SkipTo(bytes));
+            EXPECT_EQ(scanner.Position(), static_cast<std::uint64_t>(distance));
+        }
+        FileScanner scanner(file);
+        EXPECT_TRUE(scanner.SkipTo("#"));
+        EXPECT_EQ(scanner.Position(), static_cast<std::uint64_t>(distance + 1));
+    }
+}
+
 TEST_F(FileSpans, AScanFromTheMiddleCountsFromTheBeginning)
 {
     const InputFile file = Open("abcdef");

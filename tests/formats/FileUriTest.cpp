@@ -53,6 +53,10 @@ TEST(FileUri, NamesAPath)
         {"a file URI of a server", "file://server/share/a.png", "//server/share/a.png"},
         {"a scheme in capitals", "FILE:///lib/a.png", "/lib/a.png"},
         {"a share", "//server/share/a.png", "//server/share/a.png"},
+        {"folders of Windows", "..\\my%20textures\\a.png", "../my textures/a.png"},
+        {"a drive of Windows", "D:\\lib\\a.png", "D:/lib/a.png"},
+        {"a file URI of Windows", "file:///D:\\lib\\a%20b.png", "D:/lib/a b.png"},
+        {"an encoded backslash", "a%5Cb.png", "a\\b.png"},
     };
     const FileTree tree;
     for (const Row& row : rows)
@@ -101,9 +105,24 @@ TEST(FileUri, APathBecomesAUri)
 TEST(FileUri, WhatIsWrittenNamesTheSamePathAgain)
 {
     const FileTree tree;
-    for (const char* path : {"../Höhe/a b.png", "100%25.png", "a#b?c.png", "D:/x/ü.png",
-                             "/lib/x y.png", "//server/share/a.png", "[1]{2}|^`.png", "木目.png"})
+    for (const char* path :
+         {"../Höhe/a b.png", "100%25.png", "a#b?c.png", "D:/x/ü.png", "/lib/x y.png",
+          "//server/share/a.png", "[1]{2}|^`.png", "木目.png", "a\\b.png"})
         EXPECT_TRUE(IsSamePath(PathOf(UriOfPath(path), tree), path)) << path;
+}
+
+TEST(FileUri, AFileThatIsThereIsTold)
+{
+    FileTree tree;
+    tree.File(QStringLiteral("sub/a.png"));
+    const auto exists = [&](std::string_view path) {
+        return NamesExistingFile(path, PathFromUtf8(tree.Path().toStdString()));
+    };
+    EXPECT_TRUE(exists("sub/a.png"));
+    for (const std::string_view path : {std::string_view("sub"), std::string_view("sub/b.png"),
+                                        std::string_view("sub/a.png\0x", 11),
+                                        std::string_view("sub/\xE4.png"), std::string_view("")})
+        EXPECT_FALSE(exists(path)) << path;
 }
 
 TEST(FileUri, PathsAreTheSameApartFromALeadingDot)

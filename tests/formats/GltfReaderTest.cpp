@@ -69,6 +69,18 @@ TEST_F(GltfReader, EscapesOfJsonAndOfUrisAreTakenOff)
               (Links{L(u"/uri", u"Maße \U0001F332/a.png"), L(u"/a~1b~0c/uri", u"Höhe.png")}));
 }
 
+TEST_F(GltfReader, BackslashesOfProgramsForWindowsAreSlashes)
+{
+    EXPECT_EQ(ReadText(R"({"images": [{"uri": "..\\my%20textures\\a.png"}]})"),
+              (Links{L(u"/images/0/uri", u"../my textures/a.png")}));
+}
+
+TEST_F(GltfReader, ANameThatIsAFolderIsNoLink)
+{
+    tree.Folder(QStringLiteral("tex"));
+    EXPECT_EQ(ReadText(R"({"images": [{"uri": "tex"}, {"uri": "lost/"}, {"uri": "."}]})"), Links{});
+}
+
 TEST_F(GltfReader, AFileUriIsALinkWithAnAbsolutePath)
 {
     EXPECT_EQ(ReadText(R"({"images": [{"uri": "file:///D:/lib/a%20b.png"}]})"),

@@ -123,6 +123,12 @@ TEST_F(GltfRewriter, AnIdThatIsNotInTheFileFailsByNameAndNothingIsWritten)
     EXPECT_EQ(Failure(json, {L(u"", u"c.png")}), QStringLiteral("the file has no link "));
 }
 
+TEST_F(GltfRewriter, ANameThatWasNoFoldersBesideTheSourceIsFoundByItsId)
+{
+    tree.Folder(QStringLiteral("tex"));
+    EXPECT_EQ(Rewritten(R"({"uri":"tex"})", {L(u"/uri", u"lib/tex")}), R"({"uri":"lib/tex"})");
+}
+
 TEST_F(GltfRewriter, ALinkThatCannotBeWrittenFailsByNameAndNothingIsWritten)
 {
     const QByteArray json = R"({"uri":"a.png"})";

@@ -42,7 +42,7 @@ def edit(file, *changes):
 
 def make_project(folder):
     """Blender's export, then spread over folders: the libraries are shared, the links of every kind."""
-    proof.run(["blender", "-b", "--factory-startup", "-P", CORPUS, "--", folder])
+    proof.run_blender("-P", CORPUS, "--", folder)
     (folder / MATERIALS).mkdir()
     for name in ("Stuhl grün", "Tisch 木"):
         (folder / f"{name}.mtl").rename(folder / MATERIALS / f"{name}.mtl")
@@ -78,7 +78,7 @@ def ask_blender(file):
     with tempfile.TemporaryDirectory() as place:
         script, result = pathlib.Path(place, "inspect.py"), pathlib.Path(place, "result.json")
         script.write_text(INSPECTOR)
-        proof.run(["blender", "-b", "--factory-startup", "-P", script, "--", file, result])
+        proof.run_blender("-P", script, "--", file, result)
         return [proof.Reference("Blender: " + entry["name"], entry["path"], entry["content"])
                 for entry in json.loads(result.read_text())]
 

@@ -105,6 +105,33 @@ TEST_F(KicadProject, ALinkByNameIsNotRewritten)
     EXPECT_EQ(tree.Contents(), before);
 }
 
+TEST_F(KicadProject, WhatIsMissingBesideACopyKeepsNoOtherLinkFromItsPath)
+{
+    const QByteArray text = "{\"pcbnew\": {\"page_layout_descr_file\": \"b.kicad_wks\"}}";
+    tree.File(QStringLiteral("p/fp-lib-table"),
+              "(fp_lib_table (lib (name \"x\")(uri \"${KIPRJMOD}/lib/x.pretty/\")))");
+    tree.File(QStringLiteral("p/sym-lib-table"),
+              "(sym_lib_table (lib (name \"y/z\")(uri \"${KIPRJMOD}/lib/y.kicad_sym\")))");
+    Links links = Companions(
+        {QStringLiteral("kicad_sch=a b.kicad_sch"), QStringLiteral("kicad_pcb=a b.kicad_pcb"),
+         QStringLiteral("sym-lib-table=sym-lib-table"),
+         QStringLiteral("sym-lib-table/y/z=lib/y.kicad_sym"),
+         QStringLiteral("fp-lib-table/x/R.kicad_mod=lib/x.pretty/R.kicad_mod")});
+    links.append({QStringLiteral("pcbnew sheet"), QStringLiteral("../b.kicad_wks")});
+    EXPECT_EQ(Rewritten(project, text, links),
+              "{\"pcbnew\": {\"page_layout_descr_file\": \"../b.kicad_wks\"}}");
+    EXPECT_EQ(RewriteFailure(
+                  project, text,
+                  Companions({QStringLiteral("fp-lib-table/x/R.kicad_mod=x.pretty/R.kicad_mod")})),
+              QStringLiteral("KiCad finds lib/x.pretty/R.kicad_mod by its name; it cannot be "
+                             "x.pretty/R.kicad_mod"));
+    for (const QString& unknown :
+         {QStringLiteral("fp-lib-table/w/R=a"), QStringLiteral("kicad_prl=a"),
+          QStringLiteral("fp-lib-table/=a"), QStringLiteral("=a")})
+        EXPECT_EQ(RewriteFailure(project, text, Companions({unknown})),
+                  QStringLiteral("the file has no link companion:") + unknown.section(u'=', 0, 0));
+}
+
 TEST_F(KicadProject, AModelThatShowsComesWithTheSolidsThatKicadExportsInItsPlace)
 {
     const QString board = QStringLiteral("p/x.kicad_pcb");

@@ -62,6 +62,15 @@ TEST_F(KicadReader, UnderstandsEveryFormOfAModelsPath)
     }
 }
 
+TEST_F(KicadReader, TheProjectOfABoardIsInItsOwnFolderWhateverIsAbove)
+{
+    tree.File(QStringLiteral("p/a.kicad_pro"), "{}");
+    EXPECT_EQ(PathsIn(QStringLiteral("p/panel/b.kicad_pcb"),
+                      Board(Footprint("1-1", Model("\"${KIPRJMOD}/3d/a.step\"") +
+                                                 Model("\"3d/b.step\"")))),
+              (QStringList{QStringLiteral("3d/a.step"), QStringLiteral("3d/b.step")}));
+}
+
 TEST_F(KicadReader, SheetsAreRelativeToTheirOwnFileAndVariablesAreLetters)
 {
     EXPECT_EQ(

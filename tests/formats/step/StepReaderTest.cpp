@@ -18,6 +18,7 @@ TEST_F(StepReader, AReferenceIsOneLinkNamedByItsInstance)
     EXPECT_EQ(Data(Reference("/lib/a.stp")), (Links{LinkTo(u"#2", u"/lib/a.stp")}));
     EXPECT_EQ(Data(Reference("D:\\\\lib\\\\a.stp")), (Links{LinkTo(u"#2", u"D:/lib/a.stp")}));
     EXPECT_EQ(Data(Reference("file:///lib/a%20b.stp")), (Links{LinkTo(u"#2", u"/lib/a b.stp")}));
+    EXPECT_EQ(Data(Reference("FILE:///lib/a.stp")), (Links{LinkTo(u"#2", u"/lib/a.stp")}));
 }
 
 TEST_F(StepReader, StatementsAreFoundHoweverTheyAreWritten)

@@ -43,6 +43,17 @@ TEST_F(StepRewriter, StringsThatSaySomethingElseStay)
               File(Three("", "x", "b.stp")));
 }
 
+TEST_F(StepRewriter, EachStringThatIsNamedChangesToItsOwnPath)
+{
+    EXPECT_EQ(Changed(Three("a.stp", "b.stp", "a.stp"),
+                      {LinkTo(u"#2", u"x.stp"), LinkTo(u"#2 document", u"y.stp")}),
+              File(Three("x.stp", "y.stp", "x.stp")));
+    EXPECT_EQ(Changed(Three("a.stp", "a.stp", "b.stp"),
+                      {LinkTo(u"#2", u"x.stp"), LinkTo(u"#2 document", u"y.stp"),
+                       LinkTo(u"#2 source", u"z.stp")}),
+              File(Three("x.stp", "y.stp", "z.stp")));
+}
+
 TEST_F(StepRewriter, StringsWrittenDifferentlySayTheSame)
 {
     EXPECT_EQ(Changed(Three("\\X2\\00E4\\X0\\ b.stp", "ä\n b.stp", "\\X\\E4 b.stp"),

@@ -51,6 +51,7 @@ TEST(StepText, EscapesAreResolved)
         {"a code beyond Unicode", "\\X4\\00110000\\X0\\", "\\X4\\00110000\\X0\\"},
         {"a code cut off", "\\X\\F", "\\X\\F"},
         {"a shift of nothing", "a\\S\\", "a\\S\\"},
+        {"a shift of what is no ASCII", "D:\\S\\ö.stp", "D:\\S\\ö.stp"},
         {"an alphabet cut off", "\\PA", "\\PA"},
     };
     for (const Row& row : rows)

@@ -62,6 +62,17 @@ TEST_F(DamagedWavefront, AMaterialsNameIsNeverInTheWay)
               (Links{LinkTo(u"a??\x7F\u00FF/map_kd", u"a.png"), LinkTo(u"/map_kd", u"b.png")}));
 }
 
+TEST_F(DamagedWavefront, AKeywordThatReadsLikeTheIdOfAnotherStatementIsToldApart)
+{
+    const QByteArray text = "map_Kd a\nmap_Kd#2 b\nmap_Kd c\nmap_Kd#2 d\n";
+    tree.File(QStringLiteral("a.mtl"), text);
+    EXPECT_EQ(Read(QStringLiteral("a.mtl")),
+              (Links{LinkTo(u"/map_kd", u"a"), LinkTo(u"/map_kd#2", u"b"),
+                     LinkTo(u"/map_kd#3", u"c"), LinkTo(u"/map_kd#2#2", u"d")}));
+    EXPECT_EQ(Rewritten(QStringLiteral("a.mtl"), text, {LinkTo(u"/map_kd#3", u"x")}),
+              "map_Kd a\nmap_Kd#2 b\nmap_Kd x\nmap_Kd#2 d\n");
+}
+
 TEST_F(DamagedWavefront, SixteenBitTextIsReported)
 {
     const std::string message = "the text is UTF-16, which is not read (byte 0)";

@@ -80,6 +80,12 @@ TEST_F(WavefrontReader, QuotationMarksAroundANameAreNotPartOfIt)
 {
     EXPECT_EQ(Object("mtllib \"one two.mtl\""), (Links{LinkTo(u"mtllib 1", u"one two.mtl")}));
     EXPECT_EQ(Maps("map_Kd \"a b.png\""), QStringList{QStringLiteral("a b.png")});
+    EXPECT_EQ(
+        Object("mtllib \"one two.mtl\"  \"b.mtl\" c.mtl \"d.mtl e.MTL\""),
+        (Links{LinkTo(u"mtllib 1 words 1-2", u"one two.mtl"),
+               LinkTo(u"mtllib 1 words 3-3", u"b.mtl"), LinkTo(u"mtllib 1 words 4-4", u"c.mtl"),
+               LinkTo(u"mtllib 1 words 5-6", u"d.mtl e.MTL")}));
+    EXPECT_EQ(Object("mtllib \"a.mtl b.mtl\""), (Links{LinkTo(u"mtllib 1", u"a.mtl b.mtl")}));
 }
 
 TEST_F(WavefrontReader, ABackslashAtTheEndOfALineJoinsTheNext)

@@ -129,6 +129,16 @@ TEST_F(WavefrontRewriter, ALibraryThatLosesTheNameOfTheFileGetsAStatement)
               "mtllib x/b.mtl\nmtllib x/a.mtl\nv 0 0 0\n");
 }
 
+TEST_F(WavefrontRewriter, AStatementThatGetsAnotherNameDoesNotStandForTheLibrary)
+{
+    EXPECT_EQ(Object("mtllib b.mtl\n",
+                     {LinkTo(u"mtllib 1", u"c.mtl"), LinkTo(u"companion:mtl", u"b.mtl")}),
+              "mtllib c.mtl\nmtllib b.mtl\n");
+    EXPECT_EQ(Object("mtllib b.mtl\n",
+                     {LinkTo(u"mtllib 1", u"c.mtl"), LinkTo(u"companion:mtl", u"c.mtl")}),
+              "mtllib c.mtl\n");
+}
+
 TEST_F(WavefrontRewriter, AStatementForTheLibraryIsAddedOnce)
 {
     const Links links = {LinkTo(u"companion:mtl", u"a (2).mtl")};
