@@ -52,6 +52,12 @@ bool FileExists(const std::filesystem::path& folder, std::string_view path)
            std::filesystem::exists(folder / PathFromUtf8(path), ignored);
 }
 
+/// True where a backslash is a letter and something is named with it.
+bool IsNamedWithBackslashes(std::string_view path, const std::filesystem::path& folder)
+{
+    return std::filesystem::path::preferred_separator != '\\' && FileExists(folder, path);
+}
+
 std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
 {
     if (raw.find('%') == std::string_view::npos)
@@ -68,7 +74,7 @@ std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
 std::string DecodedWithSlashes(std::string_view raw, const std::filesystem::path& folder)
 {
     std::string path = Decoded(raw, folder);
-    if (raw.find('\\') == std::string_view::npos || FileExists(folder, path))
+    if (raw.find('\\') == std::string_view::npos || IsNamedWithBackslashes(path, folder))
         return path;
     std::string slashes(raw);
     std::replace(slashes.begin(), slashes.end(), '\\', '/');
@@ -94,7 +100,7 @@ std::string FileUriPath(std::string_view rest)
 }
 
 /// With forward slashes when it is a Windows path that begins with a drive or a server.
-std::string WithSlashes(std::string_view path)
+std::string DriveWithSlashes(std::string_view path)
 {
     std::string result(path);
     const bool drive = IsDrive(path) && path.size() > 2 && IsSlash(path[2]);
@@ -127,7 +133,7 @@ std::string PathOfUri(std::string_view uri, const std::filesystem::path& folder)
 
 std::string UriOfPath(std::string_view given)
 {
-    const std::string path = WithSlashes(given);
+    const std::string path = DriveWithSlashes(given);
     const std::string encoded = PercentEncodePath(path);
     if (path.starts_with("//"))
         return "file:" + encoded;
@@ -156,6 +162,13 @@ bool NamesExistingFile(std::string_view path, const std::filesystem::path& folde
     std::error_code ignored;
     return path.find('\0') == std::string_view::npos &&
            std::filesystem::is_regular_file(folder / PathFromUtf8(path), ignored);
+}
+
+std::string WithSlashes(std::string path, const std::filesystem::path& folder)
+{
+    if (path.find('\\') != std::string::npos && !IsNamedWithBackslashes(path, folder))
+        std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
 }
 
 std::string_view WithoutDot(std::string_view path)

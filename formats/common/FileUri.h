@@ -35,6 +35,10 @@ bool NamesFolder(std::string_view path, const std::filesystem::path& folder);
 /// True when a path, for a document in `folder`, is that of a file that is there.
 bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder);
 
+/// A path that a program for Windows may have written, with slashes. Not on Windows, a backslash is
+/// a letter where something in `folder` is named with it.
+std::string WithSlashes(std::string path, const std::filesystem::path& folder);
+
 /// The path without a leading "./".
 std::string_view WithoutDot(std::string_view path);
 

@@ -36,6 +36,17 @@ std::string LowerExtension(const fs::path& file)
     return extension;
 }
 
+/// True when one of the names is the same file in other letters, as where their case means nothing.
+bool IsAmong(const std::vector<std::string>& names, const fs::path& file)
+{
+    const std::string extension = LowerExtension(file);
+    return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+        const fs::path other = file.parent_path() / PathFromUtf8(name);
+        std::error_code error;
+        return LowerExtension(other) == extension && fs::equivalent(other, file, error);
+    });
+}
+
 std::vector<LibraryEntry> ReadTable(const fs::path& path, const std::string& table)
 {
     try {
@@ -188,7 +199,7 @@ std::vector<std::string> SubstitutesOf(const fs::path& model)
                                     "STPZ", "igs", "iges", "IGS", "IGES"}) {
         fs::path substitute = model;
         substitute.replace_extension(solid);
-        if (IsFile(substitute))
+        if (IsFile(substitute) && !IsAmong(names, substitute))
             names.push_back(PathToUtf8(substitute.filename()));
     }
     return names;

@@ -1,5 +1,6 @@
 #include "StoredPath.h"
 
+#include "common/FileUri.h"
 #include "common/Utf.h"
 
 #include <algorithm>
@@ -82,15 +83,6 @@ std::string Normal(const std::string& path)
     for (const std::string& part : parts)
         normal += (normal.empty() ? "" : "/") + part;
     return normal;
-}
-
-/// Projects from Windows have backslashes; here they are letters only where a file is so named.
-std::string WithSlashes(std::string path, const fs::path& folder)
-{
-    std::error_code error;
-    if (path.find('\\') != std::string::npos && !fs::exists(folder / PathFromUtf8(path), error))
-        std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
 }
 
 } // namespace

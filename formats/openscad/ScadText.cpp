@@ -11,10 +11,7 @@ std::string PathOf(const Reference& reference, const std::filesystem::path& fold
 {
     if (reference.kind == ReferenceKind::Computed)
         return Shown(reference.name);
-    std::string path = reference.name;
-    if (path.find('\\') != std::string::npos && !NamesExistingFile(path, folder))
-        std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
+    return WithSlashes(reference.name, folder);
 }
 
 std::string Written(const Reference& reference, std::string_view path)

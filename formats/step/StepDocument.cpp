@@ -23,9 +23,7 @@ std::string StepDocument::PathOf(const StepString& name) const
     std::string path = DecodeString(name.raw);
     if (IsFileUri(path))
         return PathOfUri(path, Folder());
-    if (path.find('\\') != std::string::npos && !NamesExistingFile(path, Folder()))
-        std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
+    return WithSlashes(std::move(path), Folder());
 }
 
 std::vector<StepDocument::Name> StepDocument::NamesOf(const ExternalFile& file) const

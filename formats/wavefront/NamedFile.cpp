@@ -95,10 +95,7 @@ std::string NamingStatement::PathOf(NameSpan span, const std::filesystem::path& 
     std::string_view raw = Raw(span);
     if (IsQuoted(raw))
         raw = raw.substr(1, raw.size() - 2);
-    std::string path = Utf8OrLatin1(raw);
-    if (path.find('\\') != std::string::npos && !NamesExistingFile(path, folder))
-        std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
+    return WithSlashes(Utf8OrLatin1(raw), folder);
 }
 
 FileEdit NamingStatement::EditOf(NameSpan span, std::string_view path) const

@@ -18,7 +18,7 @@ public:
 
     /// A file with more of them, or with more text in them, is refused.
     static constexpr std::size_t MaxStatements = 100'000;
-    static constexpr std::size_t MaxText = std::size_t(64) * 1024 * 1024;
+    static constexpr std::size_t MaxText = std::size_t(16) * 1024 * 1024;
 
 protected:
     explicit NamingDocument(const std::filesystem::path& path) : m_file(path) {}

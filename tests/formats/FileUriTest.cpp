@@ -111,6 +111,17 @@ TEST(FileUri, WhatIsWrittenNamesTheSamePathAgain)
         EXPECT_TRUE(IsSamePath(PathOf(UriOfPath(path), tree), path)) << path;
 }
 
+TEST(FileUri, BackslashesLeadToTheFileOnEverySystem)
+{
+    FileTree tree;
+    tree.File(QStringLiteral("my lib/a.png"));
+    const std::filesystem::path folder = PathFromUtf8(tree.Path().toStdString());
+    EXPECT_EQ(WithSlashes("my lib\\a.png", folder), "my lib/a.png");
+    EXPECT_EQ(WithSlashes("..\\lost\\a.png", folder), "../lost/a.png");
+    EXPECT_EQ(PathOfUri("my lib\\a.png", folder), "my lib/a.png");
+    EXPECT_EQ(PathOfUri("my%20lib\\a.png", folder), "my lib/a.png");
+}
+
 TEST(FileUri, AFileThatIsThereIsTold)
 {
     FileTree tree;

@@ -5,6 +5,7 @@ Its editors have no mode without a window: they run on a display of their own, a
 files they open, in which order, and which they miss. kicad2step exports a board with the models in it, each
 instance named after its footprint, so that its size tells which model KiCad put there.
 """
+import contextlib
 import functools
 import json
 import os
@@ -91,7 +92,8 @@ def watch(display, folder, command, is_wanted, is_done=None):
             time.sleep(0.3)
         return [file for file in opened(trace) if is_wanted(file[0])]
     finally:
-        os.killpg(program.pid, signal.SIGKILL)
+        with contextlib.suppress(ProcessLookupError):  # it may have ended by itself
+            os.killpg(program.pid, signal.SIGKILL)
         program.wait()
 
 

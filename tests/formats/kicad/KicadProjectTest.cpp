@@ -2,6 +2,8 @@
 
 #include "KicadFixture.h"
 
+#include <filesystem>
+
 namespace Halvern::Test {
 
 namespace {
@@ -154,6 +156,30 @@ TEST_F(KicadProject, AModelThatShowsComesWithTheSolidsThatKicadExportsInItsPlace
     expected.replace("${KIPRJMOD}/3d/a.wrl", "${KIPRJMOD}/3d/a (2)/a.wrl");
     EXPECT_TRUE(Repath(board, moved)) << context.lines.join(u'\n').toStdString();
     EXPECT_EQ(tree.Read(board), expected);
+}
+
+TEST_F(KicadProject, AModelNamedWithBackslashesComesWithItsSolids)
+{
+    const QString board = QStringLiteral("p/x.kicad_pcb");
+    tree.File(board, Board(Footprint("1-1", Model("\"3d\\\\a.wrl\""))));
+    tree.File(QStringLiteral("p/3d/a.wrl")).File(QStringLiteral("p/3d/a.step"));
+    EXPECT_EQ(Read(board),
+              (Links{{QStringLiteral("set:1-1 model#model"), QStringLiteral("3d/a.wrl")},
+                     {QStringLiteral("set:1-1 model#step"), QStringLiteral("3d/a.step")}}));
+}
+
+TEST_F(KicadProject, ASolidThatIsFoundUnderSeveralNamesIsOneLink)
+{
+    const QString board = QStringLiteral("p/x.kicad_pcb");
+    tree.File(board, Board(Footprint("1-1", Model("\"a.wrl\"")))).File(QStringLiteral("p/a.step"));
+    // Where the case of letters means nothing the other name is there already.
+    std::error_code error;
+    std::filesystem::create_hard_link(tree.Path(QStringLiteral("p/a.step")).toStdString(),
+                                      tree.Path(QStringLiteral("p/a.STEP")).toStdString(), error);
+    ASSERT_TRUE(tree.Exists(QStringLiteral("p/a.STEP"))) << error.message();
+    EXPECT_EQ(Read(board),
+              (Links{{QStringLiteral("set:1-1 model#model"), QStringLiteral("a.wrl")},
+                     {QStringLiteral("set:1-1 model#step"), QStringLiteral("a.step")}}));
 }
 
 TEST_F(KicadProject, ACopyThatLiesElsewhereTakesTheSolidsOfItsModel)
