@@ -29,6 +29,8 @@ function(corsync_add_plugin target registration)
     LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/SyncPlugins
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/SyncPlugins)
   add_dependencies(plugins ${target})
+  # Their exports are checked.
+  set_property(GLOBAL APPEND PROPERTY CORSYNC_PLUGINS ${target})
   set(PLUGIN_MODULE ${CMAKE_SHARED_MODULE_PREFIX}${target}${CMAKE_SHARED_MODULE_SUFFIX})
   get_filename_component(name ${registration} NAME_WLE)
   configure_file(${registration} ${CMAKE_BINARY_DIR}/bin/SyncPluginRegFiles/${name} @ONLY)

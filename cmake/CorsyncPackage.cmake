@@ -1,4 +1,4 @@
-# The zip for Windows users: cmake --build --preset windows-release --target package
+# The zip for Windows users; windows/package.sh makes it.
 #
 #   bin/       corsync.exe, every DLL that it needs, SyncPlugins/ and SyncPluginRegFiles/
 #   include/   the public headers

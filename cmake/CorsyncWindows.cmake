@@ -1,6 +1,11 @@
 # What only the Windows build has: the libraries that travel with the programs, and the zip.
 # CORSYNC_WINDOWS_PREFIXES comes from windows/toolchain.cmake.
 
+# pkg-config knows the cross-built dependencies and nothing of this machine.
+list(TRANSFORM CORSYNC_WINDOWS_PREFIXES APPEND /lib/pkgconfig OUTPUT_VARIABLE descriptions)
+list(JOIN descriptions ":" descriptions)
+set(ENV{PKG_CONFIG_LIBDIR} ${descriptions})
+
 # Libraries have the names that the product has on Windows, also from a compiler that adds "lib".
 set(CMAKE_SHARED_LIBRARY_PREFIX "")
 set(CMAKE_SHARED_MODULE_PREFIX "")

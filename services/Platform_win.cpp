@@ -17,6 +17,16 @@ const wchar_t* Wide(const QString& path)
     return reinterpret_cast<const wchar_t*>(path.utf16());
 }
 
+/// As functions of the system take it: from a length on they need a prefix.
+QString Native(const QString& path)
+{
+    const QString native = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath());
+    if (native.size() < 248 || native.startsWith(u"\\\\?\\"))
+        return native;
+    return native.startsWith(u"\\\\") ? QStringLiteral("\\\\?\\UNC") + native.mid(1)
+                                      : QStringLiteral("\\\\?\\") + native;
+}
+
 qint64 Join(DWORD high, DWORD low)
 {
     return static_cast<qint64>((static_cast<quint64>(high) << 32) | low);
@@ -26,7 +36,7 @@ qint64 Join(DWORD high, DWORD low)
 
 FileIdentity ReadFileIdentity(const QString& path)
 {
-    const QString native = QDir::toNativeSeparators(path);
+    const QString native = Native(path);
     const HANDLE handle = ::CreateFileW(
         Wide(native), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
         nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);

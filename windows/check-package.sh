@@ -1,18 +1,26 @@
 #!/usr/bin/env bash
-# Makes the zip, unpacks it and imports the sample project with its corsync.exe in a new Wine prefix.
-# The copies must be those of the Linux run byte for byte, and the database must say the same.
+# check-package.sh [PRESET]: makes the zip from this build (windows-release), unpacks it and imports the
+# sample project with its corsync.exe in a new Wine prefix. The copies must be those of the Linux run
+# byte for byte, and the database must say the same.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . cmake/setup.sh
-windows/dependencies.sh
-install_packages "${packages[@]}" wine64 unzip sqlite3
+install_packages wine64 unzip sqlite3
+zip=$(windows/package.sh "$@")
 build release corsync plugins
-build windows-release package
 
 work=$(mktemp -d)
 export CORSYNC_WINE_PREFIX=$work/prefix
 trap 'windows/run-wine.sh --stop; rm -rf "$work"' EXIT
-unzip -q build/windows-release/package/corsync-*-windows-x64.zip -d "$work/zip"
+unzip -q "$zip" -d "$work/zip"
+
+# Whatever is in the zip has its licence in it.
+for part in "$work"/zip/*/licences/*/ "$work"/zip/*/bin/*.dll "$work"/zip/*/bin/SyncPlugins/*.dll; do
+    name=$(basename "$part")
+    case $name in Corsync*.dll | *SyncPlugin.dll) continue ;; esac
+    grep -qwF "$name" "$work"/zip/*/licences/README.txt ||
+        { echo "licences.txt does not name $name" >&2; exit 1; }
+done
 corsync_exe=$(echo "$work"/zip/*/bin/corsync.exe)
 
 # Both runs use the same folder, so that paths differ in the drive letter alone.

@@ -1,22 +1,27 @@
 #!/usr/bin/env bash
 # Gets and cross-builds what the Windows build links, from Debian's source packages, into a cache
-# folder: $CORSYNC_CACHE, or build/windows-dependencies. A dependency whose version and recipe have
-# not changed is reused. Writes build/windows-dependencies.cmake, which windows/toolchain.cmake reads.
+# folder that all builds of this machine share: $CORSYNC_CACHE, or ~/.cache/corsync/windows. A
+# dependency whose version and recipe have not changed is reused. Writes
+# build/windows-dependencies.cmake, which windows/toolchain.cmake reads.
 set -euo pipefail
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 cd "$root"
 . cmake/setup.sh
-cache=${CORSYNC_CACHE:-$root/build/windows-dependencies}
+cache=${CORSYNC_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/corsync/windows}
 jobs=${CORSYNC_JOBS:-$(nproc)}
 mkdir -p "$cache" build
 cache=$(cd "$cache" && pwd)
+# Two builds of one machine must not make the same dependency at once.
+exec 8>"$cache/lock"
+flock 8
 work=$cache/work
 prefixes=()
 sudo=
 [ "$(id -u)" -eq 0 ] || sudo=sudo
 
 install_packages g++-mingw-w64-x86-64-posix cmake ninja-build make dpkg-dev tcl xz-utils \
-    qt6-base-dev qt6-base-dev-tools googletest libcli11-dev rapidjson-dev
+    qt6-base-dev qt6-base-dev-tools googletest libcli11-dev rapidjson-dev pkg-config \
+    zlib1g-dev libzip-dev libzstd-dev libexpat1-dev
 
 fail() {
     echo "windows/dependencies.sh: $1" >&2
@@ -33,16 +38,19 @@ quietly() {
     }
 }
 
+# A version that two suites have comes from the first: the archive of security updates is the one that
+# forgets what it no longer needs.
 debian_sources() {
     apt-get indextargets --format '$(ORIGIN) deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \
-        'Created-By: Packages' | sed -n 's/^Debian //p' | sort -u
+        'Created-By: Packages' | sed -n 's/^Debian //p' | sort -u |
+        awk '/-security/ { later = later $0 "\n"; next } { print } END { printf "%s", later }'
 }
 
 # apt with lists of its own for source packages, so that this machine's configuration stays as it is.
 # The sources lie where this machine's Debian packages come from.
 source_apt() {
     local list=$work/sources.list
-    if [ ! -s "$list" ]; then
+    if [ -z "${lists_are_fresh:-}" ]; then
         debian_sources >"$list"
         # A fresh machine has no package lists yet.
         [ -s "$list" ] || { $sudo apt-get update >/dev/null && debian_sources >"$list"; }
@@ -54,6 +62,17 @@ source_apt() {
         -o APT::Sandbox::User="$(id -un)"
 }
 
+# download PACKAGE VERSION: its source package. An archive keeps few versions: when it has moved on
+# since this machine installed that one, the newest that can be had must do.
+download() {
+    local version
+    for version in "$2" $(source_apt apt-cache showsrc --only-source "$1" |
+        sed -n 's/^Version: //p' | sort -rVu); do
+        source_apt apt-get -q source --download-only "$1=$version" && return 0
+    done
+    return 1
+}
+
 # get_source PACKAGE VERSION: fetches and unpacks it, with Debian's changes, to $work/PACKAGE.
 get_source() {
     local package=$1 folder=$work/$1.get
@@ -62,7 +81,7 @@ get_source() {
     cd "$folder"
     [ -n "${lists_are_fresh:-}" ] || quietly "$work/apt-update.log" source_apt apt-get -q update
     lists_are_fresh=yes
-    quietly "$work/$package-get.log" source_apt apt-get -q source --download-only "$package=$2"
+    quietly "$work/$package-get.log" download "$package" "$2"
     # apt has checked the files against the archive's signed index.
     quietly "$work/$package-unpack.log" dpkg-source --no-check -x ./*.dsc "$work/$package"
     cd "$root"
@@ -86,11 +105,14 @@ cmake_build() {
 # The recipes: each gets the folder to install to and the version. Their text is part of the key.
 
 # Core, Xml and Test. What is off either belongs to the modules that are off or would look for a
-# library of the building machine.
+# library of the building machine. Regular expressions are not compiled to machine code: the stack
+# for that is thread-local with a destructor, which this compiler's runtime may run after it has freed
+# the thread's variables, so that a program with several threads crashes now and then.
 build_qt6_base() {
     get_source qt6-base "$2"
-    local options=(-DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DBUILD_WITH_PCH=ON) feature
-    for feature in gui widgets network sql dbus concurrent printsupport opengl \
+    local options=(-DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DBUILD_WITH_PCH=ON
+        -DCMAKE_C_FLAGS=-DPCRE2_DISABLE_JIT) feature
+    for feature in gui widgets network sql dbus concurrent printsupport opengl animation \
         pkg_config glib icu zstd system_zlib system_pcre2 system_doubleconversion; do
         options+=("-DFEATURE_$feature=OFF")
     done
@@ -129,6 +151,61 @@ build_sqlitecpp() {
     cmake_build sqlitecpp "$work/sqlitecpp" "$1" -DSQLITECPP_INTERNAL_SQLITE=OFF \
         -DSQLITECPP_RUN_CPPLINT=OFF -DSQLITECPP_RUN_CPPCHECK=OFF -DSQLITECPP_USE_STACK_PROTECTION=OFF
     install_licence sqlitecpp "$1" LICENSE.txt
+}
+
+# Static libraries, too, so that a plug-in needs no DLL of its own.
+build_zlib() {
+    get_source zlib "$2"
+    mkdir -p "$1/include" "$1/lib/pkgconfig"
+    cd "$work/zlib"
+    # Debian leaves out the files for building it on Windows, which only name these sources.
+    quietly "$work/zlib-build.log" x86_64-w64-mingw32-gcc-posix -O3 -D_LARGEFILE64_SOURCE=1 -c ./*.c
+    x86_64-w64-mingw32-ar rcs libz.a ./*.o
+    cp zlib.h zconf.h "$1/include/"
+    cp libz.a "$1/lib/"
+    pkgconfig "$1" zlib "$(sed -n 's/^#define ZLIB_VERSION "\(.*\)"/\1/p' zlib.h)" -lz ""
+    cd "$root"
+    install_licence zlib "$1" LICENSE
+}
+
+build_libzstd() {
+    get_source libzstd "$2"
+    cmake_build libzstd "$work/libzstd/build/cmake" "$1" -DZSTD_BUILD_SHARED=OFF \
+        -DZSTD_BUILD_PROGRAMS=OFF -DZSTD_BUILD_TESTS=OFF
+    install_licence libzstd "$1" LICENSE
+}
+
+build_expat() {
+    get_source expat "$2"
+    # Debian's corrections compare what this defines, as the other way to configure it does.
+    sed -i 's/^#cmakedefine XML_DTD$/#cmakedefine XML_DTD 1/' "$work/expat/expat/expat_config.h.cmake"
+    cmake_build expat "$work/expat/expat" "$1" -DEXPAT_SHARED_LIBS=OFF -DEXPAT_BUILD_DOCS=OFF \
+        -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF -DEXPAT_BUILD_TESTS=OFF
+    install_licence expat "$1" expat/COPYING
+}
+
+# With zlib's compression alone, and without encryption.
+build_libzip() {
+    get_source libzip "$2"
+    local options=(-DBUILD_SHARED_LIBS=OFF) feature
+    for feature in COMMONCRYPTO GNUTLS MBEDTLS OPENSSL WINDOWS_CRYPTO BZIP2 LZMA; do
+        options+=("-DENABLE_$feature=OFF")
+    done
+    for feature in TOOLS REGRESS EXAMPLES DOC; do
+        options+=("-DBUILD_$feature=OFF")
+    done
+    cmake_build libzip "$work/libzip" "$1" "${options[@]}"
+    # Neither of its descriptions names zlib, which a program that links the static library needs.
+    sed -i 's/^include(.*libzip-targets/find_package(ZLIB REQUIRED)\n&/' \
+        "$1/lib/cmake/libzip/libzip-config.cmake"
+    pkgconfig "$1" libzip "$(sed -n 's/^Version: *//p' "$1/lib/pkgconfig/libzip.pc")" -lzip zlib
+    install_licence libzip "$1" LICENSE
+}
+
+# pkgconfig PREFIX NAME VERSION LIBRARIES PACKAGES: a description that stays true where the folder is moved.
+pkgconfig() {
+    printf '%s\n' 'prefix=${pcfiledir}/../..' "Name: $2" "Description: $2" "Version: $3" \
+        "Requires: $5" "Libs: -L\${prefix}/lib $4" 'Cflags: -I${prefix}/include' >"$1/lib/pkgconfig/$2.pc"
 }
 
 build_googletest() {
@@ -171,27 +248,33 @@ version_of() {
     dpkg-query -W -f '${source:Version}' "$1"
 }
 
-# dependency PACKAGE VERSION: builds it unless the cache has it.
+# dependency PACKAGE VERSION [PREFIX]: builds it unless the cache has it. PREFIX is what it links.
 dependency() {
-    local package=$1 version=$2 recipe=build_${1//-/_} key prefix
-    key=$( (echo "$version"; printf '%s\n' "${prefixes[@]##*/}"; declare -f "$recipe" cmake_build
-            cat "$root/windows/toolchain.cmake") | sha256sum | cut -c1-12)
+    local package=$1 version=$2 needs=${3:-} recipe=build_${1//-/_} key prefix
+    key=$( (echo "$version ${needs##*/}"; declare -f "$recipe" cmake_build
+            x86_64-w64-mingw32-g++-posix -dumpfullversion
+            grep -v '^ *#' "$root/windows/toolchain.cmake") | sha256sum | cut -c1-12)
     prefix=$cache/$package-$key
     if [ ! -f "$prefix/complete" ]; then
         echo "Building $package $version for Windows" >&2
         rm -rf "$prefix" "${work:?}/$package-build"
         mkdir -p "$work" "$prefix"
         "$recipe" "$prefix" "$version"
-        touch "$prefix/complete"
         rm -rf "${work:?}/$package" "$work/$package"_*.orig*
     fi
+    # The time tells which ones are still in use.
+    touch "$prefix/complete"
     prefixes+=("$prefix")
 }
 
 dependency qt6-base "$(version_of qt6-base-dev)"
 dependency log4cplus "$(version_of liblog4cplus-dev)"
 dependency sqlite3 "$(version_of libsqlite3-dev)"
-dependency sqlitecpp "$(version_of libsqlitecpp-dev)"
+dependency sqlitecpp "$(version_of libsqlitecpp-dev)" "${prefixes[-1]}"
+dependency zlib "$(version_of zlib1g-dev)"
+dependency libzip "$(version_of libzip-dev)" "${prefixes[-1]}"
+dependency libzstd "$(version_of libzstd-dev)"
+dependency expat "$(version_of libexpat1-dev)"
 dependency googletest "$(version_of googletest)"
 dependency libcli11-dev "$(version_of libcli11-dev)"
 dependency rapidjson-dev "$(version_of rapidjson-dev)"
@@ -200,3 +283,6 @@ printf 'set(CORSYNC_WINDOWS_PREFIXES\n' >build/windows-dependencies.cmake.new
 printf '  "%s"\n' "${prefixes[@]}" >>build/windows-dependencies.cmake.new
 echo ')' >>build/windows-dependencies.cmake.new
 mv build/windows-dependencies.cmake.new build/windows-dependencies.cmake
+
+# What nothing has used for three months belongs to versions that are gone.
+find "$cache" -mindepth 2 -maxdepth 2 -name complete -mtime +90 -printf '%h\0' | xargs -0 -r rm -rf

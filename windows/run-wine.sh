@@ -9,8 +9,9 @@
 set -euo pipefail
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 export WINEPREFIX=${CORSYNC_WINE_PREFIX:-$root/build/wine} WINEARCH=win64 WINEDEBUG=-all
-# No menus, and no offer to fetch the .NET and HTML engines.
-export WINEDLLOVERRIDES="winemenubuilder.exe,mscoree,mshtml="
+# No menus, no offer to fetch the .NET and HTML engines, and no debugger: it would take the place of a
+# crashed program's exit code with its own.
+export WINEDLLOVERRIDES="winemenubuilder.exe,winedbg.exe,mscoree,mshtml="
 # File names of this machine are UTF-8, whatever its locale.
 export LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY

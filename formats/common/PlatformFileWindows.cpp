@@ -26,6 +26,16 @@ HANDLE Native(Handle handle)
     return reinterpret_cast<HANDLE>(handle);
 }
 
+/// As functions of the system take it: from a length on they need a prefix.
+std::wstring Native(const std::filesystem::path& file)
+{
+    std::error_code error;
+    std::wstring native = std::filesystem::absolute(file, error).make_preferred().wstring();
+    if (error || native.size() < 248 || native.starts_with(L"\\\\?\\"))
+        return error ? file.wstring() : native;
+    return native.starts_with(L"\\\\") ? L"\\\\?\\UNC" + native.substr(1) : L"\\\\?\\" + native;
+}
+
 std::uint64_t Join(DWORD high, DWORD low)
 {
     return (std::uint64_t(high) << 32) | low;
@@ -35,7 +45,7 @@ std::uint64_t Join(DWORD high, DWORD low)
 
 Handle OpenForReading(const std::filesystem::path& file)
 {
-    const HANDLE handle = ::CreateFileW(file.c_str(), GENERIC_READ,
+    const HANDLE handle = ::CreateFileW(Native(file).c_str(), GENERIC_READ,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
@@ -49,7 +59,7 @@ Handle OpenForReading(const std::filesystem::path& file)
 
 Handle CreateExclusively(const std::filesystem::path& file)
 {
-    const HANDLE handle = ::CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+    const HANDLE handle = ::CreateFileW(Native(file).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle != INVALID_HANDLE_VALUE)
         return reinterpret_cast<Handle>(handle);
@@ -110,16 +120,16 @@ void Close(Handle handle) noexcept
 
 void CopyPermissions(const std::filesystem::path& file, const std::filesystem::path& copy, Handle)
 {
-    const DWORD attributes = ::GetFileAttributesW(file.c_str());
+    const DWORD attributes = ::GetFileAttributesW(Native(file).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         Fail("the file's attributes cannot be read");
-    if (!::SetFileAttributesW(copy.c_str(), attributes))
+    if (!::SetFileAttributesW(Native(copy).c_str(), attributes))
         Fail("the file's attributes cannot be kept");
 }
 
 void RenameOver(const std::filesystem::path& temporary, const std::filesystem::path& file)
 {
-    if (!::MoveFileExW(temporary.c_str(), file.c_str(),
+    if (!::MoveFileExW(Native(temporary).c_str(), Native(file).c_str(),
                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         Fail("the file cannot be replaced");
 }

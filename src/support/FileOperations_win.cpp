@@ -1,5 +1,7 @@
 #include "support/FileOperations.h"
 
+#include "support/WindowsNames.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
@@ -20,6 +22,11 @@ constexpr int PathBuffer = 260;
 const wchar_t* Wide(const QString& text)
 {
     return reinterpret_cast<const wchar_t*>(text.utf16());
+}
+
+QString Native(const QString& path)
+{
+    return WindowsApiPath(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
 }
 
 } // namespace
@@ -71,7 +78,7 @@ void RestoreReadOnly(const QString& path, ReadOnlyState, QFile::Permissions perm
 
 void HideFolder(const QString& path)
 {
-    const QString native = QDir::toNativeSeparators(path);
+    const QString native = Native(path);
     const DWORD attributes = ::GetFileAttributesW(Wide(native));
     if (attributes != INVALID_FILE_ATTRIBUTES)
         ::SetFileAttributesW(Wide(native), attributes | FILE_ATTRIBUTE_HIDDEN);
@@ -81,7 +88,7 @@ bool IsFileLocked(const QString& path)
 {
     if (!QFileInfo::exists(path) || !IsWritable(path))
         return false;
-    const QString native = QDir::toNativeSeparators(path);
+    const QString native = Native(path);
     struct _stat64i32 status;
     if (::_wstat64i32(Wide(native), &status) != 0)
         return false;
@@ -102,8 +109,14 @@ bool IsFileLocked(const QString& path)
 
 bool CopyFileBytes(const QString& source, const QString& target, QString* error)
 {
-    if (::CopyFileW(Wide(QDir::toNativeSeparators(source)), Wide(QDir::toNativeSeparators(target)),
-                    TRUE))
+    // The system would take some such names without an error: for a device, a stream, another file.
+    const QString forbidden =
+        ForbiddenWindowsName(QDir::cleanPath(QFileInfo(target).absoluteFilePath()));
+    if (!forbidden.isEmpty()) {
+        *error = QStringLiteral("Windows does not allow the name \"%1\"").arg(forbidden);
+        return false;
+    }
+    if (::CopyFileW(Wide(Native(source)), Wide(Native(target)), TRUE))
         return true;
     const DWORD failure = ::GetLastError();
     *error = failure == ERROR_FILE_EXISTS ? QStringLiteral("Destination file exists")
@@ -113,11 +126,11 @@ bool CopyFileBytes(const QString& source, const QString& target, QString* error)
 
 bool FlushToDisk(const QString& path, QString* error)
 {
-    const QString native = QDir::toNativeSeparators(path);
+    const QString native = Native(path);
     // Flushing takes write access, which the copy of a read-only file refuses.
     const DWORD attributes = ::GetFileAttributesW(Wide(native));
-    const bool readOnly
-        = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+    const bool readOnly =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
     if (readOnly)
         ::SetFileAttributesW(Wide(native), attributes & ~DWORD(FILE_ATTRIBUTE_READONLY));
     const HANDLE file = ::CreateFileW(Wide(native), GENERIC_WRITE,

@@ -1,4 +1,5 @@
-// Opens a file without sharing, as another program would, until its standard input ends:
+// Opens a file for writing that others may only read, as a program with a document does, until its
+// standard input ends:
 //
 //     lock_holder <any> <file>
 
@@ -10,7 +11,7 @@ int wmain(int argc, wchar_t** argv)
 {
     if (argc != 3)
         return 2;
-    const HANDLE file = CreateFileW(argv[2], GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+    const HANDLE file = CreateFileW(argv[2], GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return 1;

@@ -12,9 +12,9 @@ using namespace Qt::StringLiterals;
 TEST(FileSetRemoval, OfAnUnknownPathChangesNothing)
 {
     FileSet set;
-    AddTo(set, u"/w/a.prt"_s);
+    AddTo(set, u"D:/w/a.prt"_s);
     LogCapture log;
-    EXPECT_FALSE(set.RemoveFile(u"/w/b.prt"_s, true, false));
+    EXPECT_FALSE(set.RemoveFile(u"D:/w/b.prt"_s, true, false));
     EXPECT_EQ(set.GetCount(), 1);
     EXPECT_EQ(log.Lines(), QStringList());
 }
@@ -22,11 +22,11 @@ TEST(FileSetRemoval, OfAnUnknownPathChangesNothing)
 TEST(FileSetRemoval, ClearsTheBackPointerAndLogsThePathAtDebug)
 {
     FileSet set;
-    const FileMappingPointer file = AddTo(set, u"/w/A.prt"_s);
+    const FileMappingPointer file = AddTo(set, u"D:/w/A.prt"_s);
     LogCapture log;
-    EXPECT_TRUE(set.RemoveFile(u"/w/a.prt"_s, false, false));
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a.prt"_s, false, false));
     EXPECT_EQ(file->GetFileSet(), nullptr);
-    ASSERT_EQ(log.Lines(), QStringList{u"DEBUG Removing file from selection set: /w/A.prt"_s});
+    ASSERT_EQ(log.Lines(), QStringList{u"DEBUG Removing file from selection set: D:/w/A.prt"_s});
     EXPECT_EQ(log.Records().first().logger, u"CorsyncFileLink"_s);
     EXPECT_EQ(log.Records().first().file, u"FileSetImp.cpp"_s);
 }
@@ -34,46 +34,47 @@ TEST(FileSetRemoval, ClearsTheBackPointerAndLogsThePathAtDebug)
 TEST(FileSetRemoval, TakesTheFirstOfTwoMembersWithOnePath)
 {
     FileSet set;
-    AddTo(set, u"/w/a.prt"_s);
-    const FileMappingPointer second = AddTo(set, u"/w/a.prt"_s);
-    EXPECT_TRUE(set.RemoveFile(u"/w/a.prt"_s, false, false));
+    AddTo(set, u"D:/w/a.prt"_s);
+    const FileMappingPointer second = AddTo(set, u"D:/w/a.prt"_s);
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a.prt"_s, false, false));
     EXPECT_EQ(set.GetFiles(), FileMappingList{second});
 }
 
 TEST(FileSetRemoval, OfAnAssemblyTakesThePartsThatOnlyItLinks)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"own.prt"_s, u"shared.prt"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/b.asm"_s, {u"shared.prt"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/own.prt"_s, {u"deep.prt"_s});
-    AddTo(set, u"/w/shared.prt"_s);
-    AddTo(set, u"/w/deep.prt"_s);
+    AddTo(set, u"D:/w/a.asm"_s, {u"own.prt"_s, u"shared.prt"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/b.asm"_s, {u"shared.prt"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/own.prt"_s, {u"deep.prt"_s});
+    AddTo(set, u"D:/w/shared.prt"_s);
+    AddTo(set, u"D:/w/deep.prt"_s);
     LogCapture log;
-    EXPECT_TRUE(set.RemoveFile(u"/w/a.asm"_s, true, false));
-    EXPECT_EQ(SourcesOf(set.GetFiles()), (QStringList{u"/w/b.asm"_s, u"/w/shared.prt"_s}));
-    EXPECT_EQ(log.Lines(), (QStringList{u"DEBUG Removing file from selection set: /w/a.asm"_s,
-                                        u"DEBUG Removing file from selection set: /w/own.prt"_s,
-                                        u"DEBUG Removing file from selection set: /w/deep.prt"_s}));
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a.asm"_s, true, false));
+    EXPECT_EQ(SourcesOf(set.GetFiles()), (QStringList{u"D:/w/b.asm"_s, u"D:/w/shared.prt"_s}));
+    EXPECT_EQ(log.Lines(),
+              (QStringList{u"DEBUG Removing file from selection set: D:/w/a.asm"_s,
+                           u"DEBUG Removing file from selection set: D:/w/own.prt"_s,
+                           u"DEBUG Removing file from selection set: D:/w/deep.prt"_s}));
 }
 
 TEST(FileSetRemoval, WithoutLinkedFilesTakesTheFileAlone)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"own.prt"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/own.prt"_s);
-    EXPECT_TRUE(set.RemoveFile(u"/w/a.asm"_s, false, false));
-    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"/w/own.prt"_s});
+    AddTo(set, u"D:/w/a.asm"_s, {u"own.prt"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/own.prt"_s);
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a.asm"_s, false, false));
+    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"D:/w/own.prt"_s});
 }
 
 TEST(FileSetRemoval, KeepsALinkedFileThatIsItselfSelected)
 {
     FileSet set;
-    const FileMappingPointer top = AddTo(set, u"/w/a.asm"_s, {u"own.prt"_s, u"chosen.prt"_s});
-    AddTo(set, u"/w/start.asm"_s, {u"a.asm"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/own.prt"_s);
-    const FileMappingPointer chosen = AddTo(set, u"/w/chosen.prt"_s, {}, FileMapping::Selected);
-    EXPECT_TRUE(set.RemoveFile(u"/w/a.asm"_s, true, true));
-    EXPECT_EQ(SourcesOf(set.GetFiles()), (QStringList{u"/w/start.asm"_s, u"/w/chosen.prt"_s}));
+    const FileMappingPointer top = AddTo(set, u"D:/w/a.asm"_s, {u"own.prt"_s, u"chosen.prt"_s});
+    AddTo(set, u"D:/w/start.asm"_s, {u"a.asm"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/own.prt"_s);
+    const FileMappingPointer chosen = AddTo(set, u"D:/w/chosen.prt"_s, {}, FileMapping::Selected);
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a.asm"_s, true, true));
+    EXPECT_EQ(SourcesOf(set.GetFiles()), (QStringList{u"D:/w/start.asm"_s, u"D:/w/chosen.prt"_s}));
     EXPECT_EQ(chosen->GetFileSet(), &set);
     EXPECT_EQ(top->GetFileSet(), nullptr);
 }
@@ -81,40 +82,40 @@ TEST(FileSetRemoval, KeepsALinkedFileThatIsItselfSelected)
 TEST(FileSetRemoval, OfASelectedFileKeepsItWhenSelectedFilesAreKeptAndSaysTrue)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"own.prt"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/own.prt"_s);
+    AddTo(set, u"D:/w/a.asm"_s, {u"own.prt"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/own.prt"_s);
     LogCapture log;
-    EXPECT_TRUE(set.RemoveFile(u"/w/a.asm"_s, true, true));
-    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"/w/a.asm"_s});
-    EXPECT_EQ(log.Lines(), QStringList{u"DEBUG Removing file from selection set: /w/own.prt"_s});
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a.asm"_s, true, true));
+    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"D:/w/a.asm"_s});
+    EXPECT_EQ(log.Lines(), QStringList{u"DEBUG Removing file from selection set: D:/w/own.prt"_s});
 }
 
 TEST(FileSetRemoval, OfAFileThatNoSelectedFileReachesTakesNothingElse)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"own.prt"_s});
-    AddTo(set, u"/w/own.prt"_s);
-    EXPECT_TRUE(set.RemoveFile(u"/w/a.asm"_s, true, false));
-    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"/w/own.prt"_s});
+    AddTo(set, u"D:/w/a.asm"_s, {u"own.prt"_s});
+    AddTo(set, u"D:/w/own.prt"_s);
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a.asm"_s, true, false));
+    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"D:/w/own.prt"_s});
 }
 
 TEST(FileSetRemoval, OfOneFileOfACycleTakesTheCycle)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"b.asm"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/b.asm"_s, {u"a.asm"_s});
-    EXPECT_TRUE(set.RemoveFile(u"/w/a.asm"_s, true, false));
+    AddTo(set, u"D:/w/a.asm"_s, {u"b.asm"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/b.asm"_s, {u"a.asm"_s});
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a.asm"_s, true, false));
     EXPECT_TRUE(set.IsEmpty());
 }
 
 TEST(FileSetRemoval, OfACycleBelowKeepsItsFilesWhichHoldEachOther)
 {
     FileSet set;
-    AddTo(set, u"/w/top.asm"_s, {u"b.asm"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/b.asm"_s, {u"c.asm"_s});
-    AddTo(set, u"/w/c.asm"_s, {u"b.asm"_s});
-    EXPECT_TRUE(set.RemoveFile(u"/w/top.asm"_s, true, false));
-    EXPECT_EQ(SourcesOf(set.GetFiles()), (QStringList{u"/w/b.asm"_s, u"/w/c.asm"_s}));
+    AddTo(set, u"D:/w/top.asm"_s, {u"b.asm"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/b.asm"_s, {u"c.asm"_s});
+    AddTo(set, u"D:/w/c.asm"_s, {u"b.asm"_s});
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/top.asm"_s, true, false));
+    EXPECT_EQ(SourcesOf(set.GetFiles()), (QStringList{u"D:/w/b.asm"_s, u"D:/w/c.asm"_s}));
 }
 
 class FolderRemoval : public ::testing::Test
@@ -122,14 +123,14 @@ class FolderRemoval : public ::testing::Test
 protected:
     FolderRemoval()
     {
-        AddTo(set, u"/w/Folder"_s, {}, FileMapping::Selected | FileMapping::Folder);
-        AddTo(set, u"/w/folder/a.asm"_s, {u"../lib/own.prt"_s, u"../lib/shared.prt"_s},
+        AddTo(set, u"D:/w/Folder"_s, {}, FileMapping::Selected | FileMapping::Folder);
+        AddTo(set, u"D:/w/folder/a.asm"_s, {u"../lib/own.prt"_s, u"../lib/shared.prt"_s},
               FileMapping::Selected);
-        AddTo(set, u"/w/folder/sub"_s, {}, FileMapping::Folder | FileMapping::NestedFolder);
-        AddTo(set, u"/w/FOLDER/sub/deep.prt"_s, {}, FileMapping::Selected);
-        AddTo(set, u"/w/folder2/b.asm"_s, {u"../lib/shared.prt"_s}, FileMapping::Selected);
-        AddTo(set, u"/w/lib/own.prt"_s);
-        AddTo(set, u"/w/lib/shared.prt"_s);
+        AddTo(set, u"D:/w/folder/sub"_s, {}, FileMapping::Folder | FileMapping::NestedFolder);
+        AddTo(set, u"D:/w/FOLDER/sub/deep.prt"_s, {}, FileMapping::Selected);
+        AddTo(set, u"D:/w/folder2/b.asm"_s, {u"../lib/shared.prt"_s}, FileMapping::Selected);
+        AddTo(set, u"D:/w/lib/own.prt"_s);
+        AddTo(set, u"D:/w/lib/shared.prt"_s);
     }
 
     FileSet set;
@@ -138,40 +139,40 @@ protected:
 TEST_F(FolderRemoval, TakesTheFilesInsideAndWhatOnlyTheyLink)
 {
     LogCapture log;
-    EXPECT_TRUE(set.RemoveFile(u"/w/folder"_s, true, false));
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/folder"_s, true, false));
     EXPECT_EQ(SourcesOf(set.GetFiles()),
-              (QStringList{u"/w/folder2/b.asm"_s, u"/w/lib/shared.prt"_s}));
+              (QStringList{u"D:/w/folder2/b.asm"_s, u"D:/w/lib/shared.prt"_s}));
     EXPECT_EQ(log.Lines(),
-              (QStringList{u"DEBUG Removing file from selection set: /w/Folder"_s,
-                           u"DEBUG Removing file from selection set: /w/folder/a.asm"_s,
-                           u"DEBUG Removing file from selection set: /w/folder/sub"_s,
-                           u"DEBUG Removing file from selection set: /w/FOLDER/sub/deep.prt"_s,
-                           u"DEBUG Removing file from selection set: /w/lib/own.prt"_s}));
+              (QStringList{u"DEBUG Removing file from selection set: D:/w/Folder"_s,
+                           u"DEBUG Removing file from selection set: D:/w/folder/a.asm"_s,
+                           u"DEBUG Removing file from selection set: D:/w/folder/sub"_s,
+                           u"DEBUG Removing file from selection set: D:/w/FOLDER/sub/deep.prt"_s,
+                           u"DEBUG Removing file from selection set: D:/w/lib/own.prt"_s}));
 }
 
 TEST_F(FolderRemoval, WithoutLinkedFilesTakesTheFolderItselfOnly)
 {
-    EXPECT_TRUE(set.RemoveFile(u"/w/folder"_s, false, false));
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/folder"_s, false, false));
     EXPECT_EQ(set.GetCount(), 6);
-    EXPECT_EQ(set.IndexOfSourceFile(u"/w/folder"_s), -1);
-    EXPECT_EQ(set.IndexOfSourceFile(u"/w/folder/a.asm"_s), 0);
+    EXPECT_EQ(set.IndexOfSourceFile(u"D:/w/folder"_s), -1);
+    EXPECT_EQ(set.IndexOfSourceFile(u"D:/w/folder/a.asm"_s), 0);
 }
 
 TEST_F(FolderRemoval, NamesTheFilesInAFolderAtAnyDepth)
 {
     const FileMappingList inside = Imp(set).GetFilesInFolder(set.GetFiles().first());
-    EXPECT_EQ(SourcesOf(inside),
-              (QStringList{u"/w/folder/a.asm"_s, u"/w/folder/sub"_s, u"/w/FOLDER/sub/deep.prt"_s}));
+    EXPECT_EQ(SourcesOf(inside), (QStringList{u"D:/w/folder/a.asm"_s, u"D:/w/folder/sub"_s,
+                                              u"D:/w/FOLDER/sub/deep.prt"_s}));
 }
 
 TEST(FileSetSkipping, LeavesTheSelectedAssemblyAloneFlaggedAndWithoutLinks)
 {
     FileSet set;
     const FileMappingPointer top =
-        AddTo(set, u"/w/a.asm"_s, {u"sub.asm"_s, u"p.prt"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/sub.asm"_s, {u"p.prt"_s, u"q.prt"_s});
-    AddTo(set, u"/w/p.prt"_s);
-    AddTo(set, u"/w/q.prt"_s);
+        AddTo(set, u"D:/w/a.asm"_s, {u"sub.asm"_s, u"p.prt"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/sub.asm"_s, {u"p.prt"_s, u"q.prt"_s});
+    AddTo(set, u"D:/w/p.prt"_s);
+    AddTo(set, u"D:/w/q.prt"_s);
     top->SetTargetFileLinks(Links({u"x"_s}));
     EXPECT_TRUE(set.SkipFileLinksInAllFiles());
     EXPECT_EQ(set.GetFiles(), FileMappingList{top});
@@ -183,9 +184,9 @@ TEST(FileSetSkipping, LeavesTheSelectedAssemblyAloneFlaggedAndWithoutLinks)
 TEST(FileSetSkipping, ForgetsTheLinksOfTheFilesThatLeaveToo)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"sub.asm"_s}, FileMapping::Selected);
-    const FileMappingPointer sub = AddTo(set, u"/w/sub.asm"_s, {u"p.prt"_s});
-    AddTo(set, u"/w/p.prt"_s);
+    AddTo(set, u"D:/w/a.asm"_s, {u"sub.asm"_s}, FileMapping::Selected);
+    const FileMappingPointer sub = AddTo(set, u"D:/w/sub.asm"_s, {u"p.prt"_s});
+    AddTo(set, u"D:/w/p.prt"_s);
     sub->SetTargetFileLinks(Links({u"x"_s}));
     EXPECT_TRUE(set.SkipFileLinksInAllFiles());
     EXPECT_EQ(sub->GetFileSet(), nullptr);
@@ -197,8 +198,8 @@ TEST(FileSetSkipping, ForgetsTheLinksOfTheFilesThatLeaveToo)
 TEST(FileSetSkipping, KeepsASelectedPartThatASelectedAssemblyLinks)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"p.prt"_s}, FileMapping::Selected);
-    const FileMappingPointer part = AddTo(set, u"/w/p.prt"_s, {}, FileMapping::Selected);
+    AddTo(set, u"D:/w/a.asm"_s, {u"p.prt"_s}, FileMapping::Selected);
+    const FileMappingPointer part = AddTo(set, u"D:/w/p.prt"_s, {}, FileMapping::Selected);
     EXPECT_TRUE(set.SkipFileLinksInAllFiles());
     EXPECT_EQ(set.GetCount(), 2);
     EXPECT_TRUE(part->HasFlag(FileMapping::SkipFileLinks));
@@ -207,8 +208,8 @@ TEST(FileSetSkipping, KeepsASelectedPartThatASelectedAssemblyLinks)
 TEST(FileSetSkipping, FlagsFoldersAndFilesWithoutLinks)
 {
     FileSet set;
-    const FileMappingPointer folder = AddTo(set, u"/w/f"_s, {}, FileMapping::Folder);
-    const FileMappingPointer file = AddTo(set, u"/w/p.prt"_s);
+    const FileMappingPointer folder = AddTo(set, u"D:/w/f"_s, {}, FileMapping::Folder);
+    const FileMappingPointer file = AddTo(set, u"D:/w/p.prt"_s);
     EXPECT_TRUE(set.SkipFileLinksInAllFiles());
     EXPECT_TRUE(folder->HasFlag(FileMapping::SkipFileLinks));
     EXPECT_TRUE(file->HasFlag(FileMapping::SkipFileLinks));
@@ -219,13 +220,13 @@ class DroppingLinks : public ::testing::Test
 {
 protected:
     FileSet set;
-    FileMappingPointer a = AddTo(set, u"/w/a.asm"_s, {u"own.prt"_s, u"shared.prt"_s, u"sub.asm"_s},
-                                 FileMapping::Selected);
-    FileMappingPointer b = AddTo(set, u"/w/b.asm"_s, {u"shared.prt"_s}, FileMapping::Selected);
-    FileMappingPointer own = AddTo(set, u"/w/own.prt"_s);
-    FileMappingPointer shared = AddTo(set, u"/w/shared.prt"_s);
-    FileMappingPointer sub = AddTo(set, u"/w/sub.asm"_s, {u"deep.prt"_s});
-    FileMappingPointer deep = AddTo(set, u"/w/deep.prt"_s);
+    FileMappingPointer a = AddTo(
+        set, u"D:/w/a.asm"_s, {u"own.prt"_s, u"shared.prt"_s, u"sub.asm"_s}, FileMapping::Selected);
+    FileMappingPointer b = AddTo(set, u"D:/w/b.asm"_s, {u"shared.prt"_s}, FileMapping::Selected);
+    FileMappingPointer own = AddTo(set, u"D:/w/own.prt"_s);
+    FileMappingPointer shared = AddTo(set, u"D:/w/shared.prt"_s);
+    FileMappingPointer sub = AddTo(set, u"D:/w/sub.asm"_s, {u"deep.prt"_s});
+    FileMappingPointer deep = AddTo(set, u"D:/w/deep.prt"_s);
 };
 
 TEST_F(DroppingLinks, RemovesWhatOnlyTheGivenFilesLinkAndForgetsTheirLinks)
@@ -260,7 +261,7 @@ TEST_F(DroppingLinks, SparesASelectedPartOnlyWhenAsked)
 
 TEST_F(DroppingLinks, OfFoldersOnlyDoesNothing)
 {
-    const FileMappingPointer folder = AddTo(set, u"/w"_s, {u"a.asm"_s}, FileMapping::Folder);
+    const FileMappingPointer folder = AddTo(set, u"D:/w"_s, {u"a.asm"_s}, FileMapping::Folder);
     folder->SetTargetFileLinks(Links({u"x"_s}));
     EXPECT_TRUE(Imp(set).DropFileLinks({folder}, true));
     EXPECT_EQ(set.GetCount(), 7);
@@ -270,7 +271,7 @@ TEST_F(DroppingLinks, OfFoldersOnlyDoesNothing)
 
 TEST_F(DroppingLinks, ClearsOnlyTheTargetLinksOfAFolderAmongTheFiles)
 {
-    const FileMappingPointer folder = AddTo(set, u"/w"_s, {u"a.asm"_s}, FileMapping::Folder);
+    const FileMappingPointer folder = AddTo(set, u"D:/w"_s, {u"a.asm"_s}, FileMapping::Folder);
     folder->SetTargetFileLinks(Links({u"x"_s}));
     EXPECT_TRUE(Imp(set).DropFileLinks({folder, a}, true));
     EXPECT_EQ(folder->GetSourceFileLinks().size(), 1);

@@ -25,7 +25,7 @@ TEST(FileSetMembers, AnEmptyPointerIsNotAdded)
 TEST(FileSetMembers, TheSameObjectIsAMemberOnceAndAddingItAgainIsFine)
 {
     FileSet set;
-    const FileMappingPointer file = MakeFile(u"/w/a.prt"_s);
+    const FileMappingPointer file = MakeFile(u"D:/w/a.prt"_s);
     EXPECT_TRUE(set.AddFile(file));
     EXPECT_TRUE(set.AddFile(file));
     EXPECT_EQ(set.GetFiles(), FileMappingList{file});
@@ -35,21 +35,21 @@ TEST(FileSetMembers, TheSameObjectIsAMemberOnceAndAddingItAgainIsFine)
 TEST(FileSetMembers, TwoObjectsWithOneSourcePathBothStay)
 {
     FileSet set;
-    const FileMappingPointer first = AddTo(set, u"/w/a.prt"_s);
-    const FileMappingPointer second = AddTo(set, u"/w/a.prt"_s);
+    const FileMappingPointer first = AddTo(set, u"D:/w/a.prt"_s);
+    const FileMappingPointer second = AddTo(set, u"D:/w/a.prt"_s);
     EXPECT_EQ(set.GetFiles(), (FileMappingList{first, second}));
-    EXPECT_EQ(set.IndexOfSourceFile(u"/w/a.prt"_s), 0);
+    EXPECT_EQ(set.IndexOfSourceFile(u"D:/w/a.prt"_s), 0);
 }
 
 TEST(FileSetMembers, AddingAMemberOfAnotherSetMovesItsBackPointerOnly)
 {
     FileSet first;
     FileSet second;
-    const FileMappingPointer file = AddTo(first, u"/w/a.prt"_s);
+    const FileMappingPointer file = AddTo(first, u"D:/w/a.prt"_s);
     second.AddFile(file);
     EXPECT_EQ(file->GetFileSet(), &second);
     EXPECT_EQ(first.GetCount(), 1);
-    EXPECT_TRUE(first.RemoveFile(u"/w/a.prt"_s, false, false));
+    EXPECT_TRUE(first.RemoveFile(u"D:/w/a.prt"_s, false, false));
     EXPECT_EQ(file->GetFileSet(), &second) << "the first set cleared a pointer to the second";
 }
 
@@ -57,7 +57,7 @@ TEST(FileSetMembers, AddingAMemberAgainTakesItsBackPointerBack)
 {
     FileSet first;
     FileSet second;
-    const FileMappingPointer file = AddTo(first, u"/w/a.prt"_s);
+    const FileMappingPointer file = AddTo(first, u"D:/w/a.prt"_s);
     second.AddFile(file);
     first.AddFile(file);
     EXPECT_EQ(file->GetFileSet(), &first);
@@ -67,9 +67,9 @@ TEST(FileSetMembers, AddingAMemberAgainTakesItsBackPointerBack)
 TEST(FileSetMembers, ARemovedObjectMayComeBackAtTheEnd)
 {
     FileSet set;
-    const FileMappingPointer first = AddTo(set, u"/w/a.prt"_s);
-    const FileMappingPointer second = AddTo(set, u"/w/b.prt"_s);
-    set.RemoveFile(u"/w/a.prt"_s, false, false);
+    const FileMappingPointer first = AddTo(set, u"D:/w/a.prt"_s);
+    const FileMappingPointer second = AddTo(set, u"D:/w/b.prt"_s);
+    set.RemoveFile(u"D:/w/a.prt"_s, false, false);
     EXPECT_TRUE(set.AddFile(first));
     EXPECT_EQ(set.GetFiles(), (FileMappingList{second, first}));
 }
@@ -79,7 +79,7 @@ TEST(FileSetMembers, OutliveTheSetWhereSomebodyHoldsThem)
     FileMappingPointer file;
     {
         FileSet set;
-        file = AddTo(set, u"/w/a.prt"_s);
+        file = AddTo(set, u"D:/w/a.prt"_s);
         EXPECT_EQ(file.use_count(), 2);
     }
     EXPECT_EQ(file.use_count(), 1);
@@ -88,9 +88,9 @@ TEST(FileSetMembers, OutliveTheSetWhereSomebodyHoldsThem)
 TEST(FileSetMembers, AListTakenEarlierDoesNotChangeWithTheSet)
 {
     FileSet set;
-    AddTo(set, u"/w/a.prt"_s);
+    AddTo(set, u"D:/w/a.prt"_s);
     const FileMappingList before = set.GetFiles();
-    AddTo(set, u"/w/b.prt"_s);
+    AddTo(set, u"D:/w/b.prt"_s);
     EXPECT_EQ(before.size(), 1);
     EXPECT_EQ(set.GetFiles().size(), 2);
 }
@@ -117,32 +117,32 @@ TEST(FileSetLookup, NeverFindsAMemberWhoseStoredPathIsNotClean)
 TEST(FileSetLookup, OfTargetsLooksAtTargetsOnly)
 {
     FileSet set;
-    set.AddFile(MakeFile(u"/w/a.prt"_s, FileMapping::NoFlag, u"/c/x.prt"_s));
-    set.AddFile(MakeFile(u"/c/X.prt"_s, FileMapping::NoFlag, u"/c/y.prt"_s));
-    EXPECT_EQ(set.IndexOfTargetFile(u"/c/./X.PRT"_s), 0);
-    EXPECT_EQ(set.IndexOfSourceFile(u"/c/x.prt"_s), 1);
-    EXPECT_EQ(set.IndexOfTargetFile(u"/w/a.prt"_s), -1);
+    set.AddFile(MakeFile(u"D:/w/a.prt"_s, FileMapping::NoFlag, u"D:/c/x.prt"_s));
+    set.AddFile(MakeFile(u"D:/c/X.prt"_s, FileMapping::NoFlag, u"D:/c/y.prt"_s));
+    EXPECT_EQ(set.IndexOfTargetFile(u"D:/c/./X.PRT"_s), 0);
+    EXPECT_EQ(set.IndexOfSourceFile(u"D:/c/x.prt"_s), 1);
+    EXPECT_EQ(set.IndexOfTargetFile(u"D:/w/a.prt"_s), -1);
 }
 
 TEST(FileSetLookup, FindsAMappingWhosePathChangedBehindTheSet)
 {
     FileSet set;
-    const FileMappingPointer file = AddTo(set, u"/w/a.prt"_s);
-    EXPECT_EQ(set.IndexOfSourceFile(u"/w/a.prt"_s), 0);
-    EXPECT_EQ(set.IndexOfTargetFile(u"/c/a.prt"_s), -1);
-    file->SetSourceFile(u"/w/b.prt"_s);
-    file->SetTargetFile(u"/c/a.prt"_s, true);
-    EXPECT_EQ(set.IndexOfSourceFile(u"/w/a.prt"_s), -1);
-    EXPECT_EQ(set.IndexOfSourceFile(u"/w/b.prt"_s), 0);
-    EXPECT_EQ(set.IndexOfTargetFile(u"/c/a.prt"_s), 0);
+    const FileMappingPointer file = AddTo(set, u"D:/w/a.prt"_s);
+    EXPECT_EQ(set.IndexOfSourceFile(u"D:/w/a.prt"_s), 0);
+    EXPECT_EQ(set.IndexOfTargetFile(u"D:/c/a.prt"_s), -1);
+    file->SetSourceFile(u"D:/w/b.prt"_s);
+    file->SetTargetFile(u"D:/c/a.prt"_s, true);
+    EXPECT_EQ(set.IndexOfSourceFile(u"D:/w/a.prt"_s), -1);
+    EXPECT_EQ(set.IndexOfSourceFile(u"D:/w/b.prt"_s), 0);
+    EXPECT_EQ(set.IndexOfTargetFile(u"D:/c/a.prt"_s), 0);
 }
 
 TEST(FileSetLookup, GivesAnEmptyPointerForAnUnknownPath)
 {
     FileSet set;
-    const FileMappingPointer file = AddTo(set, u"/w/a.prt"_s);
-    EXPECT_EQ(Imp(set).GetFileMapping(u"/W/A.prt"_s), file);
-    EXPECT_EQ(Imp(set).GetFileMapping(u"/w/b.prt"_s), nullptr);
+    const FileMappingPointer file = AddTo(set, u"D:/w/a.prt"_s);
+    EXPECT_EQ(Imp(set).GetFileMapping(u"D:/W/A.prt"_s), file);
+    EXPECT_EQ(Imp(set).GetFileMapping(u"D:/w/b.prt"_s), nullptr);
 }
 
 TEST(FileSetLinks, AreResolvedAgainstTheFolderOfTheSource)
@@ -159,19 +159,19 @@ TEST(FileSetLinks, KeepLinkOrderAndDuplicatesAndLeaveOutNonMembers)
 {
     FileSet set;
     const FileMappingPointer top =
-        AddTo(set, u"/w/top.asm"_s, {u"b.prt"_s, u"gone.prt"_s, u"a.prt"_s, u"./b.prt"_s});
-    const FileMappingPointer a = AddTo(set, u"/w/a.prt"_s);
-    const FileMappingPointer b = AddTo(set, u"/w/b.prt"_s);
+        AddTo(set, u"D:/w/top.asm"_s, {u"b.prt"_s, u"gone.prt"_s, u"a.prt"_s, u"./b.prt"_s});
+    const FileMappingPointer a = AddTo(set, u"D:/w/a.prt"_s);
+    const FileMappingPointer b = AddTo(set, u"D:/w/b.prt"_s);
     EXPECT_EQ(set.GetSourceFileLinks(top), (FileMappingList{b, a, b}));
 }
 
 TEST(FileSetLinks, OfTheTargetAreAnsweredFromTheSource)
 {
     FileSet set;
-    const FileMappingPointer top = AddTo(set, u"/w/top.asm"_s, {u"a.prt"_s});
-    const FileMappingPointer a = AddTo(set, u"/w/a.prt"_s);
-    AddTo(set, u"/w/b.prt"_s);
-    top->SetTargetFileLinks(Links({u"/w/b.prt"_s}));
+    const FileMappingPointer top = AddTo(set, u"D:/w/top.asm"_s, {u"a.prt"_s});
+    const FileMappingPointer a = AddTo(set, u"D:/w/a.prt"_s);
+    AddTo(set, u"D:/w/b.prt"_s);
+    top->SetTargetFileLinks(Links({u"D:/w/b.prt"_s}));
     EXPECT_EQ(set.GetSourceFileLinks(top), FileMappingList{a});
     EXPECT_EQ(set.GetTargetFileLinks(top), set.GetSourceFileLinks(top));
 }
@@ -179,8 +179,8 @@ TEST(FileSetLinks, OfTheTargetAreAnsweredFromTheSource)
 TEST(FileSetLinks, AreAnsweredForMappingsOutsideTheSetAndForNone)
 {
     FileSet set;
-    const FileMappingPointer a = AddTo(set, u"/w/a.prt"_s);
-    const FileMappingPointer stranger = MakeFile(u"/w/top.asm"_s);
+    const FileMappingPointer a = AddTo(set, u"D:/w/a.prt"_s);
+    const FileMappingPointer stranger = MakeFile(u"D:/w/top.asm"_s);
     stranger->SetSourceFileLinks(Links({u"a.prt"_s}));
     EXPECT_EQ(set.GetSourceFileLinks(stranger), FileMappingList{a});
     EXPECT_TRUE(set.GetSourceFileLinks(nullptr).isEmpty());
@@ -258,8 +258,8 @@ TEST(FileSetCounts, OfAnEmptySetAreZero)
 TEST(FileSetCounts, OfFoldersOnlyNameNoFiles)
 {
     FileSet set;
-    AddTo(set, u"/none/a"_s, {}, FileMapping::Folder);
-    AddTo(set, u"/none/b"_s, {}, FileMapping::Folder | FileMapping::NestedFolder);
+    AddTo(set, u"D:/none/a"_s, {}, FileMapping::Folder);
+    AddTo(set, u"D:/none/b"_s, {}, FileMapping::Folder | FileMapping::NestedFolder);
     EXPECT_FALSE(set.HasFilesWhichSupportFileLinks());
     EXPECT_EQ(set.GetFileCount(), 0);
     EXPECT_EQ(set.GetFolderCount(), set.GetCount());
@@ -280,9 +280,9 @@ TEST(FileSetCounts, ReadTheFolderFlagWhereOtherAnswersLookAtTheDisk)
 TEST(FileSetCounts, OneSupportedFileIsEnoughToSupportLinks)
 {
     FileSet set;
-    AddTo(set, u"/none/a.txt"_s, {}, FileMapping::FileLinksNotSupported);
+    AddTo(set, u"D:/none/a.txt"_s, {}, FileMapping::FileLinksNotSupported);
     EXPECT_FALSE(set.HasFilesWhichSupportFileLinks());
-    AddTo(set, u"/none/a.prt"_s);
+    AddTo(set, u"D:/none/a.prt"_s);
     EXPECT_TRUE(set.HasFilesWhichSupportFileLinks());
     EXPECT_EQ(set.GetFileCount(), 2);
 }

@@ -23,13 +23,13 @@ constexpr qint64 NoTime = 20'000;
 
 QString Rung(QChar side, int level)
 {
-    return u"/ladder/%1%2"_s.arg(side).arg(level);
+    return u"D:/ladder/%1%2"_s.arg(side).arg(level);
 }
 
 /// Each file of a level links both files of the next: 2^40 paths lead to the last.
 void AddLadder(FileSet& set)
 {
-    AddTo(set, u"/ladder/top"_s, {Rung(u'l', 0), Rung(u'r', 0)}, FileMapping::Selected);
+    AddTo(set, u"D:/ladder/top"_s, {Rung(u'l', 0), Rung(u'r', 0)}, FileMapping::Selected);
     for (int level = 0; level < LadderLevels; ++level)
         for (const QChar side : {u'l', u'r'}) {
             QStringList next;
@@ -86,7 +86,7 @@ TEST_F(DiamondLadder, IsWalkedInNoTimeByWhoRemembersWhereHeWas)
 
 TEST_F(DiamondLadder, LeavesTheSetWithItsTop)
 {
-    EXPECT_TRUE(set.RemoveFile(u"/ladder/top"_s, true, false));
+    EXPECT_TRUE(set.RemoveFile(u"D:/ladder/top"_s, true, false));
     EXPECT_TRUE(set.IsEmpty());
 }
 
@@ -101,13 +101,13 @@ TEST_F(DiamondLadder, LosesOnlyThePartThatNothingElseLinks)
 TEST_F(DiamondLadder, LeavesTheSetWhenTheLinksOfItsTopAreDropped)
 {
     EXPECT_TRUE(Imp(set).DropFileLinks({set.GetFiles().first()}, true));
-    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"/ladder/top"_s});
+    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"D:/ladder/top"_s});
 }
 
 TEST_F(DiamondLadder, LeavesTheSetWhenAllLinksAreSkipped)
 {
     EXPECT_TRUE(set.SkipFileLinksInAllFiles());
-    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"/ladder/top"_s});
+    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"D:/ladder/top"_s});
 }
 
 TEST_F(DiamondLadder, IsNoReasonToSearchForCycles)
@@ -125,8 +125,8 @@ TEST_F(DiamondLadder, ThatLeadsBackToItsTopReportsCyclesUpToALimit)
     const QStringList lines = log.Lines();
     ASSERT_GT(lines.size(), 10'000);
     EXPECT_LE(lines.size(), 100'001);
-    EXPECT_EQ(lines.first(), u"INFO Circular reference detected. File link /ladder/top in "
-                             u"/ladder/r39 leads to circular reference."_s);
+    EXPECT_EQ(lines.first(), u"INFO Circular reference detected. File link D:/ladder/top in "
+                             u"D:/ladder/r39 leads to circular reference."_s);
     EXPECT_EQ(lines.last(), u"INFO Too many circular references. Further ones are not listed."_s);
     EXPECT_EQ(log.Count(lines.last()), 1);
     FileMappingRef* node = roots[0].get();
@@ -138,7 +138,7 @@ TEST_F(DiamondLadder, ThatLeadsBackToItsTopReportsCyclesUpToALimit)
 
 QString ChainFile(int number)
 {
-    return u"/chain/%1.prt"_s.arg(number);
+    return u"D:/chain/%1.prt"_s.arg(number);
 }
 
 void AddChain(FileSet& set)
@@ -228,8 +228,8 @@ TEST_F(LongChain, ThatClosesIntoACycleReportsItOnce)
     LogCapture log;
     OnASmallStack([this] { Imp(set).GetFileLinkHierarchy(true); });
     EXPECT_EQ(log.Lines(),
-              QStringList{u"INFO Circular reference detected. File link /chain/0.prt in "
-                          u"/chain/19999.prt leads to circular reference."_s});
+              QStringList{u"INFO Circular reference detected. File link D:/chain/0.prt in "
+                          u"D:/chain/19999.prt leads to circular reference."_s});
 }
 
 } // namespace

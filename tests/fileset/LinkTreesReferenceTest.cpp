@@ -83,9 +83,9 @@ TEST_P(RandomLinkTrees, ShowTheLinksOfTheirMakingWhateverChangesLater)
         for (const FileMappingPointer& member : members) {
             member->ClearSourceFileLinks();
             member->ClearTargetFileLinks();
-            member->SetTargetFile(QStringLiteral("/elsewhere"), true);
+            member->SetTargetFile(QStringLiteral("D:/elsewhere"), true);
             set.RemoveFile(member->GetSourceFile(), false, false);
-            member->SetSourceFile(QStringLiteral("/elsewhere"));
+            member->SetSourceFile(QStringLiteral("D:/elsewhere"));
         }
         for (qsizetype i = 0; i < roots.size(); ++i)
             ASSERT_EQ(Text(*roots[i], members), Text(*eager.Roots()[size_t(i)], members))

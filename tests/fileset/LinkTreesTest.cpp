@@ -10,13 +10,13 @@ using namespace Halvern::FileLink;
 using namespace Halvern::Test;
 using namespace Qt::StringLiterals;
 
-/// "top(a b(c))": the source paths without "/w/".
+/// "top(a b(c))": the source paths without "D:/w/".
 QString Shape(FileMappingRef& node)
 {
     QStringList children;
     for (const FileMappingRef::Pointer& child : node.Children())
         children.append(Shape(*child));
-    const QString name = node.SourceFile().mid(3);
+    const QString name = node.SourceFile().mid(5);
     return children.isEmpty() ? name : u"%1(%2)"_s.arg(name, children.join(u' '));
 }
 
@@ -40,7 +40,7 @@ protected:
     FileMappingPointer Add(const QString& name, const QStringList& links = {},
                            FileMappingFlag flags = FileMapping::NoFlag)
     {
-        return AddTo(set, u"/w/"_s + name, links, flags);
+        return AddTo(set, u"D:/w/"_s + name, links, flags);
     }
     FileSetImp::NodeList Trees(bool useSourceLinks = true)
     {
@@ -104,7 +104,7 @@ TEST_F(LinkTrees, CutACycleOfOneAtOnce)
     EXPECT_EQ(Shapes(roots), QStringList{u"a(a)"_s});
     EXPECT_TRUE(roots[0]->Children()[0]->ClosesCycle());
     EXPECT_FALSE(roots[0]->ClosesCycle());
-    EXPECT_EQ(log.Lines(), QStringList{CycleLine(u"/w/a"_s, u"/w/a"_s)});
+    EXPECT_EQ(log.Lines(), QStringList{CycleLine(u"D:/w/a"_s, u"D:/w/a"_s)});
 }
 
 TEST_F(LinkTrees, CutACycleOfTwoWhereItCloses)
@@ -112,7 +112,7 @@ TEST_F(LinkTrees, CutACycleOfTwoWhereItCloses)
     Add(u"a"_s, {u"b"_s}, FileMapping::Selected);
     Add(u"b"_s, {u"a"_s});
     EXPECT_EQ(Shapes(Trees()), QStringList{u"a(b(a))"_s});
-    EXPECT_EQ(log.Lines(), QStringList{CycleLine(u"/w/a"_s, u"/w/b"_s)});
+    EXPECT_EQ(log.Lines(), QStringList{CycleLine(u"D:/w/a"_s, u"D:/w/b"_s)});
     EXPECT_EQ(log.Records().first().file, u"FileSetImp.cpp"_s);
 }
 
@@ -122,8 +122,8 @@ TEST_F(LinkTrees, CutACycleOfThreeOnceForEveryFileThatStartsATree)
     Add(u"b"_s, {u"c"_s}, FileMapping::Selected);
     Add(u"c"_s, {u"a"_s});
     EXPECT_EQ(Shapes(Trees()), (QStringList{u"a(b(c(a)))"_s, u"b(c(a(b)))"_s}));
-    EXPECT_EQ(log.Lines(),
-              (QStringList{CycleLine(u"/w/a"_s, u"/w/c"_s), CycleLine(u"/w/b"_s, u"/w/a"_s)}));
+    EXPECT_EQ(log.Lines(), (QStringList{CycleLine(u"D:/w/a"_s, u"D:/w/c"_s),
+                                        CycleLine(u"D:/w/b"_s, u"D:/w/a"_s)}));
 }
 
 TEST_F(LinkTrees, ReportCyclesInTheOrderOfTheLinks)
@@ -132,9 +132,10 @@ TEST_F(LinkTrees, ReportCyclesInTheOrderOfTheLinks)
     Add(u"b"_s, {u"a"_s});
     Add(u"c"_s, {u"a"_s, u"b"_s});
     EXPECT_EQ(Shapes(Trees()), QStringList{u"a(b(a) a c(a b(a)))"_s});
-    EXPECT_EQ(log.Lines(),
-              (QStringList{CycleLine(u"/w/a"_s, u"/w/b"_s), CycleLine(u"/w/a"_s, u"/w/a"_s),
-                           CycleLine(u"/w/a"_s, u"/w/c"_s), CycleLine(u"/w/a"_s, u"/w/b"_s)}));
+    EXPECT_EQ(
+        log.Lines(),
+        (QStringList{CycleLine(u"D:/w/a"_s, u"D:/w/b"_s), CycleLine(u"D:/w/a"_s, u"D:/w/a"_s),
+                     CycleLine(u"D:/w/a"_s, u"D:/w/c"_s), CycleLine(u"D:/w/a"_s, u"D:/w/b"_s)}));
 }
 
 TEST_F(LinkTrees, CloseACycleByPathWhicheverMappingHasIt)
@@ -143,7 +144,7 @@ TEST_F(LinkTrees, CloseACycleByPathWhicheverMappingHasIt)
     Add(u"A"_s, {u"b"_s}, FileMapping::Selected);
     Add(u"b"_s, {u"A"_s});
     EXPECT_EQ(Shapes(Trees()), QStringList{u"A(b(a))"_s});
-    EXPECT_EQ(log.Lines(), QStringList{CycleLine(u"/w/a"_s, u"/w/b"_s)});
+    EXPECT_EQ(log.Lines(), QStringList{CycleLine(u"D:/w/a"_s, u"D:/w/b"_s)});
 }
 
 TEST_F(LinkTrees, SayNothingAboutAFileInSiblingBranches)
@@ -166,7 +167,7 @@ TEST_F(LinkTrees, OfTwoSelectedFilesEachShowTheSharedPart)
     EXPECT_EQ(Shapes(roots), (QStringList{u"a(p)"_s, u"b(p)"_s}));
     EXPECT_NE(roots[0]->Children()[0], roots[1]->Children()[0]);
     EXPECT_EQ(FileSetImp::GetParents(p, roots), (FileMappingList{a, b}));
-    EXPECT_TRUE(set.RemoveFile(u"/w/a"_s, true, false));
+    EXPECT_TRUE(set.RemoveFile(u"D:/w/a"_s, true, false));
     EXPECT_EQ(set.GetFiles(), (FileMappingList{b, p}));
 }
 
@@ -185,9 +186,9 @@ TEST_F(LinkTrees, FollowTargetLinksBetweenTargetsInTargetMode)
     const FileMappingPointer a = Add(u"a"_s, {u"b"_s}, FileMapping::Selected);
     const FileMappingPointer b = Add(u"b"_s);
     const FileMappingPointer c = Add(u"c"_s);
-    a->SetTargetFile(u"/cloud/x/a"_s, true);
-    b->SetTargetFile(u"/cloud/x/b"_s, true);
-    c->SetTargetFile(u"/cloud/c"_s, true);
+    a->SetTargetFile(u"D:/cloud/x/a"_s, true);
+    b->SetTargetFile(u"D:/cloud/x/b"_s, true);
+    c->SetTargetFile(u"D:/cloud/c"_s, true);
     a->SetTargetFileLinks(Links({u"../C"_s}));
     EXPECT_EQ(Shapes(Trees(false)), QStringList{u"a(c)"_s});
     EXPECT_EQ(Shapes(Trees(true)), QStringList{u"a(b)"_s});
@@ -197,13 +198,13 @@ TEST_F(LinkTrees, AttachACopyWhoseLinkStillNamesTheSource)
 {
     const FileMappingPointer a = Add(u"a"_s, {}, FileMapping::Selected);
     const FileMappingPointer b = Add(u"b"_s);
-    a->SetTargetFile(u"/cloud/a"_s, true);
-    b->SetTargetFile(u"/cloud/lib/b"_s, true);
-    a->SetTargetFileLinks(Links({u"/W/b"_s, u"../w/b"_s}));
+    a->SetTargetFile(u"D:/cloud/a"_s, true);
+    b->SetTargetFile(u"D:/cloud/lib/b"_s, true);
+    a->SetTargetFileLinks(Links({u"D:/W/b"_s, u"../w/b"_s}));
     const FileSetImp::NodeList roots = Trees(false);
     ASSERT_EQ(Shapes(roots), QStringList{u"a(b)"_s})
         << "only an absolute link is looked up among the sources";
-    EXPECT_EQ(roots[0]->Children()[0]->LinkPath(), u"/W/b"_s);
+    EXPECT_EQ(roots[0]->Children()[0]->LinkPath(), u"D:/W/b"_s);
 }
 
 TEST_F(LinkTrees, PreferATargetToASourceWithTheSamePath)
@@ -211,26 +212,26 @@ TEST_F(LinkTrees, PreferATargetToASourceWithTheSamePath)
     const FileMappingPointer a = Add(u"a"_s, {}, FileMapping::Selected);
     Add(u"b"_s);
     const FileMappingPointer c = Add(u"c"_s);
-    a->SetTargetFile(u"/cloud/a"_s, true);
-    c->SetTargetFile(u"/w/b"_s, true);
-    a->SetTargetFileLinks(Links({u"/w/b"_s}));
+    a->SetTargetFile(u"D:/cloud/a"_s, true);
+    c->SetTargetFile(u"D:/w/b"_s, true);
+    a->SetTargetFileLinks(Links({u"D:/w/b"_s}));
     EXPECT_EQ(Shapes(Trees(false)), QStringList{u"a(c)"_s});
 }
 
 TEST_F(LinkTrees, NeverLookAmongTargetsInSourceMode)
 {
-    Add(u"a"_s, {u"/cloud/b"_s}, FileMapping::Selected);
-    Add(u"b"_s)->SetTargetFile(u"/cloud/b"_s, true);
+    Add(u"a"_s, {u"D:/cloud/b"_s}, FileMapping::Selected);
+    Add(u"b"_s)->SetTargetFile(u"D:/cloud/b"_s, true);
     EXPECT_EQ(Shapes(Trees()), QStringList{u"a"_s});
 }
 
 TEST_F(LinkTrees, NameTargetsInLinesAboutCyclesOfTargets)
 {
     const FileMappingPointer a = Add(u"a"_s, {}, FileMapping::Selected);
-    a->SetTargetFile(u"/cloud/a"_s, true);
+    a->SetTargetFile(u"D:/cloud/a"_s, true);
     a->SetTargetFileLinks(Links({u"A"_s}));
     Trees(false);
-    EXPECT_EQ(log.Lines(), QStringList{CycleLine(u"/cloud/a"_s, u"/cloud/a"_s)});
+    EXPECT_EQ(log.Lines(), QStringList{CycleLine(u"D:/cloud/a"_s, u"D:/cloud/a"_s)});
 }
 
 TEST_F(LinkTrees, AreMadeAnewAtEachCall)
@@ -248,8 +249,8 @@ using LinkTreesInTheCloud = ServicesFixture;
 TEST_F(LinkTreesInTheCloud, ResolveTargetsAgainstTheConvertedCloudCacheFolder)
 {
     FileSet set;
-    AddTo(set, u"/w/a"_s, {u"b"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/b"_s);
+    AddTo(set, u"D:/w/a"_s, {u"b"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/b"_s);
     const FileSetImp::NodeList roots = Imp(set).GetFileLinkHierarchy(true);
     EXPECT_EQ(roots[0]->ResolveTargetPath(u"x/y.prt"_s), Cloud(u"x/y.prt"_s));
     EXPECT_EQ(roots[0]->Children()[0]->ResolveTargetPath(u"y.prt"_s), Cloud(u"y.prt"_s));

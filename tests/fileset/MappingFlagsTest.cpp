@@ -27,7 +27,7 @@ class EveryFlagBit : public ::testing::TestWithParam<int>
 {
 protected:
     const quint32 bit = quint32(1) << GetParam();
-    FileMappingPointer mapping = MakeFile(u"/none/a.prt"_s);
+    FileMappingPointer mapping = MakeFile(u"D:/none/a.prt"_s);
     FileMappingRef node{QString(), QString(), mapping};
 };
 
@@ -67,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(Bits, EveryFlagBit, ::testing::Range(0, 32));
 class MappingFlags : public ::testing::Test
 {
 protected:
-    FileMappingPointer mapping = MakeFile(u"/none/a.prt"_s);
+    FileMappingPointer mapping = MakeFile(u"D:/none/a.prt"_s);
     FileMappingRef node{QString(), QString(), mapping};
 };
 

@@ -64,34 +64,34 @@ const TextAnswer answers[] = {
      u"reference1"_s},
     {"GetSourceFile",
      [](auto& node, auto* buffer, int size) { return node.GetSourceFile(buffer, size); },
-     u"/w/src.prt"_s},
+     u"D:/w/src.prt"_s},
     {"GetTargetFile",
      [](auto& node, auto* buffer, int size) { return node.GetTargetFile(buffer, size); },
-     u"/c/tgt.prt"_s},
+     u"D:/c/tgt.prt"_s},
     {"GetTargetPath",
      [](auto& node, auto* buffer, int size) { return node.GetTargetPath(buffer, size); },
-     u"/c/tgt.prt"_s},
+     u"D:/c/tgt.prt"_s},
     {"ResolveTargetPath",
      [](auto& node, auto* buffer, int size) {
          const QString path = u"x.prt"_s;
          return node.ResolveTargetPath(reinterpret_cast<const WideChar*>(path.utf16()), buffer,
                                        size);
      },
-     u"/clo/x.prt"_s},
+     u"D:/c/x.prt"_s},
     {"GetTargetRootFolder",
      [](auto& node, auto* buffer, int size) { return node.GetTargetRootFolder(buffer, size); },
-     u"/clo"_s},
+     u"D:/c"_s},
 };
 
 class EveryTextAnswer : public ::testing::TestWithParam<TextAnswer>
 {
 protected:
-    EveryTextAnswer() { node.SetTargetBaseFolder(u"/clo"_s); }
+    EveryTextAnswer() { node.SetTargetBaseFolder(u"D:/c"_s); }
 
     const TextAnswer answer = GetParam();
     const int length = int(answer.text.size());
     FileMappingRef node{u"link"_s, u"reference1"_s,
-                        MakeFile(u"/w/src.prt"_s, FileMapping::NoFlag, u"/c/tgt.prt"_s)};
+                        MakeFile(u"D:/w/src.prt"_s, FileMapping::NoFlag, u"D:/c/tgt.prt"_s)};
     Buffer buffer;
 };
 
@@ -171,11 +171,11 @@ TEST(TextAnswers, OfNothingAreAZero)
 
 TEST(TextAnswers, OfFiveCharactersHoldFourOfATenCharacterPath)
 {
-    FileMappingRef node(QString(), QString(), MakeFile(u"/w/src.prt"_s));
+    FileMappingRef node(QString(), QString(), MakeFile(u"D:/src.prt"_s));
     Buffer buffer;
     EXPECT_EQ(node.GetSourceFile(nullptr, 0), 10u);
     EXPECT_EQ(node.GetSourceFile(buffer.Data(), 5), 4u);
-    EXPECT_EQ(buffer.Text(), u"/w/s"_s);
+    EXPECT_EQ(buffer.Text(), u"D:/s"_s);
     EXPECT_EQ(buffer.Written(), 5);
 }
 

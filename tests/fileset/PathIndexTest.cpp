@@ -66,9 +66,9 @@ int Scan(const FileMappingList& files, PathSide side, const QString& path)
 
 QString AnyPath(std::mt19937& random)
 {
-    constexpr const char* paths[] = {"/p/a",  "/P/A", "/p/b",    "/p/./b",  "",
-                                     "/p/c/", "/p/C", "/p/c/..", "D:/w/x",  "d:/W/X",
-                                     "/p/d",  "/p/e", "/p/ss",   "/p/f/g/h"};
+    constexpr const char* paths[] = {"D:/p/a",  "D:/P/A", "D:/p/b",    "D:/p/./b",  "",
+                                     "D:/p/c/", "D:/p/C", "D:/p/c/..", "D:/w/x",    "d:/W/X",
+                                     "D:/p/d",  "D:/p/e", "D:/p/ss",   "D:/p/f/g/h"};
     return QString::fromLatin1(paths[random() % std::size(paths)]);
 }
 

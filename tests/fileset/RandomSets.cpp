@@ -6,11 +6,13 @@ namespace Halvern::Test {
 
 namespace {
 
-constexpr const char* sources[] = {"/p/a", "/p/b", "/p/sub/c", "/p/D", "/P/A", "/p/sub", "/p/e"};
-constexpr const char* targets[] = {"", "/t/a", "/t/b", "/T/A", "/t/sub/c", "/t/D", "/p/a"};
-constexpr const char* links[] = {"a",    "B",    "sub/c", "../p/a", "/p/a",    "/t/b",
-                                 "/T/A", "gone", "",      "./D",    "e",       "../sub/c",
-                                 "D:/x", "/p/E", "../b",  "/p/b",   "sub/../a"};
+constexpr const char* sources[] = {"D:/p/a", "D:/p/b",   "D:/p/sub/c", "D:/p/D",
+                                   "D:/P/A", "D:/p/sub", "D:/p/e"};
+constexpr const char* targets[] = {"",           "D:/t/a", "D:/t/b", "D:/T/A",
+                                   "D:/t/sub/c", "D:/t/D", "D:/p/a"};
+constexpr const char* links[] = {"a",      "B",      "sub/c", "../p/a", "D:/p/a",  "D:/t/b",
+                                 "D:/T/A", "gone",   "",      "./D",    "e",       "../sub/c",
+                                 "D:/x",   "D:/p/E", "../b",  "D:/p/b", "sub/../a"};
 
 class Dice
 {

@@ -87,9 +87,10 @@ CommandResult CommandFixture::Finish(QProcess& process)
         return {};
     }
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    // Expected lines are written with forward slashes.
+    // Expected lines are written with forward slashes, and end as they do on POSIX.
     const auto text = [](const QByteArray& bytes) {
-        return QDir::fromNativeSeparators(QString::fromUtf8(bytes));
+        return QDir::fromNativeSeparators(QString::fromUtf8(bytes))
+            .replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     };
     return {process.exitCode(), text(process.readAllStandardOutput()),
             text(process.readAllStandardError())};

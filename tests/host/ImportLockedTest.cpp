@@ -1,26 +1,9 @@
 #include "CommandFixture.h"
-
-#include <QtCore/QFile>
-
-#include <sys/file.h>
+#include "FileLock.h"
 
 namespace Halvern::Test {
 
 namespace {
-
-/// A write lock on a file that this process holds, as a program that has it open would.
-class FileLock
-{
-public:
-    explicit FileLock(const QString& path) : m_file(path)
-    {
-        EXPECT_TRUE(m_file.open(QFile::ReadWrite | QFile::ExistingOnly));
-        EXPECT_EQ(flock(m_file.handle(), LOCK_EX | LOCK_NB), 0);
-    }
-
-private:
-    QFile m_file;
-};
 
 /// The copy of work/top.tlk is in place; the part that it links gets another name in the next
 /// import, for a file of somebody else took its own.

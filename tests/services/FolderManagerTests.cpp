@@ -1,4 +1,4 @@
-#include "DatabaseFixture.h"
+#include "FolderManagerFixture.h"
 
 #include "syncservices/SyncManager.h"
 #include "syncservices/SyncPrivate.h"
@@ -10,48 +10,6 @@ using namespace Halvern::SyncServices;
 using namespace Halvern::Test;
 using namespace Qt::StringLiterals;
 using Halvern::SyncFolderManagerLib::FolderManager;
-
-namespace {
-
-struct FolderManagerRunning : DatabaseFixture
-{
-    FolderManager& Manager() { return *FolderManager::GetInstance(); }
-    bool In(const QString& path) { return Manager().IsCloudCacheFolderPath(path); }
-    QString Convert(const QString& path)
-    {
-        return Manager().ConvertCloudCacheFolderPath(path, Global::LocalPath);
-    }
-    QString CloudPath(const QString& path, bool withRoot)
-    {
-        QString cloudPath = u"unset"_s;
-        const bool found = Manager().GetCloudPath(path, withRoot, cloudPath);
-        EXPECT_EQ(found, !cloudPath.isEmpty());
-        return cloudPath;
-    }
-};
-
-/// Sets an environment variable for the length of a scope.
-class Environment
-{
-public:
-    Environment(const char* name, const QString& value) : m_name(name), m_old(qgetenv(name))
-    {
-        qputenv(name, value.toUtf8());
-    }
-    ~Environment()
-    {
-        if (m_old.isNull())
-            qunsetenv(m_name);
-        else
-            qputenv(m_name, m_old);
-    }
-
-private:
-    const char* m_name;
-    QByteArray m_old;
-};
-
-} // namespace
 
 TEST(FolderManagerLifecycle, ThereIsNoInstanceBeforeInitializeAndAfterUninitialize)
 {
@@ -66,44 +24,6 @@ TEST(FolderManagerLifecycle, ThereIsNoInstanceBeforeInitializeAndAfterUninitiali
     EXPECT_EQ(FolderManager::GetInstance(), first);
     FolderManager::Uninitialize();
     EXPECT_EQ(FolderManager::GetInstance(), nullptr);
-}
-
-TEST(FolderManagerLifecycle, WithoutConfigureTheUsersSettingsFileIsUsedAndMade)
-{
-    const FileTree tree;
-    const Environment config("XDG_CONFIG_HOME", tree.Path(u"config"_s));
-    const Environment data("XDG_DATA_HOME", tree.Path(u"data"_s));
-    const Environment home("HOME", tree.Path(u"home"_s));
-    FolderManager::Initialize();
-    EXPECT_EQ(FolderManager::GetInstance()->GetLastError(), QString());
-    EXPECT_EQ(FolderManager::GetInstance()->GetCloudCacheFolderPath(false),
-              tree.Path(u"home/Corsync"_s));
-    EXPECT_TRUE(tree.Exists(u"home/Corsync"_s));
-    EXPECT_TRUE(tree.Exists(u"config/corsync/settings.ini"_s));
-    EXPECT_TRUE(tree.Exists(u"data/corsync/sync.db"_s));
-    FolderManager::Uninitialize();
-}
-
-TEST(FolderManagerLifecycle, SettingsThatCannotBeReadStopEveryJob)
-{
-    FileTree tree;
-    const Environment config("XDG_CONFIG_HOME", tree.Path(u"config"_s));
-    const Environment home("HOME", tree.Path(u"home"_s));
-    tree.File(u"config/corsync/settings.ini"_s, "[General]\nbaseStoreLimit=much\n");
-    FolderManager::Initialize();
-    SyncManager::Initialize();
-    const FolderManager& manager = *FolderManager::GetInstance();
-    EXPECT_EQ(
-        manager.GetLastError(),
-        u"Failed to read settings file %1: The value of baseStoreLimit has the wrong form."_s.arg(
-            tree.Path(u"config/corsync/settings.ini"_s)));
-    EXPECT_EQ(manager.GetSyncDatabase(), nullptr);
-    EXPECT_FALSE(manager.IsLoggedIn());
-    EXPECT_FALSE(SyncManager::GetInstance()->IsCloudCacheFolderSyncEnabled());
-    EXPECT_EQ(manager.GetCloudCacheFolderPath(true), QString());
-    EXPECT_FALSE(tree.Exists(u"home"_s));
-    SyncManager::Uninitialize();
-    FolderManager::Uninitialize();
 }
 
 TEST_F(FolderManagerRunning, TellsWhatTheSettingsSay)
@@ -176,37 +96,6 @@ TEST_F(FolderManagerRunning, TheFolderItselfAndWhatLiesBelowIsInIt)
     EXPECT_FALSE(In(u"cloud/a"_s));
     EXPECT_FALSE(In(QString()));
     EXPECT_FALSE(In(u"https://host/cloud/a"_s));
-}
-
-TEST_F(FolderManagerRunning, APathThroughASymbolicLinkIsInTheFolderEvenBeforeItExists)
-{
-    tree.File(u"cloud/Demo/a.prt"_s);
-    ASSERT_TRUE(QFile::link(Cloud(u"Demo"_s), tree.Path(u"short"_s)));
-    EXPECT_TRUE(In(tree.Path(u"short/a.prt"_s)));
-    EXPECT_TRUE(In(tree.Path(u"short/new/b.prt"_s)));
-    EXPECT_TRUE(In(tree.Path(u"short"_s)));
-    EXPECT_FALSE(In(tree.Path(u"long/a.prt"_s)));
-    EXPECT_EQ(Convert(tree.Path(u"short/a.prt"_s)), Cloud(u"Demo/a.prt"_s));
-    EXPECT_EQ(Convert(tree.Path(u"short/new/b.prt"_s)), Cloud(u"Demo/new/b.prt"_s));
-    EXPECT_EQ(CloudPath(tree.Path(u"short/a.prt"_s), false), u"/Demo/a.prt"_s);
-}
-
-TEST_F(FolderManagerRunning, AConfiguredFolderThatIsASymbolicLinkIsKnownByBothPaths)
-{
-    tree.File(u"disk/cloud/a.prt"_s);
-    ASSERT_TRUE(QFile::link(tree.Path(u"disk/cloud"_s), tree.Path(u"mine"_s)));
-    settings.cloudCacheFolder = tree.Path(u"mine"_s);
-    Restart();
-    for (const QString& name : {u"mine/a.prt"_s, u"disk/cloud/a.prt"_s, u"DISK/x/../cloud/a.prt"_s,
-                                u"disk/cloud/a.prt"_s}) {
-        if (!tree.Exists(name))
-            continue;
-        EXPECT_TRUE(In(tree.Path(name))) << name.toStdString();
-        EXPECT_EQ(Convert(tree.Path(name)), tree.Path(u"mine/a.prt"_s));
-    }
-    EXPECT_TRUE(In(tree.Path(u"disk/cloud/new/x"_s)));
-    EXPECT_EQ(Convert(tree.Path(u"disk/cloud/new/x"_s)), tree.Path(u"mine/new/x"_s));
-    EXPECT_FALSE(In(tree.Path(u"disk/other"_s)));
 }
 
 TEST_F(FolderManagerRunning, ConvertGivesTheConfiguredSpellingAndCleansOtherPaths)

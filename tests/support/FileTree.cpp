@@ -62,7 +62,13 @@ FileTree& FileTree::Touch(const QString& relative, const QDateTime& time)
 FileTree& FileTree::Remove(const QString& relative)
 {
     const QString path = Path(relative);
-    Require(QFileInfo(path).isDir() ? QDir(path).removeRecursively() : QFile::remove(path), path);
+    if (QFileInfo(path).isDir()) {
+        Require(QDir(path).removeRecursively(), path);
+    } else if (!QFile::remove(path)) {
+        // Windows keeps read-only files.
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
+        Require(QFile::remove(path), path);
+    }
     return *this;
 }
 

@@ -3,12 +3,21 @@
 #include "plugins/CallLog.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 
 namespace Halvern::Test {
 
+namespace {
+
+// With a drive where the system has them, as long as the current folder is the one of the start:
+// programs that a test starts have another one.
+const QString Folder = QFileInfo(QStringLiteral(TEST_PLUGIN_FOLDER)).absoluteFilePath();
+
+} // namespace
+
 QString TestPluginFolder()
 {
-    return QStringLiteral(TEST_PLUGIN_FOLDER);
+    return Folder;
 }
 
 QString TestResolverModule()

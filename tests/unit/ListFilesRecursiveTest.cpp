@@ -1,49 +1,12 @@
-#include "FileTree.h"
-#include "support/PathUtilities.h"
+#include "ListFilesFixture.h"
 
-#include <QtCore/QFile>
-
-#include <gtest/gtest.h>
+namespace Halvern::Test {
 
 namespace {
 
-using namespace Halvern::FileLink;
-using namespace Halvern::Test;
-using namespace Qt::StringLiterals;
-
 constexpr QDir::Filters Everything = QDir::Dirs | QDir::Files | QDir::Hidden;
 
-class ListFiles : public ::testing::Test
-{
-protected:
-    ListFiles()
-    {
-        tree.File(u"t/a.prt"_s).File(u"t/b.asm"_s).File(u"t/.hidden"_s);
-        tree.File(u"t/sub/c.prt"_s).File(u"t/sub/deep/d.prt"_s);
-        tree.File(u"t/.secret/e.prt"_s).Folder(u"t/empty"_s);
-    }
-    /// Names below "t", in the order of the answer.
-    QStringList List(const QString& path, const QString& names, QDir::Filters filters,
-                     bool recursive)
-    {
-        QStringList result;
-        for (const QString& entry :
-             ListFilesRecursive(tree.Path(path), names, filters, recursive)) {
-            EXPECT_TRUE(entry.startsWith(tree.Path(u"t"_s) + u'/')) << entry.toStdString();
-            result.append(entry.mid(tree.Path(u"t"_s).size() + 1));
-        }
-        return result;
-    }
-    QStringList Sorted(const QString& path, const QString& names, QDir::Filters filters,
-                       bool recursive)
-    {
-        QStringList result = List(path, names, filters, recursive);
-        result.sort();
-        return result;
-    }
-
-    FileTree tree;
-};
+} // namespace
 
 TEST_F(ListFiles, WithoutAFilterGivesTheFilesOfAFolder)
 {
@@ -127,40 +90,4 @@ TEST_F(ListFiles, GivesCleanPaths)
               QStringList{tree.Path(u"t/sub/c.prt"_s)});
 }
 
-TEST_F(ListFiles, FollowsLinksToFilesAndFolders)
-{
-    tree.File(u"far/f.prt"_s);
-    ASSERT_TRUE(QFile::link(tree.Path(u"far"_s), tree.Path(u"t/empty/way"_s)));
-    ASSERT_TRUE(QFile::link(tree.Path(u"far/f.prt"_s), tree.Path(u"t/empty/g.prt"_s)));
-    EXPECT_EQ(List(u"t/empty"_s, QString(), {}, true),
-              (QStringList{u"empty/g.prt"_s, u"empty/way/f.prt"_s}));
-}
-
-TEST_F(ListFiles, ComesToAnEndAtALinkToAFolderAbove)
-{
-    ASSERT_TRUE(QFile::link(tree.Path(u"t"_s), tree.Path(u"t/sub/up"_s)));
-    ASSERT_TRUE(QFile::link(tree.Path(u"t/sub"_s), tree.Path(u"t/sub/self"_s)));
-    const QStringList files = List(u"t"_s, u"*.prt"_s, {}, true);
-    EXPECT_EQ(files.size(), 3);
-    EXPECT_EQ(files.count(u"sub/c.prt"_s), 1);
-}
-
-TEST_F(ListFiles, ComesToAnEndWhereLinksLeadInACircle)
-{
-    tree.File(u"x/x.prt"_s).File(u"y/y.prt"_s);
-    ASSERT_TRUE(QFile::link(tree.Path(u"x"_s), tree.Path(u"t/empty/way"_s)));
-    ASSERT_TRUE(QFile::link(tree.Path(u"y"_s), tree.Path(u"x/toY"_s)));
-    ASSERT_TRUE(QFile::link(tree.Path(u"x"_s), tree.Path(u"y/toX"_s)));
-    EXPECT_EQ(List(u"t/empty"_s, QString(), {}, true),
-              (QStringList{u"empty/way/x.prt"_s, u"empty/way/toY/y.prt"_s}));
-}
-
-TEST_F(ListFiles, StaysInAFolderThatALinkLeadsOutOfUpwards)
-{
-    ASSERT_TRUE(QFile::link(tree.Path(), tree.Path(u"t/sub/out"_s)));
-    ASSERT_TRUE(QFile::link(QDir::rootPath(), tree.Path(u"t/sub/root"_s)));
-    EXPECT_EQ(List(u"t/sub"_s, u"*.prt"_s, {}, true),
-              (QStringList{u"sub/c.prt"_s, u"sub/deep/d.prt"_s}));
-}
-
-} // namespace
+} // namespace Halvern::Test

@@ -1,8 +1,7 @@
 // The attributes that Windows keeps for a file: read-only, hidden, system, archive.
 
 #include "HeldFile.h"
-#include "ImporterFixture.h"
-#include "LogCapture.h"
+#include "ReplacingFixture.h"
 #include "support/FileOperations.h"
 
 #include <windows.h>
@@ -14,7 +13,7 @@ namespace {
 constexpr unsigned long ReadOnly = FILE_ATTRIBUTE_READONLY;
 constexpr unsigned long Hidden = FILE_ATTRIBUTE_HIDDEN;
 
-class Attributes : public ImporterFixture
+class Attributes : public ReplacingFixture
 {
 protected:
     ~Attributes() override { MakeWritable(m_readOnly); }
@@ -22,11 +21,11 @@ protected:
     void SetReadOnly(const QString& path)
     {
         ChangeAttributes(path, AttributesOf(path) | ReadOnly);
-        // A folder with a read-only file in it cannot be removed after the test.
-        m_readOnly.append(path);
+        WritableAgainAfterTheTest(path);
     }
 
-    LogCapture log;
+    /// A folder with a read-only file in it cannot be removed.
+    void WritableAgainAfterTheTest(const QString& path) { m_readOnly.append(path); }
 
 private:
     static void MakeWritable(const QStringList& paths)
@@ -46,7 +45,7 @@ TEST_F(Attributes, AReadOnlyTargetIsNotReplacedAndStaysReadOnly)
     tree.File(QStringLiteral("src/a.dat"), "new").File(QStringLiteral("cloud/a.dat"), "old");
     SetReadOnly(Cloud(QStringLiteral("a.dat")));
 
-    Import({Source(QStringLiteral("a.dat"))});
+    EXPECT_FALSE(Replace());
 
     EXPECT_EQ(tree.Read(QStringLiteral("cloud/a.dat")), "old");
     EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("a.dat"))) & ReadOnly);
@@ -59,7 +58,7 @@ TEST_F(Attributes, AReadOnlySourceIsMovedAndItsCopyIsReadOnly)
 {
     tree.File(QStringLiteral("src/a.dat"), "new");
     SetReadOnly(Source(QStringLiteral("a.dat")));
-    SetReadOnly(Cloud(QStringLiteral("a.dat")));
+    WritableAgainAfterTheTest(Cloud(QStringLiteral("a.dat")));
 
     Import({Source(QStringLiteral("a.dat"))}, {}, Global::MoveFiles);
 
@@ -75,7 +74,7 @@ TEST_F(Attributes, AParkedFileThatBecameReadOnlyIsDeletedAllTheSame)
     {
         const HeldFile held(Cloud(QStringLiteral("a.dat.tmp")), QStringLiteral("-"),
                             QStringLiteral("-"), QStringLiteral("readonly"));
-        Import({Source(QStringLiteral("a.dat"))});
+        EXPECT_TRUE(Replace());
     }
     EXPECT_TRUE(tree.Read(QStringLiteral("cloud/a.dat")) == content);
     EXPECT_FALSE(tree.Exists(QStringLiteral("cloud/a.dat.tmp")));
@@ -145,6 +144,34 @@ TEST_F(Attributes, TheLockProbeLeavesTheTimesOfAFileOutsideTheAnsiCodePage)
     EXPECT_FALSE(FileLink::IsFileLocked(tree.Path(name)));
 
     EXPECT_EQ(tree.Modified(name), Time(7));
+}
+
+TEST_F(Attributes, AReadOnlyFileIsFlushedAndStaysReadOnly)
+{
+    tree.File(QStringLiteral("cloud/a.dat"));
+    SetReadOnly(Cloud(QStringLiteral("a.dat")));
+    QString error;
+
+    EXPECT_TRUE(FileLink::FlushToDisk(Cloud(QStringLiteral("a.dat")), &error))
+        << error.toStdString();
+
+    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("a.dat"))) & ReadOnly);
+}
+
+TEST_F(Attributes, ACopyHasThoseOfItsSource)
+{
+    tree.File(QStringLiteral("src/a.dat"));
+    SetReadOnly(Source(QStringLiteral("a.dat")));
+    ChangeAttributes(Source(QStringLiteral("a.dat")), ReadOnly | Hidden);
+    WritableAgainAfterTheTest(Cloud(QStringLiteral("a.dat")));
+    QString error;
+
+    EXPECT_TRUE(FileLink::CopyFileBytes(Source(QStringLiteral("a.dat")),
+                                        Cloud(QStringLiteral("a.dat")), &error))
+        << error.toStdString();
+
+    EXPECT_EQ(AttributesOf(Cloud(QStringLiteral("a.dat"))) & (ReadOnly | Hidden),
+              ReadOnly | Hidden);
 }
 
 } // namespace Halvern::Test

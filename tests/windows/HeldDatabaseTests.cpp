@@ -44,21 +44,23 @@ TEST_F(HeldDatabase, InUseCannotBeTakenAwayByAProgramThatSharesNothing)
             << share;
 }
 
-TEST_F(HeldDatabase, BeforeTheStartLeavesTheServicesWithoutADatabaseAndTheJobFailsCleanly)
+TEST_F(HeldDatabase, BeforeTheStartLeavesTheServicesWithoutADatabaseAndFilesAreStillImported)
 {
-    tree.File(QStringLiteral("src/a.dat"), "new");
+    tree.File(QStringLiteral("src/a.dat"), "new").File(QStringLiteral("src/b.dat"));
     FileLink::FileLinkManager::Uninitialize();
     {
         const HeldFile held(DatabaseFile(), QStringLiteral("r"), QStringLiteral("-"));
+        FolderManager::Configure(settings);
         FileLink::FileLinkManager::Initialize();
         EXPECT_FALSE(FolderManager::GetInstance()->GetSyncDatabase());
-        EXPECT_FALSE(Import({Source(QStringLiteral("a.dat"))}));
+        EXPECT_TRUE(Import({Source(QStringLiteral("a.dat"))}));
         FileLink::FileLinkManager::Uninitialize();
     }
-    FileLink::FileLinkManager::Initialize();
-    EXPECT_TRUE(Import({Source(QStringLiteral("a.dat"))}));
     EXPECT_EQ(tree.Read(QStringLiteral("cloud/a.dat")), "new");
-    EXPECT_TRUE(IsRecorded(QStringLiteral("a.dat")));
+    Restart();
+    EXPECT_TRUE(Import({Source(QStringLiteral("b.dat"))}));
+    EXPECT_TRUE(IsRecorded(QStringLiteral("b.dat")));
+    EXPECT_FALSE(IsRecorded(QStringLiteral("a.dat")));
 }
 
 } // namespace Halvern::Test

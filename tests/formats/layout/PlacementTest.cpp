@@ -176,7 +176,8 @@ TEST(Placement, TheEnvironmentNamesTheHomeFolder)
 {
     const char* const variable = QDir::separator() == u'\\' ? "USERPROFILE" : "HOME";
     const QByteArray before = qgetenv(variable);
-    qputenv(variable, "/somewhere/größe");
+    // In the encoding of the system, in which Qt takes the bytes.
+    qputenv(variable, QStringLiteral("/somewhere/größe").toLocal8Bit());
     const auto home = HomeFolder();
     qputenv(variable, before);
     ASSERT_TRUE(home);

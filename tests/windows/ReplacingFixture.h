@@ -1,0 +1,39 @@
+#pragma once
+
+#include "ImporterFixture.h"
+#include "LogCapture.h"
+
+namespace Halvern::Test {
+
+/// Copies "src/a.dat" over "cloud/a.dat", as an import does when it was told to replace.
+class ReplacingFixture : public ImporterFixture
+{
+protected:
+    bool Replace()
+    {
+        FileLinkImporterImp importer(nullptr);
+        // A source that does not exist is passed over: the set is there, and empty.
+        EXPECT_TRUE(importer.Initialize({Source(QStringLiteral("none"))}, Cloud(), false,
+                                        Global::NoCopyOption, {}));
+        const auto mapping = std::make_shared<FileMapping>(Source(QStringLiteral("a.dat")),
+                                                           Cloud(QStringLiteral("a.dat")),
+                                                           settings.authenticationConfigurationId);
+        mapping->SetFlag(FileMapping::Selected, true);
+        EXPECT_TRUE(importer.GetFileSet()->AddFile(mapping));
+        log.Clear();
+        return importer.CopyFile(mapping, false);
+    }
+
+    /// The module's lines that begin so, without the tree's path.
+    QStringList LinesWith(const QString& begin) const
+    {
+        QStringList lines = log.Lines(QStringLiteral("CorsyncFileLink"));
+        lines.removeIf([&](const QString& line) { return !line.startsWith(begin); });
+        return Short(lines);
+    }
+    QStringList Errors() const { return LinesWith(QStringLiteral("ERROR")); }
+
+    LogCapture log;
+};
+
+} // namespace Halvern::Test

@@ -1,0 +1,88 @@
+// The folders of the user, as the system names them, when the host gives no settings.
+
+#include "FileTree.h"
+
+#include "syncservices/FolderManager.h"
+#include "syncservices/SyncManager.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+
+#include <gtest/gtest.h>
+
+namespace Halvern::Test {
+
+namespace {
+
+using SyncFolderManagerLib::FolderManager;
+using SyncServices::SyncManager;
+
+QString Below(const char* variable, const QString& name)
+{
+    return QDir::fromNativeSeparators(qEnvironmentVariable(variable)) + u'/' + name;
+}
+
+/// Puts aside what the user who runs the test has there.
+class UserFolders : public ::testing::Test
+{
+protected:
+    UserFolders()
+    {
+        for (const QString& path : {settingsFile, databaseFile, cloudFolder})
+            EXPECT_TRUE(!QFileInfo::exists(path) || QDir().rename(path, Aside(path)))
+                << path.toStdString();
+    }
+    ~UserFolders() override
+    {
+        SyncManager::Uninitialize();
+        FolderManager::Uninitialize();
+        QFile::remove(settingsFile);
+        QFile::remove(databaseFile);
+        QDir().rmdir(cloudFolder);
+        for (const QString& path : {settingsFile, databaseFile, cloudFolder})
+            QDir().rename(Aside(path), path);
+    }
+
+    static QString Aside(const QString& path) { return path + QStringLiteral(".before-test"); }
+
+    const QString settingsFile = Below("APPDATA", QStringLiteral("corsync/settings.ini"));
+    const QString databaseFile = Below("LOCALAPPDATA", QStringLiteral("corsync/sync.db"));
+    const QString cloudFolder = Below("USERPROFILE", QStringLiteral("Corsync"));
+};
+
+} // namespace
+
+TEST_F(UserFolders, HoldSettingsDatabaseAndCloudFolderWhenTheHostConfiguresNothing)
+{
+    FolderManager::Initialize();
+
+    EXPECT_EQ(FolderManager::GetInstance()->GetLastError(), QString());
+    EXPECT_EQ(FolderManager::GetInstance()->GetCloudCacheFolderPath(false), cloudFolder);
+    EXPECT_TRUE(QFileInfo(cloudFolder).isDir());
+    EXPECT_TRUE(QFileInfo(settingsFile).isFile());
+    EXPECT_TRUE(QFileInfo(databaseFile).isFile());
+}
+
+TEST_F(UserFolders, WithSettingsThatCannotBeReadStopEveryJob)
+{
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(settingsFile).path()));
+    QFile settings(settingsFile);
+    ASSERT_TRUE(settings.open(QFile::WriteOnly));
+    settings.write("[General]\nbaseStoreLimit=much\n");
+    settings.close();
+
+    FolderManager::Initialize();
+    SyncManager::Initialize();
+
+    const FolderManager& manager = *FolderManager::GetInstance();
+    EXPECT_EQ(manager.GetLastError(),
+              QStringLiteral("Failed to read settings file %1: The value of baseStoreLimit has the "
+                             "wrong form.")
+                  .arg(settingsFile));
+    EXPECT_EQ(manager.GetSyncDatabase(), nullptr);
+    EXPECT_FALSE(manager.IsLoggedIn());
+    EXPECT_FALSE(SyncManager::GetInstance()->IsCloudCacheFolderSyncEnabled());
+    EXPECT_FALSE(QFileInfo::exists(cloudFolder));
+}
+
+} // namespace Halvern::Test
