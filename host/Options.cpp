@@ -282,6 +282,8 @@ ParsedCommandLine ParseCommandLine(const QStringList& arguments)
     app.get_formatter()->column_width(32);
     app.failure_message(ShortUsageError);
     app.footer(Examples);
+    // One command line on every system: "/folder" is a path.
+    app.allow_windows_style_options(false);
     const CLI::App* import = AddImport(app, raw);
     const CLI::App* links = AddLinks(app, raw);
     AddPlugins(app, raw);

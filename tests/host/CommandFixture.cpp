@@ -68,6 +68,7 @@ void CommandFixture::Prepare(QProcess& process, const QStringList& arguments) co
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     const QString home = tree.Path(QStringLiteral("home"));
     environment.insert(QStringLiteral("HOME"), home);
+    environment.insert(QStringLiteral("USERPROFILE"), home);
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/config"));
     environment.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/data"));
     environment.insert(QStringLiteral("APPDATA"), home + QStringLiteral("/config"));

@@ -270,8 +270,9 @@ TEST_F(LayoutImport, FilesFromElsewhereGetAFolderPerOrigin)
 TEST_F(LayoutImport, ASceneOfTheGardenShedKeepsTheShapeOfTheShed)
 {
     const CommandResult result =
-        Import({QStringLiteral(CORSYNC_EXAMPLES) + u"/garden-shed/scene/Shed.gltf"_qs, u"--to"_qs,
-                u"Demo"_qs});
+        Import({QFileInfo(QStringLiteral(CORSYNC_EXAMPLES)).absoluteFilePath() +
+                    u"/garden-shed/scene/Shed.gltf"_qs,
+                u"--to"_qs, u"Demo"_qs});
     EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
     EXPECT_EQ(
         Cloud().keys(),
