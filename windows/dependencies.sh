@@ -282,7 +282,13 @@ dependency rapidjson-dev "$(version_of rapidjson-dev)"
 printf 'set(CORSYNC_WINDOWS_PREFIXES\n' >build/windows-dependencies.cmake.new
 printf '  "%s"\n' "${prefixes[@]}" >>build/windows-dependencies.cmake.new
 echo ')' >>build/windows-dependencies.cmake.new
-mv build/windows-dependencies.cmake.new build/windows-dependencies.cmake
+if cmp -s build/windows-dependencies.cmake.new build/windows-dependencies.cmake; then
+    rm build/windows-dependencies.cmake.new
+else
+    mv build/windows-dependencies.cmake.new build/windows-dependencies.cmake
+    # What an earlier configuration found would be used further on.
+    rm -f build/windows-*/CMakeCache.txt build/windows-*/build.ninja
+fi
 
 # What nothing has used for three months belongs to versions that are gone.
 find "$cache" -mindepth 2 -maxdepth 2 -name complete -mtime +90 -printf '%h\0' | xargs -0 -r rm -rf
