@@ -59,6 +59,9 @@ void PrintTo(const TextAnswer& answer, std::ostream* out)
     *out << answer.name;
 }
 
+/// An absolute path of this system with four characters.
+const QString Base = QDir::rootPath() == u"/" ? u"/clo"_s : u"C:/c"_s;
+
 const TextAnswer answers[] = {
     {"GetRefId", [](auto& node, auto* buffer, int size) { return node.GetRefId(buffer, size); },
      u"reference1"_s},
@@ -77,16 +80,16 @@ const TextAnswer answers[] = {
          return node.ResolveTargetPath(reinterpret_cast<const WideChar*>(path.utf16()), buffer,
                                        size);
      },
-     u"D:/c/x.prt"_s},
+     Base + u"/x.prt"_s},
     {"GetTargetRootFolder",
      [](auto& node, auto* buffer, int size) { return node.GetTargetRootFolder(buffer, size); },
-     u"D:/c"_s},
+     Base},
 };
 
 class EveryTextAnswer : public ::testing::TestWithParam<TextAnswer>
 {
 protected:
-    EveryTextAnswer() { node.SetTargetBaseFolder(u"D:/c"_s); }
+    EveryTextAnswer() { node.SetTargetBaseFolder(Base); }
 
     const TextAnswer answer = GetParam();
     const int length = int(answer.text.size());
