@@ -40,7 +40,7 @@ import() {
     rm -rf "$work/home"
 }
 
-# What a database holds, without times of the run and without the random ids.
+# What a database holds, without times of the run and random ids. The history has no order of its own.
 contents() {
     sqlite3 "$1/sync.db" "
         SELECT 'item', id, kind, authentication_id, local_path, path_key, cloud_path, cloud_root,
@@ -48,10 +48,11 @@ contents() {
                links_extracted_at IS NULL, sync_option FROM items ORDER BY id;
         SELECT 'link', item_id, position, linked_item_id, reference_id, path
                FROM item_links ORDER BY item_id, position;
-        SELECT 'copy', id, authentication_id, source_path, source_key, target_path, source_modified,
-               source_size, target_size, copy_date IS NULL FROM copy_history ORDER BY id;
-        SELECT 'copied link', history_id, side, position, linked_item_id, reference_id, path
-               FROM copy_history_links ORDER BY history_id, side, position;" |
+        SELECT 'copy', authentication_id, source_path, source_key, target_path, source_modified,
+               source_size, target_size, copy_date IS NULL FROM copy_history ORDER BY source_path;
+        SELECT 'copied link', source_path, side, position, linked_item_id, reference_id, path
+               FROM copy_history_links JOIN copy_history ON history_id = id
+               ORDER BY source_path, side, position;" |
         sed 's#[Zz]:/#/#g'
 }
 
