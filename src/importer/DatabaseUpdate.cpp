@@ -119,8 +119,7 @@ bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUp
     if (!target.isEmpty() && state.processed.Find(target))
         return true;
     const FileMappingPointer mapping = node->Mapping();
-    if (!mapping || !mapping->IsTargetFileInCloudCacheFolder() ||
-        state.failed.contains(mapping.get()))
+    if (!mapping->IsTargetFileInCloudCacheFolder() || state.failed.contains(mapping.get()))
         return false;
     // Linked files first, so that their items are there when the links are resolved.
     if (!UpdateChildren(node, state, FILELINK_FUNCTION))

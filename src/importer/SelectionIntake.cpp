@@ -21,7 +21,7 @@ bool IsFile(const QString& path)
 
 bool IsDirectory(const QString& path)
 {
-    return !path.isEmpty() && QFileInfo(path).isDir();
+    return QFileInfo(path).isDir();
 }
 
 /// The path must be clean: only so does a slash at its end not hide a symbolic link, nor "/x/.."

@@ -45,8 +45,7 @@ bool FileLinkImporterImp::ComputeTargetFileLinks(const FileMappingPointer& mappi
         if (!linked || !linked->HasTargetFile())
             continue;
         link.Path = MakeRelativePath(linked->GetTargetFile(), target, true);
-        if (!link.Path.isEmpty())
-            newLinks.append(link);
+        newLinks.append(link);
     }
     mapping->SetTargetFileLinks(newLinks);
     mapping->SetTargetFileLinksExtractedAtFileDate(QFileInfo(target).lastModified());

@@ -30,7 +30,7 @@ public:
     static FileLinkManager* Instance() { return s_instance; }
     static PluginManager* Plugins()
     {
-        return s_instance && s_instance->m_holder ? s_instance->m_holder->plugins.get() : nullptr;
+        return s_instance ? s_instance->m_holder->plugins.get() : nullptr;
     }
 
     static inline int s_count = 0;

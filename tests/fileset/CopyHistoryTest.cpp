@@ -316,6 +316,16 @@ TEST_F(RefusedCopyHistory, IsLostQuietlyAtTheEnd)
     EXPECT_EQ(Stored(), QStringList());
 }
 
+TEST_F(RefusedCopyHistory, IsNotDeleted)
+{
+    Store({MakeFile(u"/w/a.prt"_s)});
+    {
+        const ForeignTransaction writer(settings.databaseFile);
+        EXPECT_FALSE(FileCopyHistory::DeleteAll());
+    }
+    EXPECT_EQ(Stored(), QStringList{u"/w/a.prt"_s});
+}
+
 TEST(CopyHistoryWithoutServices, FindsNothingAndSavesNothing)
 {
     FileCopyHistory history;

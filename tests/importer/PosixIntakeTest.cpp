@@ -37,6 +37,20 @@ TEST_F(PosixIntake, ASymbolicLinkToAFolderIsPassedOverWithASlashAtItsEnd)
     EXPECT_EQ(Members(importer), QStringList());
 }
 
+TEST_F(PosixIntake, TheRootOfAShareIsPassedOverEvenWhereAFileHasThatName)
+{
+    const QString root = u"\\\\server\\share"_s;
+    const QString file = root + u"\\a"_s;
+    tree.File(u"src/"_s + root).File(u"src/"_s + file);
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(Source()));
+    EXPECT_TRUE(Initialize({root}, Cloud(u"x"_s), true));
+    EXPECT_EQ(Members(importer), QStringList());
+    EXPECT_TRUE(Initialize({file}, Cloud(u"x"_s), true));
+    EXPECT_EQ(Members(importer).size(), 1) << "a file on the share";
+    ASSERT_TRUE(QDir::setCurrent(before));
+}
+
 TEST_F(PosixIntake, ASymbolicLinkToAFileIsAFile)
 {
     tree.File(u"src/real.prt"_s);

@@ -2,6 +2,7 @@
 // operation in question, in a process of its own.
 
 #include "FileTree.h"
+#include "PoorerWorld.h"
 #include "support/FileOperations.h"
 
 #include <QtCore/QDir>
@@ -9,33 +10,16 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstddef>
-#include <functional>
 #include <vector>
 
 #include <fcntl.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
 using namespace Qt::StringLiterals;
-
-/// A system call that fails, when one of its arguments has all bits of a mask.
-struct Refusal
-{
-    long call;
-    int error;
-    int argument = 0;
-    unsigned int mask = 0;
-};
 
 const Refusal noUnnamedFiles{SYS_openat, EOPNOTSUPP, 2, O_TMPFILE};
 const Refusal noRangeCopy{SYS_copy_file_range, ENOSYS};
@@ -45,48 +29,6 @@ const Refusal emptyRangeCopy{SYS_copy_file_range, 0};
 const Refusal noCarefulRename{SYS_renameat2, EINVAL};
 const Refusal noHandles{SYS_linkat, ENOENT, 4, AT_SYMLINK_FOLLOW};
 const Refusal noTimes{SYS_utimensat, EPERM};
-
-bool Refuse(const std::vector<Refusal>& refusals)
-{
-    std::vector<sock_filter> filter;
-    const auto load = [&](size_t offset) {
-        filter.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, static_cast<unsigned int>(offset)));
-    };
-    for (const Refusal& refusal : refusals) {
-        load(offsetof(seccomp_data, nr));
-        filter.push_back(
-            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned int>(refusal.call), 0, 4));
-        load(offsetof(seccomp_data, args) + sizeof(quint64) * size_t(refusal.argument));
-        filter.push_back(BPF_STMT(BPF_ALU | BPF_AND | BPF_K, refusal.mask));
-        filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, refusal.mask, 0, 1));
-        filter.push_back(BPF_STMT(BPF_RET | BPF_K,
-                                  SECCOMP_RET_ERRNO | static_cast<unsigned int>(refusal.error)));
-    }
-    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
-    const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
-    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
-}
-
-constexpr int Good = 0;
-constexpr int Bad = 1;
-constexpr int NoFilter = 99;
-
-/// The result of some work in a process in which the kernel refuses some calls.
-int InAPoorerWorld(const std::vector<Refusal>& refusals, const std::function<bool()>& work)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        if (!Refuse(refusals))
-            ::_exit(NoFilter);
-        ::_exit(work() ? Good : Bad);
-    }
-    int status = 0;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_NE(WEXITSTATUS(status), NoFilter) << "the kernel does not filter system calls";
-    return WEXITSTATUS(status);
-}
 
 struct PoorerWorld
 {

@@ -15,6 +15,14 @@ TEST_F(ListFiles, FollowsLinksToFilesAndFolders)
               (QStringList{u"empty/g.prt"_s, u"empty/way/f.prt"_s}));
 }
 
+TEST_F(ListFiles, PassesOverALinkThatLeadsNowhereWhereItLooksForFolders)
+{
+    ASSERT_TRUE(QFile::link(tree.Path(u"nowhere"_s), tree.Path(u"t/empty/way"_s)));
+    EXPECT_EQ(List(u"t/empty"_s, QString(), QDir::Dirs | QDir::Files | QDir::System, true),
+              QStringList{u"empty/way"_s})
+        << "it stands there as a file, once";
+}
+
 TEST_F(ListFiles, ComesToAnEndAtALinkToAFolderAbove)
 {
     ASSERT_TRUE(QFile::link(tree.Path(u"t"_s), tree.Path(u"t/sub/up"_s)));
