@@ -45,7 +45,8 @@ bool FileLinkImporterImp::ComputeTargetFileLinks(const FileMappingPointer& mappi
         if (!linked || !linked->HasTargetFile())
             continue;
         link.Path = MakeRelativePath(linked->GetTargetFile(), target, true);
-        newLinks.append(link);
+        if (!link.Path.isEmpty())
+            newLinks.append(link);
     }
     mapping->SetTargetFileLinks(newLinks);
     mapping->SetTargetFileLinksExtractedAtFileDate(QFileInfo(target).lastModified());
