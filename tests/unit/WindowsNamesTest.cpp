@@ -48,7 +48,8 @@ INSTANTIATE_TEST_SUITE_P(
         Name{"Port", u"D:/Com7.prt"_s, u"Com7.prt"_s},
         Name{"PortOfSuperscript", u"D:/lpt\u00b2"_s, u"lpt\u00b2"_s},
         Name{"PortZero", u"D:/com0/lpt0"_s, u""_s}, Name{"PortTen", u"D:/com10/com"_s, u""_s},
-        Name{"DeviceInName", u"D:/contact/a.con/auxiliary"_s, u""_s}),
+        Name{"DeviceInName", u"D:/contact/a.con/auxiliary"_s, u""_s},
+        Name{"FourLetters", u"D:/part"_s, u""_s}, Name{"OneLetter", u"a"_s, u""_s}),
     [](const auto& row) { return row.param.name; });
 
 QString Long(const QString& start, qsizetype size)
