@@ -45,6 +45,23 @@ TEST_F(UnusualMembers, WithoutATargetFailTheUpdateOfTheDatabaseAndOthersAreWritt
               nullptr);
 }
 
+TEST_F(UnusualMembers, ThatOnlyLowerCasingMakesAlikeAreTwoItemsOfOneFolder)
+{
+    const QStringList names{u"\u0130.tlk"_s, u"i\u0307.tlk"_s};
+    for (const QString& name : names) {
+        tree.File(u"src/"_s + name);
+        Add(Source(name), Cloud(name), FileMapping::Selected);
+    }
+    ASSERT_TRUE(importer.CopyFiles());
+    EXPECT_TRUE(importer.UpdateSyncDatabase());
+    for (const QString& name : names) {
+        const auto item =
+            Database().GetSyncItem(Cloud(name), true, 7, SyncServices::FileItem::ItemOnly);
+        ASSERT_NE(item, nullptr) << name.toStdString();
+        EXPECT_EQ(item->GetLocalPath(), Cloud(name));
+    }
+}
+
 TEST_F(UnusualMembers, ThatVanishWhileTheyAreRewrittenKeepTheDateOfTheirLinks)
 {
     // Its plug-in is asked to write what is no longer there.
