@@ -43,4 +43,13 @@ if [ ! -f "$WINEPREFIX/corsync-ready" ]; then
     exec 9>&-
 fi
 
-exec timeout --kill-after=10 "${CORSYNC_WINE_TIMEOUT:-300}" "$wine" "$@"
+# The first program in a prefix starts Wine's services, and they keep its output open for as long as
+# they run: through a pipe, the caller would wait for them. So they get files.
+output=$(mktemp -d)
+trap 'rm -rf "$output"' EXIT
+code=0
+timeout --kill-after=10 "${CORSYNC_WINE_TIMEOUT:-300}" "$wine" "$@" >"$output/out" 2>"$output/err" ||
+    code=$?
+cat "$output/out"
+cat "$output/err" >&2
+exit "$code"
