@@ -14,8 +14,8 @@ using namespace Qt::StringLiterals;
 TEST(UnusualNodes, WithoutAMappingHaveNothingBelowThemInAnyGraph)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"b.prt"_s}, FileMapping::Selected);
-    AddTo(set, u"/w/b.prt"_s);
+    AddTo(set, u"D:/w/a.asm"_s, {u"b.prt"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/b.prt"_s);
     const auto roots = Imp(set).GetFileLinkHierarchy(true);
     FileMappingRef node(u"x"_s, u"1"_s, nullptr);
     node.SetGraph(roots.first()->Graph());
@@ -27,9 +27,9 @@ TEST(UnusualNodes, WithoutAMappingHaveNothingBelowThemInAnyGraph)
 TEST(UnusualNodes, OfMappingsOutsideTheGraphHaveNothingBelowThem)
 {
     FileSet set;
-    AddTo(set, u"/w/a.asm"_s, {u"b.prt"_s}, FileMapping::Selected);
+    AddTo(set, u"D:/w/a.asm"_s, {u"b.prt"_s}, FileMapping::Selected);
     const auto roots = Imp(set).GetFileLinkHierarchy(true);
-    FileMappingRef node(u"x"_s, u"1"_s, MakeFile(u"/w/a.asm"_s));
+    FileMappingRef node(u"x"_s, u"1"_s, MakeFile(u"D:/w/a.asm"_s));
     node.SetGraph(roots.first()->Graph());
     EXPECT_EQ(node.PathNumber(), -1);
     EXPECT_TRUE(node.Children().isEmpty());
@@ -38,15 +38,15 @@ TEST(UnusualNodes, OfMappingsOutsideTheGraphHaveNothingBelowThem)
 TEST(ChangedSources, FromOrToNothingChangeNoLink)
 {
     FileSet set;
-    const FileMappingPointer file = AddTo(set, u"/w/a.asm"_s, {u"/w/b.prt"_s, u""_s});
+    const FileMappingPointer file = AddTo(set, u"D:/w/a.asm"_s, {u"D:/w/b.prt"_s, u""_s});
     const FileLinkList before = file->GetSourceFileLinks();
-    Imp(set).ChangeSourceFileLinks(QString(), u"/w/c.prt"_s);
-    Imp(set).ChangeSourceFileLinks(u"/w/b.prt"_s, QString());
+    Imp(set).ChangeSourceFileLinks(QString(), u"D:/w/c.prt"_s);
+    Imp(set).ChangeSourceFileLinks(u"D:/w/b.prt"_s, QString());
     ASSERT_EQ(file->GetSourceFileLinks().size(), 2);
-    EXPECT_EQ(file->GetSourceFileLinks()[0].Path, u"/w/b.prt"_s);
+    EXPECT_EQ(file->GetSourceFileLinks()[0].Path, u"D:/w/b.prt"_s);
     EXPECT_EQ(file->GetSourceFileLinks()[1].Path, QString());
-    Imp(set).ChangeSourceFileLinks(u"/w/b.prt"_s, u"/w/c.prt"_s);
-    EXPECT_NE(file->GetSourceFileLinks()[0].Path, u"/w/b.prt"_s);
+    Imp(set).ChangeSourceFileLinks(u"D:/w/b.prt"_s, u"D:/w/c.prt"_s);
+    EXPECT_NE(file->GetSourceFileLinks()[0].Path, u"D:/w/b.prt"_s);
 }
 
 } // namespace
