@@ -1,5 +1,7 @@
 #include "FileScanner.h"
 
+#include "FormatError.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -55,6 +57,19 @@ bool FileScanner::SkipTo(std::string_view bytes)
             return true;
     }
     return false;
+}
+
+void FileScanner::SkipBlockComment(std::uint64_t begin)
+{
+    Next();
+    while (SkipTo("*")) {
+        Next();
+        if (Peek() == '/') {
+            Next();
+            return;
+        }
+    }
+    throw FormatError("a comment without an end", begin);
 }
 
 } // namespace Halvern::Formats

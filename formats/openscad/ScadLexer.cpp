@@ -57,19 +57,6 @@ std::uint64_t MarkSize(const InputFile& file)
 
 ScadLexer::ScadLexer(const InputFile& file) : m_scanner(file, MarkSize(file)) {}
 
-void ScadLexer::SkipBlockComment(std::uint64_t begin)
-{
-    m_scanner.Next();
-    while (m_scanner.SkipTo("*")) {
-        m_scanner.Next();
-        if (m_scanner.Peek() == '/') {
-            m_scanner.Next();
-            return;
-        }
-    }
-    throw FormatError("a comment without an end", begin);
-}
-
 /// Leaves at the beginning of a token, or of nothing; says whether a lone "/" was met.
 bool ScadLexer::SkipBlanksAndComments()
 {
@@ -86,7 +73,7 @@ bool ScadLexer::SkipBlanksAndComments()
         if (second == '/')
             m_scanner.SkipTo("\n");
         else if (second == '*')
-            SkipBlockComment(begin);
+            m_scanner.SkipBlockComment(begin);
         else
             return true;
     }

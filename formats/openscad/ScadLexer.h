@@ -45,7 +45,6 @@ public:
 
 private:
     bool SkipBlanksAndComments();
-    void SkipBlockComment(std::uint64_t begin);
     Token ReadString();
     Token ReadName();
     Token ReadIncluded(TokenKind kind);

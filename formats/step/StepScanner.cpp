@@ -80,17 +80,8 @@ void StepScanner::SkipComment()
 {
     const std::uint64_t begin = m_scanner.Position();
     m_scanner.Next();
-    if (m_scanner.Peek() != '*')
-        return;
-    m_scanner.Next();
-    while (m_scanner.SkipTo("*")) {
-        m_scanner.Next();
-        if (m_scanner.Peek() == '/') {
-            m_scanner.Next();
-            return;
-        }
-    }
-    throw FormatError("a comment without an end", begin);
+    if (m_scanner.Peek() == '*')
+        m_scanner.SkipBlockComment(begin);
 }
 
 /// At an apostrophe. A doubled one ends a string and begins the next, which comes to the same.
