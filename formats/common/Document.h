@@ -39,6 +39,14 @@ public:
     /// its links as one. `wanted` holds all paths that were asked for, those that stay included.
     virtual void RequireTogether(const NewPaths& /*wanted*/) const {}
 
+    /// What keeps the link from having this path while it hinders no other one: a file that is found
+    /// by its name is not where the name says. Never passed to Rewrite().
+    virtual std::optional<std::string> ObstacleTo(const std::string& /*id*/,
+                                                  const std::string& /*path*/) const
+    {
+        return std::nullopt;
+    }
+
     /// Puts a file with the new paths in the place of this one, every other byte being as it was.
     /// All paths or none: when one of them cannot be written the file stays as it is. Called once,
     /// with ids of Links() or UnlistedPathOf() only and paths that differ from those there.

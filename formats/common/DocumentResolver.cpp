@@ -67,6 +67,24 @@ NewPaths ChangesOf(const Document& document, NewPaths paths)
     return changes;
 }
 
+/// Why some links cannot have their paths, which are taken out of `changes`. Empty when all can.
+std::string TakeObstacles(const Document& document, NewPaths& changes)
+{
+    std::string first;
+    std::size_t further = 0;
+    std::erase_if(changes, [&](const auto& change) {
+        std::optional<std::string> obstacle = document.ObstacleTo(change.first, change.second);
+        if (!obstacle)
+            return false;
+        if (first.empty())
+            first = std::move(*obstacle);
+        else
+            ++further;
+        return true;
+    });
+    return further == 0 ? first : first + " (and " + std::to_string(further) + " more)";
+}
+
 } // namespace
 
 void DocumentResolver::ReadLinks(const WideChar* file, FileLinkInfo** links, int* count) const
@@ -88,9 +106,12 @@ void DocumentResolver::RewriteLinks(const WideChar* file, const FileLinkInfo* li
         return;
     const std::unique_ptr<Document> document = m_open(FileOf(file));
     document->RequireTogether(paths);
-    const NewPaths changes = ChangesOf(*document, std::move(paths));
+    NewPaths changes = ChangesOf(*document, std::move(paths));
+    const std::string obstacles = TakeObstacles(*document, changes);
     if (!changes.empty())
         document->Rewrite(changes);
+    if (!obstacles.empty())
+        throw FormatError(obstacles);
 }
 
 bool DocumentResolver::GetFileLinks(const WideChar* file, FileLinkInfo** links, int* count,

@@ -100,15 +100,18 @@ std::optional<std::string> KicadDocument::UnlistedPathOf(const std::string& id) 
     return std::string(WithoutExtension(model->second)) + '.' + id.substr(id.rfind('#') + 1);
 }
 
+std::optional<std::string> KicadDocument::ObstacleTo(const std::string& id,
+                                                     const std::string& path) const
+{
+    if (!id.starts_with(CompanionMark))
+        return {};
+    return "KiCad finds " + UnlistedPathOf(id).value_or(id) + " by its name; it cannot be " + path;
+}
+
 /// The places of models and of their substitutes must fit each other: the name is all that joins
 /// them.
 void KicadDocument::RequireNamesFit(const NewPaths& paths) const
 {
-    for (const auto& [id, path] : paths) {
-        if (id.starts_with(CompanionMark))
-            throw FormatError("KiCad finds " + UnlistedPathOf(id).value_or(id) +
-                              " by its name; it cannot be " + path);
-    }
     NewPaths all = paths;
     for (const DocumentLink& link : m_links)
         all.emplace(link.id, link.path);

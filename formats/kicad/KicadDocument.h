@@ -25,7 +25,9 @@ public:
     /// A model's substitutes are looked for where the model is, which a copy knows only once it is
     /// rewritten; and a companion may be missing beside a copy.
     std::optional<std::string> UnlistedPathOf(const std::string& id) const override;
-    /// Links by name cannot be rewritten, and a model goes with its substitutes or not at all.
+    std::optional<std::string> ObstacleTo(const std::string& id,
+                                          const std::string& path) const override;
+    /// A model goes with its substitutes or not at all.
     void Rewrite(const NewPaths& paths) override;
 
 private:

@@ -7,7 +7,6 @@
 #include "common/Companions.h"
 #include "common/FileEdits.h"
 #include "common/FileUri.h"
-#include "common/FormatError.h"
 #include "common/LinkArray.h"
 
 #include <unordered_set>
@@ -94,24 +93,23 @@ std::optional<std::string> ScadDocument::UnlistedPathOf(const std::string& id) c
     return PathOf(m_references[reference->second], Folder());
 }
 
+std::optional<std::string> ScadDocument::ObstacleTo(const std::string& id,
+                                                    const std::string& path) const
+{
+    if (!id.starts_with(CompanionMark))
+        return std::nullopt;
+    return id.substr(CompanionMark.size()) +
+           " is named in an included file and has to keep its place, not become " + path;
+}
+
 void ScadDocument::Rewrite(const NewPaths& paths)
 {
-    std::size_t known = 0;
     std::vector<FileEdit> edits;
     for (const Reference& reference : m_references) {
         const auto wanted = paths.find(reference.id);
-        if (wanted == paths.end())
-            continue;
-        ++known;
         // What an expression yields is the model's affair; its link is there to be seen.
-        if (reference.kind != ReferenceKind::Computed)
+        if (wanted != paths.end() && reference.kind != ReferenceKind::Computed)
             edits.push_back({reference.begin, reference.end, Written(reference, wanted->second)});
-    }
-    if (known < paths.size()) {
-        const auto companion = paths.lower_bound(std::string(CompanionMark));
-        throw FormatError(companion->first.substr(CompanionMark.size()) +
-                          " is named in an included file and has to keep its place, not become " +
-                          companion->second);
     }
     if (!edits.empty())
         ReplaceSpans(m_file, std::move(edits));

@@ -18,6 +18,8 @@ public:
 
     std::vector<DocumentLink> Links() const override;
     std::optional<std::string> UnlistedPathOf(const std::string& id) const override;
+    std::optional<std::string> ObstacleTo(const std::string& id,
+                                          const std::string& path) const override;
     void Rewrite(const NewPaths& paths) override;
 
 private:

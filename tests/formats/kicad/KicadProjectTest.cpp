@@ -134,6 +134,26 @@ TEST_F(KicadProject, WhatIsMissingBesideACopyKeepsNoOtherLinkFromItsPath)
                   QStringLiteral("the file has no link companion:") + unknown.section(u'=', 0, 0));
 }
 
+TEST_F(KicadProject, WhatIsNotWhereItsNameSaysIsAFailureAndTheOtherLinksAreRewritten)
+{
+    tree.File(QStringLiteral("p/fp-lib-table"),
+              "(fp_lib_table (lib (name \"x\")(uri \"${KIPRJMOD}/lib/x.pretty\")))");
+    tree.File(project, "{\"pcbnew\": {\"page_layout_descr_file\": \"b.kicad_wks\"}}");
+    Links links =
+        Companions({QStringLiteral("kicad_sch=a b.kicad_sch"),
+                    QStringLiteral("fp-lib-table/x/C.kicad_mod=x.pretty/C.kicad_mod"),
+                    QStringLiteral("fp-lib-table/x/R.kicad_mod=x.pretty/R.kicad_mod"),
+                    QStringLiteral("fp-lib-table/x/S.kicad_mod=lib/x.pretty/S.kicad_mod")});
+    links.append({QStringLiteral("pcbnew sheet"), QStringLiteral("../b.kicad_wks")});
+    EXPECT_FALSE(Repath(project, links));
+    EXPECT_TRUE(context.lines.last().endsWith(
+        QStringLiteral("KiCad finds lib/x.pretty/C.kicad_mod by its name; it cannot be "
+                       "x.pretty/C.kicad_mod (and 1 more)")))
+        << context.lines.last().toStdString();
+    EXPECT_EQ(tree.Read(project),
+              "{\"pcbnew\": {\"page_layout_descr_file\": \"../b.kicad_wks\"}}");
+}
+
 TEST_F(KicadProject, AModelThatShowsComesWithTheSolidsThatKicadExportsInItsPlace)
 {
     const QString board = QStringLiteral("p/x.kicad_pcb");
