@@ -72,6 +72,19 @@ class Corsync:
         return [json.loads(line) for line in result.stdout.splitlines()]
 
 
+def without_layout_plugin(program, folder):
+    """A copy of the program, its libraries and its plug-ins but the one that lays out linked files."""
+    folder.mkdir()
+    for file in (program, *program.parent.glob("*.so*")):
+        shutil.copy2(file, folder)
+    for name in ("SyncPluginRegFiles", "SyncPlugins"):
+        shutil.copytree(program.parent / name, folder / name)
+    (folder / "SyncPluginRegFiles" / "layout.syncplugin").unlink()
+    plugins = run([folder / program.name, "plugins", "--json"]).stdout
+    check("File Link Resolver" in plugins and "File Layout" not in plugins, f"not what should be left: {plugins}")
+    return folder / program.name
+
+
 def event_of(events, source):
     """What the import says of the file."""
     for event in events:
@@ -116,7 +129,17 @@ def compare(label, before, after, inside, missing):
     return files
 
 
-def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), arguments=()):
+def compare_copy(label, before, inspect, copy, corsync, source, missing):
+    """What the copy leads to while the source has another name."""
+    away = source.with_name("renamed away")
+    source.rename(away)
+    try:
+        return compare(label, before, inspect(copy), corsync.cloud, missing)
+    finally:
+        away.rename(source)
+
+
+def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), plain_exit_codes=None):
     """The whole sequence.
 
     make_project(folder)  puts the project, as the owning program made it, into the empty folder
@@ -124,38 +147,41 @@ def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), 
     tops                  files of the project, relative to its folder, each imported on its own
     missing               names of references that the original lacks on purpose (or a function of the top)
     exit_codes            what the imports may end with: (4,) when a linked file is missing
+    plain_exit_codes      the same without the layout plug-in, where that differs (or a function of the top)
     """
     work = pathlib.Path(tempfile.mkdtemp(prefix="corsync-proof-"))
     try:
-        source, away = work / "source", work / "renamed away"
+        source = work / "source"
         source.mkdir()
         make_project(source)
-        for number, top in enumerate(tops):
-            lacks = set(missing(top) if callable(missing) else missing)
+        for number, name in enumerate(tops):
+            lacks = set(missing(name) if callable(missing) else missing)
+            top = source / name
             place = work / f"job {number}"
             place.mkdir()
             corsync = Corsync(program, place)
-            before = inspect(source / top)
-            check(before, f"{top}: the original has no references")
-            compare(f"{top}, original", before, before, source, lacks)
+            before = inspect(top)
+            check(before, f"{name}: the original has no references")
+            compare(f"{name}, original", before, before, source, lacks)
             earlier = set()
             everything = [file for file in source.rglob("*") if file.is_file()]
-            for label, changed in (("copy", []), ("renamed copy", [source / top]), ("all renamed", everything)):
+            for label, changed in (("copy", []), ("renamed copy", [top]), ("all renamed", everything)):
                 age(changed, 10)
                 options = ("--collisions", "rename") if changed else ()
-                events = corsync.import_files(source / top, "--to", "Demo Größe", *arguments, *options,
-                                              expect=exit_codes)
-                check(event_of(events, source / top)["status"] == ("renamed" if changed else "copied"),
-                      f"{label}: {event_of(events, source / top)}")
-                copy = target_of(events, source / top)
-                source.rename(away)
-                try:
-                    files = compare(f"{top}, {label}", before, inspect(copy), corsync.cloud, lacks)
-                    if changed == everything:
-                        check(not files & earlier, f"{label}: {sorted(files & earlier)} are of an earlier import")
-                    earlier |= files
-                finally:
-                    away.rename(source)
+                events = corsync.import_files(top, "--to", "Demo Größe", *options, expect=exit_codes)
+                check(event_of(events, top)["status"] == ("renamed" if changed else "copied"),
+                      f"{label}: {event_of(events, top)}")
+                files = compare_copy(f"{name}, {label}", before, inspect, target_of(events, top), corsync, source,
+                                     lacks)
+                if changed == everything:
+                    check(not files & earlier, f"{label}: {sorted(files & earlier)} are of an earlier import")
+                earlier |= files
+            plain = work / f"plain job {number}"
+            plain.mkdir()
+            corsync = Corsync(without_layout_plugin(program, plain / "bin"), plain)
+            codes = plain_exit_codes(name) if callable(plain_exit_codes) else plain_exit_codes
+            events = corsync.import_files(top, "--to", "Demo Größe", expect=codes or exit_codes)
+            compare_copy(f"{name}, default layout", before, inspect, target_of(events, top), corsync, source, lacks)
     finally:
         shutil.rmtree(work, ignore_errors=True)
 
