@@ -42,9 +42,13 @@ ReplacementFile::~ReplacementFile()
 {
     if (m_handle != Platform::NoHandle)
         Platform::Close(m_handle);
+    if (m_temporary.empty())
+        return;
     std::error_code ignored;
-    if (!m_temporary.empty())
-        std::filesystem::remove(m_temporary, ignored);
+    // Commit may have made it as read-only as the original; Windows does not remove such a file.
+    std::filesystem::permissions(m_temporary, std::filesystem::perms::owner_write,
+                                 std::filesystem::perm_options::add, ignored);
+    std::filesystem::remove(m_temporary, ignored);
 }
 
 void ReplacementFile::CreateTemporary()

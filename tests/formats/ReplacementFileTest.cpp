@@ -88,6 +88,23 @@ TEST_F(Replacement, AChangeByAnotherHandSinceReadingIsNotOverwritten)
     EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{QStringLiteral("a.gltf"), "theirs"}}));
 }
 
+TEST_F(Replacement, WhenAReadOnlyOriginalWasChangedMeanwhileNoReadOnlyTemporaryIsLeft)
+{
+    const QString name = QStringLiteral("a.gltf");
+    tree.File(name, "old");
+    InputFile source(Path(name));
+    EXPECT_EQ(MessageOf([&] {
+                  ReplacementFile replacement(source);
+                  replacement.Write("new");
+                  tree.File(name, "theirs");
+                  ASSERT_TRUE(QFile::setPermissions(tree.Path(name), QFile::ReadOwner));
+                  replacement.Commit();
+              }),
+              "the file was changed by someone else meanwhile");
+    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{name, "theirs"}}));
+    EXPECT_TRUE(QFile::setPermissions(tree.Path(name), QFile::ReadOwner | QFile::WriteOwner));
+}
+
 TEST_F(Replacement, AFileThatShrinksWhileItIsCopiedFails)
 {
     tree.File(QStringLiteral("a.glb"), PatternBytes(1000));
