@@ -1,8 +1,11 @@
 #include "PlatformFile.h"
 
 #include "FormatError.h"
+#include "Utf.h"
 
 #include <algorithm>
+#include <array>
+#include <string>
 #include <system_error>
 
 #ifndef NOMINMAX // the compiler may define it
@@ -15,10 +18,23 @@ namespace Halvern::Formats::Platform {
 
 namespace {
 
+/// In the user's language. The standard library's text would be in the code page of the system.
+std::string MessageOf(DWORD code)
+{
+    std::array<wchar_t, 512> text{};
+    DWORD size = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                  nullptr, code, 0, text.data(), DWORD(text.size()), nullptr);
+    while (size > 0 && (text[size - 1] == L'\r' || text[size - 1] == L'\n' ||
+                        text[size - 1] == L' ' || text[size - 1] == L'.'))
+        --size;
+    const std::optional<std::string> message = ToUtf8(WideView(text.data(), size));
+    return size > 0 && message ? *message : "error " + std::to_string(code);
+}
+
 [[noreturn]] void Fail(const char* what)
 {
-    const auto code = static_cast<int>(::GetLastError());
-    throw FormatError(std::string(what) + ": " + std::system_category().message(code));
+    const DWORD code = ::GetLastError();
+    throw FormatError(std::string(what) + ": " + MessageOf(code));
 }
 
 HANDLE Native(Handle handle)
