@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Runs a Windows program under Wine: without a display, in a prefix of its own, with a time limit.
 #
-#   run-wine.sh [--bin FOLDER] PROGRAM ARGUMENT...   FOLDER holds the DLLs that are not beside PROGRAM
-#   run-wine.sh --stop                               ends whatever still runs in the prefix
+#   run-wine.sh [--terminal] [--bin FOLDER] PROGRAM ARGUMENT...
+#   run-wine.sh --stop              ends whatever still runs in the prefix
 #
+# FOLDER holds the DLLs that are not beside PROGRAM. With --terminal the program has the caller's terminal
+# as its console.
 # The prefix is $CORSYNC_WINE_PREFIX, or build/wine; the limit $CORSYNC_WINE_TIMEOUT seconds, or 300.
 # The exit code is the program's, or 124 when the time was up.
 set -euo pipefail
@@ -24,6 +26,11 @@ if [ "${1:-}" = --stop ]; then
     timeout 30 "$wineserver" -w || true
     exit 0
 fi
+terminal=
+if [ "${1:-}" = --terminal ]; then
+    terminal=yes
+    shift
+fi
 if [ "${1:-}" = --bin ]; then
     WINEPATH="Z:${2//\//\\}"
     export WINEPATH
@@ -43,12 +50,17 @@ if [ ! -f "$WINEPREFIX/corsync-ready" ]; then
     exec 9>&-
 fi
 
+limit=${CORSYNC_WINE_TIMEOUT:-300}
+if [ -n "$terminal" ]; then
+    exec timeout --foreground --kill-after=10 "$limit" "$wine" "$@"
+fi
+
 # The first program in a prefix starts Wine's services, and they keep its output open for as long as
 # they run: through a pipe, the caller would wait for them. So they get files.
 output=$(mktemp -d)
 trap 'rm -rf "$output"' EXIT
 code=0
-timeout --kill-after=10 "${CORSYNC_WINE_TIMEOUT:-300}" "$wine" "$@" >"$output/out" 2>"$output/err" ||
+timeout --kill-after=10 "$limit" "$wine" "$@" >"$output/out" 2>"$output/err" ||
     code=$?
 cat "$output/out"
 cat "$output/err" >&2

@@ -1,0 +1,96 @@
+#!/usr/bin/env python3
+"""Ctrl-C as a person presses it: corsync.exe runs in a terminal, which gets the character for it while files
+are copied. Ends with exit code 1 at the first thing that is not as it must be."""
+import argparse
+import os
+import pathlib
+import pty
+import re
+import select
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+FILES = 2000
+ENOUGH = 20
+PATIENCE = 200
+CANCELLED = 20
+
+
+def check(condition, text):
+    if not condition:
+        sys.exit(f"FAILED: {text}")
+
+
+def copies(cloud):
+    return sorted(cloud.rglob("*.scad")) if cloud.exists() else []
+
+
+def run_in_terminal(command, is_time):
+    """Presses Ctrl-C twice when it is time; gives the exit code and what the terminal showed."""
+    process, terminal = pty.fork()
+    if process == 0:
+        os.execv(command[0], command)
+    shown = b""
+    pressed = False
+    begin = time.monotonic()
+    while True:
+        if select.select([terminal], [], [], 0.05)[0]:
+            try:
+                shown += os.read(terminal, 65536)
+            except OSError:  # nobody has it open any more
+                pass
+        ended, status = os.waitpid(process, os.WNOHANG)
+        if ended:
+            os.close(terminal)
+            return os.waitstatus_to_exitcode(status), shown.decode(errors="replace")
+        if not pressed and is_time():
+            os.write(terminal, b"\x03")
+            time.sleep(0.2)
+            os.write(terminal, b"\x03")
+            pressed = True
+        check(time.monotonic() - begin < PATIENCE, f"corsync.exe did not end within {PATIENCE} s\n{shown[-2000:]}")
+
+
+def check_links(files):
+    for file in files:
+        for link in re.findall(r"use <(.*)>", file.read_text()):
+            check((file.parent / link).is_file(), f"{file} links {link}, which is not there")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--runner", required=True, help="run-wine.sh")
+    parser.add_argument("--bin", required=True, help="the folder of corsync.exe and its libraries")
+    arguments = parser.parse_args()
+    work = pathlib.Path(tempfile.mkdtemp(prefix="corsync-ctrl-c-"))
+    try:
+        models, cloud = work / "models", work / "cloud"
+        for folder in (models, work / "lib", cloud):
+            folder.mkdir()
+        (work / "lib" / "part.scad").write_text("cube(1);\n")
+        for number in range(FILES):
+            (models / f"{number:04}.scad").write_text("use <../lib/part.scad>\n")
+        program = [f"{arguments.bin}/corsync.exe", "import", f"Z:{models}", "--cloud-folder", f"Z:{cloud}",
+                   "--database", f"Z:{work}/sync.db", "--settings", f"Z:{work}/settings.ini"]
+        code, shown = run_in_terminal([arguments.runner, "--terminal", *program],
+                                      lambda: len(copies(cloud)) >= ENOUGH)
+        done = len(copies(cloud))
+        check(code == CANCELLED, f"exit code {code}, not {CANCELLED}\n{shown[-2000:]}")
+        check(ENOUGH <= done < FILES, f"{done} files were copied")
+        check(not list(cloud.rglob("*.tmp")), "a parked file is left")
+
+        again = subprocess.run([arguments.runner, *program], stdin=subprocess.DEVNULL, capture_output=True,
+                               text=True, timeout=PATIENCE, check=False)
+        check(again.returncode == 0, f"the next import: exit code {again.returncode}\n{again.stderr[-2000:]}")
+        files = copies(cloud)
+        check(len(files) == FILES + 1, f"{len(files)} files after the next import")
+        check_links(files)
+        print(f"Ctrl-C ended the import after {done} of {FILES} files; the next one copied the rest.")
+    finally:
+        shutil.rmtree(work, ignore_errors=True)
+
+
+main()
