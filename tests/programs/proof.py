@@ -108,9 +108,9 @@ def age(files, seconds):
 def compare(label, before, after, inside, missing):
     """`after` has the references of `before`, each inside the folder `inside`, but for those in `missing`.
 
-    The result is the files that they lead to.
+    The result are the files that they lead to, by the names of the references.
     """
-    files = set()
+    files = {}
     old = {reference.name: reference for reference in before}
     new = {reference.name: reference for reference in after}
     check(len(old) == len(before) and len(new) == len(after), f"{label}: references with equal names")
@@ -124,64 +124,115 @@ def compare(label, before, after, inside, missing):
         check(real.startswith(os.path.realpath(inside) + os.sep), f"{label}: {name} leads outside, to {real}")
         check(reference.content == old[name].content,
               f"{label}: {name} holds {reference.content}, not {old[name].content}")
-        files.add(real)
+        files[name] = real
     print(f"{label}: {len(after) - len(missing)} references found, {len(missing)} missing as in the original")
     return files
 
 
-def compare_copy(label, before, inspect, copy, corsync, source, missing):
-    """What the copy leads to while the source has another name."""
-    away = source.with_name("renamed away")
-    source.rename(away)
-    try:
-        return compare(label, before, inspect(copy), corsync.cloud, missing)
-    finally:
-        away.rename(source)
+def value_for(top, value):
+    return value(top) if callable(value) else value
+
+
+class Proof:
+    """What is done with each file of a project that is imported on its own: see prove()."""
+
+    def __init__(self, program, work, inspect):
+        self.program = program
+        self.work = work
+        self.source = work / "source"
+        self.source.mkdir()
+        self.inspect = inspect
+
+    def corsync_in(self, name, program=None):
+        place = self.work / name
+        place.mkdir(exist_ok=True)
+        return Corsync(program or self.program, place)
+
+    def compare_copy(self, label, before, copy, corsync, lacks):
+        """What the copy leads to while the source has another name."""
+        away = self.source.with_name("renamed away")
+        self.source.rename(away)
+        try:
+            return compare(label, before, self.inspect(copy), corsync.cloud, lacks)
+        finally:
+            away.rename(self.source)
+
+    def look_at_original(self, top, lacks):
+        before = self.inspect(self.source / top)
+        check(before, f"{top}: the original has no references")
+        compare(f"{top}, original", before, before, self.source, lacks)
+        return before
+
+    def import_three_times(self, top, before, lacks, codes):
+        """Into an empty folder, with the file itself changed, and with every file changed."""
+        file = self.source / top
+        corsync = self.corsync_in(f"job {pathlib.PurePath(top).name}")
+        earlier = set()
+        everything = [found for found in self.source.rglob("*") if found.is_file()]
+        for label, changed in (("copy", []), ("renamed copy", [file]), ("all renamed", everything)):
+            age(changed, 10)
+            options = ("--collisions", "rename") if changed else ()
+            events = corsync.import_files(file, "--to", "Demo Größe", *options, expect=codes)
+            check(event_of(events, file)["status"] == ("renamed" if changed else "copied"),
+                  f"{label}: {event_of(events, file)}")
+            found = self.compare_copy(f"{top}, {label}", before, target_of(events, file), corsync, lacks)
+            files = set(found.values())
+            if changed == everything:
+                check(not files & earlier, f"{label}: {sorted(files & earlier)} are of an earlier import")
+            earlier |= files
+
+    def import_without_layout_plugin(self, top, before, lacks, codes):
+        name = f"default layout of {pathlib.PurePath(top).name}"
+        (self.work / name).mkdir()
+        corsync = self.corsync_in(name, without_layout_plugin(self.program, self.work / name / "bin"))
+        events = corsync.import_files(self.source / top, "--to", "Demo Größe", expect=codes)
+        self.compare_copy(f"{top}, default layout", before, target_of(events, self.source / top), corsync, lacks)
+
+    def import_into_one_cloud(self, originals, missing, exit_codes):
+        """One import after the other. What the originals share, the copies share, too."""
+        corsync = self.corsync_in("together")
+        copies = {}
+        for top in originals:
+            events = corsync.import_files(self.source / top, "--to", "Demo Größe", expect=value_for(top, exit_codes))
+            copies[top] = target_of(events, self.source / top)
+        tops = {os.path.realpath(self.source / top) for top in originals}
+        owners, places = {}, {}
+        for top, before in originals.items():
+            found = self.compare_copy(f"{top}, together", before, copies[top], corsync, set(value_for(top, missing)))
+            for reference in before:
+                source = reference.path and os.path.realpath(reference.path)
+                # A file that is imported itself has a place of its own, besides that as a part.
+                if reference.name in found and source not in tops:
+                    owners.setdefault(source, set()).add(top)
+                    copy = places.setdefault(source, found[reference.name])
+                    check(copy == found[reference.name], f"{source} is {copy} and {found[reference.name]}")
+        shared = sum(len(tops) > 1 for tops in owners.values())
+        check(shared, "no file belongs to two of the imported ones")
+        print(f"together: {shared} files are shared, each has one copy")
 
 
 def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), plain_exit_codes=None):
-    """The whole sequence.
+    """The whole sequence. What is marked with * may be a function of the top file.
 
     make_project(folder)  puts the project, as the owning program made it, into the empty folder
     inspect(file)         the References that the owning program resolves when it opens the file
     tops                  files of the project, relative to its folder, each imported on its own
-    missing               names of references that the original lacks on purpose (or a function of the top)
-    exit_codes            what the imports may end with: (4,) when a linked file is missing
-    plain_exit_codes      the same without the layout plug-in, where that differs (or a function of the top)
+    missing*              names of references that the original lacks on purpose
+    exit_codes*           what the imports may end with: (4,) when a linked file is missing
+    plain_exit_codes*     the same without the layout plug-in, where that differs
     """
     work = pathlib.Path(tempfile.mkdtemp(prefix="corsync-proof-"))
     try:
-        source = work / "source"
-        source.mkdir()
-        make_project(source)
-        for number, name in enumerate(tops):
-            lacks = set(missing(name) if callable(missing) else missing)
-            top = source / name
-            place = work / f"job {number}"
-            place.mkdir()
-            corsync = Corsync(program, place)
-            before = inspect(top)
-            check(before, f"{name}: the original has no references")
-            compare(f"{name}, original", before, before, source, lacks)
-            earlier = set()
-            everything = [file for file in source.rglob("*") if file.is_file()]
-            for label, changed in (("copy", []), ("renamed copy", [top]), ("all renamed", everything)):
-                age(changed, 10)
-                options = ("--collisions", "rename") if changed else ()
-                events = corsync.import_files(top, "--to", "Demo Größe", *options, expect=exit_codes)
-                check(event_of(events, top)["status"] == ("renamed" if changed else "copied"),
-                      f"{label}: {event_of(events, top)}")
-                files = compare_copy(f"{name}, {label}", before, inspect, target_of(events, top), corsync, source,
-                                     lacks)
-                if changed == everything:
-                    check(not files & earlier, f"{label}: {sorted(files & earlier)} are of an earlier import")
-                earlier |= files
-            plain = work / f"plain job {number}"
-            plain.mkdir()
-            corsync = Corsync(without_layout_plugin(program, plain / "bin"), plain)
-            codes = plain_exit_codes(name) if callable(plain_exit_codes) else plain_exit_codes
-            events = corsync.import_files(top, "--to", "Demo Größe", expect=codes or exit_codes)
-            compare_copy(f"{name}, default layout", before, inspect, target_of(events, top), corsync, source, lacks)
+        proof = Proof(program, work, inspect)
+        make_project(proof.source)
+        originals = {}
+        for top in tops:
+            lacks, codes = set(value_for(top, missing)), value_for(top, exit_codes)
+            before = originals[top] = proof.look_at_original(top, lacks)
+            proof.import_three_times(top, before, lacks, codes)
+            proof.import_without_layout_plugin(top, before, lacks, value_for(top, plain_exit_codes) or codes)
+        if len(originals) > 1:
+            proof.import_into_one_cloud(originals, missing, exit_codes)
     finally:
         shutil.rmtree(work, ignore_errors=True)
 

@@ -70,8 +70,7 @@ def exit_codes(top):
 
 def proof(corsync):
     check((MODULES / "gltf-validator").is_dir(), f"gltf-validator is not in {MODULES}")
-    for top in TOPS:
-        prove(corsync, make_project, inspect, (top,), missing=lost, exit_codes=exit_codes(top))
+    prove(corsync, make_project, inspect, TOPS, missing=lost, exit_codes=exit_codes)
 
 
 if __name__ == "__main__":
