@@ -196,8 +196,7 @@ def inspect(display, top):
     proof.check(schematic.exists() and board.exists(), f"{top} has no schematic or no board beside it")
 
     def is_wanted(path):
-        return path.endswith((".kicad_sch", ".kicad_pro", ".kicad_wks", ".kicad_dru", folder.name + "/sym-lib-table",
-                              folder.name + "/fp-lib-table"))
+        return path.endswith((".kicad_sch", ".kicad_pro", ".kicad_wks", ".kicad_dru", folder.name + "/sym-lib-table"))
 
     references = references_of("schematic editor", folder,
                                watch(display, folder, ["eeschema", schematic], is_wanted))
