@@ -52,7 +52,8 @@ fi
 
 limit=${CORSYNC_WINE_TIMEOUT:-300}
 if [ -n "$terminal" ]; then
-    exec timeout --foreground --kill-after=10 "$limit" "$wine" "$@"
+    # Ctrl-C comes by here, too; it must not begin the count-down to a kill.
+    exec timeout --foreground --signal=KILL "$limit" "$wine" "$@"
 fi
 
 # The first program in a prefix starts Wine's services, and they keep its output open for as long as
