@@ -188,12 +188,13 @@ class Proof:
         events = corsync.import_files(self.source / top, "--to", "Demo Größe", expect=codes)
         self.compare_copy(f"{top}, default layout", before, target_of(events, self.source / top), corsync, lacks)
 
-    def import_into_one_cloud(self, originals, missing, exit_codes):
+    def import_into_one_cloud(self, originals, missing, exit_codes, folder):
         """One import after the other. What the originals share, the copies share, too."""
         corsync = self.corsync_in("together")
         copies = {}
         for top in originals:
-            events = corsync.import_files(self.source / top, "--to", "Demo Größe", expect=value_for(top, exit_codes))
+            events = corsync.import_files(self.source / top, "--to", value_for(top, folder),
+                                          expect=value_for(top, exit_codes))
             copies[top] = target_of(events, self.source / top)
         tops = {os.path.realpath(self.source / top) for top in originals}
         owners, places = {}, {}
@@ -211,7 +212,8 @@ class Proof:
         print(f"together: {shared} files are shared, each has one copy")
 
 
-def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), plain_exit_codes=None):
+def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), plain_exit_codes=None,
+          folder="Demo Größe"):
     """The whole sequence. What is marked with * may be a function of the top file.
 
     make_project(folder)  puts the project, as the owning program made it, into the empty folder
@@ -220,6 +222,7 @@ def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), 
     missing*              names of references that the original lacks on purpose
     exit_codes*           what the imports may end with: (4,) when a linked file is missing
     plain_exit_codes*     the same without the layout plug-in, where that differs
+    folder*               where to import to when all go into one cloud
     """
     work = pathlib.Path(tempfile.mkdtemp(prefix="corsync-proof-"))
     try:
@@ -232,7 +235,7 @@ def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), 
             proof.import_three_times(top, before, lacks, codes)
             proof.import_without_layout_plugin(top, before, lacks, value_for(top, plain_exit_codes) or codes)
         if len(originals) > 1:
-            proof.import_into_one_cloud(originals, missing, exit_codes)
+            proof.import_into_one_cloud(originals, missing, exit_codes, folder)
     finally:
         shutil.rmtree(work, ignore_errors=True)
 

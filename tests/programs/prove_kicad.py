@@ -220,6 +220,8 @@ def prove(program):
 
         proof.prove(program, make, functools.partial(inspect, display), TOPS, missing=lambda top: MISSING[top],
                     exit_codes=lambda top: (0,) if top == TOPS[2] else (4,),
+                    # Projects in one folder have their library tables in common.
+                    folder=lambda top: pathlib.PurePath(top).parent.name,
                     plain_exit_codes=lambda top: (0,) if top == TOPS[2] else (7,))
 
 
