@@ -14,7 +14,8 @@ bool IsDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-/// Where the digits that count the frames lie in a path; nothing when there are none.
+} // namespace
+
 std::optional<std::pair<std::size_t, std::size_t>> DigitsIn(std::string_view path,
                                                             FrameDigits digits)
 {
@@ -30,8 +31,6 @@ std::optional<std::pair<std::size_t, std::size_t>> DigitsIn(std::string_view pat
         return std::nullopt;
     return std::pair(begin, end);
 }
-
-} // namespace
 
 std::unique_ptr<StoredPath> FrameSequence::Make(const std::string& id, const StoredText& text,
                                                 FrameDigits digits, FolderNames& folders)

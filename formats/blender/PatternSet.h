@@ -36,6 +36,7 @@ protected:
     {}
 
     const NamePattern& Pattern() const { return m_pattern; }
+    const std::string& Stored() const { return m_stored; }
     void AddPart(const std::string& part) { m_parts.insert(part); }
     bool HasParts() const { return !m_parts.empty(); }
     void AddPartsOnDisk(FolderNames& folders);
@@ -59,7 +60,8 @@ private:
     std::set<std::string> m_parts;
 };
 
-/// The tiles of an image: wood.<UDIM>.png stands for wood.1001.png and so on. The file lists them.
+/// The tiles of an image: wood.<UDIM>.png stands for wood.1001.png and so on, and so does
+/// wood.1001.png in files of Blender 2.82 to 3.0. The file lists them.
 class TileSet : public PatternSet
 {
 public:
@@ -74,14 +76,9 @@ protected:
                                         const std::string& part) const override;
 
 private:
-    TileSet(std::string id, StoredText text, NamePattern pattern, std::string token)
-        : PatternSet(std::move(id), std::move(text), std::move(pattern), token),
-          m_token(std::move(token))
-    {}
+    using PatternSet::PatternSet;
 
     std::string PartOfTile(std::uint64_t tile) const;
-
-    std::string m_token;
 };
 
 /// Which digits of a name count the frames.
@@ -92,6 +89,10 @@ enum class FrameDigits
     /// Only those directly in front of the extension.
     AtEnd
 };
+
+/// Where those digits begin and end in a path; nothing when there are none.
+std::optional<std::pair<std::size_t, std::size_t>> DigitsIn(std::string_view path,
+                                                            FrameDigits digits);
 
 /// The frames of a sequence: wave_0007.png stands for wave_0001.png and so on, too.
 class FrameSequence : public PatternSet

@@ -76,9 +76,62 @@ TEST_F(BlendSets, OnlyNamesThatBlenderGivesToTilesAreTiles)
               (Links{L(u"set:IMHolz#2000", u"Holz_2000.png")}));
 }
 
-TEST_F(BlendSets, TilesWithoutAPatternAreOneFile)
+TEST_F(BlendSets, TilesOfOlderFilesAreNamedAfterOneOfThem)
 {
-    EXPECT_EQ(LinksOf(Tiles("//Holz.1001.png", {1001})), (Links{L(u"IMHolz", u"Holz.1001.png")}));
+    tree.File(QStringLiteral("Szene/Holz.1003.png")).File(QStringLiteral("Szene/Holz.2001.png"));
+    EXPECT_EQ(
+        LinksOf(Tiles("//Holz.1001.png", {1001, 1002, 1011})),
+        (Links{L(u"set:IMHolz#1001", u"Holz.1001.png"), L(u"set:IMHolz#1002", u"Holz.1002.png"),
+               L(u"set:IMHolz#1003", u"Holz.1003.png"), L(u"set:IMHolz#1011", u"Holz.1011.png")}));
+}
+
+TEST_F(BlendSets, TheNumberOfATileIsTheLastBetweenSeparatorsOrTheLastDigitsOfTheName)
+{
+    const std::pair<const char*, const char16_t*> rows[] = {
+        {"//1003/a-1001_v0023.png", u"1003/a-1002_v0023.png"},
+        {"//1001_11.1003.png", u"1001_11.1002.png"},
+        {"//a.1001.1.png", u"a.1002.1.png"},
+        {"//a.1001.b1003.png", u"a.1002.b1003.png"},
+        {"//1001.png", u"1002.png"},
+        {"//a1001b.png", u"a1002b.png"},
+    };
+    for (const auto& [stored, path] : rows)
+        EXPECT_EQ(LinksOf(Tiles(stored, {1002})), (Links{L(u"set:IMHolz#1002", path)})) << stored;
+}
+
+TEST_F(BlendSets, TilesWithoutANumberAreOneFile)
+{
+    const std::pair<const char*, const char16_t*> rows[] = {
+        {"//Holz.png", u"Holz.png"},
+        {"//1001/Holz.png", u"1001/Holz.png"},
+        {"//Holz.1000.png", u"Holz.1000.png"},
+        {"//Holz.2001.png", u"Holz.2001.png"},
+        {"//Holz.01001.png", u"Holz.01001.png"},
+        {"//a1001b2.png", u"a1001b2.png"},
+        {"//a.1001", u"a.1001"},
+    };
+    for (const auto& [stored, path] : rows)
+        EXPECT_EQ(LinksOf(Tiles(stored, {1001, 1002})), (Links{L(u"IMHolz", path)})) << stored;
+}
+
+TEST_F(BlendSets, TilesOfOlderFilesMoveAsAWholeAndTheNumberStays)
+{
+    const QByteArray tiles = Tiles("//../K/Holz.1011.png", {1001, 1011});
+    EXPECT_TRUE(Rewritten(tiles, {L(u"set:IMHolz#1001", u"Kacheln ü/Holz.1001.png"),
+                                  L(u"set:IMHolz#1011", u"Kacheln ü/Holz.1011.png")}) ==
+                With(tiles, "//../K/Holz.1011.png", "//Kacheln ü/Holz.1011.png"));
+    EXPECT_TRUE(Rewritten(tiles, {L(u"set:IMHolz#1001", u"1011/Eiche_1001_v2.png"),
+                                  L(u"set:IMHolz#1011", u"1011/Eiche_1011_v2.png")}) ==
+                With(tiles, "//../K/Holz.1011.png", "//1011/Eiche_1011_v2.png"));
+}
+
+TEST_F(BlendSets, TilesOfOlderFilesWhoseNumberBlenderWouldNotFindFail)
+{
+    EXPECT_EQ(RewriteFailure(Tiles("//Holz.1001.png", {1001, 1002}),
+                             {L(u"set:IMHolz#1001", u"Holz.1001 (2).png"),
+                              L(u"set:IMHolz#1002", u"Holz.1002 (2).png")}),
+              "the files of IMHolz are found by one folder and one name pattern, which would be "
+              "torn apart: Holz.1001.png as Holz.1001 (2).png");
 }
 
 TEST_F(BlendSets, EveryFrameInTheFolderIsALink)
