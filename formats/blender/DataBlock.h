@@ -10,6 +10,7 @@ namespace Halvern::Formats::Blender {
 /// A strip of the video editor; its parts lie in blocks of their own.
 struct SequenceEntry
 {
+    /// UTF-8, as below: up to Blender 3.0 strips were named after their files and cut anywhere.
     std::string name;
     std::uint64_t type = 0;
     std::uint64_t strip = 0;
@@ -28,7 +29,8 @@ struct StripEntry
 struct DataBlock
 {
     std::string type;
-    /// Two letters for the type, then the name that is shown: unique among those of a file.
+    /// Two letters for the type, then the name that is shown: unique among those of a file. Always
+    /// UTF-8, whatever stands in the file: links are told apart by it.
     std::string name;
     std::uint64_t address = 0;
     StoredText text;

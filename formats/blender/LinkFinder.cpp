@@ -4,6 +4,7 @@
 #include "StoredPaths.h"
 
 #include "common/FormatError.h"
+#include "common/Utf.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -97,7 +98,7 @@ private:
         const StructView view(m_dna, structure, m_blocks.Form(), bytes, block.dataBegin);
         m_current.emplace();
         m_current->type = structure.name;
-        m_current->name = view.Text({"id.name"}).value;
+        m_current->name = Utf8OrLatin1(view.Text({"id.name"}).value);
         m_current->address = block.address;
         m_current->isPacked =
             view.Number("packedfile") != 0 || view.Number("packedfiles.first") != 0;
@@ -166,8 +167,9 @@ private:
         DataBlock& scene = *m_current;
         if (structure.name == "Sequence")
             ForEach(block, structure, [&](const StructView& view) {
-                scene.sequences.push_back({Kept(view.Text({"name"})).value, view.Number("type"),
-                                           view.Number("strip"), view.Number("sound")});
+                scene.sequences.push_back({Utf8OrLatin1(Kept(view.Text({"name"})).value),
+                                           view.Number("type"), view.Number("strip"),
+                                           view.Number("sound")});
             });
         else if (structure.name == "Strip")
             ForEach(block, structure, [&](const StructView& view) {

@@ -131,6 +131,23 @@ TEST_F(BlendReader, DataBlocksOfOneNameAreToldApart)
               (Links{L(u"IMa", u"a.png"), L(u"IMa~2", u"a.png"), L(u"IMa~3", u"a.png")}));
 }
 
+TEST_F(BlendReader, ANameThatIsNoTextStillMakesAnId)
+{
+    // As Blender up to 3.0 cut the name of a film: 20 letters and the first byte of one more.
+    const QByteArray cut = QByteArray("SQ") + QByteArray("木").repeated(20) + '\xE6';
+    BlendFile content;
+    content.Add("IM", "Image", {{"id.name", "IMH\xF6he"}, {"name", "//a.png"}, {"source", 1}})
+        .Add("SC", "Scene", {{"id.name", "SCü"}});
+    for (const int strip : {0x10, 0x20})
+        content.Add("DATA", "Sequence", {{"name", cut}, {"type", 3}, {"strip", strip}})
+            .Add("DATA", "Strip", {{"stripdata", strip + 1}, {"dir", "//"}}, strip)
+            .Add("DATA", "StripElem", {{"name", "木.avi"}}, strip + 1);
+    const QString id = QStringLiteral("SCü/") + QString::fromLatin1(cut);
+    EXPECT_EQ(LinksOf(content), (Links{L(u"IMHöhe", u"a.png"),
+                                       {id, QStringLiteral("木.avi")},
+                                       {id + QStringLiteral("~2"), QStringLiteral("木.avi")}}));
+}
+
 TEST_F(BlendReader, APathWithoutAnEndFillsItsField)
 {
     BlendFile content;

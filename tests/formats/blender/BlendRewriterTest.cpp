@@ -78,6 +78,16 @@ TEST_F(BlendRewriter, WhatLiesBehindTheEndOfATextStays)
     EXPECT_TRUE(Rewritten(before, {L(u"IMa", u"abcdef.png")}) == longer);
 }
 
+TEST_F(BlendRewriter, ANameThatIsNoTextFindsItsLinkAgain)
+{
+    BlendFile content;
+    content.Add("IM", "Image", {{"id.name", "IMH\xF6he"}, {"name", "//a.png"}, {"source", 1}});
+    const QByteArray before = content.Bytes();
+    QByteArray after = before;
+    after.replace("//a.png", "//b.png");
+    EXPECT_TRUE(Rewritten(before, {L(u"IMHöhe", u"b.png")}) == after);
+}
+
 TEST_F(BlendRewriter, PathsAreWrittenAsBlenderReadsThem)
 {
     const std::pair<const char16_t*, QByteArray> rows[] = {
