@@ -4,6 +4,7 @@
 #include "CommandFixture.h"
 
 #include <QtCore/QDirIterator>
+#include <QtCore/QFile>
 #include <QtCore/QLibrary>
 
 namespace Halvern::Test {
@@ -143,6 +144,26 @@ TEST_F(KicadImport, ASecondImportCopiesNothing)
     EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
     EXPECT_EQ(result.Lines().filter(u"unchanged  "_qs).size(), 18) << result.out.toStdString();
     EXPECT_EQ(Cloud(), before);
+}
+
+TEST_F(KicadImport, ACompanionMadeAfterAnImportComesOnceAFileThatFindsItWasSavedAgain)
+{
+    const QString rules = u"work/Platine Größe/Haupt 木.kicad_dru"_qs;
+    const QByteArray text = tree.Read(rules);
+    QFile::remove(tree.Path(rules));
+    ImportMain();
+    const FileTree::Snapshot before = Cloud();
+    ASSERT_FALSE(before.contains(u"Demo/Haupt 木.kicad_dru"_qs));
+    tree.File(rules, text);
+    EXPECT_EQ(ImportMain().exitCode, 4);
+    EXPECT_EQ(Cloud(), before);
+    const QString project = u"work/Platine Größe/Haupt 木.kicad_pro"_qs;
+    tree.Touch(project, tree.Modified(project).addSecs(-100));
+    const CommandResult result = ImportMain({u"--collisions"_qs, u"replace"_qs});
+    EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
+    FileTree::Snapshot after = before;
+    after.insert(u"Demo/Haupt 木.kicad_dru"_qs, text);
+    EXPECT_EQ(Cloud(), after);
 }
 
 TEST_F(KicadImport, ProjectsOfOneImportShareWhatBothName)
