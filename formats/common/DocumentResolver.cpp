@@ -15,6 +15,21 @@ using SyncPlugin::FileLinkInfo;
 using SyncPlugin::IFileLinkResolverContext;
 using SyncPlugin::WideChar;
 
+constexpr bool HasDrives = std::filesystem::path::preferred_separator == '\\';
+
+/// Hosts take a ":" behind the second character of a relative path for the end of a scheme. Where a
+/// name can hold one, a file that is there is named by its whole path, if that fits a record.
+std::string WithoutScheme(const std::string& path, const std::filesystem::path& folder)
+{
+    const std::size_t colon = path.find(':');
+    if (HasDrives || colon == std::string::npos || colon < 2 || path.starts_with('/') ||
+        !NamesExistingFile(path, folder))
+        return path;
+    std::string whole = PathToUtf8((folder / PathFromUtf8(path)).lexically_normal());
+    const std::optional<WideString> units = ToUtf16(whole);
+    return units && units->size() <= MaxLinkUnits ? whole : path;
+}
+
 std::filesystem::path FileOf(const WideChar* file)
 {
     const std::optional<std::string> path = file ? ToUtf8(file) : std::nullopt;
@@ -91,10 +106,11 @@ void DocumentResolver::ReadLinks(const WideChar* file, FileLinkInfo** links, int
 {
     if (!links || !count)
         throw FormatError("there is no place for the result");
-    const std::vector<DocumentLink> found = m_open(FileOf(file))->Links();
+    const std::filesystem::path path = FileOf(file);
+    const std::vector<DocumentLink> found = m_open(path)->Links();
     LinkArray array(found.size());
     for (const DocumentLink& link : found)
-        array.Add(link.id, link.path);
+        array.Add(link.id, WithoutScheme(link.path, path.parent_path()));
     array.HandOver(links, count);
 }
 
