@@ -22,6 +22,7 @@ struct Level
 {
     bool isArray = false;
     bool insideExtras = false;
+    bool insideExtensions = false;
     /// Of the current element.
     std::size_t index = 0;
     std::size_t started = 0;
@@ -68,7 +69,7 @@ public:
         BeginValue();
         const Level& level = m_levels.back();
         const std::string_view value(text, length);
-        if (!level.isArray && !level.insideExtras && level.key == "uri" && IsLinkUri(value))
+        if (NamesFile(level) && IsLinkUri(value))
             Note(value);
         return true;
     }
@@ -89,6 +90,14 @@ private:
         throw FormatError(reason, m_position + m_stream.Tell());
     }
 
+    /// Extensions for metadata call the file that describes it "schemaUri".
+    static bool NamesFile(const Level& level)
+    {
+        if (level.isArray || level.insideExtras)
+            return false;
+        return level.key == "uri" || (level.insideExtensions && level.key == "schemaUri");
+    }
+
     void BeginValue()
     {
         if (m_levels.empty())
@@ -100,17 +109,18 @@ private:
 
     bool Enter(bool isArray)
     {
-        bool insideExtras = false;
+        Level level;
+        level.isArray = isArray;
         if (!m_levels.empty() || isArray) {
             BeginValue();
             const Level& outer = m_levels.back();
-            insideExtras = outer.insideExtras || (!outer.isArray && outer.key == "extras");
+            const std::string_view key = outer.isArray ? std::string_view() : outer.key;
+            level.insideExtras = outer.insideExtras || key == "extras";
+            level.insideExtensions = outer.insideExtensions || key == "extensions";
         }
         if (m_levels.size() == MaxNesting)
             Fail("nested deeper than " + std::to_string(MaxNesting) + " levels");
-        Level& level = m_levels.emplace_back();
-        level.isArray = isArray;
-        level.insideExtras = insideExtras;
+        m_levels.push_back(std::move(level));
         return true;
     }
 

@@ -24,10 +24,10 @@ struct UriString
 inline constexpr std::size_t MaxNesting = 512;
 inline constexpr std::size_t MaxLinks = 1'000'000;
 
-/// Every value of a key "uri" that names a file, in the order of the text; what lies below a key
-/// "extras" belongs to applications and is passed over. The whole text is checked to be one JSON
-/// object in UTF-8; otherwise FormatError, with positions counted from `position`, the place of
-/// the text in its file.
+/// Every value of a key "uri", and below a key "extensions" of "schemaUri", that names a file, in
+/// the order of the text; what lies below a key "extras" belongs to applications and is passed
+/// over. The whole text is checked to be one JSON object in UTF-8; otherwise FormatError, with
+/// positions counted from `position`, the place of the text in its file.
 std::vector<UriString> FindUris(std::string_view json, std::uint64_t position);
 
 } // namespace Halvern::Formats::Gltf

@@ -47,6 +47,17 @@ TEST_F(GltfReader, AnExtensionsUriIsALinkAndOneBelowExtrasIsNot)
                      L(u"/nodes/0/uri", u"after-extras")}));
 }
 
+TEST_F(GltfReader, TheSchemaOfAnExtensionIsALinkAndOneElsewhereIsNot)
+{
+    EXPECT_EQ(ReadText(R"({"extensions": {"EXT_structural_metadata": {"schemaUri": "a%20b.json"},
+                           "EXT_feature_metadata": [{"schemaUri": "c.json"}],
+                           "extras": {"schemaUri": "no"}, "extensions": {"schemaUri": {}}},
+                           "schemaUri": "no", "asset": {"schemaUri": "no"},
+                           "extras": {"extensions": {"X": {"schemaUri": "no"}}}})"),
+              (Links{L(u"/extensions/EXT_structural_metadata/schemaUri", u"a b.json"),
+                     L(u"/extensions/EXT_feature_metadata/0/schemaUri", u"c.json")}));
+}
+
 TEST_F(GltfReader, OnlyAStringUnderTheVeryKeyIsALink)
 {
     EXPECT_EQ(ReadText(R"({"a": {"uri": 1}, "b": {"uri": null}, "c": {"uri": ["x.png"]},

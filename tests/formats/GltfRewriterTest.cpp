@@ -70,6 +70,13 @@ TEST_F(GltfRewriter, RepeatedKeysAreRewrittenByTheirIds)
               R"({"uri":"x.png","uri":"y.png"})");
 }
 
+TEST_F(GltfRewriter, TheSchemaOfAnExtensionIsRewritten)
+{
+    EXPECT_EQ(Rewritten(R"({"extensions":{"X":{"schemaUri":"../a.json","uri":"b"}}})",
+                        {L(u"/extensions/X/schemaUri", u"a b.json")}),
+              R"({"extensions":{"X":{"schemaUri":"a%20b.json","uri":"b"}}})");
+}
+
 TEST_F(GltfRewriter, AStringThatNamesThePathAlreadyKeepsItsBytes)
 {
     EXPECT_EQ(Rewritten(R"({"a":{"uri":"\u0048\u00f6he.png"},"b":{"uri":"H%c3%B6he.png"},)"
