@@ -1,6 +1,7 @@
 #include "ScadReferences.h"
 
 #include "FileCall.h"
+#include "ScadVariables.h"
 
 #include "common/FormatError.h"
 
@@ -26,8 +27,8 @@ private:
     void Included(const Token& token);
     void Open(const Token& token);
     void Close(const Token& token);
-    void NoteAssignment(const Token& token);
     void Finish(const FileCall& call);
+    void AddVariable(const std::string& name, Reference call, std::uint64_t position);
     void AddVariables();
     void Add(Reference reference);
     bool IsCall() const;
@@ -38,13 +39,12 @@ private:
     /// Innermost last.
     std::vector<FileCall> m_calls;
     /// The last tokens, the latest first.
-    Token m_last[3];
+    Token m_last[2];
     std::unordered_map<std::string, std::size_t> m_counts;
-    /// Strings by the name that they were assigned to.
-    std::map<std::string, std::vector<Token>, std::less<>> m_strings;
-    std::size_t m_stringCount = 0;
+    ScadVariables m_values;
     /// Calls whose file is a variable's value, by its name.
-    std::map<std::string, std::vector<Reference>, std::less<>> m_variables;
+    std::map<std::string, std::vector<Reference>> m_variables;
+    std::size_t m_variableCount = 0;
 };
 
 std::vector<Reference> Finder::Run()
@@ -54,7 +54,6 @@ std::vector<Reference> Finder::Run()
         if (token.kind == TokenKind::End)
             break;
         Take(token);
-        m_last[2] = std::move(m_last[1]);
         m_last[1] = std::move(m_last[0]);
         m_last[0] = std::move(token);
     }
@@ -68,7 +67,6 @@ void Finder::Take(const Token& token)
 {
     if (token.kind == TokenKind::Include || token.kind == TokenKind::Use)
         return Included(token);
-    NoteAssignment(token);
     const bool isBracket = token.kind == TokenKind::Other && token.text.size() == 1;
     const char c = isBracket ? token.text[0] : ' ';
     if (c == ')' || c == ']' || c == '}')
@@ -77,6 +75,7 @@ void Finder::Take(const Token& token)
         call.Take(token, m_depth);
     if (c == '(' || c == '[' || c == '{')
         Open(token);
+    m_values.Take(token);
 }
 
 void Finder::Included(const Token& token)
@@ -121,22 +120,6 @@ void Finder::Close(const Token& token)
     --m_depth;
 }
 
-/// Remembers `name = "text"` when what follows shows that the text is all of the value.
-void Finder::NoteAssignment(const Token& token)
-{
-    const bool ends = token.kind == TokenKind::Other &&
-                      (token.text == ";" || token.text == "," || token.text == ")");
-    if (!ends || m_last[0].kind != TokenKind::String || m_last[0].isCut || m_last[1].text != "=" ||
-        m_last[1].kind != TokenKind::Other || m_last[2].kind != TokenKind::Name)
-        return;
-    // The argument of a call that names a file is looked at there.
-    if (!m_calls.empty() && m_calls.back().Depth() == m_depth)
-        return;
-    if (++m_stringCount > MaxReferences)
-        throw FormatError("too many strings are assigned", token.begin);
-    m_strings[m_last[2].text].push_back(m_last[0]);
-}
-
 void Finder::Finish(const FileCall& call)
 {
     std::size_t number = 0;
@@ -148,28 +131,35 @@ void Finder::Finish(const FileCall& call)
         if (value.kind == Value::Text && !value.token.text.empty())
             Add({ReferenceKind::Import, id, value.token.text, value.token.begin, value.token.end});
         else if (value.kind == Value::Variable)
-            m_variables[value.token.text].push_back(
-                {ReferenceKind::Computed, id, call.Text(), 0, 0});
+            AddVariable(value.token.text, {ReferenceKind::Computed, id, call.Text(), 0, 0},
+                        call.Position());
         else if (value.kind == Value::Expression)
             Add({ReferenceKind::Computed, id, call.Text(), 0, 0});
     }
 }
 
+void Finder::AddVariable(const std::string& name, Reference call, std::uint64_t position)
+{
+    if (++m_variableCount > MaxReferences)
+        throw FormatError("the file names too many files", position);
+    m_variables[name].push_back(std::move(call));
+}
+
 void Finder::AddVariables()
 {
+    std::set<std::string> names;
+    for (const auto& [name, calls] : m_variables)
+        names.insert(name);
+    const ScadVariables::Values values = m_values.ValuesOf(names);
+    for (const auto& [id, string] : values.texts) {
+        if (!string.text.empty())
+            Add({ReferenceKind::Import, id, string.text, string.begin, string.end});
+    }
     for (auto& [name, calls] : m_variables) {
-        const auto strings = m_strings.find(name);
-        if (strings == m_strings.end()) {
-            for (Reference& call : calls)
-                Add(std::move(call));
+        if (!values.open.contains(name))
             continue;
-        }
-        std::size_t number = 0;
-        for (const Token& string : strings->second) {
-            const std::string id = "variable " + name + ' ' + std::to_string(++number);
-            if (!string.text.empty())
-                Add({ReferenceKind::Import, id, string.text, string.begin, string.end});
-        }
+        for (Reference& call : calls)
+            Add(std::move(call));
     }
 }
 

@@ -80,9 +80,33 @@ TEST_F(DamagedOpenScad, TooManyNamesAreReported)
     EXPECT_EQ(Failure(QByteArray("use<a>").repeated(most + 1)),
               "the file names too many files (byte 600004)");
     EXPECT_EQ(Failure(QByteArray("x=\"\";").repeated(most + 1)),
-              "too many strings are assigned (byte 500004)");
+              "too many strings are assigned (byte 500003)");
     EXPECT_EQ(Failure(QByteArray("import(x);").repeated(most + 1)),
-              "the file names too many files (byte 0)");
+              "the file names too many files (byte 1000000)");
+}
+
+TEST_F(DamagedOpenScad, OfMoreNamesThanCanBeKeptEveryVariableCanBeAnything)
+{
+    QByteArray text = "f = \"a.stl\"; import(f);";
+    const auto addNames = [&](int from, int to) {
+        for (int i = from; i < to; ++i)
+            text += "v" + QByteArray::number(i) + "=g(" + QByteArray::number(i) + ");";
+    };
+    addNames(0, 100'000);
+    EXPECT_EQ(Model(text), (Links{LinkTo(u"variable f 1", u"a.stl")}));
+    addNames(100'000, 300'000);
+    EXPECT_EQ(Model(text),
+              (Links{LinkTo(u"variable f 1", u"a.stl"), LinkTo(u"import 1", u"import(f)")}));
+}
+
+TEST_F(DamagedOpenScad, VariablesThatTakeTheirValuesInACircleAreGoneThroughOnce)
+{
+    QByteArray text;
+    for (int i = 0; i < 20'000; ++i) {
+        const QByteArray next = QByteArray::number((i + 1) % 20'000);
+        text += "v" + QByteArray::number(i) + "=v" + next + ";import(v" + next + ");";
+    }
+    EXPECT_EQ(Model(text + "v5=\"a.stl\";"), (Links{LinkTo(u"variable v5 1", u"a.stl")}));
 }
 
 TEST_F(DamagedOpenScad, AModelCutOffAnywhereIsReadOrReported)

@@ -101,6 +101,52 @@ TEST_F(OpenScadReader, AVariableStandsForTheTextsThatItIsAssigned)
               (Links{LinkTo(u"import 1", u"import(f)")}));
 }
 
+TEST_F(OpenScadReader, ATextPassedByItsPlaceOrThroughOtherVariablesIsALink)
+{
+    EXPECT_EQ(
+        Model("module part(name = \"a.stl\") { import(name); } part(\"b.stl\"); part();"),
+        (Links{LinkTo(u"variable name 1", u"a.stl"), LinkTo(u"variable name passed 1", u"b.stl")}));
+    EXPECT_EQ(Model("part(2, name = \"c.stl\"); module part(x, name) { import(name); }"
+                    "part(1, \"b.stl\"); part(name = \"d.stl\", \"no\", \"e.stl\"); cube(\"no\");"),
+              (Links{LinkTo(u"variable name 1", u"c.stl"), LinkTo(u"variable name 2", u"d.stl"),
+                     LinkTo(u"variable name passed 1", u"b.stl"),
+                     LinkTo(u"variable name passed 2", u"no"),
+                     LinkTo(u"variable name passed 3", u"e.stl")}));
+    EXPECT_EQ(Model("module outer(n) { inner(n); inner(name = n); f = g; import(f); }"
+                    "module inner(name) { import(name); } outer(\"a.stl\"); g = \"b.stl\";"),
+              (Links{LinkTo(u"variable g 1", u"b.stl"), LinkTo(u"variable n passed 1", u"a.stl")}));
+    EXPECT_EQ(Model("module a(f) { import(f); } module b(x, g) { import(g); import(x); }"
+                    "module a(x, f) {} a(\"1\", \"2\"); f = undef; b(undef, 3); b(g = true);"),
+              (Links{LinkTo(u"variable f passed 1", u"1"), LinkTo(u"variable f passed 2", u"2")}));
+}
+
+TEST_F(OpenScadReader, ACallWhoseVariableCanBeSomethingElseIsShownBesideItsTexts)
+{
+    const Link known = LinkTo(u"variable f 1", u"a.stl");
+    const Link shown = LinkTo(u"import 1", u"import(f)");
+    const struct
+    {
+        const char* what;
+        QByteArray text;
+    } rows[] = {
+        {"assigned elsewhere", "module m(i) { f = str(\"p\", i, \".stl\"); import(f); }"},
+        {"a loop", "for (f = [\"b.stl\", \"c.stl\"]) import(f);"},
+        {"let", "let (f = pick()) import(f);"},
+        {"a definition for other files", "module m(f = \"\") { import(f); }"},
+        {"passed by its place", "module m(f) { import(f); } m(str(1));"},
+        {"passed by its name", "module m(f) { import(f); } m(f = str(1));"},
+        {"passed as another variable", "module m(f) { import(f); } m(other);"},
+        {"through other variables", "import(f); f = g; g = h; h = [\"b.stl\"][0];"},
+        {"a function without a name", "x = function(f) f; import(f);"},
+        {"a text that is cut", "import(f); f = \"" + QByteArray(5000, 'x') + "\";"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(Model("f = \"a.stl\";" + row.text), (Links{known, shown})) << row.what;
+    EXPECT_EQ(Model("$f = \"a.stl\"; import($f); anything($f = str(1));"),
+              (Links{LinkTo(u"variable $f 1", u"a.stl"), LinkTo(u"import 1", u"import($f)")}));
+    EXPECT_EQ(Model("f = \"a.stl\"; import(f); other(f = str(1)); cube([f = 1]);"), (Links{known}));
+}
+
 TEST_F(OpenScadReader, WhatOnlyRunningTheModelCanTellIsShownAsItStands)
 {
     EXPECT_EQ(Model("import(str(\"../t/\", i, \".stl\")); import(names[0]);"

@@ -36,6 +36,15 @@ TEST_F(OpenScadRewriter, AVariablesTextChangesWhereItIsAssigned)
               "f = \"x/a.stl\"; import(f); module m(f=\"x/b.stl\") {} ");
 }
 
+TEST_F(OpenScadRewriter, ATextPassedByItsPlaceChangesWhereItIsPassed)
+{
+    const QByteArray model = "module part(f = \"a.stl\", g) { import(f); import(g); }";
+    EXPECT_EQ(Changed(model + "part(\"b.stl\", \"b.stl\");",
+                      {LinkTo(u"variable f passed 1", u"x/a.stl"),
+                       LinkTo(u"variable g passed 1", u"x/b.stl")}),
+              model + "part(\"x/a.stl\", \"x/b.stl\");");
+}
+
 TEST_F(OpenScadRewriter, QuotationMarksAndBackslashesAreEscapedInStringsOnly)
 {
     const Links links = {LinkTo(u"import 1", u"a \"b\".stl"), LinkTo(u"use 1", u"a \"b\".scad")};
