@@ -19,6 +19,8 @@ namespace fs = std::filesystem;
 constexpr std::size_t MaxLibraryFiles = 100'000;
 constexpr std::array<const char*, 4> Siblings = {"kicad_pro", "kicad_sch", "kicad_pcb",
                                                  "kicad_dru"};
+/// Ends the id of a library's descriptions; the name of a library holds no colon.
+constexpr const char* DescriptionsMark = ":dcm";
 constexpr std::array<const char*, 2> Tables = {"sym-lib-table", "fp-lib-table"};
 
 bool IsFile(const fs::path& path)
@@ -45,6 +47,17 @@ bool IsAmong(const std::vector<std::string>& names, const fs::path& file)
         std::error_code error;
         return LowerExtension(other) == extension && fs::equivalent(other, file, error);
     });
+}
+
+/// The descriptions of the symbols in a library of KiCad 5 or earlier, which KiCad finds by name.
+fs::path DescriptionsOf(fs::path library)
+{
+    return library.replace_extension("dcm");
+}
+
+bool HasDescriptions(const fs::path& library)
+{
+    return LowerExtension(library) == ".lib";
 }
 
 std::vector<LibraryEntry> ReadTable(const fs::path& path, const std::string& table)
@@ -106,10 +119,11 @@ private:
         if (below.empty())
             return;
         const fs::path path = m_file.parent_path() / below;
-        if (IsFile(path))
-            Add(table + '/' + entry.name, PathToUtf8(below));
-        else
-            AddFootprints(table + '/' + entry.name, path, below);
+        if (!IsFile(path))
+            return AddFootprints(table + '/' + entry.name, path, below);
+        Add(table + '/' + entry.name, PathToUtf8(below));
+        if (HasDescriptions(below) && IsFile(DescriptionsOf(path)))
+            Add(table + '/' + entry.name + DescriptionsMark, PathToUtf8(DescriptionsOf(below)));
     }
 
     /// A library of footprints is a folder with a file for each.
@@ -162,8 +176,13 @@ void CompanionPlaces::ReadTables()
         if (!IsFile(path))
             continue;
         for (const LibraryEntry& entry : ReadTable(path, table)) {
-            if (fs::path place = PlaceInProject(entry); !place.empty())
-                m_libraries.emplace(table + '/' + entry.name, std::move(place));
+            const fs::path place = PlaceInProject(entry);
+            if (place.empty())
+                continue;
+            m_libraries.emplace(table + '/' + entry.name, place);
+            if (HasDescriptions(place))
+                m_libraries.emplace(table + '/' + entry.name + DescriptionsMark,
+                                    DescriptionsOf(place));
         }
     }
 }

@@ -12,8 +12,8 @@ namespace Halvern::Formats::Kicad {
 
 /// The files that KiCad finds by name beside a file, those that exist: a project's schematic, board
 /// and rules, the tables of libraries, and the libraries of the tables that lie in the project's
-/// folder. A schematic or a board names its project, which names the others; without a project it
-/// names the other one.
+/// folder, with their descriptions. A schematic or a board names its project, which names the
+/// others; without a project it names the other one.
 std::vector<DocumentLink> CompanionsOf(const std::filesystem::path& file);
 
 /// Where KiCad looks for companions, be they there or not.

@@ -79,6 +79,34 @@ TEST_F(KicadProject, BringsLibrariesOfItsOwnFolderAndNoOthers)
              QStringLiteral("fp-lib-table/Füße/R 2.kicad_mod=lib/Füße.pretty/R 2.kicad_mod")}));
 }
 
+TEST_F(KicadProject, ALibraryOfKicad5ComesWithItsDescriptions)
+{
+    tree.File(project, "{}");
+    tree.File(
+        QStringLiteral("p/sym-lib-table"),
+        "(sym_lib_table (lib (name \"a\")(type \"Legacy\")(uri \"${KIPRJMOD}/lib/a-rescue.lib\"))"
+        "(lib (name \"b\")(type \"Legacy\")(uri \"${KIPRJMOD}/b.lib\"))"
+        "(lib (name \"c\")(type \"KiCad\")(uri \"${KIPRJMOD}/c.kicad_sym\")))");
+    for (const char* const name :
+         {"lib/a-rescue.lib", "lib/a-rescue.dcm", "b.lib", "c.kicad_sym", "c.dcm"})
+        tree.File(QStringLiteral("p/") + QLatin1String(name));
+    const Links links = Companions({QStringLiteral("sym-lib-table=sym-lib-table"),
+                                    QStringLiteral("sym-lib-table/a=lib/a-rescue.lib"),
+                                    QStringLiteral("sym-lib-table/a:dcm=lib/a-rescue.dcm"),
+                                    QStringLiteral("sym-lib-table/b=b.lib"),
+                                    QStringLiteral("sym-lib-table/c=c.kicad_sym")});
+    EXPECT_EQ(Read(project), links);
+    tree.Remove(QStringLiteral("p/lib/a-rescue.dcm"));
+    EXPECT_TRUE(Repath(project, links));
+    EXPECT_EQ(
+        RewriteFailure(project, "{}",
+                       Companions({QStringLiteral("sym-lib-table/a:dcm=a-rescue.dcm")})),
+        QStringLiteral("KiCad finds lib/a-rescue.dcm by its name; it cannot be a-rescue.dcm"));
+    EXPECT_EQ(
+        RewriteFailure(project, "{}", Companions({QStringLiteral("sym-lib-table/c:dcm=c.dcm")})),
+        QStringLiteral("the file has no link companion:sym-lib-table/c:dcm"));
+}
+
 TEST_F(KicadProject, NamesItsDrawingSheets)
 {
     tree.File(project,
@@ -150,8 +178,7 @@ TEST_F(KicadProject, WhatIsNotWhereItsNameSaysIsAFailureAndTheOtherLinksAreRewri
         QStringLiteral("KiCad finds lib/x.pretty/C.kicad_mod by its name; it cannot be "
                        "x.pretty/C.kicad_mod (and 1 more)")))
         << context.lines.last().toStdString();
-    EXPECT_EQ(tree.Read(project),
-              "{\"pcbnew\": {\"page_layout_descr_file\": \"../b.kicad_wks\"}}");
+    EXPECT_EQ(tree.Read(project), "{\"pcbnew\": {\"page_layout_descr_file\": \"../b.kicad_wks\"}}");
 }
 
 TEST_F(KicadProject, AModelThatShowsComesWithTheSolidsThatKicadExportsInItsPlace)
