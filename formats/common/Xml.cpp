@@ -5,7 +5,7 @@
 #ifndef XML_DTD
 #define XML_DTD // declares the limits for entities
 #endif
-#include <expat.h>
+#include "XmlMemory.h"
 
 #include <algorithm>
 #include <exception>
@@ -44,6 +44,54 @@ void RequireBytesOfUtf8(std::string_view text)
     if (start.starts_with("\xFE\xFF") || start.starts_with("\xFF\xFE") ||
         start.find('\0') != std::string_view::npos)
         throw FormatError("the document is not encoded as UTF-8", 0);
+}
+
+/// Behind the next `mark`, or the end.
+std::size_t Behind(std::string_view document, std::string_view mark, std::size_t at)
+{
+    const std::size_t found = document.find(mark, at);
+    return found == std::string_view::npos ? document.size() : found + mark.size();
+}
+
+/// Behind the tag that begins at `begin`.
+std::size_t BehindTag(std::string_view document, std::size_t begin)
+{
+    std::size_t attributes = 0;
+    std::size_t at = document.find_first_of("\"'=>", begin);
+    while (at < document.size() && document[at] != '>') {
+        const char c = document[at++];
+        if (c != '=')
+            at = Behind(document, {&c, 1}, at);
+        else if (++attributes > MaxXmlAttributes)
+            throw FormatError(
+                "a tag with more than " + std::to_string(MaxXmlAttributes) + " attributes", begin);
+        at = document.find_first_of("\"'=>", at);
+    }
+    return Behind(document, ">", at);
+}
+
+/// The parser takes all attributes of a tag apart before it tells of any.
+void RequireFewAttributes(std::string_view document)
+{
+    std::size_t at = document.find('<');
+    while (at < document.size()) {
+        const std::string_view rest = document.substr(at);
+        if (rest.starts_with("<!--"))
+            at = Behind(document, "-->", at);
+        else if (rest.starts_with("<![CDATA["))
+            at = Behind(document, "]]>", at);
+        else if (rest.starts_with("<?"))
+            at = Behind(document, "?>", at);
+        else // what stands inside of a document type is looked at one by one
+            at = rest.starts_with("<!") ? at + 1 : BehindTag(document, at);
+        at = document.find('<', at);
+    }
+}
+
+void RequireShortName(std::string_view name, std::size_t position)
+{
+    if (name.size() > MaxXmlName)
+        throw FormatError("a name of more than " + std::to_string(MaxXmlName) + " bytes", position);
 }
 
 /// The attributes of a start tag, which the parser has found well-formed.
@@ -138,14 +186,17 @@ private:
     };
     std::string_view m_document;
     XmlVisitor& m_visitor;
+    XmlMemory m_memory;
     std::unique_ptr<XML_ParserStruct, Freer> m_parser;
     std::exception_ptr m_failure;
     std::size_t m_depth = 0;
 };
 
 Reader::Reader(std::string_view document, XmlVisitor& visitor)
-    : m_document(document), m_visitor(visitor), m_parser(XML_ParserCreate("UTF-8"))
+    : m_document(document), m_visitor(visitor), m_memory(document.size())
 {
+    const XML_Memory_Handling_Suite memory = XmlMemory::Functions();
+    m_parser.reset(XML_ParserCreate_MM("UTF-8", &memory, nullptr));
     if (!m_parser)
         throw std::bad_alloc();
     XML_SetUserData(m_parser.get(), this);
@@ -165,6 +216,9 @@ void Reader::Run()
     const XML_Status status = XML_Parse(m_parser.get(), m_document.data(), size, XML_TRUE);
     if (m_failure)
         std::rethrow_exception(m_failure);
+    if (m_memory.IsExhausted())
+        throw FormatError("more names, attributes and entities than the memory for them holds",
+                          Position());
     if (status != XML_STATUS_OK)
         throw FormatError(XML_ErrorString(XML_GetErrorCode(m_parser.get())), Position());
 }
@@ -178,11 +232,13 @@ XmlElement Reader::Element(const char* name, const char** attributes) const
     // Names and values come in pairs; those that the document type adds are the last.
     const auto texts = static_cast<std::size_t>(XML_GetSpecifiedAttributeCount(m_parser.get()));
     element.attributes.resize(texts / 2);
+    RequireShortName(element.name, element.begin);
     TagScanner scanner(m_document.substr(0, element.end), element.begin);
     for (std::size_t i = 0; i < element.attributes.size(); ++i) {
         XmlAttribute& attribute = element.attributes[i];
         if (!scanner.Next(attribute) || attribute.name != attributes[2 * i])
             throw FormatError("a tag that cannot be taken apart", element.begin);
+        RequireShortName(attribute.name, element.begin);
         attribute.value = attributes[2 * i + 1];
     }
     return element;
@@ -261,6 +317,7 @@ void XmlVisitor::Instruction(std::string_view, std::size_t, std::size_t) {}
 void ReadXml(std::string_view text, XmlVisitor& visitor)
 {
     RequireBytesOfUtf8(text);
+    RequireFewAttributes(text);
     Reader(text, visitor).Run();
 }
 

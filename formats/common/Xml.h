@@ -7,22 +7,23 @@
 
 namespace Halvern::Formats {
 
-/// An attribute as it was written into a tag.
+/// An attribute as it was written into a tag. Name and value are gone when the visitor returns.
 struct XmlAttribute
 {
     /// With its prefix.
-    std::string name;
+    std::string_view name;
     /// Decoded, entities of the document included.
-    std::string value;
+    std::string_view value;
     /// The bytes between the quotation marks.
     std::size_t begin = 0;
     std::size_t end = 0;
 };
 
+/// Name, too, is gone when the visitor returns.
 struct XmlElement
 {
     /// With its prefix.
-    std::string name;
+    std::string_view name;
     /// Those of the tag; defaults of a document type are not among them.
     std::vector<XmlAttribute> attributes;
     /// The start tag's bytes, the angle brackets included.
@@ -51,13 +52,18 @@ public:
 /// deeper than MaxXmlNesting is a FormatError whose position counts in `text`; exceptions of the
 /// visitor come through. Entities are replaced in attributes only, never in contents, and nothing
 /// outside the text is ever read. Entities that make more than twice the document of it, and more
-/// than 8 MiB, are a FormatError, too. Another encoding than UTF-8 may be announced for ASCII.
+/// than 8 MiB, are a FormatError, too, as are the limits below. Another encoding than UTF-8 may be
+/// announced for ASCII.
 ///
 /// Requires: `text` is no longer than MaxXmlSize.
 void ReadXml(std::string_view text, XmlVisitor& visitor);
 
 inline constexpr std::size_t MaxXmlNesting = 512;
 inline constexpr std::size_t MaxXmlSize = std::size_t(256) << 20;
+/// Of an element or an attribute, in bytes.
+inline constexpr std::size_t MaxXmlName = 4096;
+/// In one tag.
+inline constexpr std::size_t MaxXmlAttributes = 500'000;
 
 /// Character data with the places that its bytes come from.
 struct XmlText

@@ -64,7 +64,11 @@ class Decoder
 public:
     Decoder(std::string_view document, std::size_t begin, std::size_t end)
         : m_document(document.substr(0, end)), m_at(begin)
-    {}
+    {
+        // Text is never longer than what it is written with.
+        m_result.text.reserve(end - begin);
+        m_result.places.reserve(end - begin + 1);
+    }
 
     XmlText Run()
     {

@@ -11,6 +11,8 @@ namespace Halvern::Formats::Freecad {
 
 namespace {
 
+constexpr std::size_t MaxText = std::size_t(64) << 10;
+
 /// Templates, hatchings and the like that come with the program or an add-on: every installation
 /// has its own, below a folder named after the program.
 bool IsInstalledFile(std::string path)
@@ -22,6 +24,16 @@ bool IsInstalledFile(std::string path)
     if (program == std::string::npos) // an AppImage: of its name there are six letters
         program = path.find("/.mount_freeca");
     return program != std::string::npos && path.find("/mod/", program) != std::string::npos;
+}
+
+/// The texts that ids and paths are made of. What is longer could not be handed out, and copies of
+/// it would fill the memory first.
+std::string ShortText(const XmlElement& element, std::string_view attribute)
+{
+    const std::string_view text = element.Value(attribute);
+    if (text.size() > MaxText)
+        throw FormatError("a text of more than 64 KiB where a name is due", element.begin);
+    return std::string(text);
 }
 
 bool IsAddress(std::string_view path)
@@ -76,16 +88,20 @@ public:
 private:
     void EnterObject(const XmlElement& element)
     {
-        m_object = element.Value("name");
+        m_object = ShortText(element, "name");
         m_objectDepth = m_depth;
-        if (const XmlAttribute* type = element.Find("type"))
-            m_objectTypes[m_object] = type->value;
+        if (!element.Find("type"))
+            return;
+        m_objectTypes[m_object] = ShortText(element, "type");
+        if (m_objectTypes.size() > MaxObjects)
+            throw FormatError("more than " + std::to_string(MaxObjects) + " objects",
+                              element.begin);
     }
 
     void EnterProperty(const XmlElement& element)
     {
-        m_property = element.Value("name");
-        m_propertyType = element.Value("type");
+        m_property = ShortText(element, "name");
+        m_propertyType = ShortText(element, "type");
         m_propertyDepth = m_depth;
         m_linksOfProperty = 0;
     }
@@ -121,7 +137,7 @@ private:
         if (!value || value->value.empty() || !HoldsFileName())
             return;
         ++m_linksOfProperty;
-        if (!IsAddress(value->value) && !IsInstalledFile(value->value))
+        if (!IsAddress(value->value) && !IsInstalledFile(std::string(value->value)))
             Add(*value, PathKind::FromWorkingFolder);
     }
 
@@ -129,12 +145,15 @@ private:
     {
         if (m_links.size() == MaxLinks)
             throw FormatError("more than " + std::to_string(MaxLinks) + " links", attribute.begin);
+        if (attribute.value.size() > MaxText)
+            throw FormatError("a path of more than 64 KiB", attribute.begin);
         std::string id = m_idStart + m_object + '.' + m_property;
         if (m_linksOfProperty > 1)
             id += '#' + std::to_string(m_linksOfProperty);
         // Here rather than when the links are handed out: long names would fill the memory first.
         LinkUnits("id", id, id);
-        m_links.push_back({std::move(id), attribute.value, kind, attribute.begin, attribute.end});
+        m_links.push_back(
+            {std::move(id), std::string(attribute.value), kind, attribute.begin, attribute.end});
     }
 
     const std::string m_idStart;

@@ -29,8 +29,9 @@ struct FoundLink
     std::size_t end;
 };
 
-/// More links than this are refused rather than kept.
+/// More links or objects than these are refused rather than kept.
 inline constexpr std::size_t MaxLinks = 1'000'000;
+inline constexpr std::size_t MaxObjects = 1'000'000;
 
 /// The links of Document.xml or GuiDocument.xml, in the order of the text. `idStart` goes before
 /// each id, to tell the links of the two files apart. Throws FormatError; positions count in `xml`.

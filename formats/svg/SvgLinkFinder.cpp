@@ -16,6 +16,11 @@ namespace Halvern::Formats::Svg {
 
 namespace {
 
+/// No longer address names a file: a link can have 259 characters, each of them encoded with at
+/// most nine, and whatever stands behind a "#".
+constexpr std::size_t MaxAddress = std::size_t(64) << 10;
+constexpr std::size_t MaxAbsoluteName = 4 * MaxLinkUnits;
+
 std::string_view LocalName(std::string_view name)
 {
     return name.substr(name.find(':') + 1);
@@ -52,13 +57,14 @@ class Collector
 public:
     std::vector<UriReference> Take() { return std::move(m_references); }
 
-    void PassOver(const std::string& id) { m_counter.Next(id); }
+    /// For an address that needs no look at its bytes, being no link.
+    void PassOver(const std::string& id) { NextId(id); }
 
     /// An address as it was read, and its text with the place of every byte.
     UriReference* AddUri(const std::string& id, std::string_view uri, const XmlText& text)
     {
         const Span part = PathPart(uri);
-        const std::string name = m_counter.Next(id);
+        const std::string name = NextId(id);
         const std::string_view path = uri.substr(part.begin, part.end - part.begin);
         if (!IsLinkUri(path))
             return nullptr;
@@ -77,7 +83,7 @@ public:
     {
         for (const CssLink& link : FindCssLinks(css.text)) {
             const Span part = PathPart(link.uri);
-            const std::string name = m_counter.Next(id + '/' + std::string(link.kind));
+            const std::string name = NextId(id + '/' + std::string(link.kind));
             const std::string path = link.uri.substr(part.begin, part.end - part.begin);
             if (!IsLinkUri(path))
                 continue;
@@ -89,6 +95,13 @@ public:
     }
 
 private:
+    std::string NextId(const std::string& id)
+    {
+        if (m_counter.Size() > MaxReferences)
+            throw FormatError("more than " + std::to_string(MaxReferences) + " addresses");
+        return m_counter.Next(id);
+    }
+
     UriReference& Add(const std::string& id, std::string_view path, std::size_t position)
     {
         if (m_references.size() == MaxReferences)
@@ -133,7 +146,7 @@ public:
             return;
         m_styleDepth = 0;
         if (begin > m_styleBegin)
-            StyleSheet(m_styleBegin, begin);
+            StyleSheet(m_stylePlace, m_styleBegin, begin);
     }
 
     void Instruction(std::string_view target, std::size_t begin, std::size_t end) override
@@ -143,40 +156,55 @@ public:
     }
 
 private:
-    /// Of a tag with both "href" and "xlink:href" only one rewrites it.
+    /// Which a tag with both "href" and "xlink:href" has for both; only one of them rewrites it.
     struct AbsoluteName
     {
         const XmlAttribute* attribute;
-        bool isTaken = false;
+        int uses = 0;
     };
 
     void Attribute(const std::string& place, const XmlAttribute& attribute, AbsoluteName& absolute)
     {
-        const std::string id = place + '/' + attribute.name;
+        const std::string id = place + '/' + std::string(attribute.name);
         if (LocalName(attribute.name) == "href")
             Reference(id, attribute, absolute);
         else if (HoldsCss(attribute))
-            m_collector.AddCss(id, DecodeXmlText(m_xml, attribute.begin, attribute.end));
+            StyleSheet(id, attribute.begin, attribute.end);
     }
 
     void Reference(const std::string& id, const XmlAttribute& attribute, AbsoluteName& absolute)
     {
-        if (attribute.value.starts_with("data:")) // often megabytes
+        if (IsNoLink(attribute.value, attribute.begin, attribute.end))
             return m_collector.PassOver(id);
         const XmlText text = DecodeXmlText(m_xml, attribute.begin, attribute.end);
         UriReference* reference = m_collector.AddUri(id, attribute.value, text);
-        if (!reference || !absolute.attribute || absolute.attribute->value.empty())
+        if (!reference || !absolute.attribute || absolute.attribute->value.empty() ||
+            absolute.attribute->value.size() > MaxAbsoluteName || absolute.uses == 2)
             return;
         reference->absolutePath = absolute.attribute->value;
-        if (!std::exchange(absolute.isTaken, true))
+        if (absolute.uses++ == 0)
             reference->absoluteSpan = {absolute.attribute->begin, absolute.attribute->end};
     }
 
-    void StyleSheet(std::size_t begin, std::size_t end)
+    /// Tells by the mere look of an address, which often holds a picture of megabytes; FormatError
+    /// for one that is too long.
+    static bool IsNoLink(std::string_view uri, std::size_t begin, std::size_t end)
+    {
+        if (uri.starts_with("data:"))
+            return true;
+        if (end - begin <= MaxAddress)
+            return false;
+        const Span path = PathPart(uri);
+        if (IsLinkUri(uri.substr(path.begin, path.end - path.begin)))
+            throw FormatError("an address of more than 64 KiB", begin);
+        return true;
+    }
+
+    void StyleSheet(const std::string& id, std::size_t begin, std::size_t end)
     {
         if (end - begin > MaxStyleSheet)
             throw FormatError("a style sheet of more than 16 MiB", begin);
-        m_collector.AddCss(m_stylePlace, DecodeXmlText(m_xml, begin, end));
+        m_collector.AddCss(id, DecodeXmlText(m_xml, begin, end));
     }
 
     /// The address is written like an attribute, but is none for a reader of XML.
@@ -195,7 +223,10 @@ private:
                 return;
             std::string_view name = data.substr(at, equals - at);
             name = name.substr(0, name.find_last_not_of(blanks) + 1);
-            if (name == "href") {
+            const std::string_view address = data.substr(open + 1, close - open - 1);
+            if (name == "href" && IsNoLink(address, open + 1, close)) {
+                m_collector.PassOver("xml-stylesheet/href");
+            } else if (name == "href") {
                 const XmlText text = DecodeXmlText(m_xml, open + 1, close);
                 m_collector.AddUri("xml-stylesheet/href", text.text, text);
             }

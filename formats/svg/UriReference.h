@@ -51,6 +51,8 @@ class IdCounter
 {
 public:
     std::string Next(const std::string& id);
+    /// How many ids it knows.
+    std::size_t Size() const { return m_counts.size(); }
 
 private:
     std::map<std::string, std::size_t> m_counts;

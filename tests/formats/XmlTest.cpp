@@ -17,9 +17,9 @@ public:
 
     void Start(const XmlElement& element) override
     {
-        log += '+' + element.name + '[' + Between(element.begin, element.end) + ']';
+        log += '+' + std::string(element.name) + '[' + Between(element.begin, element.end) + ']';
         for (const XmlAttribute& attribute : element.attributes)
-            log += ' ' + attribute.name + '=' + attribute.value + '{' +
+            log += ' ' + std::string(attribute.name) + '=' + std::string(attribute.value) + '{' +
                    Between(attribute.begin, attribute.end) + '}';
         log += '\n';
     }
@@ -164,6 +164,40 @@ TEST(XmlPlaces, ALargeDocumentMayNotMakeItsEntitiesLarger)
     EXPECT_TRUE(Log(document).starts_with("limit on input amplification factor"));
     EXPECT_TRUE(Log("<!DOCTYPE a [<!ENTITY e 'xxxxxxxxxx'>]><a b='&e;&e;&e;&e;&e;&e;&e;&e;'/>")
                     .starts_with("+a["));
+}
+
+TEST(XmlPlaces, AttributesOfATagAndLengthsOfNamesAreBounded)
+{
+    const auto tag = [](std::size_t attributes) {
+        std::string text = "<!DOCTYPE a [<!-- don't --><!ENTITY e '<b>'>]><!-- <b \" --><?p <b '?>"
+                           "<a><![CDATA[<b ']]><c";
+        for (std::size_t i = 0; i < attributes; ++i)
+            text += " a" + std::to_string(i) + "='>='";
+        return text + "/></a>";
+    };
+    EXPECT_TRUE(Log(tag(MaxXmlAttributes)).ends_with("-a[</]\n"));
+    EXPECT_EQ(Log(tag(MaxXmlAttributes + 1)),
+              "a tag with more than 500000 attributes @" + std::to_string(tag(0).find("<c")));
+    const std::string name(MaxXmlName, 'n');
+    EXPECT_TRUE(Log('<' + name + ' ' + name + "='1'/>").starts_with("+n"));
+    EXPECT_EQ(Log('<' + name + "n/>"), "a name of more than 4096 bytes @0");
+    EXPECT_EQ(Log("<a " + name + "n='1'/>"), "a name of more than 4096 bytes @0");
+}
+
+TEST(XmlPlaces, WhatTheParserKeepsIsBounded)
+{
+    const auto many = [](const std::string& begin, const char* end) {
+        std::string text;
+        for (int i = 0; i < 600'000; ++i)
+            text.append(begin).append(100, 'n').append(std::to_string(i)).append(end);
+        return text;
+    };
+    const std::string message =
+        "more names, attributes and entities than the memory for them holds @";
+    const auto withType = [](const std::string& type) { return "<!DOCTYPE a [" + type + "]><a/>"; };
+    EXPECT_TRUE(Log(withType(many("<!ENTITY ", " ''>"))).starts_with(message));
+    EXPECT_TRUE(Log(withType(many("<!ATTLIST a ", " CDATA #IMPLIED>"))).starts_with(message));
+    EXPECT_TRUE(Log("<a>" + many("<", "/>") + "</a>").starts_with(message));
 }
 
 TEST(XmlPlaces, AsciiIsReadUnderTheNameOfEveryEncodingThatHoldsIt)

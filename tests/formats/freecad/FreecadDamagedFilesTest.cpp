@@ -54,6 +54,12 @@ TEST_F(DamagedFreecad, WhatIsWrongWithADocumentIsReported)
         {"a path that is too long",
          xml(Document(Property("A", "XLink", XLink(QByteArray(300, 'x'))))),
          "the path of link Part.A has 300 characters; a link can have 259"},
+        {"a path that is much too long",
+         xml(Document(Property("A", "XLink", XLink(QByteArray(70'000, 'x'))))),
+         "Document.xml: a path of more than 64 KiB at its byte 475"},
+        {"a name that is much too long",
+         xml(Document(Property(QByteArray(70'000, 'n'), "XLink", XLink("a.FCStd")))),
+         "Document.xml: a text of more than 64 KiB where a name is due at its byte 405"},
         {"a name that is too long",
          xml(Document(Property(QByteArray(300, 'n'), "XLink", XLink("a.FCStd")))),
          "Document.xml: the id of link Part." + std::string(300, 'n') +
@@ -69,6 +75,15 @@ TEST_F(DamagedFreecad, ADocumentLargerThanTheLimitIsRefusedUnread)
     const QByteArray size = LittleEndian((256U << 20) + 1);
     lie = With(With(lie, 22, size), lie.indexOf("PK\1\2") + 24, size);
     EXPECT_EQ(Failure(lie), "Document.xml has 268435457 bytes, more than 268435456 (byte 0)");
+}
+
+TEST_F(DamagedFreecad, MoreObjectsThanCanBeKeptAreRefused)
+{
+    QByteArray text = "<Document>";
+    for (int i = 0; i <= 1'000'000; ++i)
+        text += "<Object type='' name='" + QByteArray::number(i) + "'/>";
+    EXPECT_TRUE(Failure(Zip({{"Document.xml", text + "</Document>"}}))
+                    .starts_with("Document.xml: more than 1000000 objects at its byte "));
 }
 
 TEST_F(DamagedFreecad, ADocumentCutAnywhereIsReported)

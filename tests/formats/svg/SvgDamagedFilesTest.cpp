@@ -61,8 +61,30 @@ TEST_F(DamagedSvg, AHugeStyleIsRefused)
 {
     EXPECT_EQ(Failure("<svg><style>" + QByteArray((16 << 20) + 1, ' ') + "</style></svg>"),
               "a style sheet of more than 16 MiB (byte 12)");
+    EXPECT_EQ(Failure("<svg style='" + QByteArray((16 << 20) + 1, ' ') + "'/>"),
+              "a style sheet of more than 16 MiB (byte 12)");
     EXPECT_EQ(Failure(QByteArray((16 << 20) + 1, ' '), "a.css"),
               "a style sheet of more than 16 MiB");
+}
+
+TEST_F(DamagedSvg, AnAddressThatIsTooLongForAnyLinkIsRefusedAndAPictureIsNot)
+{
+    const QByteArray longText(70'000, 'a');
+    EXPECT_EQ(Failure("<svg><image href='" + longText + "'/></svg>"),
+              "an address of more than 64 KiB (byte 18)");
+    EXPECT_EQ(Failure("<?xml-stylesheet href='" + longText + "'?><svg/>"),
+              "an address of more than 64 KiB (byte 23)");
+    EXPECT_EQ(LinksOf("<image href='data:" + longText + "'/><image href=' data:" + longText +
+                      "'/><image href='#" + longText + "'/><image href='a.png'/>"),
+              (Links{LinkTo(u"image/href#4", u"a.png")}));
+}
+
+TEST_F(DamagedSvg, TooManyAddressesAreRefused)
+{
+    QByteArray text = "<svg>";
+    for (int i = 0; i <= 1'000'001; ++i)
+        text += "<a id='" + QByteArray::number(i) + "' href='#'/>";
+    EXPECT_EQ(Failure(text + "</svg>"), "more than 1000000 addresses");
 }
 
 TEST_F(DamagedSvg, AStyleSheetThatIsNoUtf8IsRefused)
