@@ -60,7 +60,7 @@ void TellHowItEnded(const ImportReport& report, const ImportJob& job, Console& c
 
 ImportReport Import(const ImportOptions& options, const LogSetup& log, ImportJob& job)
 {
-    const QStringList sources = CheckedSources(options.sources);
+    const QStringList sources = CheckedSources(ExpandPatterns(options.sources));
     // Asked before anything is moved away.
     const QList<FileOutcome> leftOut = LeftOut(sources);
     job.Plan(sources, CheckedTarget(options.to));

@@ -3,6 +3,7 @@
 #include "Cancellation.h"
 #include "Console.h"
 #include "Paths.h"
+#include "Platform.h"
 #include "Reasons.h"
 #include "Report.h"
 #include "Session.h"
@@ -154,7 +155,7 @@ ExitCode ResultOf(const FileLinks& result)
 ExitCode RunLinks(const LinksOptions& options, const CommonOptions& common, const LogSetup& log,
                   Console& console)
 {
-    const QStringList files = CheckedFiles(options.files);
+    const QStringList files = CheckedFiles(ExpandPatterns(options.files));
     const QTemporaryDir folder;
     if (!folder.isValid())
         throw CommandError(ExitCode::Failed, folder.errorString());

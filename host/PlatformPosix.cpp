@@ -35,4 +35,9 @@ QString CommonDataFolder()
     return QStringLiteral("/usr/share");
 }
 
+QStringList ExpandPatterns(const QStringList& arguments)
+{
+    return arguments;
+}
+
 } // namespace Halvern::Host
