@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Compares the tests that ran under Wine (the last ./test --windows) with those of the Linux build (the
 # last ./test), and both with docs/platforms.md, which has to give a reason for each test that only
-# one of them has.
+# one of them has, and the number of tests that each runs.
 #
 #   check-platforms.sh           fails when the table is not complete or says too much
 #   check-platforms.sh --list    prints the tests that only one system has
@@ -35,6 +35,10 @@ missing=$(comm -23 "$work/one" "$work/table")
 extra=$(comm -13 "$work/one" "$work/table")
 [ -z "$missing" ] || { echo "Not in docs/platforms.md:"; echo "$missing"; } >&2
 [ -z "$extra" ] || { echo "In docs/platforms.md, but not so:"; echo "$extra"; } >&2
-echo "$(wc -l <"$work/linux") tests on Linux, $(wc -l <"$work/windows") on Windows," \
-    "$(comm -12 "$work/linux" "$work/windows" | wc -l) of them the same."
-[ -z "$missing$extra" ]
+number() { wc -l <"$work/$1" | sed ':next; s/\B[0-9]\{3\}\>/,&/; t next'; }
+totals="$(number linux) tests run on Linux and $(number windows) on Windows"
+wrong=
+grep -qF "$totals" docs/platforms.md || wrong="docs/platforms.md has to say: $totals"
+[ -z "$wrong" ] || echo "$wrong" >&2
+echo "$totals, $(comm -12 "$work/linux" "$work/windows" | wc -l) of them the same."
+[ -z "$missing$extra$wrong" ]

@@ -19,9 +19,9 @@ prefixes=()
 sudo=
 [ "$(id -u)" -eq 0 ] || sudo=sudo
 
-install_packages g++-mingw-w64-x86-64-posix cmake ninja-build make dpkg-dev tcl xz-utils \
-    qt6-base-dev qt6-base-dev-tools googletest libcli11-dev rapidjson-dev pkg-config \
-    zlib1g-dev libzip-dev libzstd-dev libexpat1-dev
+# The versions to build are those of the native packages.
+install_packages "${packages[@]}" g++-mingw-w64-x86-64-posix make dpkg-dev tcl xz-utils \
+    qt6-base-dev-tools googletest
 
 fail() {
     echo "windows/dependencies.sh: $1" >&2
