@@ -1,9 +1,18 @@
 # The zip for Windows users; windows/package.sh makes it.
 #
+#   README.txt
 #   bin/       corsync.exe, every DLL that it needs, SyncPlugins/ and SyncPluginRegFiles/
+#   docs/      what users, host programmers and plug-in authors read
+#   examples/  programs that build against what is in the zip
 #   include/   the public headers
 #   lib/       import libraries for host programmers
 #   licences/  the licence texts of everything that is in the zip
+
+configure_file(windows/README.txt ${CMAKE_BINARY_DIR}/README.txt @ONLY NEWLINE_STYLE WIN32)
+install(FILES ${CMAKE_BINARY_DIR}/README.txt DESTINATION .)
+install(FILES docs/operations.md docs/formats.md docs/embedding.md docs/plugin-authors.md CHANGELOG.md
+        DESTINATION docs)
+install(DIRECTORY examples/host examples/plugin-template DESTINATION examples)
 
 # The dependencies keep theirs beside what they install.
 foreach(prefix IN LISTS CORSYNC_WINDOWS_PREFIXES)
