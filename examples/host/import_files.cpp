@@ -32,9 +32,16 @@ bool IsInPlace(const FileMapping& file)
     return file.HasFlagAny(FileMapping::Copied | FileMapping::Unchanged);
 }
 
+/// A lone file would get the folder's name if there were no such folder.
+void MakeFolder(const QString& folder)
+{
+    QDir(FolderManager::GetInstance()->GetCloudCacheFolderPath(true)).mkpath(folder);
+}
+
 /// False when a file that was asked for is missing from the cloud cache folder.
 bool Import(const QStringList& sources, const QString& folder)
 {
+    MakeFolder(folder);
     FileLinkImporter importer;
     QObject::connect(
         &importer, &FileLinkImporter::FileCopied,
