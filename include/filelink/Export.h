@@ -2,6 +2,10 @@
 
 #include <QtCore/QtGlobal>
 
+#ifdef _MSC_VER
+#error "Visual C++ lays objects out differently: use the mingw-w64 GCC, see docs/embedding.md"
+#endif
+
 #ifdef FILELINK_BUILD
 #define FILELINK_EXPORT Q_DECL_EXPORT
 #else

@@ -9,6 +9,10 @@
 /// and is described by a registration file "*.syncplugin". It must be built with the compiler
 /// object layout and the shared runtime library of the host.
 
+#ifdef _MSC_VER
+#error "Visual C++ lays objects out differently: use the mingw-w64 GCC, see docs/plugin-authors.md"
+#endif
+
 #include "syncplugin/IFileLayout.h"
 #include "syncplugin/IFileLinkResolver.h"
 

@@ -2,6 +2,10 @@
 
 #include <QtCore/QtGlobal>
 
+#ifdef _MSC_VER
+#error "Visual C++ lays objects out differently: use the mingw-w64 GCC, see docs/embedding.md"
+#endif
+
 #ifdef SYNCSERVICES_BUILD
 #define SYNCSERVICES_EXPORT Q_DECL_EXPORT
 #else
