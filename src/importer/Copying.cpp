@@ -102,6 +102,13 @@ bool FileLinkImporterImp::CreateFolder(const QString& path, bool hidden)
 {
     if (path.isEmpty())
         return false;
+    const QString forbidden = WhyForbidden(path);
+    if (!forbidden.isEmpty()) {
+        FILELINK_LOG(
+            LogLevel::Error,
+            QStringLiteral("Failed to create folder %1. Error: %2").arg(path).arg(forbidden));
+        return false;
+    }
     const QDir folder(path);
     if (folder.exists())
         return true;

@@ -25,6 +25,16 @@ void SaveBaseFile(const QString& path)
         manager->SaveBaseFile(path.toStdWString().c_str());
 }
 
+void LogCopyFailure(const QString& source, const QString& target, const QString& error,
+                    const char* operation)
+{
+    FILELINK_LOG_FOR(operation, LogLevel::Error,
+                     QStringLiteral("Failed to copy file %1 to %2. Error: %3")
+                         .arg(source)
+                         .arg(target)
+                         .arg(error));
+}
+
 } // namespace
 
 /// An existing target is parked under a temporary name, the copy takes its place, and only then is
@@ -46,6 +56,12 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
                          .arg(target));
         return false;
     }
+    // Before anything is made or put aside: the system would do that to the file "a" for "a.".
+    QString error = WhyForbidden(target);
+    if (!error.isEmpty()) {
+        LogCopyFailure(source, target, error, FILELINK_FUNCTION);
+        return false;
+    }
     if (QFileInfo(target).isDir() || !MakeParentFolder(target, FILELINK_FUNCTION))
         return false;
     QString parked;
@@ -60,12 +76,8 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
         }
         parked = ParkExistingFile(target, FILELINK_FUNCTION);
     }
-    QString error;
     if (!CopyFileBytes(source, target, &error)) {
-        FILELINK_LOG(LogLevel::Error, QStringLiteral("Failed to copy file %1 to %2. Error: %3")
-                                          .arg(source)
-                                          .arg(target)
-                                          .arg(error));
+        LogCopyFailure(source, target, error, FILELINK_FUNCTION);
         return false;
     }
     if (deleteSource && !DeleteMovedSource(source, target, FILELINK_FUNCTION))

@@ -37,6 +37,11 @@ void RestoreReadOnly(const QString& path, ReadOnlyState state, QFile::Permission
 /// Windows: sets the hidden attribute. POSIX: the name says it already.
 void HideFolder(const QString& path);
 
+/// Why no file or folder of this path can be made: one of its parts is a name that the system
+/// forbids or takes for another one ("a." for "a"). Empty when there is no such part; on POSIX
+/// always.
+QString WhyForbidden(const QString& path);
+
 /// True when another program holds the file. False for a file that does not exist, is read-only,
 /// or cannot be asked. The probe leaves times and attributes as they were.
 ///
@@ -46,7 +51,8 @@ bool IsFileLocked(const QString& path);
 
 /// Copies a regular file's bytes, permissions and modification time to a name that does not exist
 /// yet; the name appears only when the copy is complete. Shares blocks where the file system can.
-/// The data is not flushed. False with `error`, and nothing left behind, on failure.
+/// The data is not flushed. False with `error`, and nothing left behind, on failure. A process that
+/// is killed may leave a file .copy-... in the target's folder.
 [[nodiscard]] bool CopyFileBytes(const QString& source, const QString& target, QString* error);
 
 /// Waits until a file's data and its name are on the disk. False with `error` when the system could

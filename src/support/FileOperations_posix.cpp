@@ -268,6 +268,11 @@ void RestoreReadOnly(const QString& path, ReadOnlyState state, QFile::Permission
 
 void HideFolder(const QString&) {}
 
+QString WhyForbidden(const QString&)
+{
+    return {};
+}
+
 bool IsFileLocked(const QString& path)
 {
     if (!IsWritable(path))

@@ -3,7 +3,9 @@
 #include "support/WindowsNames.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QFileInfo>
+#include <QtCore/QRandomGenerator>
 
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -18,6 +20,9 @@ namespace Halvern::FileLink {
 namespace {
 
 constexpr int PathBuffer = 260;
+// Scanners and indexers open what was just written, and let it go again within moments.
+constexpr int PatienceMs = 2000;
+constexpr DWORD PauseMs = 25;
 
 const wchar_t* Wide(const QString& text)
 {
@@ -27,6 +32,90 @@ const wchar_t* Wide(const QString& text)
 QString Native(const QString& path)
 {
     return WindowsApiPath(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+}
+
+/// An open file or nothing; closed at the end of its life.
+class Handle
+{
+public:
+    Handle(const QString& native, DWORD access)
+        : m_handle(::CreateFileW(Wide(native), access,
+                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr))
+    {}
+    ~Handle()
+    {
+        if (*this)
+            ::CloseHandle(m_handle);
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    HANDLE Get() const { return m_handle; }
+    explicit operator bool() const { return m_handle != INVALID_HANDLE_VALUE; }
+
+private:
+    HANDLE m_handle;
+};
+
+/// Calls `operation` again for a while as long as it fails because another program has the file.
+/// The last failure is the system's last error.
+template <typename Operation>
+bool WithPatience(Operation operation)
+{
+    QElapsedTimer waited;
+    waited.start();
+    for (;;) {
+        if (operation())
+            return true;
+        const DWORD failure = ::GetLastError();
+        if ((failure != ERROR_SHARING_VIOLATION && failure != ERROR_ACCESS_DENIED) ||
+            waited.elapsed() >= PatienceMs) {
+            ::SetLastError(failure);
+            return false;
+        }
+        ::Sleep(PauseMs);
+    }
+}
+
+/// The system's text for its last error.
+QString LastError()
+{
+    return qt_error_string(int(::GetLastError())).trimmed();
+}
+
+bool Exists(const QString& native)
+{
+    return ::GetFileAttributesW(Wide(native)) != INVALID_FILE_ATTRIBUTES;
+}
+
+/// A name that is free in the folder of `target`, and says nothing of the target's own, which may
+/// be as long as names can be.
+QString TemporaryBeside(const QString& target)
+{
+    const QString folder = QFileInfo(target).absolutePath();
+    QString native;
+    do
+        native = Native(QStringLiteral("%1/.copy-%2")
+                            .arg(folder)
+                            .arg(QRandomGenerator::global()->generate(), 8, 16, QChar(u'0')));
+    while (Exists(native));
+    return native;
+}
+
+void RemoveTemporary(const QString& native)
+{
+    // The copy of a read-only file is read-only, and such a file is not deleted.
+    ::SetFileAttributesW(Wide(native), FILE_ATTRIBUTE_NORMAL);
+    ::DeleteFileW(Wide(native));
+}
+
+/// Writes a file's times back as they were. The runtime's function knows whole seconds only.
+void RestoreTimes(const QString& native, const WIN32_FILE_ATTRIBUTE_DATA& before)
+{
+    const Handle file(native, FILE_WRITE_ATTRIBUTES);
+    if (file)
+        ::SetFileTime(file.Get(), nullptr, &before.ftLastAccessTime, &before.ftLastWriteTime);
 }
 
 } // namespace
@@ -89,8 +178,12 @@ bool IsFileLocked(const QString& path)
     if (!QFileInfo::exists(path) || !IsWritable(path))
         return false;
     const QString native = Native(path);
-    struct _stat64i32 status;
-    if (::_wstat64i32(Wide(native), &status) != 0)
+    WIN32_FILE_ATTRIBUTE_DATA before;
+    if (!::GetFileAttributesExW(Wide(native), GetFileExInfoStandard, &before))
+        return false;
+    struct _stat64i32 status = {};
+    const bool isForRuntime = RuntimeTakesPath(native);
+    if (isForRuntime && ::_wstat64i32(Wide(native), &status) != 0)
         return false;
     const DWORD attributes = ::GetFileAttributesW(Wide(native));
     if (attributes == INVALID_FILE_ATTRIBUTES)
@@ -99,28 +192,46 @@ bool IsFileLocked(const QString& path)
     if (!file.open(QIODevice::Append))
         return true;
     file.close();
-    // The runtime takes the bytes in the ANSI code page, so that this misses paths with characters
-    // outside it; opening alone leaves the times as they are.
-    struct __utimbuf64 times = {status.st_atime, status.st_mtime};
-    ::_utime64(path.toUtf8().constData(), &times);
+    if (isForRuntime) {
+        // The runtime takes the bytes in the ANSI code page, so that this misses paths with
+        // characters outside it.
+        struct __utimbuf64 times = {status.st_atime, status.st_mtime};
+        ::_utime64(path.toUtf8().constData(), &times);
+    }
+    RestoreTimes(native, before);
     ::SetFileAttributesW(Wide(native), attributes);
     return false;
 }
 
+QString WhyForbidden(const QString& path)
+{
+    // Joined as text: the system's own way to make a path absolute drops dots and blanks at its
+    // end.
+    const QString forbidden =
+        ForbiddenWindowsName(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+    return forbidden.isEmpty()
+               ? QString()
+               : QStringLiteral("Windows does not allow the name \"%1\"").arg(forbidden);
+}
+
 bool CopyFileBytes(const QString& source, const QString& target, QString* error)
 {
-    // The system would take some such names without an error: for a device, a stream, another file.
-    const QString forbidden =
-        ForbiddenWindowsName(QDir::cleanPath(QFileInfo(target).absoluteFilePath()));
-    if (!forbidden.isEmpty()) {
-        *error = QStringLiteral("Windows does not allow the name \"%1\"").arg(forbidden);
+    *error = WhyForbidden(target);
+    if (!error->isEmpty())
+        return false;
+    const QString native = Native(target);
+    if (Exists(native)) {
+        *error = QStringLiteral("Destination file exists");
         return false;
     }
-    if (::CopyFileW(Wide(Native(source)), Wide(Native(target)), TRUE))
+    const QString temporary = TemporaryBeside(target);
+    // Moved without the flag to replace: a file that came into being meanwhile stays.
+    if (::CopyFileW(Wide(Native(source)), Wide(temporary), TRUE) &&
+        WithPatience([&] { return ::MoveFileExW(Wide(temporary), Wide(native), 0) != 0; }))
         return true;
-    const DWORD failure = ::GetLastError();
-    *error = failure == ERROR_FILE_EXISTS ? QStringLiteral("Destination file exists")
-                                          : qt_error_string(int(failure)).trimmed();
+    *error = ::GetLastError() == ERROR_ALREADY_EXISTS ? QStringLiteral("Destination file exists")
+                                                      : LastError();
+    RemoveTemporary(temporary);
     return false;
 }
 
@@ -133,15 +244,12 @@ bool FlushToDisk(const QString& path, QString* error)
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
     if (readOnly)
         ::SetFileAttributesW(Wide(native), attributes & ~DWORD(FILE_ATTRIBUTE_READONLY));
-    const HANDLE file = ::CreateFileW(Wide(native), GENERIC_WRITE,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    const bool flushed = file != INVALID_HANDLE_VALUE && ::FlushFileBuffers(file);
+    const bool flushed = WithPatience([&] {
+        const Handle file(native, GENERIC_WRITE);
+        return file && ::FlushFileBuffers(file.Get());
+    });
     if (!flushed)
-        *error = QStringLiteral("Cannot flush %1: %2")
-                     .arg(path, qt_error_string(int(::GetLastError())).trimmed());
-    if (file != INVALID_HANDLE_VALUE)
-        ::CloseHandle(file);
+        *error = QStringLiteral("Cannot flush %1: %2").arg(path, LastError());
     if (readOnly)
         ::SetFileAttributesW(Wide(native), attributes);
     return flushed;

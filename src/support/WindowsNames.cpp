@@ -60,4 +60,9 @@ QString WindowsApiPath(const QString& path)
     return HasDrive(native) ? QStringLiteral("\\\\?\\") + native : native;
 }
 
+bool RuntimeTakesPath(const QString& native)
+{
+    return !native.contains(u'?') && !native.contains(u'*');
+}
+
 } // namespace Halvern::FileLink

@@ -20,4 +20,8 @@ QString ForbiddenWindowsName(const QString& path);
 ///     "\\?\UNC\server\share\..."
 QString WindowsApiPath(const QString& path);
 
+/// False for a path of WindowsApiPath that the C runtime refuses: it takes the "?" of the prefix
+/// for a wildcard, and answers that there is no such file.
+bool RuntimeTakesPath(const QString& native);
+
 } // namespace Halvern::FileLink

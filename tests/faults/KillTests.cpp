@@ -1,12 +1,14 @@
 // An import is a process of its own here, and is killed. Whatever the moment: sources are as they
 // were, every target is absent, the old file or the new one, nothing that was replaced is lost, the
-// database is sound, and the next import completes what was left.
+// database is sound, and the next import completes what was left. Part of a copy may stand under a
+// name of its own (.copy-...).
 
 #include "FileTree.h"
 #include "TestPlugins.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFileInfo>
 #include <QtCore/QProcess>
@@ -24,6 +26,7 @@ namespace {
 constexpr int Assemblies = 5;
 constexpr int PartsOfEach = 2;
 constexpr qint64 PartSize = 200'000;
+constexpr qint64 BigFile = qint64(96) << 20;
 
 class Kill : public ::testing::Test
 {
@@ -70,14 +73,24 @@ protected:
         partsBefore = tree->Contents("lib");
     }
 
+    /// Runs the host and kills it as soon as anything stands in the target folder.
+    void KillHostAtFirstSight()
+    {
+        QProcess host;
+        host.start(QStringLiteral(FAULT_HOST), HostArguments(0, false));
+        const QDir targets(tree->Path("cloud/T"));
+        const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot;
+        while (targets.entryList(all).isEmpty() && host.state() != QProcess::NotRunning)
+            host.waitForFinished(1);
+        host.kill();
+        EXPECT_TRUE(host.waitForFinished(60'000) || host.state() == QProcess::NotRunning);
+    }
+
     /// Runs the host. False when it was killed after `milliseconds` (-1: never).
     bool RunHost(int endAtPoll, bool move, int milliseconds = -1)
     {
         QProcess host;
-        host.start(QStringLiteral(FAULT_HOST),
-                   QStringList{tree->Path(), TestPluginFolder(), QString::number(endAtPoll),
-                               QString::number(move)} +
-                       sources);
+        host.start(QStringLiteral(FAULT_HOST), HostArguments(endAtPoll, move));
         if (!host.waitForFinished(milliseconds < 0 ? 60'000 : milliseconds)) {
             EXPECT_GE(milliseconds, 0) << "the import does not end";
             host.kill();
@@ -165,6 +178,12 @@ protected:
     FileTree::Snapshot partsBefore;
 
 private:
+    QStringList HostArguments(int endAtPoll, bool move) const
+    {
+        return QStringList{tree->Path(), TestPluginFolder(), QString::number(endAtPoll),
+                           QString::number(move)} +
+               sources;
+    }
     void AddFile(const QString& source, const QString& target, const QByteArray& content,
                  const QByteArray& rewritten, bool withOldTarget)
     {
@@ -186,9 +205,12 @@ private:
     {
         return IsNew(content, state) || (!state.old.isEmpty() && content == state.old);
     }
-    /// Besides targets there may be parked files, whole, and the plug-in's own temporary files.
+    /// Besides targets there may be parked files, whole, copies that were not complete, and the
+    /// plug-in's own temporary files.
     void CheckLeftover(const QString& name, const QByteArray& content)
     {
+        if (name.startsWith(".copy-"))
+            return;
         static const QRegularExpression parked(QStringLiteral("^(.+?)(_[0-9]+)?\\.tmp$"));
         const QString target = parked.match(name).captured(1);
         if (expected.contains(target)) {
@@ -264,6 +286,22 @@ TEST_P(KillAtRandomMoments, LosesNothingAndTheNextImportCompletesIt)
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, KillAtRandomMoments, ::testing::Range(1, 5));
+
+TEST_F(Kill, WhileABigFileIsCopiedLeavesNoPartOfItUnderItsName)
+{
+    Build(false);
+    const QByteArray content = PatternBytes(BigFile);
+    tree->File("src/big.dat", content);
+    sources = {tree->Path("src/big.dat")};
+
+    KillHostAtFirstSight();
+
+    for (const QString& name : tree->Contents("cloud/T").keys())
+        EXPECT_TRUE(name.startsWith(".copy-") || tree->Read("cloud/T/" + name) == content)
+            << name.toStdString();
+    EXPECT_TRUE(RunHost(0, false));
+    EXPECT_TRUE(tree->Read("cloud/T/big.dat") == content);
+}
 
 TEST_F(Kill, DuringAMoveKeepsEachFileInOneOfItsPlaces)
 {

@@ -78,4 +78,13 @@ TEST(WindowsApiPaths, HaveThePrefixOnceAndOnlyWhenAbsolute)
     EXPECT_EQ(WindowsApiPath(Long(u"a/"_s, 300)), Long(u"a\\"_s, 300));
 }
 
+TEST(WindowsApiPaths, WithThePrefixAreNoneForTheRuntime)
+{
+    EXPECT_TRUE(RuntimeTakesPath(WindowsApiPath(Long(u"D:/a/"_s, 247))));
+    EXPECT_FALSE(RuntimeTakesPath(WindowsApiPath(Long(u"D:/a/"_s, 248))));
+    EXPECT_TRUE(RuntimeTakesPath(WindowsApiPath(u"//server/share/a"_s)));
+    EXPECT_FALSE(RuntimeTakesPath(WindowsApiPath(Long(u"//server/share/"_s, 248))));
+    EXPECT_FALSE(RuntimeTakesPath(u"D:\\a*"_s));
+}
+
 } // namespace

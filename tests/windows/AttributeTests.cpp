@@ -3,6 +3,7 @@
 #include "HeldFile.h"
 #include "ReplacingFixture.h"
 #include "support/FileOperations.h"
+#include "support/WindowsNames.h"
 
 #include <windows.h>
 
@@ -27,7 +28,36 @@ protected:
     /// A folder with a read-only file in it cannot be removed.
     void WritableAgainAfterTheTest(const QString& path) { m_readOnly.append(path); }
 
+    /// When the file was read and written last, in units of 100 ns.
+    static std::pair<quint64, quint64> TimesOf(const QString& path)
+    {
+        WIN32_FILE_ATTRIBUTE_DATA data = {};
+        const QString native = FileLink::WindowsApiPath(path);
+        EXPECT_TRUE(::GetFileAttributesExW(reinterpret_cast<const wchar_t*>(native.utf16()),
+                                           GetFileExInfoStandard, &data));
+        return {Number(data.ftLastAccessTime), Number(data.ftLastWriteTime)};
+    }
+    static void SetTimes(const QString& path, quint64 read, quint64 written)
+    {
+        const QString native = FileLink::WindowsApiPath(path);
+        const HANDLE file =
+            ::CreateFileW(reinterpret_cast<const wchar_t*>(native.utf16()), FILE_WRITE_ATTRIBUTES,
+                          0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        const FILETIME readTime = Time100ns(read);
+        const FILETIME writtenTime = Time100ns(written);
+        EXPECT_TRUE(::SetFileTime(file, nullptr, &readTime, &writtenTime));
+        ::CloseHandle(file);
+    }
+
 private:
+    static quint64 Number(const FILETIME& time)
+    {
+        return quint64(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+    }
+    static FILETIME Time100ns(quint64 number)
+    {
+        return {DWORD(number & 0xFFFFFFFFU), DWORD(number >> 32)};
+    }
     static void MakeWritable(const QStringList& paths)
     {
         for (const QString& path : paths)
@@ -144,6 +174,23 @@ TEST_F(Attributes, TheLockProbeLeavesTheTimesOfAFileOutsideTheAnsiCodePage)
     EXPECT_FALSE(FileLink::IsFileLocked(tree.Path(name)));
 
     EXPECT_EQ(tree.Modified(name), Time(7));
+}
+
+TEST_F(Attributes, TheLockProbeKeepsWhatIsLessThanASecondOfTheTimes)
+{
+    // 2024-03-01, once with 123 ms and something, once with 876 ms.
+    constexpr quint64 Read = 133537824001234567;
+    constexpr quint64 Written = 133537824008765432;
+    for (const QString& name : {QStringLiteral("cloud/a.dat"), QStringLiteral("cloud/größe 設.dat"),
+                                QStringLiteral("cloud/") + QString(240, u'n')}) {
+        tree.File(name);
+        SetTimes(tree.Path(name), Read, Written);
+        ASSERT_EQ(TimesOf(tree.Path(name)), std::pair(Read, Written));
+
+        EXPECT_FALSE(FileLink::IsFileLocked(tree.Path(name)));
+
+        EXPECT_EQ(TimesOf(tree.Path(name)), std::pair(Read, Written)) << name.toStdString();
+    }
 }
 
 TEST_F(Attributes, AReadOnlyFileIsFlushedAndStaysReadOnly)

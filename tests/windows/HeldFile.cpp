@@ -1,6 +1,6 @@
 #include "HeldFile.h"
 
-#include <QtCore/QDir>
+#include "support/WindowsNames.h"
 
 #include <stdexcept>
 
@@ -11,7 +11,8 @@ namespace Halvern::Test {
 HeldFile::HeldFile(const QString& path, const QString& access, const QString& share,
                    const QString& mode)
 {
-    m_process.start(QStringLiteral(FILE_HOLDER), {mode, access, share, path});
+    m_process.start(QStringLiteral(FILE_HOLDER),
+                    {mode, access, share, FileLink::WindowsApiPath(path)});
     if (!m_process.waitForReadyRead(60'000))
         throw std::runtime_error("the file could not be held: " + path.toStdString());
 }
@@ -31,13 +32,13 @@ void HeldFile::Release()
 unsigned long AttributesOf(const QString& path)
 {
     return ::GetFileAttributesW(
-        reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(path).utf16()));
+        reinterpret_cast<const wchar_t*>(FileLink::WindowsApiPath(path).utf16()));
 }
 
 void ChangeAttributes(const QString& path, unsigned long attributes)
 {
     if (!::SetFileAttributesW(
-            reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(path).utf16()), attributes))
+            reinterpret_cast<const wchar_t*>(FileLink::WindowsApiPath(path).utf16()), attributes))
         throw std::runtime_error("the attributes could not be set: " + path.toStdString());
 }
 

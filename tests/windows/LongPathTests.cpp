@@ -1,18 +1,21 @@
 // Paths that are longer than the system's functions take without a prefix, and names that it
-// forbids. Wine takes both, so that these tests show that the importer does its work; that the
-// prefix is there and the names are refused is shown by their texts.
+// forbids. Wine takes long paths and most such names, so that these tests show that the importer
+// does its work; that the prefix is there is shown by the texts of paths. Dots and blanks at the
+// end of a name get lost under Wine, too.
 
-#include "ImporterFixture.h"
-#include "LogCapture.h"
+#include "HeldFile.h"
+#include "ReplacingFixture.h"
 #include "support/FileOperations.h"
 
 #include "syncservices/FolderManager.h"
+
+#include <windows.h>
 
 namespace Halvern::Test {
 
 namespace {
 
-class LongPaths : public ImporterFixture
+class LongPaths : public ReplacingFixture
 {
 protected:
     /// A folder below "src" or "cloud" whose path has far more than 260 characters.
@@ -20,12 +23,9 @@ protected:
     {
         return root + (u'/' + QString(60, u'd')).repeated(6);
     }
-
-    LogCapture log;
 };
 
-class ForbiddenNames : public ImporterFixture
-{};
+using ForbiddenNames = ReplacingFixture;
 
 } // namespace
 
@@ -60,6 +60,86 @@ TEST_F(LongPaths, AreReplacedAndRecorded)
     EXPECT_TRUE(FileLink::FlushToDisk(tree.Path(target), &error)) << error.toStdString();
 }
 
+TEST_F(LongPaths, AreLockedWhileAnotherProgramHoldsThem)
+{
+    const QString name = Deep(QStringLiteral("cloud")) + QStringLiteral("/a.dat");
+    tree.File(name);
+    {
+        const HeldFile held(tree.Path(name), QStringLiteral("r"), QStringLiteral("r"));
+        EXPECT_TRUE(FileLink::IsFileLocked(tree.Path(name)));
+    }
+    EXPECT_FALSE(FileLink::IsFileLocked(tree.Path(name)));
+}
+
+TEST_F(LongPaths, AreRepathed)
+{
+    const QString name = Deep(QStringLiteral("cloud")) + QStringLiteral("/a.tasm");
+    Assembly(name, {QStringLiteral("1 old.tlk")});
+    FileLinkImporterImp importer(nullptr);
+    SyncServices::FileLink link;
+    link.RefId = QStringLiteral("1");
+    link.Path = QStringLiteral("new.tlk");
+    {
+        const HeldFile held(tree.Path(name), QStringLiteral("rw"), QStringLiteral("r"));
+        EXPECT_FALSE(importer.RepathFile(tree.Path(name), {link}));
+        EXPECT_TRUE(tree.Read(name).contains("link 1 old.tlk"));
+    }
+    EXPECT_TRUE(importer.RepathFile(tree.Path(name), {link}));
+
+    EXPECT_TRUE(tree.Read(name).contains("link 1 new.tlk"));
+}
+
+TEST_F(LongPaths, OfAnAssemblyThatMovesItsLinksAreRewritten)
+{
+    const QString folder = Deep(QStringLiteral("src"));
+    tree.File(folder + QStringLiteral("/lib/b.tlk"), "b");
+    Assembly(folder + QStringLiteral("/asm/a.tasm"), {QStringLiteral("1 ../lib/b.tlk")});
+    const QString target = Deep(QStringLiteral("cloud"));
+
+    EXPECT_TRUE(Import({tree.Path(folder + QStringLiteral("/asm/a.tasm"))}, tree.Path(target)));
+
+    EXPECT_EQ(tree.Read(target + QStringLiteral("/lib/b.tlk")), "b");
+    EXPECT_TRUE(tree.Read(target + QStringLiteral("/a.tasm")).contains("link 1 lib/b.tlk\n"))
+        << tree.Read(target + QStringLiteral("/a.tasm")).toStdString();
+}
+
+TEST_F(LongPaths, AreReplacedAndNothingStaysParked)
+{
+    const QString name = QString(60, u'd') + (u'/' + QString(60, u'd')).repeated(5);
+    tree.File(QStringLiteral("src/a.dat"), "new");
+    tree.File(QStringLiteral("cloud/%1/a.dat").arg(name), "old");
+
+    EXPECT_TRUE(Replace(name + QStringLiteral("/a.dat"))) << Errors().join(u'\n').toStdString();
+
+    EXPECT_EQ(tree.Contents(QStringLiteral("cloud/") + name),
+              (FileTree::Snapshot{{QStringLiteral("a.dat"), "new"}}));
+}
+
+TEST_F(LongPaths, OfReadOnlyFilesAreMovedWithTheirAttribute)
+{
+    const QString source = Deep(QStringLiteral("src")) + QStringLiteral("/a.dat");
+    const QString target = Deep(QStringLiteral("cloud")) + QStringLiteral("/a.dat");
+    tree.File(source, "new");
+    ChangeAttributes(tree.Path(source), FILE_ATTRIBUTE_READONLY);
+
+    Import({tree.Path(source)}, tree.Path(Deep(QStringLiteral("cloud"))), Global::MoveFiles);
+
+    EXPECT_FALSE(tree.Exists(source));
+    EXPECT_EQ(tree.Read(target), "new");
+    EXPECT_TRUE(AttributesOf(tree.Path(target)) & FILE_ATTRIBUTE_READONLY);
+    ChangeAttributes(tree.Path(target), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(LongPaths, OfFoldersCanBeHidden)
+{
+    const QString folder = tree.Path(Deep(QStringLiteral("cloud")));
+    FileLinkImporterImp importer(nullptr);
+
+    EXPECT_TRUE(importer.CreateFolder(folder, true));
+
+    EXPECT_TRUE(AttributesOf(folder) & FILE_ATTRIBUTE_HIDDEN);
+}
+
 TEST_F(ForbiddenNames, AreRefusedBeforeAnythingIsWritten)
 {
     tree.File(QStringLiteral("src/a.dat"), "new");
@@ -70,6 +150,45 @@ TEST_F(ForbiddenNames, AreRefusedBeforeAnythingIsWritten)
         EXPECT_EQ(error, QStringLiteral("Windows does not allow the name \"%1\"").arg(name));
     }
     EXPECT_EQ(tree.Contents(QStringLiteral("cloud")), FileTree::Snapshot());
+}
+
+TEST_F(ForbiddenNames, PutNoFileAsideThatHasTheNameWithoutTheDot)
+{
+    tree.File(QStringLiteral("src/a.dat"), "new").File(QStringLiteral("cloud/a"), "other");
+
+    EXPECT_FALSE(Replace(QStringLiteral("a.")));
+
+    EXPECT_EQ(tree.Contents(QStringLiteral("cloud")),
+              (FileTree::Snapshot{{QStringLiteral("a"), "other"}}));
+    EXPECT_EQ(Errors(), QStringList{QStringLiteral(
+                            "ERROR Failed to copy file src/a.dat to cloud/a.. Error: Windows does "
+                            "not allow the name \"a.\"")});
+}
+
+TEST_F(ForbiddenNames, OfAParentFolderMakeNoFolder)
+{
+    tree.File(QStringLiteral("src/a.dat"), "new");
+
+    EXPECT_FALSE(Replace(QStringLiteral("Demo./sub/a.dat")));
+
+    EXPECT_EQ(tree.Contents(QStringLiteral("cloud")), FileTree::Snapshot());
+    EXPECT_EQ(Errors(), QStringList{QStringLiteral(
+                            "ERROR Failed to copy file src/a.dat to cloud/Demo./sub/a.dat. Error: "
+                            "Windows does not allow the name \"Demo.\"")});
+}
+
+TEST_F(ForbiddenNames, OfAFolderMakeNoneAndAreNotTakenForAnother)
+{
+    FileLinkImporterImp importer(nullptr);
+    EXPECT_FALSE(importer.CreateFolder(Cloud(QStringLiteral("Demo.")), false));
+    EXPECT_EQ(tree.Contents(QStringLiteral("cloud")), FileTree::Snapshot());
+
+    tree.Folder(QStringLiteral("cloud/Demo"));
+    log.Clear();
+    EXPECT_FALSE(importer.CreateFolder(Cloud(QStringLiteral("Demo.")), false));
+    EXPECT_EQ(Errors(), QStringList{QStringLiteral("ERROR Failed to create folder cloud/Demo.. "
+                                                   "Error: Windows does not allow the name "
+                                                   "\"Demo.\"")});
 }
 
 } // namespace Halvern::Test

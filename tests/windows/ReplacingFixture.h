@@ -5,19 +5,19 @@
 
 namespace Halvern::Test {
 
-/// Copies "src/a.dat" over "cloud/a.dat", as an import does when it was told to replace.
+/// Copies "src/a.dat" over a file in the cloud folder, as an import does when it was told to
+/// replace.
 class ReplacingFixture : public ImporterFixture
 {
 protected:
-    bool Replace()
+    bool Replace(const QString& target = QStringLiteral("a.dat"))
     {
         FileLinkImporterImp importer(nullptr);
         // A source that does not exist is passed over: the set is there, and empty.
         EXPECT_TRUE(importer.Initialize({Source(QStringLiteral("none"))}, Cloud(), false,
                                         Global::NoCopyOption, {}));
-        const auto mapping = std::make_shared<FileMapping>(Source(QStringLiteral("a.dat")),
-                                                           Cloud(QStringLiteral("a.dat")),
-                                                           settings.authenticationConfigurationId);
+        const auto mapping = std::make_shared<FileMapping>(
+            Source(QStringLiteral("a.dat")), Cloud(target), settings.authenticationConfigurationId);
         mapping->SetFlag(FileMapping::Selected, true);
         EXPECT_TRUE(importer.GetFileSet()->AddFile(mapping));
         log.Clear();

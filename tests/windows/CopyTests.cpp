@@ -1,0 +1,147 @@
+// How a copy comes into being, and what it does about programs that look at every new file.
+
+#include "FileTree.h"
+#include "support/FileOperations.h"
+#include "support/WindowsNames.h"
+
+#include <QtCore/QDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include <windows.h>
+
+namespace Halvern::Test {
+
+namespace {
+
+constexpr qint64 BigFile = qint64(96) << 20;
+constexpr DWORD ShortWhile = 300;
+
+/// Opens a file in this process; sharing is asked of every handle alike.
+HANDLE Open(const QString& path, DWORD share)
+{
+    const QString native = FileLink::WindowsApiPath(path);
+    return ::CreateFileW(reinterpret_cast<const wchar_t*>(native.utf16()), GENERIC_READ, share,
+                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+class WindowsCopy : public ::testing::Test
+{
+protected:
+    WindowsCopy() { tree.Folder(QStringLiteral("out")); }
+
+    bool Copy() { return FileLink::CopyFileBytes(Source(), Target(), &error); }
+    QString Source() const { return tree.Path(QStringLiteral("a.dat")); }
+    QString Target() const { return tree.Path(QStringLiteral("out/a.dat")); }
+    QStringList Names() const
+    {
+        return QDir(tree.Path(QStringLiteral("out")))
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    FileTree tree;
+    QString error;
+};
+
+} // namespace
+
+TEST_F(WindowsCopy, ShowsTheNameOnlyWhenTheCopyIsComplete)
+{
+    const QByteArray content = PatternBytes(BigFile);
+    tree.File(QStringLiteral("a.dat"), content);
+    std::atomic<bool> done = false;
+    std::thread copier([&] {
+        EXPECT_TRUE(Copy()) << error.toStdString();
+        done = true;
+    });
+    while (!done && !QFileInfo::exists(Target()))
+        std::this_thread::yield();
+    // As it is seen first.
+    const QByteArray seen = tree.Read(QStringLiteral("out/a.dat"));
+    copier.join();
+
+    EXPECT_EQ(seen.size(), content.size());
+    EXPECT_TRUE(seen == content);
+    EXPECT_EQ(Names(), QStringList{QStringLiteral("a.dat")});
+}
+
+TEST_F(WindowsCopy, WaitsForAProgramThatLooksAtTheNewFile)
+{
+    tree.File(QStringLiteral("a.dat"), PatternBytes(BigFile));
+    std::atomic<bool> done = false;
+    std::atomic<bool> held = false;
+    std::thread scanner([&] {
+        while (!done && !held) {
+            for (const QString& name : Names()) {
+                const QString path = tree.Path(QStringLiteral("out/") + name);
+                const HANDLE file = Open(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
+                if (file == INVALID_HANDLE_VALUE)
+                    continue;
+                held = true;
+                while (QFileInfo(path).size() < BigFile && !done)
+                    std::this_thread::yield();
+                ::Sleep(ShortWhile);
+                ::CloseHandle(file);
+            }
+        }
+    });
+
+    EXPECT_TRUE(Copy()) << error.toStdString();
+
+    done = true;
+    scanner.join();
+    EXPECT_TRUE(held);
+    EXPECT_EQ(Names(), QStringList{QStringLiteral("a.dat")});
+}
+
+TEST_F(WindowsCopy, LeavesNothingOfAReadOnlyFileThatFindsItsNameTaken)
+{
+    tree.File(QStringLiteral("a.dat"), PatternBytes(BigFile));
+    QFile::setPermissions(Source(), QFile::ReadOwner);
+    std::thread other([&] {
+        while (Names().isEmpty())
+            std::this_thread::yield();
+        tree.File(QStringLiteral("out/a.dat"), "other");
+    });
+
+    EXPECT_FALSE(Copy());
+
+    other.join();
+    QFile::setPermissions(Source(), QFile::ReadOwner | QFile::WriteOwner);
+    EXPECT_EQ(error, QStringLiteral("Destination file exists"));
+    EXPECT_EQ(tree.Contents(QStringLiteral("out")),
+              (FileTree::Snapshot{{QStringLiteral("a.dat"), "other"}}));
+}
+
+TEST_F(WindowsCopy, IsFlushedAsSoonAsAProgramThatReadsItIsDone)
+{
+    tree.File(QStringLiteral("out/a.dat"));
+    const HANDLE file = Open(Target(), FILE_SHARE_READ);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    std::thread reader([file] {
+        ::Sleep(ShortWhile);
+        ::CloseHandle(file);
+    });
+
+    EXPECT_TRUE(FileLink::FlushToDisk(Target(), &error)) << error.toStdString();
+
+    reader.join();
+}
+
+TEST_F(WindowsCopy, IsNotFlushedWhileAProgramKeepsItsData)
+{
+    tree.File(QStringLiteral("out/a.dat"));
+    const HANDLE file = Open(Target(), FILE_SHARE_READ);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+
+    EXPECT_FALSE(FileLink::FlushToDisk(Target(), &error));
+
+    ::CloseHandle(file);
+    EXPECT_TRUE(error.startsWith(QStringLiteral("Cannot flush %1: ").arg(Target())))
+        << error.toStdString();
+}
+
+} // namespace Halvern::Test
