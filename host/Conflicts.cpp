@@ -2,7 +2,6 @@
 
 #include "Paths.h"
 
-#include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 
 #include <optional>
@@ -13,12 +12,6 @@ using FileLink::FileSet;
 using SyncServices::FileMapping;
 
 namespace {
-
-bool Exists(const QString& path)
-{
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
-}
 
 /// Nothing is at the target because of this file, now or after the import.
 bool HasNoPlace(const FileMapping& file)
@@ -73,7 +66,7 @@ private:
     {
         const bool isNewFolder =
             file.HasFlag(FileMapping::Folder) && !file.HasFlag(FileMapping::NoCopy);
-        return isNewFolder || Exists(file.GetTargetFile());
+        return isNewFolder || ExistsOnDisk(file.GetTargetFile());
     }
 
     QHash<QString, const FileMapping*> m_owners;
@@ -82,7 +75,7 @@ private:
 bool GiveFreeName(FileMapping& file, const QString& wanted, const Owners& owners)
 {
     const QString free =
-        FreePath(wanted, [&](const QString& path) { return owners.IsOwned(path) || Exists(path); });
+        FreePath(wanted, [&](const QString& path) { return owners.IsOwned(path) || ExistsOnDisk(path); });
     file.SetFlag(FileMapping::RenameOnCollision, true);
     return file.SetTargetFile(free, true);
 }
@@ -90,9 +83,9 @@ bool GiveFreeName(FileMapping& file, const QString& wanted, const Owners& owners
 /// What still stands in the way of a file once its target is nobody else's.
 std::optional<ConflictKind> Obstacle(const FileMapping& file, const ImportOptions& options)
 {
-    if (!Exists(file.GetTargetFile()))
+    if (!ExistsOnDisk(file.GetTargetFile()))
         return {};
-    if (QFileInfo(file.GetTargetFile()).isDir())
+    if (IsFolder(file.GetTargetFile()))
         return ConflictKind::FolderInTheWay;
     if (file.HasFlag(FileMapping::RenameOnCollision))
         return ConflictKind::CannotRename;
@@ -103,9 +96,9 @@ std::optional<ConflictKind> Obstacle(const FileMapping& file, const ImportOption
 
 std::optional<ConflictKind> ObstacleInPlace(const FileMapping& file)
 {
-    const bool isFolder = QFileInfo(file.GetTargetFile()).isDir();
+    const bool isFolder = IsFolder(file.GetTargetFile());
     if (file.HasFlag(FileMapping::Folder))
-        return !file.HasFlag(FileMapping::NoCopy) && !isFolder && Exists(file.GetTargetFile())
+        return !file.HasFlag(FileMapping::NoCopy) && !isFolder && ExistsOnDisk(file.GetTargetFile())
                    ? std::optional(ConflictKind::FileInTheWay)
                    : std::nullopt;
     return file.HasFlag(FileMapping::Collision) && isFolder

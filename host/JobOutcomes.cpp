@@ -1,5 +1,6 @@
 #include "JobOutcomes.h"
 
+#include "Paths.h"
 #include "Reasons.h"
 
 #include <QtCore/QFileInfo>
@@ -59,10 +60,9 @@ QString VisibleReason(const FileMapping& file)
 {
     if (!file.HasTargetFile())
         return QStringLiteral("it got no place in the cloud cache folder");
-    const QFileInfo target(file.GetTargetFile());
     if (file.HasFlag(FileMapping::Folder))
         return QStringLiteral("the folder could not be made");
-    if (target.isDir())
+    if (IsFolder(file.GetTargetFile()))
         return QStringLiteral("a folder stands at the target");
     return QStringLiteral("it was not copied; a log file (--log-file) may tell why");
 }
@@ -109,7 +109,7 @@ bool Describer::IsReported(const FileMapping& file) const
     if (!file.HasFlag(FileMapping::Folder))
         return true;
     return m_job.WasExecuted() && !m_job.WasCancelled() && !file.HasFlag(FileMapping::NoCopy) &&
-           !QFileInfo(file.GetTargetFile()).isDir();
+           !IsFolder(file.GetTargetFile());
 }
 
 FileOutcome Describer::Describe(const FileMapping& file) const
@@ -148,7 +148,7 @@ FileStatus Describer::StatusOf(const FileMapping& file) const
         return m_job.GetOptions().linksOnly && file.HasFlag(FileMapping::Selected)
                    ? FileStatus::Skipped
                    : FileStatus::Kept;
-    if (QFileInfo(file.GetSourceFile()).isDir())
+    if (IsFolder(file.GetSourceFile()))
         return FileStatus::Skipped;
     if (m_job.WasExecuted() && !file.HasFlag(FileMapping::Copied))
         return m_job.WasCancelled() ? FileStatus::NotDone : FileStatus::Failed;

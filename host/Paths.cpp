@@ -1,5 +1,7 @@
 #include "Paths.h"
 
+#include "syncservices/FileMapping.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
@@ -17,6 +19,24 @@ bool IsInFolder(const QString& path, const QString& folder)
     if (!path.startsWith(folder, Qt::CaseInsensitive))
         return false;
     return path.size() == folder.size() || folder.endsWith(u'/') || path[folder.size()] == u'/';
+}
+
+bool ExistsOnDisk(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.exists() || info.isSymbolicLink() || IsShortcut(path);
+}
+
+bool IsFolder(const QString& path)
+{
+    return QFileInfo(path).isDir() && !IsShortcut(path);
+}
+
+bool IsShortcut(const QString& path)
+{
+    // For Qt every name that ends so is one, also that of a file that does not exist.
+    return QFileInfo(path).isShortcut() &&
+           SyncServices::FileMapping(QString(), path, 0).ExistsInTarget();
 }
 
 QString FreePath(const QString& path, const std::function<bool(const QString&)>& isTaken)

@@ -25,9 +25,11 @@ QString CloudFolder()
 void RequireAllExist(const QStringList& arguments)
 {
     QStringList missing;
-    for (const QString& argument : arguments)
-        if (!QFileInfo::exists(AbsolutePath(argument)))
+    for (const QString& argument : arguments) {
+        const QString path = AbsolutePath(argument);
+        if (!QFileInfo::exists(path) && !IsShortcut(path))
             missing.append(argument);
+    }
     if (!missing.isEmpty())
         throw CommandError(
             ExitCode::SourceMissing,
@@ -38,13 +40,13 @@ void RequireAllExist(const QStringList& arguments)
 QString Objection(const QString& source)
 {
     const QFileInfo info(source);
-    if (info.isDir() && info.isSymLink())
+    if (info.isDir() && info.isSymbolicLink())
         return QStringLiteral("is a symbolic link to a folder; give the folder itself");
     if (info.isRoot())
         return QStringLiteral("is a whole drive; give the folders in it");
     if (FolderManager::GetInstance()->IsCloudCacheFolderPath(source))
         return QStringLiteral("lies in the cloud cache folder already");
-    if (info.isDir() && IsInFolder(CloudFolder(), source))
+    if (IsFolder(source) && IsInFolder(CloudFolder(), source))
         return QStringLiteral("contains the cloud cache folder");
     return {};
 }
@@ -58,6 +60,8 @@ bool IsInAnother(const QString& source, const QStringList& sources)
 
 QString WhyLeftOut(const QString& nameInSelection, const QFileInfo& info)
 {
+    if (info.isShortcut())
+        return {};
     if (info.isDir() && info.isSymLink())
         return QStringLiteral("a symbolic link to a folder");
     if (!info.exists())
@@ -125,7 +129,7 @@ QList<FileOutcome> LeftOut(const QStringList& sources)
         const QFileInfo info(source);
         const QString parent = info.path();
         AppendLeftOut(parent, info, outcomes);
-        if (!info.isDir())
+        if (!IsFolder(source))
             continue;
         QDirIterator entries(source,
                              QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,

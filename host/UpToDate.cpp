@@ -2,7 +2,6 @@
 
 #include "syncservices/SyncPrivate.h"
 
-#include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 
 #include <algorithm>
@@ -41,13 +40,19 @@ bool IsSelectedCollision(const FileMapping& file)
            !file.HasFlag(FileMapping::Folder);
 }
 
+/// As the copy history records it.
+QDateTime LastModified(const QString& path)
+{
+    FileMapping mapping(path, QString(), 0);
+    mapping.UpdateSourceFileProperties();
+    return mapping.GetSourceFileLastModified();
+}
+
 bool IsUnchangedSince(const FileMapping* copy, const FileMapping& file)
 {
     return copy && copy->GetTargetFile() == file.GetTargetFile() &&
-           IsSameSecond(copy->GetSourceFileLastModified(),
-                        QFileInfo(file.GetSourceFile()).lastModified()) &&
-           IsSameSecond(copy->GetTargetFileLastModified(),
-                        QFileInfo(file.GetTargetFile()).lastModified());
+           IsSameSecond(copy->GetSourceFileLastModified(), LastModified(file.GetSourceFile())) &&
+           IsSameSecond(copy->GetTargetFileLastModified(), LastModified(file.GetTargetFile()));
 }
 
 void MarkUnchangedSelected(const FileSet::FileMappingList& files, SyncDatabase& database)
@@ -84,7 +89,7 @@ bool IsFinished(const FileMapping& file, SyncDatabase& database)
                                            FileItem::ItemOnly);
     return item && (item->GetSyncOption() & SyncItem::RepathPending) == SyncItem::NoSyncOption &&
            IsSameSecond(item->GetFileLinksExtractedAtFileDate(),
-                        QFileInfo(file.GetTargetFile()).lastModified());
+                        LastModified(file.GetTargetFile()));
 }
 
 } // namespace

@@ -139,10 +139,8 @@ FileMapping::FileProperties FileMapping::ReadProperties(const QString& path)
 {
     if (path.isEmpty() || IsUrlLike(path))
         return {};
-    const QFileInfo info(path);
-    if (!info.exists())
-        return {};
-    return {info.lastModified(), info.size()};
+    const Platform::FileState state = Platform::ReadFileState(path);
+    return {state.lastModified, state.size};
 }
 
 void FileMapping::UpdateSourceFileProperties()

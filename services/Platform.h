@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QDateTime>
 #include <QtCore/QFile>
 #include <QtCore/QString>
 
@@ -21,6 +22,16 @@ struct FileIdentity
 };
 
 FileIdentity ReadFileIdentity(const QString& path);
+
+/// When a file was written last, and its size; nothing of a file that does not exist. A shortcut of
+/// Windows (.lnk) is the file that it is.
+struct FileState
+{
+    QDateTime lastModified;
+    qint64 size = -1;
+};
+
+FileState ReadFileState(const QString& path);
 
 /// Whether names that differ in letter case alone name two files on an ordinary disk.
 Qt::CaseSensitivity FileNameCase();

@@ -27,6 +27,12 @@ FileIdentity ReadFileIdentity(const QString& path)
     return identity;
 }
 
+FileState ReadFileState(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.exists() ? FileState{info.lastModified(), info.size()} : FileState();
+}
+
 Qt::CaseSensitivity FileNameCase()
 {
     return Qt::CaseSensitive;

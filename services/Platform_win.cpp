@@ -12,6 +12,9 @@ namespace Halvern::SyncServices::Platform {
 
 namespace {
 
+// Windows counts from the year 1601.
+constexpr qint64 MsFrom1601To1970 = 11'644'473'600'000;
+
 const wchar_t* Wide(const QString& path)
 {
     return reinterpret_cast<const wchar_t*>(path.utf16());
@@ -59,6 +62,19 @@ FileIdentity ReadFileIdentity(const QString& path)
     return identity;
 }
 
+FileState ReadFileState(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.isShortcut())
+        return info.exists() ? FileState{info.lastModified(), info.size()} : FileState();
+    // Qt would answer with the time and size of what the shortcut leads to.
+    const FileIdentity identity = ReadFileIdentity(path);
+    if (!identity.exists)
+        return {};
+    return {QDateTime::fromMSecsSinceEpoch(identity.modified / 10'000 - MsFrom1601To1970),
+            identity.size};
+}
+
 Qt::CaseSensitivity FileNameCase()
 {
     return Qt::CaseInsensitive;
@@ -67,7 +83,7 @@ Qt::CaseSensitivity FileNameCase()
 bool OpenRegularFile(const QString& path, QFile& file)
 {
     const QFileInfo info(path);
-    if (!info.isFile() || info.isSymLink())
+    if (!info.isShortcut() && (!info.isFile() || info.isSymLink()))
         return false;
     file.setFileName(path);
     return file.open(QFile::ReadOnly | QFile::Unbuffered);

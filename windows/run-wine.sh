@@ -49,6 +49,12 @@ if [ ! -f "$WINEPREFIX/corsync-ready" ]; then
     fi
     exec 9>&-
 fi
+# A folder of the prefix that programs see as \\corsync\share.
+share=$WINEPREFIX/dosdevices/unc/corsync/share
+if [ ! -L "$share" ]; then
+    mkdir -p "$WINEPREFIX/share" "${share%/*}"
+    ln -sT ../../../share "$share" 2>/dev/null || [ -L "$share" ]
+fi
 
 limit=${CORSYNC_WINE_TIMEOUT:-300}
 if [ -n "$terminal" ]; then

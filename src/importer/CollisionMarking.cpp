@@ -1,10 +1,8 @@
 #include "importer/FileLinkImporterImp.h"
 #include "importer/FileTimes.h"
+#include "support/FileOperations.h"
 #include "support/Logging.h"
 #include "support/PathUtilities.h"
-
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 
 namespace Halvern::FileLink {
 
@@ -14,14 +12,14 @@ constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
 
 bool HasChangedSince(const QString& path, const QDateTime& recorded)
 {
-    return !IsSameSecond(QFileInfo(path).lastModified(), recorded);
+    return !IsSameSecond(LastModified(path), recorded);
 }
 
 /// A file that is its own target or is missing is copied nowhere.
 bool MarkWhatIsNotCopied(FileMapping& mapping)
 {
     const bool isInPlace = mapping.AreSourceAndTargetSame();
-    if (!isInPlace && QFile::exists(mapping.GetSourceFile()))
+    if (!isInPlace && PathExists(mapping.GetSourceFile()))
         return false;
     mapping.SetFlag(isInPlace ? FileMapping::SameSourceAndTarget : FileMapping::SourceMissing,
                     true);

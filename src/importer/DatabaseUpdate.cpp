@@ -1,9 +1,9 @@
 #include "importer/FileLinkImporterImp.h"
+#include "support/FileOperations.h"
 #include "support/Logging.h"
 #include "support/PathUtilities.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 #include <QtCore/QMap>
@@ -124,7 +124,7 @@ bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUp
     // Linked files first, so that their items are there when the links are resolved.
     if (!UpdateChildren(node, state, FILELINK_FUNCTION))
         return false;
-    if (!QFile::exists(target)) {
+    if (!PathExists(target)) {
         state.failed.insert(mapping.get());
         return false;
     }

@@ -5,6 +5,7 @@
 #include "plugins/LinkRecords.h"
 #include "plugins/PluginLogger.h"
 #include "plugins/PluginManager.h"
+#include "support/FileOperations.h"
 #include "support/Logging.h"
 #include "support/PathUtilities.h"
 
@@ -153,7 +154,7 @@ bool FileLinkExtractorImp::ExtractFileLinks(const FileMappingPointer& mapping,
     }
     if (CheckIfCanceled())
         return false;
-    if (IsSameSecond(QFileInfo(source).lastModified(), restoredDate)) {
+    if (IsSameSecond(LastModified(source), restoredDate)) {
         FILELINK_LOG(LogLevel::Info,
                      (isInCloudFolder
                           ? QStringLiteral("File link extraction skipped for file %1. File links "
@@ -200,7 +201,7 @@ bool FileLinkExtractorImp::ExtractAfresh(const FileMappingPointer& mapping, bool
 {
     const QString source = mapping->GetSourceFile();
     // Taken before the file is read: a change meanwhile must count as one next time.
-    const QDateTime modified = QFileInfo(source).lastModified().toUTC();
+    const QDateTime modified = LastModified(source).toUTC();
     FileLinkList links;
     if (!ExtractFileLinks(source, links) || CheckIfCanceled())
         return false;
@@ -213,7 +214,7 @@ bool FileLinkExtractorImp::ExtractAfresh(const FileMappingPointer& mapping, bool
 
 bool FileLinkExtractorImp::ExtractFileLinks(const QString& path, FileLinkList& links)
 {
-    if (!QFileInfo::exists(path)) {
+    if (!PathExists(path)) {
         FILELINK_LOG(
             LogLevel::Error,
             QStringLiteral("Failed to extract file links from %1. File not found.").arg(path));
@@ -241,7 +242,7 @@ bool FileLinkExtractorImp::ExtractFileLinks(const QString& path, FileLinkList& l
 QString FileLinkExtractorImp::StoredPath(const QString& linkPath, const QString& holder) const
 {
     const QString resolved = ResolveLinkPath(linkPath, holder);
-    if (QFileInfo::exists(resolved))
+    if (PathExists(resolved))
         return linkPath;
     const QString name = QFileInfo(resolved).fileName();
     const QFileInfo neighbour(QFileInfo(holder).absolutePath() + u'/' + name);
@@ -257,7 +258,7 @@ void FileLinkExtractorImp::LogFileLinks(const QString& path, const FileLinkList&
                      QStringLiteral("%1 file links found in %2").arg(links.size()).arg(path));
     for (const SyncServices::FileLink& link : links) {
         const QString resolved = ResolveLinkPath(link.Path, path);
-        if (!IsLocalPath(resolved) || QFileInfo::exists(resolved))
+        if (!IsLocalPath(resolved) || PathExists(resolved))
             FILELINK_LOG(
                 LogLevel::Debug,
                 QStringLiteral("File link: Path: %1 RefId: %2").arg(link.Path).arg(link.RefId));

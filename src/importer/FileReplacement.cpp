@@ -49,7 +49,7 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
     const QString target = mapping->GetTargetFile();
     if (source.isEmpty() || target.isEmpty())
         return false;
-    if (!QFile::exists(source)) {
+    if (!PathExists(source)) {
         FILELINK_LOG(LogLevel::Error,
                      QStringLiteral("Failed to copy file %1 to %2. Source file is not found.")
                          .arg(source)
@@ -62,10 +62,10 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
         LogCopyFailure(source, target, error, FILELINK_FUNCTION);
         return false;
     }
-    if (QFileInfo(target).isDir() || !MakeParentFolder(target, FILELINK_FUNCTION))
+    if (IsFolder(target) || !MakeParentFolder(target, FILELINK_FUNCTION))
         return false;
     QString parked;
-    if (QFile::exists(target)) {
+    if (PathExists(target)) {
         if (!IsWritable(target)) {
             FILELINK_LOG(LogLevel::Info,
                          QStringLiteral("Copy skipped for file %1. Target file %2 exists and is "

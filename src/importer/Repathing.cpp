@@ -6,7 +6,6 @@
 #include "support/Logging.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 
 namespace Halvern::FileLink {
 
@@ -90,7 +89,7 @@ bool FileLinkImporterImp::RepathFile(const FileMappingPointer& mapping)
     if (mapping->IsFolder())
         return true;
     const QString target = mapping->GetTargetFile();
-    if (!QFile::exists(target)) {
+    if (!PathExists(target)) {
         FILELINK_LOG(
             LogLevel::Error,
             QStringLiteral("Failed to repath file links in %1. File not found.").arg(target));
@@ -117,8 +116,8 @@ bool FileLinkImporterImp::RepathFile(const FileMappingPointer& mapping)
     mapping->SetFlag(FileMapping::Repathed, true);
     mapping->UpdateSourceFileProperties();
     mapping->UpdateTargetFileProperties();
-    if (QFile::exists(target))
-        mapping->SetTargetFileLinksExtractedAtFileDate(QFileInfo(target).lastModified());
+    if (PathExists(target))
+        mapping->SetTargetFileLinksExtractedAtFileDate(LastModified(target));
     m_copyHistory->AddOrUpdate(mapping);
     return result;
 }

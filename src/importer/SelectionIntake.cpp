@@ -1,4 +1,5 @@
 #include "importer/FileLinkImporterImp.h"
+#include "support/FileOperations.h"
 #include "support/PathUtilities.h"
 
 #include "syncservices/SyncLibUtil.h"
@@ -14,23 +15,13 @@ using SyncServices::SyncLibUtil;
 
 namespace {
 
-bool IsFile(const QString& path)
-{
-    return !path.isEmpty() && QFileInfo(path).isFile();
-}
-
-bool IsDirectory(const QString& path)
-{
-    return QFileInfo(path).isDir();
-}
-
 /// The path must be clean: only so does a slash at its end not hide a symbolic link, nor "/x/.."
 /// the root folder.
 bool CanBeImported(const QString& path)
 {
     const QFileInfo info(path);
-    return !(info.isSymLink() && info.isDir()) && !IsInCloudCacheFolder(path) && !info.isRoot() &&
-           !IsShareRoot(path);
+    return !(info.isSymLink() && IsFolder(path)) && !IsInCloudCacheFolder(path) &&
+           !info.isRoot() && !IsShareRoot(path);
 }
 
 bool TargetFits(qsizetype sourceCount, const QString& target)
@@ -39,7 +30,7 @@ bool TargetFits(qsizetype sourceCount, const QString& target)
         return IsFile(target);
     if (sourceCount == 1)
         return true;
-    return !QFileInfo::exists(target) || IsDirectory(target);
+    return !PathExists(target) || IsFolder(target);
 }
 
 /// The target of an entry named relative to the target folder; empty for a name that is absolute.
@@ -81,7 +72,7 @@ bool FileLinkImporterImp::Initialize(const QStringList& sources, QString target,
     }
 
     const int authenticationId = GetAuthenticationId();
-    if (QFileInfo::exists(target))
+    if (PathExists(target))
         targetIsFile = IsFile(target);
     for (qsizetype i = 0; i < selection.paths.size(); ++i) {
         if (CheckIfCanceled())
@@ -119,12 +110,11 @@ bool FileLinkImporterImp::ExpandSelection(const QStringList& selected, Selection
     for (const QString& path : selected) {
         if (CheckIfCanceled())
             return false;
-        const QFileInfo info(path);
-        if (!info.exists())
+        if (!PathExists(path))
             continue;
         selection.paths.append(path);
-        selection.names.append(info.fileName());
-        if (!info.isDir())
+        selection.names.append(QFileInfo(path).fileName());
+        if (!IsFolder(path))
             continue;
         for (const QString& entry :
              ListFilesRecursive(path, QString(), QDir::Dirs | QDir::Files | QDir::Hidden, true)) {
@@ -147,7 +137,7 @@ FileMappingFlag FileLinkImporterImp::FlagsOfSelected(const QString& path,
         flags |= FileMapping::NoCopy;
     if (HasOption(Global::ServicesCopyOption))
         flags |= FileMapping::ServicesOption;
-    if (IsDirectory(path)) {
+    if (IsFolder(path)) {
         flags |= FileMapping::Folder;
         if (selection.selected.Find(path) < 0)
             flags |= FileMapping::NestedFolder;

@@ -1,8 +1,6 @@
 #include "importer/FileLinkImporterImp.h"
+#include "support/FileOperations.h"
 #include "support/PathUtilities.h"
-
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 
 namespace Halvern::FileLink {
 
@@ -31,7 +29,7 @@ bool FileLinkImporterImp::ComputeTargetFileLinks(const FileMappingPointer& mappi
     if (!IsLocalPath(source))
         return true;
     const QString target = mapping->GetTargetFile();
-    if (target.isEmpty() || !QFile::exists(target))
+    if (target.isEmpty() || !PathExists(target))
         return false;
     FileLinkList newLinks;
     for (SyncServices::FileLink link : mapping->GetSourceFileLinks()) {
@@ -49,7 +47,7 @@ bool FileLinkImporterImp::ComputeTargetFileLinks(const FileMappingPointer& mappi
             newLinks.append(link);
     }
     mapping->SetTargetFileLinks(newLinks);
-    mapping->SetTargetFileLinksExtractedAtFileDate(QFileInfo(target).lastModified());
+    mapping->SetTargetFileLinksExtractedAtFileDate(LastModified(target));
     return true;
 }
 

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <QtCore/QDateTime>
+#include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 namespace Halvern::FileLink {
 
@@ -17,6 +21,16 @@ QString RelativePathFrom(const QString& folder, const QString& path);
 /// Path of the running program, from the system.
 QString GetExecutableFilePath();
 QString GetCommonAppDataPath();
+
+// A shortcut of Windows (.lnk) is a file with bytes of its own and is copied as one, but Qt answers
+// with what it leads to. These answer for the shortcut, and on POSIX as Qt does.
+
+bool PathExists(const QString& path);
+bool IsFile(const QString& path);
+bool IsFolder(const QString& path);
+QDateTime LastModified(const QString& path);
+/// QDir::entryInfoList, unsorted: a shortcut is among the files only, wherever it leads to.
+QFileInfoList ListEntries(const QDir& dir, const QStringList& patterns, QDir::Filters filters);
 
 /// Windows: the read-only attribute is not set. POSIX: the owner may write (not access(), which
 /// says yes to root for everything). False for a file that does not exist.

@@ -243,6 +243,31 @@ QString GetCommonAppDataPath()
     return QStringLiteral("/usr/share");
 }
 
+bool PathExists(const QString& path)
+{
+    return QFile::exists(path);
+}
+
+bool IsFile(const QString& path)
+{
+    return QFileInfo(path).isFile();
+}
+
+bool IsFolder(const QString& path)
+{
+    return QFileInfo(path).isDir();
+}
+
+QDateTime LastModified(const QString& path)
+{
+    return QFileInfo(path).lastModified();
+}
+
+QFileInfoList ListEntries(const QDir& dir, const QStringList& patterns, QDir::Filters filters)
+{
+    return dir.entryInfoList(patterns, filters, QDir::NoSort);
+}
+
 bool IsWritable(const QString& path)
 {
     mode_t mode = 0;

@@ -23,6 +23,8 @@ constexpr int PathBuffer = 260;
 // Scanners and indexers open what was just written, and let it go again within moments.
 constexpr int PatienceMs = 2000;
 constexpr DWORD PauseMs = 25;
+// Windows counts from the year 1601.
+constexpr qint64 MsFrom1601To1970 = 11'644'473'600'000;
 
 const wchar_t* Wide(const QString& text)
 {
@@ -89,6 +91,12 @@ bool Exists(const QString& native)
     return ::GetFileAttributesW(Wide(native)) != INVALID_FILE_ATTRIBUTES;
 }
 
+/// For Qt every name that ends so is a shortcut, also that of a file that does not exist.
+bool IsShortcut(const QString& path)
+{
+    return QFileInfo(path).isShortcut() && Exists(Native(path));
+}
+
 /// A name that is free in the folder of `target`, and says nothing of the target's own, which may
 /// be as long as names can be.
 QString TemporaryBeside(const QString& target)
@@ -149,9 +157,50 @@ QString GetCommonAppDataPath()
     return QDir::fromNativeSeparators(QString::fromWCharArray(path));
 }
 
+bool PathExists(const QString& path)
+{
+    return QFile::exists(path) || IsShortcut(path);
+}
+
+bool IsFile(const QString& path)
+{
+    return QFileInfo(path).isFile() || IsShortcut(path);
+}
+
+bool IsFolder(const QString& path)
+{
+    return QFileInfo(path).isDir() && !IsShortcut(path);
+}
+
+QDateTime LastModified(const QString& path)
+{
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!IsShortcut(path) ||
+        !::GetFileAttributesExW(Wide(Native(path)), GetFileExInfoStandard, &data))
+        return QFileInfo(path).lastModified();
+    const quint64 time =
+        quint64(data.ftLastWriteTime.dwHighDateTime) << 32 | data.ftLastWriteTime.dwLowDateTime;
+    return QDateTime::fromMSecsSinceEpoch(qint64(time / 10'000) - MsFrom1601To1970);
+}
+
+QFileInfoList ListEntries(const QDir& dir, const QStringList& patterns, QDir::Filters filters)
+{
+    QFileInfoList entries = dir.entryInfoList(patterns, filters, QDir::NoSort);
+    entries.removeIf([](const QFileInfo& entry) { return entry.isShortcut(); });
+    if (!filters.testFlag(QDir::Files))
+        return entries;
+    // Those that lead to folders, or nowhere, are listed with these filters only.
+    for (const QFileInfo& entry :
+         dir.entryInfoList(patterns, filters | QDir::AllDirs | QDir::System, QDir::NoSort))
+        if (entry.isShortcut())
+            entries.append(entry);
+    return entries;
+}
+
 bool IsWritable(const QString& path)
 {
-    return QFileInfo(path).isWritable();
+    const DWORD attributes = ::GetFileAttributesW(Wide(Native(path)));
+    return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_READONLY);
 }
 
 ReadOnlyState ClearReadOnly(const QString& path, QFile::Permissions permissions)
@@ -175,7 +224,7 @@ void HideFolder(const QString& path)
 
 bool IsFileLocked(const QString& path)
 {
-    if (!QFileInfo::exists(path) || !IsWritable(path))
+    if (!PathExists(path) || !IsWritable(path))
         return false;
     const QString native = Native(path);
     WIN32_FILE_ATTRIBUTE_DATA before;

@@ -52,7 +52,7 @@ void FileLister::Append(const QString& folder, const QString& canonical)
     if (m_recursive)
         filters &= ~QDir::Filters(QDir::Dirs | QDir::AllDirs);
     const QDir dir(folder);
-    for (const QFileInfo& entry : dir.entryInfoList(m_patterns, filters, QDir::NoSort))
+    for (const QFileInfo& entry : ListEntries(dir, m_patterns, filters))
         m_result.append(QDir::cleanPath(entry.absoluteFilePath()));
     if (!m_recursive)
         return;
@@ -66,7 +66,7 @@ void FileLister::AppendSubfolders(const QDir& dir, const QString& canonical)
     const bool wantsFolders = m_filters.testAnyFlags(QDir::Dirs | QDir::AllDirs);
     const QDir::Filters filters =
         (m_filters & ~QDir::Filters(QDir::Files)) | QDir::AllDirs | QDir::NoDotAndDotDot;
-    for (const QFileInfo& entry : dir.entryInfoList(QStringList(), filters, QDir::NoSort)) {
+    for (const QFileInfo& entry : ListEntries(dir, QStringList(), filters)) {
         if (!entry.isDir())
             continue;
         const QString folder = QDir::cleanPath(entry.absoluteFilePath());
@@ -139,7 +139,7 @@ QStringList ListFilesRecursive(const QString& path, const QString& nameFilter,
                                const QDir::Filters& filters, bool recursive)
 {
     const QFileInfo info(path);
-    const bool isFolder = info.isDir();
+    const bool isFolder = IsFolder(path);
     QString names = isFolder ? nameFilter : info.fileName();
     if (names.isEmpty())
         names = QStringLiteral("*");
@@ -158,7 +158,7 @@ QString MakeUniqueFilePath(const QString& path, const QString& pattern,
     if (path.isEmpty())
         return path;
     const QFileInfo info(QDir::cleanPath(path));
-    if (!info.exists())
+    if (!PathExists(info.filePath()))
         return path;
 
     const QString counted = pattern.isEmpty() ? QStringLiteral("%1") : pattern;
@@ -172,7 +172,7 @@ QString MakeUniqueFilePath(const QString& path, const QString& pattern,
             QStringLiteral("%1/%2%3").arg(folder, info.completeBaseName(), decoration);
         if (!suffix.isEmpty())
             candidate += u'.' + suffix;
-        if (!QFile::exists(candidate))
+        if (!PathExists(candidate))
             return candidate;
         decoration.clear();
     }

@@ -95,6 +95,7 @@ TEST_F(LongPaths, OfAnAssemblyThatMovesItsLinksAreRewritten)
     tree.File(folder + QStringLiteral("/lib/b.tlk"), "b");
     Assembly(folder + QStringLiteral("/asm/a.tasm"), {QStringLiteral("1 ../lib/b.tlk")});
     const QString target = Deep(QStringLiteral("cloud"));
+    tree.Folder(target);
 
     EXPECT_TRUE(Import({tree.Path(folder + QStringLiteral("/asm/a.tasm"))}, tree.Path(target)));
 
@@ -119,7 +120,7 @@ TEST_F(LongPaths, OfReadOnlyFilesAreMovedWithTheirAttribute)
 {
     const QString source = Deep(QStringLiteral("src")) + QStringLiteral("/a.dat");
     const QString target = Deep(QStringLiteral("cloud")) + QStringLiteral("/a.dat");
-    tree.File(source, "new");
+    tree.File(source, "new").Folder(Deep(QStringLiteral("cloud")));
     ChangeAttributes(tree.Path(source), FILE_ATTRIBUTE_READONLY);
 
     Import({tree.Path(source)}, tree.Path(Deep(QStringLiteral("cloud"))), Global::MoveFiles);
