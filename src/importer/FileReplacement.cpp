@@ -119,14 +119,14 @@ QString FileLinkImporterImp::ParkExistingFile(const QString& target, const char*
     SaveBaseFile(target);
     const QString parked = MakeUniqueFilePath(
         QStringLiteral("%1.%2").arg(target, QStringLiteral("tmp")), QStringLiteral("_%1"));
-    QFile file(target);
-    if (file.rename(parked))
+    QString error;
+    if (RenameFile(target, parked, &error))
         return parked;
     FILELINK_LOG_FOR(operation, LogLevel::Error,
                      QStringLiteral("Failed to rename existing file %1 to temp file %2. Error: %3")
                          .arg(target)
                          .arg(parked)
-                         .arg(file.errorString()));
+                         .arg(error));
     return QString();
 }
 

@@ -1,9 +1,8 @@
 #include "plugins/LinkRecords.h"
 #include "plugins/PluginGuard.h"
 #include "plugins/PluginManager.h"
+#include "support/FileOperations.h"
 #include "support/Logging.h"
-
-#include <QtCore/QFile>
 
 #include <vector>
 
@@ -58,7 +57,7 @@ bool ReadLinks(const QString& module, IFileLinkResolver& resolver, const QString
 bool PluginManager::GetFileLinks(const QString& file, QList<FileLinkInfo>& links,
                                  IFileLinkResolverContext* context)
 {
-    if (!QFile::exists(file)) {
+    if (!PathExists(file)) {
         FILELINK_LOG(
             LogLevel::Error,
             QStringLiteral("Failed to get file links from file %1. File not found.").arg(file));
@@ -87,7 +86,7 @@ bool PluginManager::RepathFileLinks(const QString& file, const QList<FileLinkInf
 {
     if (links.isEmpty())
         return true;
-    if (!QFile::exists(file)) {
+    if (!PathExists(file)) {
         FILELINK_LOG(
             LogLevel::Error,
             QStringLiteral("Failed to repath file links in file %1. File not found.").arg(file));

@@ -29,6 +29,8 @@ bool PathExists(const QString& path);
 bool IsFile(const QString& path);
 bool IsFolder(const QString& path);
 QDateTime LastModified(const QString& path);
+/// QFile::rename, with its text in `error` when it fails.
+[[nodiscard]] bool RenameFile(const QString& path, const QString& newPath, QString* error);
 /// QDir::entryInfoList, unsorted: a shortcut is among the files only, wherever it leads to.
 QFileInfoList ListEntries(const QDir& dir, const QStringList& patterns, QDir::Filters filters);
 

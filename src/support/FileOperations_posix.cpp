@@ -263,6 +263,14 @@ QDateTime LastModified(const QString& path)
     return QFileInfo(path).lastModified();
 }
 
+bool RenameFile(const QString& path, const QString& newPath, QString* error)
+{
+    QFile file(path);
+    const bool renamed = file.rename(newPath);
+    *error = file.errorString();
+    return renamed;
+}
+
 QFileInfoList ListEntries(const QDir& dir, const QStringList& patterns, QDir::Filters filters)
 {
     return dir.entryInfoList(patterns, filters, QDir::NoSort);

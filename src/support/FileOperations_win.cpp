@@ -183,6 +183,20 @@ QDateTime LastModified(const QString& path)
     return QDateTime::fromMSecsSinceEpoch(qint64(time / 10'000) - MsFrom1601To1970);
 }
 
+bool RenameFile(const QString& path, const QString& newPath, QString* error)
+{
+    // Qt renames no shortcut that leads nowhere.
+    if (IsShortcut(path)) {
+        const bool renamed = ::MoveFileExW(Wide(Native(path)), Wide(Native(newPath)), 0) != 0;
+        *error = LastError();
+        return renamed;
+    }
+    QFile file(path);
+    const bool renamed = file.rename(newPath);
+    *error = file.errorString();
+    return renamed;
+}
+
 QFileInfoList ListEntries(const QDir& dir, const QStringList& patterns, QDir::Filters filters)
 {
     QFileInfoList entries = dir.entryInfoList(patterns, filters, QDir::NoSort);

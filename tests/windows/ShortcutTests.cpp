@@ -97,7 +97,7 @@ TEST_F(Shortcuts, AreReplacedAsFiles)
     for (const QString& name : names) {
         ASSERT_TRUE(QFile::copy(Source(QStringLiteral("p/") + name), Cloud(name)));
 
-        EXPECT_TRUE(Replace(name)) << name.toStdString();
+        EXPECT_TRUE(Replace(name)) << Errors().join(u'\n').toStdString();
 
         EXPECT_EQ(tree.Read(QStringLiteral("cloud/") + name), "new");
         EXPECT_FALSE(IsThere(Cloud(name + QStringLiteral(".tmp"))));
