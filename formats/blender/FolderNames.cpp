@@ -1,22 +1,16 @@
 #include "FolderNames.h"
 
+#include "common/FilePaths.h"
 #include "common/FormatError.h"
-#include "common/Utf.h"
+#include "common/PlatformFile.h"
 
 #include <algorithm>
-#include <system_error>
 
 namespace Halvern::Formats::Blender {
 
 namespace {
 
 constexpr std::size_t MaxNames = 1'000'000;
-
-std::string NameOf(const std::filesystem::path& file)
-{
-    const std::u8string name = file.filename().u8string();
-    return std::string(name.begin(), name.end());
-}
 
 } // namespace
 
@@ -26,14 +20,13 @@ const std::vector<std::string>& FolderNames::NamesIn(const std::string& folder)
     std::vector<std::string>& names = known->second;
     if (!isNew)
         return names;
-    std::error_code error;
-    std::filesystem::directory_iterator files(m_base / PathFromUtf8(folder), error);
-    for (; !error && files != std::filesystem::directory_iterator(); files.increment(error)) {
-        names.push_back(NameOf(files->path()));
+    Platform::VisitNames(PathIn(m_base, folder), [&](const std::string& name) {
+        names.push_back(name);
         if (++m_count > MaxNames)
             throw FormatError("sequences in folders of more than " + std::to_string(MaxNames) +
                               " files");
-    }
+        return true;
+    });
     std::sort(names.begin(), names.end());
     return names;
 }

@@ -1,10 +1,11 @@
 #include "FileUri.h"
 
+#include "FilePaths.h"
 #include "PercentCoding.h"
+#include "PlatformFile.h"
 #include "Utf.h"
 
 #include <algorithm>
-#include <system_error>
 
 namespace Halvern::Formats {
 
@@ -47,9 +48,7 @@ bool IsSlash(char c)
 /// A name with a NUL must not reach the system, which would take only what is before it.
 bool FileExists(const std::filesystem::path& folder, std::string_view path)
 {
-    std::error_code ignored;
-    return path.find('\0') == std::string_view::npos &&
-           std::filesystem::exists(folder / PathFromUtf8(path), ignored);
+    return path.find('\0') == std::string_view::npos && Platform::Exists(PathIn(folder, path));
 }
 
 /// True where a backslash is a letter and something is named with it.
@@ -152,16 +151,12 @@ bool NamesFolder(std::string_view path, const std::filesystem::path& folder)
     if (path.find('\0') != std::string_view::npos)
         return false;
     const std::string_view name = path.substr(path.rfind('/') + 1);
-    std::error_code ignored;
-    return name.empty() || name == "." || name == ".." ||
-           std::filesystem::is_directory(folder / PathFromUtf8(path), ignored);
+    return name.empty() || name == "." || name == ".." || Platform::IsFolder(PathIn(folder, path));
 }
 
 bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder)
 {
-    std::error_code ignored;
-    return path.find('\0') == std::string_view::npos &&
-           std::filesystem::is_regular_file(folder / PathFromUtf8(path), ignored);
+    return path.find('\0') == std::string_view::npos && Platform::IsFile(PathIn(folder, path));
 }
 
 std::string WithSlashes(std::string path, const std::filesystem::path& folder)

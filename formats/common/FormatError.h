@@ -24,4 +24,11 @@ private:
     std::optional<std::uint64_t> m_position;
 };
 
+/// Another program has the file open: a scanner or an indexer will be done with it soon.
+class HeldError : public FormatError
+{
+public:
+    using FormatError::FormatError;
+};
+
 } // namespace Halvern::Formats

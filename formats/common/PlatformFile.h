@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <string>
 #include <string_view>
 
 namespace Halvern::Formats {
@@ -26,7 +28,8 @@ namespace Platform {
 using Handle = std::intptr_t;
 inline constexpr Handle NoHandle = -1;
 
-/// Only regular files; the access time stays where the system lets it.
+/// Only regular files; the access time stays where the system lets it. HeldError when another
+/// program does not let it be read.
 Handle OpenForReading(const std::filesystem::path& file);
 /// NoHandle when something of that name exists already.
 Handle CreateExclusively(const std::filesystem::path& file);
@@ -39,8 +42,26 @@ void Close(Handle handle) noexcept;
 /// Gives `copy`, open as `handle`, the permissions or attributes of `file`.
 void CopyPermissions(const std::filesystem::path& file, const std::filesystem::path& copy,
                      Handle handle);
-/// Puts `temporary` in the place of `file`, in one step, and makes that last.
+/// Puts `temporary` in the place of `file`, in one step, and makes that last. HeldError when
+/// another program has the file open.
 void RenameOver(const std::filesystem::path& temporary, const std::filesystem::path& file);
+/// Even when it is read-only. That it stays is no failure.
+void Remove(const std::filesystem::path& file) noexcept;
+
+// These answer no, or nothing, for what cannot be looked at.
+bool Exists(const std::filesystem::path& file);
+bool IsFile(const std::filesystem::path& file);
+bool IsFolder(const std::filesystem::path& folder);
+bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
+/// Where a symbolic link leads.
+std::filesystem::path Resolved(const std::filesystem::path& file);
+/// Gives `visit` the names in a folder, in no order, until it returns false. Names that are no
+/// Unicode text are left out where all others are.
+void VisitNames(const std::filesystem::path& folder,
+                const std::function<bool(const std::string& name)>& visit);
+
+/// Whether a path names a server, where it can.
+bool IsNetworkPath(const std::filesystem::path& path);
 
 } // namespace Platform
 

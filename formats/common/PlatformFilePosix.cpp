@@ -135,4 +135,57 @@ void RenameOver(const std::filesystem::path& temporary, const std::filesystem::p
     FlushFolder(file.parent_path());
 }
 
+void Remove(const std::filesystem::path& file) noexcept
+{
+    std::error_code ignored;
+    std::filesystem::remove(file, ignored);
+}
+
+bool Exists(const std::filesystem::path& file)
+{
+    std::error_code ignored;
+    return std::filesystem::exists(file, ignored);
+}
+
+bool IsFile(const std::filesystem::path& file)
+{
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(file, ignored);
+}
+
+bool IsFolder(const std::filesystem::path& folder)
+{
+    std::error_code ignored;
+    return std::filesystem::is_directory(folder, ignored);
+}
+
+bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b)
+{
+    std::error_code ignored;
+    return std::filesystem::equivalent(a, b, ignored);
+}
+
+std::filesystem::path Resolved(const std::filesystem::path& file)
+{
+    std::error_code error;
+    std::filesystem::path resolved = std::filesystem::canonical(file, error);
+    return error ? file : resolved;
+}
+
+void VisitNames(const std::filesystem::path& folder,
+                const std::function<bool(const std::string& name)>& visit)
+{
+    std::error_code error;
+    std::filesystem::directory_iterator entries(folder, error);
+    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
+        if (!visit(entries->path().filename().native()))
+            return;
+    }
+}
+
+bool IsNetworkPath(const std::filesystem::path&)
+{
+    return false;
+}
+
 } // namespace Halvern::Formats::Platform

@@ -4,15 +4,21 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <random>
-#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace Halvern::Formats {
 
 namespace {
+
+using namespace std::chrono_literals;
+
+/// How long a program that reads the file has to finish.
+constexpr auto Patience = 2s;
 
 /// Short, whatever the file's own name: that one may already be as long as the system allows.
 std::string TemporaryName()
@@ -23,17 +29,10 @@ std::string TemporaryName()
     return name.data();
 }
 
-std::filesystem::path Resolved(const std::filesystem::path& path)
-{
-    std::error_code error;
-    const std::filesystem::path resolved = std::filesystem::canonical(path, error);
-    return error ? path : resolved;
-}
-
 } // namespace
 
 ReplacementFile::ReplacementFile(InputFile& source)
-    : m_source(source), m_file(Resolved(source.Path()))
+    : m_source(source), m_file(Platform::Resolved(source.Path()))
 {
     CreateTemporary();
 }
@@ -42,13 +41,8 @@ ReplacementFile::~ReplacementFile()
 {
     if (m_handle != Platform::NoHandle)
         Platform::Close(m_handle);
-    if (m_temporary.empty())
-        return;
-    std::error_code ignored;
-    // Commit may have made it as read-only as the original; Windows does not remove such a file.
-    std::filesystem::permissions(m_temporary, std::filesystem::perms::owner_write,
-                                 std::filesystem::perm_options::add, ignored);
-    std::filesystem::remove(m_temporary, ignored);
+    if (!m_temporary.empty())
+        Platform::Remove(m_temporary); // Commit may have made it as read-only as the original
 }
 
 void ReplacementFile::CreateTemporary()
@@ -94,9 +88,23 @@ void ReplacementFile::Commit()
     Platform::Close(m_handle);
     m_handle = Platform::NoHandle;
     m_source.Close();
-    RequireUnchanged();
-    Platform::RenameOver(m_temporary, m_file);
+    TakePlace();
     m_temporary.clear();
+}
+
+void ReplacementFile::TakePlace() const
+{
+    const auto end = std::chrono::steady_clock::now() + Patience;
+    for (;;) {
+        try {
+            RequireUnchanged();
+            return Platform::RenameOver(m_temporary, m_file);
+        } catch (const HeldError&) {
+            if (std::chrono::steady_clock::now() >= end)
+                throw;
+        }
+        std::this_thread::sleep_for(20ms);
+    }
 }
 
 } // namespace Halvern::Formats

@@ -30,7 +30,8 @@ public:
     /// Copies through a buffer of CopyBufferSize bytes.
     void CopyFromSource(std::uint64_t offset, std::uint64_t size);
     /// Closes the source, since Windows replaces no open file. Throws when the file is no longer
-    /// what was read: someone else's change would be lost.
+    /// what was read: someone else's change would be lost. A program that has the file open gets
+    /// two seconds to finish.
     void Commit();
 
     static constexpr std::size_t CopyBufferSize = std::size_t(256) * 1024;
@@ -38,6 +39,7 @@ public:
 private:
     void CreateTemporary();
     void RequireUnchanged() const;
+    void TakePlace() const;
 
     InputFile& m_source;
     std::filesystem::path m_file;

@@ -53,6 +53,19 @@ char32_t NextCodePoint(std::string_view text, std::size_t& at)
     return code;
 }
 
+/// The same for UTF-16: Invalid, a lone surrogate, moves by one unit.
+char32_t NextCodePoint(WideView text, std::size_t& at)
+{
+    const char32_t code = text[at++];
+    if (IsLowSurrogate(code))
+        return Invalid;
+    if (!IsHighSurrogate(code))
+        return code;
+    if (at == text.size() || !IsLowSurrogate(text[at]))
+        return Invalid;
+    return 0x10000 + ((code - 0xD800) << 10) + (text[at++] - 0xDC00U);
+}
+
 void AppendUtf16(WideString& text, char32_t code)
 {
     using Unit = SyncPlugin::WideChar;
@@ -92,16 +105,22 @@ std::optional<std::string> ToUtf8(WideView text)
 {
     std::string result;
     result.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        char32_t code = text[i];
-        if (IsLowSurrogate(code))
+    for (std::size_t at = 0; at < text.size();) {
+        const char32_t code = NextCodePoint(text, at);
+        if (code == Invalid)
             return std::nullopt;
-        if (IsHighSurrogate(code)) {
-            if (i + 1 == text.size() || !IsLowSurrogate(text[i + 1]))
-                return std::nullopt;
-            code = 0x10000 + ((code - 0xD800) << 10) + (text[++i] - 0xDC00U);
-        }
         AppendUtf8(result, code);
+    }
+    return result;
+}
+
+std::string ToUtf8Lossy(WideView text)
+{
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const char32_t code = NextCodePoint(text, at);
+        AppendUtf8(result, code == Invalid ? Replacement : code);
     }
     return result;
 }
@@ -160,8 +179,10 @@ std::filesystem::path PathFromUtf8(std::string_view text)
 
 std::string PathToUtf8(const std::filesystem::path& path)
 {
-    const std::u8string text = path.generic_u8string();
-    return std::string(text.begin(), text.end());
+    if constexpr (sizeof(std::filesystem::path::value_type) > 1)
+        return ToUtf8Lossy(path.generic_string<SyncPlugin::WideChar>());
+    else
+        return path.generic_string();
 }
 
 } // namespace Halvern::Formats

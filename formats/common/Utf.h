@@ -15,6 +15,8 @@ using WideView = std::basic_string_view<SyncPlugin::WideChar>;
 
 /// Nothing for text with a lone surrogate.
 std::optional<std::string> ToUtf8(WideView text);
+/// A lone surrogate becomes U+FFFD.
+std::string ToUtf8Lossy(WideView text);
 /// Nothing for bytes that are no UTF-8 (overlong forms and encoded surrogates are none either).
 std::optional<WideString> ToUtf16(std::string_view text);
 /// For messages: what is no UTF-8 becomes U+FFFD.
@@ -27,6 +29,7 @@ void AppendUtf8(std::string& text, char32_t code);
 
 /// The file that UTF-8 text names. What is no UTF-8 names none on Windows, and never throws.
 std::filesystem::path PathFromUtf8(std::string_view text);
+/// With forward slashes, and never throws: on Windows a name may be no valid text.
 std::string PathToUtf8(const std::filesystem::path& path);
 
 } // namespace Halvern::Formats

@@ -1,5 +1,6 @@
 #include "FreecadDocument.h"
 
+#include "common/FilePaths.h"
 #include "common/FormatError.h"
 #include "common/TextEdits.h"
 #include "common/Utf.h"
@@ -57,8 +58,7 @@ std::string FreecadDocument::TextOf(const std::string& path, PathKind kind) cons
 {
     if (kind == PathKind::FromDocument)
         return path;
-    const std::filesystem::path absolute = m_file.Path().parent_path() / PathFromUtf8(path);
-    return PathToUtf8(absolute.lexically_normal());
+    return PathToUtf8(NormalPath(PathIn(m_file.Path().parent_path(), path)));
 }
 
 std::string FreecadDocument::Edited(const Part& part, const NewPaths& paths) const

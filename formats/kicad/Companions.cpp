@@ -4,17 +4,18 @@
 
 #include "common/Companions.h"
 #include "common/FormatError.h"
+#include "common/PlatformFile.h"
 #include "common/Utf.h"
 
 #include <algorithm>
 #include <array>
-#include <system_error>
 
 namespace Halvern::Formats::Kicad {
 
 namespace {
 
 namespace fs = std::filesystem;
+using Platform::IsFile;
 
 constexpr std::size_t MaxLibraryFiles = 100'000;
 constexpr std::array<const char*, 4> Siblings = {"kicad_pro", "kicad_sch", "kicad_pcb",
@@ -22,12 +23,6 @@ constexpr std::array<const char*, 4> Siblings = {"kicad_pro", "kicad_sch", "kica
 /// Ends the id of a library's descriptions; the name of a library holds no colon.
 constexpr const char* DescriptionsMark = ":dcm";
 constexpr std::array<const char*, 2> Tables = {"sym-lib-table", "fp-lib-table"};
-
-bool IsFile(const fs::path& path)
-{
-    std::error_code error;
-    return fs::is_regular_file(path, error);
-}
 
 std::string LowerExtension(const fs::path& file)
 {
@@ -44,8 +39,7 @@ bool IsAmong(const std::vector<std::string>& names, const fs::path& file)
     const std::string extension = LowerExtension(file);
     return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
         const fs::path other = file.parent_path() / PathFromUtf8(name);
-        std::error_code error;
-        return LowerExtension(other) == extension && fs::equivalent(other, file, error);
+        return LowerExtension(other) == extension && Platform::IsSameFile(other, file);
     });
 }
 
@@ -129,12 +123,13 @@ private:
     /// A library of footprints is a folder with a file for each.
     void AddFootprints(const std::string& id, const fs::path& folder, const fs::path& below)
     {
-        std::error_code error;
         std::vector<std::string> names;
-        for (fs::directory_iterator it(folder, error), end; !error && it != end;
-             it.increment(error))
-            if (it->path().extension() == ".kicad_mod" && IsFile(it->path()))
-                names.push_back(PathToUtf8(it->path().filename()));
+        Platform::VisitNames(folder, [&](const std::string& name) {
+            const fs::path file = PathFromUtf8(name);
+            if (file.extension() == ".kicad_mod" && IsFile(folder / file))
+                names.push_back(name);
+            return true;
+        });
         std::sort(names.begin(), names.end());
         for (const std::string& name : names)
             Add(id + '/' + name, PathToUtf8(below / PathFromUtf8(name)));

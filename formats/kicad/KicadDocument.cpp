@@ -6,6 +6,7 @@
 
 #include "common/Companions.h"
 #include "common/FileEdits.h"
+#include "common/FilePaths.h"
 #include "common/FormatError.h"
 #include "common/Utf.h"
 
@@ -75,7 +76,7 @@ void KicadDocument::AddStored(StoredPath stored)
     const std::optional<std::string> path = m_paths.PathOf(stored);
     if (!path)
         return;
-    const std::filesystem::path file = m_paths.Folder() / PathFromUtf8(*path);
+    const std::filesystem::path file = PathIn(m_paths.Folder(), *path);
     const std::string set = stored.id;
     if (HasSubstitutes(file)) {
         stored.id = SetMemberId(set, ModelMember);

@@ -1,10 +1,10 @@
 #include "StoredPath.h"
 
 #include "common/FileUri.h"
+#include "common/PlatformFile.h"
 #include "common/Utf.h"
 
 #include <algorithm>
-#include <system_error>
 #include <vector>
 
 namespace Halvern::Formats::Kicad {
@@ -18,15 +18,13 @@ constexpr int MaxEntries = 10'000;
 
 bool HoldsProject(const fs::path& folder)
 {
-    std::error_code error;
+    bool found = false;
     int count = 0;
-    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-        if (it->path().extension() == ".kicad_pro")
-            return true;
-        if (++count == MaxEntries)
-            break;
-    }
-    return false;
+    Platform::VisitNames(folder, [&](const std::string& name) {
+        found = PathFromUtf8(name).extension() == ".kicad_pro";
+        return !found && ++count < MaxEntries;
+    });
+    return found;
 }
 
 std::string FindFolderInProject(const fs::path& folder)

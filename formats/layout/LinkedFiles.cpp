@@ -1,11 +1,10 @@
 #include "LinkedFiles.h"
 
 #include "common/Companions.h"
+#include "common/PlatformFile.h"
 
-#include <filesystem>
 #include <map>
 #include <memory>
-#include <system_error>
 
 namespace Halvern::Formats::Layout {
 
@@ -34,8 +33,7 @@ std::optional<TreePath> PathOf(IFileMapping& node, Getter getter)
 LinkedFile FileOf(IFileMapping& node, TreePath source)
 {
     LinkedFile file;
-    std::error_code error;
-    file.isMissing = !std::filesystem::exists(PathFromUtf8(source.Text()), error);
+    file.isMissing = !Platform::Exists(PathFromUtf8(source.Text()));
     file.source = std::move(source);
     file.target = PathOf(node, &IFileMapping::GetTargetFile);
     const unsigned int flags = node.GetFlag();

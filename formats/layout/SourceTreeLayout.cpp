@@ -5,8 +5,7 @@
 
 #include "common/Boundary.h"
 #include "common/FormatError.h"
-
-#include <filesystem>
+#include "common/PlatformFile.h"
 
 namespace Halvern::Formats::Layout {
 
@@ -14,8 +13,7 @@ namespace {
 
 bool ExistsOnDisk(const TreePath& path)
 {
-    std::error_code error;
-    return std::filesystem::exists(PathFromUtf8(path.Text()), error);
+    return Platform::Exists(PathFromUtf8(path.Text()));
 }
 
 void AssignTargets(SyncPlugin::IFileMapping& top)

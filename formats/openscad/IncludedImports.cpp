@@ -2,6 +2,7 @@
 
 #include "ScadText.h"
 
+#include "common/FilePaths.h"
 #include "common/FileUri.h"
 #include "common/FormatError.h"
 #include "common/Utf.h"
@@ -53,7 +54,7 @@ void Walk::AddFiles(const path& file, const path& unit, const std::vector<Refere
         const std::string name = PathOf(reference, file.parent_path());
         if (!NamesExistingFile(name, file.parent_path()))
             continue;
-        const path target = (file.parent_path() / PathFromUtf8(name)).lexically_normal();
+        const path target = NormalPath(PathIn(file.parent_path(), name));
         // Fonts are used, too, and are no models.
         if (target.extension() != ".scad" && isUse)
             continue;
@@ -88,7 +89,7 @@ void Walk::TakeImport(const Visit& visit, const Reference& reference)
 {
     const std::string name = PathOf(reference, visit.unit);
     // What is absolute, or a used file's own, is found from that file.
-    if (PathFromUtf8(name).is_absolute() || name.find(':') != std::string::npos)
+    if (IsAbsolutePath(PathFromUtf8(name)) || name.find(':') != std::string::npos)
         return;
     if (visit.unit != m_folder && NamesExistingFile(name, visit.unit))
         return;
@@ -122,7 +123,7 @@ std::vector<std::string> Walk::Run()
 std::vector<std::string> ImportsOfIncludedFiles(const path& given,
                                                 const std::vector<Reference>& references)
 {
-    const path model = given.lexically_normal();
+    const path model = NormalPath(given);
     Walk walk(model);
     walk.AddFiles(model, model.parent_path(), references);
     return walk.Run();

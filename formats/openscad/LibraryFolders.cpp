@@ -1,5 +1,6 @@
 #include "LibraryFolders.h"
 
+#include "common/FilePaths.h"
 #include "common/FileUri.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@ std::vector<std::filesystem::path> LibraryFolders()
     // A relative one would depend on the folder that some program was started in.
     std::vector<std::filesystem::path> folders = Platform::LibraryFolders();
     std::erase_if(folders,
-                  [](const std::filesystem::path& folder) { return folder.is_relative(); });
+                  [](const std::filesystem::path& folder) { return !IsAbsolutePath(folder); });
     return folders;
 }
 

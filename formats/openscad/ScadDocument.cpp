@@ -6,6 +6,7 @@
 
 #include "common/Companions.h"
 #include "common/FileEdits.h"
+#include "common/FilePaths.h"
 #include "common/FileUri.h"
 #include "common/LinkArray.h"
 
@@ -22,7 +23,7 @@ constexpr int MaxLevels = 8;
 /// is meant to be included from there, and whoever includes it brings the import along.
 bool IsMeantForIncluder(const std::string& name, std::filesystem::path folder)
 {
-    if (PathFromUtf8(name).is_absolute() || NamesExistingFile(name, folder))
+    if (IsAbsolutePath(PathFromUtf8(name)) || NamesExistingFile(name, folder))
         return false;
     for (int i = 0; i < MaxLevels && folder.has_relative_path(); ++i) {
         folder = folder.parent_path();

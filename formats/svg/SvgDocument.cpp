@@ -1,5 +1,6 @@
 #include "SvgDocument.h"
 
+#include "common/FilePaths.h"
 #include "common/FileUri.h"
 #include "common/FormatError.h"
 #include "common/ReplacementFile.h"
@@ -25,7 +26,7 @@ std::string ReadText(const InputFile& file, Compression compression)
 
 std::string AbsoluteName(const std::filesystem::path& document, const std::string& path)
 {
-    return PathToUtf8((document.parent_path() / PathFromUtf8(path)).lexically_normal());
+    return PathToUtf8(NormalPath(PathIn(document.parent_path(), path)));
 }
 
 } // namespace

@@ -2,24 +2,19 @@
 
 #include "CssLinks.h"
 
+#include "common/FilePaths.h"
 #include "common/FileUri.h"
+#include "common/PlatformFile.h"
 #include "common/Utf.h"
 #include "common/Xml.h"
 
 #include <algorithm>
-#include <system_error>
 
 namespace Halvern::Formats::Svg {
 
 namespace {
 
 constexpr std::string_view Blanks = " \t\r\n\f";
-
-bool Exists(const std::filesystem::path& file)
-{
-    std::error_code ignored;
-    return std::filesystem::exists(file, ignored);
-}
 
 } // namespace
 
@@ -51,8 +46,8 @@ std::optional<std::string> PathOf(const UriReference& reference,
     std::string path = PathOfUri(reference.uri, folder);
     if (path.find('\0') != std::string::npos)
         return path; // is refused when it is handed out
-    if (!reference.absolutePath.empty() && !Exists(folder / PathFromUtf8(path)) &&
-        Exists(folder / PathFromUtf8(reference.absolutePath)))
+    if (!reference.absolutePath.empty() && !Platform::Exists(PathIn(folder, path)) &&
+        Platform::Exists(PathIn(folder, reference.absolutePath)))
         return reference.absolutePath;
     return path;
 }

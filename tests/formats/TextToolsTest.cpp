@@ -44,6 +44,13 @@ TEST(Utf, ALoneSurrogateHasNoUtf8)
     EXPECT_FALSE(ToUtf8(Units({0xDF32, 0xD83C})));
 }
 
+TEST(Utf, AMessageShowsAReplacementForALoneSurrogate)
+{
+    EXPECT_EQ(ToUtf8Lossy(Units({0x61, 0xD83C, 0x62})), "a\uFFFDb");
+    EXPECT_EQ(ToUtf8Lossy(Units({0xDF32, 0xD83C})), "\uFFFD\uFFFD");
+    EXPECT_EQ(ToUtf8Lossy(Units({0xD83C, 0xDF32})), "\U0001F332");
+}
+
 TEST(Utf, WhatIsNoUtf8IsRefused)
 {
     const std::pair<const char*, std::string> bad[] = {
