@@ -11,7 +11,9 @@ QString AbsolutePath(const QString& argument)
 {
     if (argument.isEmpty())
         return {};
-    return QDir::cleanPath(QDir::current().absoluteFilePath(QDir::fromNativeSeparators(argument)));
+    const QString path = QDir::current().absoluteFilePath(QDir::fromNativeSeparators(argument));
+    // What has a drive alone, or only begins with a slash, is absolute to QDir, but not to Windows.
+    return QDir::cleanPath(QFileInfo(QDir::cleanPath(path)).absoluteFilePath());
 }
 
 bool IsInFolder(const QString& path, const QString& folder)

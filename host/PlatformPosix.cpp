@@ -30,6 +30,11 @@ int TerminalWidth()
     return known ? size.ws_col : 80;
 }
 
+Qt::CaseSensitivity FileNameCase()
+{
+    return Qt::CaseSensitive;
+}
+
 QString CommonDataFolder()
 {
     return QStringLiteral("/usr/share");

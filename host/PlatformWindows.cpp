@@ -83,6 +83,11 @@ int TerminalWidth()
     return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
+Qt::CaseSensitivity FileNameCase()
+{
+    return Qt::CaseInsensitive;
+}
+
 QString CommonDataFolder()
 {
     return QDir::fromNativeSeparators(qEnvironmentVariable("ProgramData"));

@@ -1,8 +1,10 @@
 #include "Settings.h"
 
 #include "Paths.h"
+#include "Platform.h"
 
 #include <QtCore/QCryptographicHash>
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 namespace Halvern::Host {
@@ -28,9 +30,16 @@ ServicesSettings StoredSettings(const ImportOptions& options)
     return settings;
 }
 
+/// What tells one folder from another.
+QString FolderKey(const QString& folder)
+{
+    const QString path = QDir::fromNativeSeparators(folder);
+    return FileNameCase() == Qt::CaseInsensitive ? path.toCaseFolded() : path;
+}
+
 void TakeCloudFolder(ServicesSettings& settings, const QString& cloudFolder)
 {
-    if (cloudFolder.isEmpty() || cloudFolder == settings.cloudCacheFolder)
+    if (cloudFolder.isEmpty() || FolderKey(cloudFolder) == FolderKey(settings.cloudCacheFolder))
         return;
     settings.cloudCacheFolder = cloudFolder;
     settings.databaseFile = DatabaseForCloudFolder(cloudFolder);
@@ -75,7 +84,9 @@ QString DatabaseForCloudFolder(const QString& cloudFolder)
 {
     const QFileInfo usual(ServicesSettings::Defaults().databaseFile);
     const QByteArray hash =
-        QCryptographicHash::hash(cloudFolder.toUtf8(), QCryptographicHash::Sha1).toHex().left(12);
+        QCryptographicHash::hash(FolderKey(cloudFolder).toUtf8(), QCryptographicHash::Sha1)
+            .toHex()
+            .left(12);
     return QStringLiteral("%1/folders/%2-%3.db")
         .arg(usual.absolutePath(), QFileInfo(cloudFolder).fileName(), QString::fromLatin1(hash));
 }

@@ -11,7 +11,6 @@
 #include <QtCore/QRegularExpression>
 
 #include <atomic>
-#include <filesystem>
 
 namespace Halvern::SyncServices {
 
@@ -99,14 +98,6 @@ public:
     QFile file;
 };
 
-bool Rename(const QString& from, const QString& to)
-{
-    std::error_code error;
-    std::filesystem::rename(QFileInfo(from).filesystemFilePath(),
-                            QFileInfo(to).filesystemFilePath(), error);
-    return !error;
-}
-
 void SetModifiedNow(const QString& path)
 {
     QFile file(path);
@@ -127,7 +118,7 @@ bool BaseStore::Save(const QString& path)
         return false;
     QString reason;
     TemporaryFile copy(m_folder);
-    if (!MakeFolder(m_folder, &reason) || !copy.Open())
+    if (!Platform::MakeFolder(m_folder, &reason) || !copy.Open())
         return false;
     const QByteArray hash = CopyContent(source, copy.file);
     const qint64 size = copy.file.size();
@@ -149,7 +140,7 @@ bool BaseStore::Keep(const QString& temporary, const QString& name, qint64 size)
     // A power cut may have left a copy without its bytes; then the new one replaces it.
     if (existing.isFile() && existing.size() == size)
         SetModifiedNow(existing.filePath());
-    else if (!Rename(temporary, PathOf(name)))
+    else if (!Platform::Rename(temporary, PathOf(name)))
         return false;
     Record(name, size);
     RemoveOldest();

@@ -1,6 +1,7 @@
 #include "syncservices/FolderManager.h"
 
 #include "services/Paths.h"
+#include "services/Platform.h"
 #include "services/SqliteSyncDatabase.h"
 
 #include <QtCore/QDir>
@@ -8,6 +9,7 @@
 
 #include <mutex>
 #include <optional>
+#include <utility>
 
 namespace Halvern::SyncFolderManagerLib {
 
@@ -23,6 +25,8 @@ std::optional<ServicesSettings> configured;
 struct FolderManager::State
 {
     void Start();
+    /// Nothing is made unless every path says where it leads.
+    bool CheckPaths();
     bool MakeCloudCacheFolder();
     void OpenDatabase();
     /// The part of a path below the cloud cache folder, symbolic links followed.
@@ -52,9 +56,26 @@ void FolderManager::State::Start()
         settings.loggedIn = false;
         settings.cloudCacheFolderSyncEnabled = false;
         settings.baseStoreLimit = 0;
-    } else if (MakeCloudCacheFolder()) {
+    } else if (CheckPaths() && MakeCloudCacheFolder()) {
         OpenDatabase();
     }
+}
+
+bool FolderManager::State::CheckPaths()
+{
+    const std::pair<const char*, const QString&> paths[] = {
+        {"cloudCacheFolder", settings.cloudCacheFolder},
+        {"databaseFile", settings.databaseFile},
+        {"baseStoreFolder", settings.baseStoreFolder}};
+    for (const auto& [key, path] : paths) {
+        if (!Platform::IsDriveRelative(path))
+            continue;
+        lastError = QStringLiteral("Failed to use the setting %1, %2: It is not an absolute path. "
+                                   "In a settings file write / or \\\\ for \\.")
+                        .arg(QString::fromLatin1(key), path);
+        return false;
+    }
+    return true;
 }
 
 bool FolderManager::State::MakeCloudCacheFolder()
@@ -63,7 +84,7 @@ bool FolderManager::State::MakeCloudCacheFolder()
         return true;
     const QString folder = QDir::cleanPath(settings.cloudCacheFolder);
     QString reason = QStringLiteral("It is not an absolute path.");
-    if (!QDir::isAbsolutePath(folder) || !MakeFolder(folder, &reason)) {
+    if (!QDir::isAbsolutePath(folder) || !Platform::MakeFolder(folder, &reason)) {
         lastError = QStringLiteral("Failed to create cloud cache folder %1: %2")
                         .arg(settings.cloudCacheFolder, reason);
         return false;
@@ -81,7 +102,7 @@ void FolderManager::State::OpenDatabase()
         lastError = QStringLiteral("Failed to open sync database: No file is configured.");
         return;
     }
-    if (file != u":memory:" && !MakeFolder(QFileInfo(file).absolutePath(), &reason)) {
+    if (file != u":memory:" && !Platform::MakeFolder(QFileInfo(file).absolutePath(), &reason)) {
         lastError =
             QStringLiteral("Failed to create the folder of sync database %1: %2").arg(file, reason);
         return;
@@ -150,7 +171,7 @@ QString FolderManager::GetCloudCacheFolderPath(bool create) const
 {
     QString reason;
     if (create && !m_state->root.isEmpty())
-        MakeFolder(m_state->root, &reason);
+        Platform::MakeFolder(m_state->root, &reason);
     return m_state->root;
 }
 

@@ -3,8 +3,6 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
-#include <filesystem>
-
 namespace Halvern::SyncServices {
 
 bool IsUrlLike(const QString& path)
@@ -60,18 +58,6 @@ QString CanonicalPath(const QString& cleanedPath)
         below = below.isEmpty() ? name : name + u'/' + below;
     }
     return cleanedPath;
-}
-
-bool MakeFolder(const QString& path, QString* reason)
-{
-    std::error_code error;
-    std::filesystem::create_directories(QFileInfo(path).filesystemAbsoluteFilePath(), error);
-    // An existing file of that name is no error to create_directories on every library version.
-    if (!error && !QFileInfo(path).isDir())
-        error = std::make_error_code(std::errc::not_a_directory);
-    if (error)
-        *reason = QString::fromLocal8Bit(error.message().c_str());
-    return !error;
 }
 
 } // namespace Halvern::SyncServices

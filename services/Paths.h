@@ -27,7 +27,4 @@ QString ParentPath(const QString& path);
 /// nearest folder that exists.
 QString CanonicalPath(const QString& cleanedPath);
 
-/// Makes a folder and those above it. False with the system's reason.
-bool MakeFolder(const QString& path, QString* reason);
-
 } // namespace Halvern::SyncServices

@@ -44,6 +44,14 @@ bool OpenRegularFile(const QString& path, QFile& file);
 /// False where the file system cannot.
 bool CloneFile(QFile& source, QFile& target);
 
+/// Makes a folder and those above it. False with the system's reason.
+bool MakeFolder(const QString& path, QString* reason);
+/// Gives a file another name on the same disk; a file that has that name is replaced.
+bool Rename(const QString& from, const QString& to);
+
+/// Whether a path that looks absolute leads to different places, depending on the current drive.
+bool IsDriveRelative(const QString& path);
+
 /// The user's folder for settings; the one for data.
 QString ConfigFolder();
 QString DataFolder();

@@ -3,6 +3,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QStandardPaths>
 
+#include <filesystem>
+
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -55,6 +57,31 @@ bool OpenRegularFile(const QString& path, QFile& file)
 bool CloneFile(QFile& source, QFile& target)
 {
     return ::ioctl(target.handle(), FICLONE, source.handle()) == 0;
+}
+
+bool MakeFolder(const QString& path, QString* reason)
+{
+    std::error_code error;
+    std::filesystem::create_directories(QFileInfo(path).filesystemAbsoluteFilePath(), error);
+    // An existing file of that name is no error to create_directories on every library version.
+    if (!error && !QFileInfo(path).isDir())
+        error = std::make_error_code(std::errc::not_a_directory);
+    if (error)
+        *reason = QString::fromLocal8Bit(error.message().c_str());
+    return !error;
+}
+
+bool Rename(const QString& from, const QString& to)
+{
+    std::error_code error;
+    std::filesystem::rename(QFileInfo(from).filesystemFilePath(),
+                            QFileInfo(to).filesystemFilePath(), error);
+    return !error;
+}
+
+bool IsDriveRelative(const QString&)
+{
+    return false;
 }
 
 QString ConfigFolder()

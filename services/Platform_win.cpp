@@ -1,5 +1,8 @@
 #include "services/Platform.h"
 
+#include "services/Paths.h"
+#include "services/WindowsPaths.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QStandardPaths>
@@ -20,14 +23,26 @@ const wchar_t* Wide(const QString& path)
     return reinterpret_cast<const wchar_t*>(path.utf16());
 }
 
-/// As functions of the system take it: from a length on they need a prefix.
 QString Native(const QString& path)
 {
-    const QString native = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath());
-    if (native.size() < 248 || native.startsWith(u"\\\\?\\"))
-        return native;
-    return native.startsWith(u"\\\\") ? QStringLiteral("\\\\?\\UNC") + native.mid(1)
-                                      : QStringLiteral("\\\\?\\") + native;
+    return WindowsApiPath(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+}
+
+/// Makes a folder whose path is absolute and clean, and those above it.
+DWORD CreateFolders(const QString& path)
+{
+    const QString native = WindowsApiPath(path);
+    if (::CreateDirectoryW(Wide(native), nullptr))
+        return ERROR_SUCCESS;
+    DWORD failure = ::GetLastError();
+    const QString parent = ParentPath(path);
+    if (failure == ERROR_PATH_NOT_FOUND && !parent.isEmpty()) {
+        failure = CreateFolders(parent);
+        if (failure == ERROR_SUCCESS && !::CreateDirectoryW(Wide(native), nullptr))
+            failure = ::GetLastError();
+    }
+    // Another process may have made it meanwhile.
+    return QFileInfo(path).isDir() ? DWORD(ERROR_SUCCESS) : failure;
 }
 
 qint64 Join(DWORD high, DWORD low)
@@ -92,6 +107,24 @@ bool OpenRegularFile(const QString& path, QFile& file)
 bool CloneFile(QFile&, QFile&)
 {
     return false;
+}
+
+bool MakeFolder(const QString& path, QString* reason)
+{
+    const DWORD failure = CreateFolders(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    if (failure != ERROR_SUCCESS)
+        *reason = qt_error_string(int(failure)).trimmed();
+    return failure == ERROR_SUCCESS;
+}
+
+bool Rename(const QString& from, const QString& to)
+{
+    return ::MoveFileExW(Wide(Native(from)), Wide(Native(to)), MOVEFILE_REPLACE_EXISTING);
+}
+
+bool IsDriveRelative(const QString& path)
+{
+    return SyncServices::IsDriveRelative(path);
 }
 
 QString ConfigFolder()

@@ -174,7 +174,7 @@ bool ServicesSettings::Save(const QString& file, QString* error) const
 {
     SetError(error, QString());
     QString reason;
-    bool saved = MakeFolder(QFileInfo(file).absolutePath(), &reason);
+    bool saved = Platform::MakeFolder(QFileInfo(file).absolutePath(), &reason);
     if (saved) {
         QSettings target(file, QSettings::IniFormat);
         Writer writer(target);

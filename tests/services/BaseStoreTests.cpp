@@ -49,6 +49,19 @@ TEST_F(BaseStore, KeepsOneCopyPerPathAndContent)
     EXPECT_EQ(Kept(), Contents({"one", "one", "two"}));
 }
 
+TEST_F(BaseStore, MayLieInALongPath)
+{
+    settings.baseStoreFolder = tree.Path((QString(60, u'd') + u'/').repeated(6) + u"base"_s);
+    Restart();
+    tree.File(u"cloud/a"_s, "one");
+    EXPECT_TRUE(Save(u"cloud/a"_s));
+    const QDir folder(settings.baseStoreFolder);
+    ASSERT_EQ(folder.entryList(QDir::Files).size(), 1);
+    QFile copy(folder.filePath(folder.entryList(QDir::Files).first()));
+    ASSERT_TRUE(copy.open(QFile::ReadOnly));
+    EXPECT_EQ(copy.readAll(), "one");
+}
+
 TEST_F(BaseStore, KeepsEmptyFiles)
 {
     tree.File(u"cloud/a"_s, "");

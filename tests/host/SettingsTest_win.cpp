@@ -1,0 +1,63 @@
+// Folders as they are typed on Windows: letter case does not count, and a drive may be left out.
+
+#include "CommandFixture.h"
+
+#include "Paths.h"
+
+#include "syncservices/ServicesSettings.h"
+
+#include <QtCore/QDir>
+
+namespace Halvern::Test {
+
+namespace {
+
+class CloudFolderOnWindows : public CommandFixture
+{
+protected:
+    CloudFolderOnWindows() { tree.File(u"work/a.tlk"_qs); }
+
+    CommandResult ImportTo(const QString& cloudFolder) const
+    {
+        return Run({u"import"_qs, u"a.tlk"_qs, u"--settings"_qs, tree.Path(u"settings.ini"_qs),
+                    u"--cloud-folder"_qs, cloudFolder});
+    }
+    void WriteSettings(const QString& cloudFolder) const
+    {
+        SyncServices::ServicesSettings settings;
+        settings.cloudCacheFolder = cloudFolder;
+        settings.databaseFile = tree.Path(u"data/my.db"_qs);
+        QString error;
+        EXPECT_TRUE(settings.Save(tree.Path(u"settings.ini"_qs), &error)) << error.toStdString();
+    }
+};
+
+} // namespace
+
+TEST_F(CloudFolderOnWindows, HasOneDatabaseHoweverItsNameIsTyped)
+{
+    WriteSettings(tree.Path(u"my cloud"_qs));
+    EXPECT_EQ(ImportTo(tree.Path(u"Sync"_qs)).exitCode, 0);
+    EXPECT_TRUE(ImportTo(tree.Path(u"sYNC"_qs)).out.startsWith(u"unchanged"_qs));
+    EXPECT_TRUE(
+        ImportTo(QDir::toNativeSeparators(tree.Path(u"SYNC"_qs))).out.startsWith(u"unchanged"_qs));
+}
+
+TEST_F(CloudFolderOnWindows, ThatTheSettingsNameHasTheirDatabaseHoweverItsNameIsTyped)
+{
+    WriteSettings(QDir::toNativeSeparators(tree.Path(u"My Cloud"_qs)));
+    EXPECT_EQ(ImportTo(tree.Path(u"my cloud"_qs)).exitCode, 0);
+    EXPECT_TRUE(tree.Exists(u"data/my.db"_qs));
+}
+
+TEST(HostPathsOnWindows, GetTheDriveAndTheFolderThatTheyLeaveOut)
+{
+    const QString here = QDir::currentPath();
+    const QString drive = here.left(2);
+    EXPECT_EQ(Host::AbsolutePath(u"\\Sync\\a"_qs), drive + u"/Sync/a"_qs);
+    EXPECT_EQ(Host::AbsolutePath(drive + u"a\\b"_qs), here + u"/a/b"_qs);
+    EXPECT_EQ(Host::AbsolutePath(u"\\\\server\\share\\a"_qs), u"//server/share/a"_qs);
+    EXPECT_EQ(Host::AbsolutePath(u"D:\\a\\..\\b."_qs), u"D:/b."_qs);
+}
+
+} // namespace Halvern::Test
