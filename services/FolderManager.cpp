@@ -9,7 +9,6 @@
 
 #include <mutex>
 #include <optional>
-#include <utility>
 
 namespace Halvern::SyncFolderManagerLib {
 
@@ -63,19 +62,10 @@ void FolderManager::State::Start()
 
 bool FolderManager::State::CheckPaths()
 {
-    const std::pair<const char*, const QString&> paths[] = {
-        {"cloudCacheFolder", settings.cloudCacheFolder},
-        {"databaseFile", settings.databaseFile},
-        {"baseStoreFolder", settings.baseStoreFolder}};
-    for (const auto& [key, path] : paths) {
-        if (!Platform::IsDriveRelative(path))
-            continue;
-        lastError = QStringLiteral("Failed to use the setting %1, %2: It is not an absolute path. "
-                                   "In a settings file write / or \\\\ for \\.")
-                        .arg(QString::fromLatin1(key), path);
-        return false;
-    }
-    return true;
+    const QString fault = PathFault(settings);
+    if (!fault.isEmpty())
+        lastError = QStringLiteral("Failed to use the settings: %1").arg(fault);
+    return fault.isEmpty();
 }
 
 bool FolderManager::State::MakeCloudCacheFolder()

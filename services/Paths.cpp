@@ -1,7 +1,11 @@
 #include "services/Paths.h"
 
+#include "services/Platform.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+
+#include <utility>
 
 namespace Halvern::SyncServices {
 
@@ -45,6 +49,22 @@ QString ParentPath(const QString& path)
     // The root of a drive keeps its slash: C:/a lies in C:/.
     const QString parent = path.left(path.at(slash - 1) == u':' ? slash + 1 : slash);
     return parent == path ? QString() : parent;
+}
+
+QString PathFault(const ServicesSettings& settings)
+{
+    const std::pair<const char*, const QString&> paths[] = {
+        {"cloudCacheFolder", settings.cloudCacheFolder},
+        {"databaseFile", settings.databaseFile},
+        {"baseStoreFolder", settings.baseStoreFolder},
+        {"serviceFolder", settings.serviceFolder}};
+    for (const auto& [key, path] : paths) {
+        if (Platform::IsDriveRelative(path))
+            return QStringLiteral("The path of %1 is not absolute: %2. In a settings file write / "
+                                  "or \\\\ between folders, since a single \\ is lost.")
+                .arg(QString::fromLatin1(key), path);
+    }
+    return {};
 }
 
 QString CanonicalPath(const QString& cleanedPath)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "syncservices/ServicesSettings.h"
+
 #include <QtCore/QString>
 
 #include <optional>
@@ -22,6 +24,10 @@ QString JoinPath(const QString& folder, const QString& below);
 
 /// The folder above a cleaned path; empty when there is none.
 QString ParentPath(const QString& path);
+
+/// What is wrong with a path of the settings that leads to different places, depending on the
+/// current drive. Empty when none does.
+QString PathFault(const ServicesSettings& settings);
 
 /// The path with every symbolic link resolved. What does not exist yet is kept as it is below the
 /// nearest folder that exists.

@@ -164,6 +164,8 @@ ServicesSettings ServicesSettings::LoadOrCreate(const QString& file, QString* er
         reason = OpenError(file, QFile::ReadOnly, QStringLiteral("It is not a settings file."));
     else if (!reader.BadKey().isEmpty())
         reason = QStringLiteral("The value of %1 has the wrong form.").arg(reader.BadKey());
+    else
+        reason = PathFault(settings);
     if (reason.isEmpty())
         return settings;
     SetError(error, QStringLiteral("Failed to read settings file %1: %2").arg(file, reason));

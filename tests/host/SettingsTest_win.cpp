@@ -50,6 +50,15 @@ TEST_F(CloudFolderOnWindows, ThatTheSettingsNameHasTheirDatabaseHoweverItsNameIs
     EXPECT_TRUE(tree.Exists(u"data/my.db"_qs));
 }
 
+TEST_F(CloudFolderOnWindows, WhosePathLostItsBackslashesInTheSettingsIsAUsageError)
+{
+    tree.File(u"settings.ini"_qs, "[General]\ncloudCacheFolder=D:\\Sync\\Work\n");
+    const CommandResult result =
+        Run({u"import"_qs, u"a.tlk"_qs, u"--settings"_qs, tree.Path(u"settings.ini"_qs)});
+    EXPECT_EQ(result.exitCode, 2) << ::testing::PrintToString(result);
+    EXPECT_TRUE(result.err.contains(u"cloudCacheFolder"_qs)) << ::testing::PrintToString(result);
+}
+
 TEST(HostPathsOnWindows, GetTheDriveAndTheFolderThatTheyLeaveOut)
 {
     const QString here = QDir::currentPath();

@@ -45,10 +45,10 @@ TEST_F(SettingsFile, IsMadeWithTheDefaultsOnFirstUse)
 TEST_F(SettingsFile, GivesBackEveryValue)
 {
     ServicesSettings settings;
-    settings.cloudCacheFolder = u"/home/müller/設計, neu; \"x\" \\ %20/Corsync"_s;
-    settings.databaseFile = u"/data/Größe.db"_s;
+    settings.cloudCacheFolder = u"//home/müller/設計, neu; \"x\" \\ %20/Corsync"_s;
+    settings.databaseFile = u"//data/Größe.db"_s;
     settings.databaseBusyTimeout = 1234;
-    settings.baseStoreFolder = u"/base"_s;
+    settings.baseStoreFolder = u"//base/x"_s;
     settings.baseStoreLimit = qint64(5) << 40;
     settings.userName = u" Jörg  Ω "_s;
     settings.authenticationConfigurationId = 42;
@@ -57,7 +57,7 @@ TEST_F(SettingsFile, GivesBackEveryValue)
     settings.loggedIn = false;
     settings.cloudCacheFolderSyncEnabled = false;
     settings.supportedFileTypes = QStringList({u"prt"_s, u"asm"_s});
-    settings.serviceFolder = u"/opt/x"_s;
+    settings.serviceFolder = u"//opt/x"_s;
     settings.cloudRoot = u"/Projects"_s;
     ASSERT_TRUE(settings.Save(tree.Path(u"conf/settings.ini"_s), &error)) << error.toStdString();
     const ServicesSettings found = Load();
@@ -80,10 +80,10 @@ TEST_F(SettingsFile, GivesBackEveryValue)
 
 TEST_F(SettingsFile, CanBeWrittenByHandInPart)
 {
-    const ServicesSettings settings = Load("[General]\ncloudCacheFolder=/srv/Größe, alt\n"
+    const ServicesSettings settings = Load("[General]\ncloudCacheFolder=//srv/Größe, alt\n"
                                            "supportedFileTypes=prt\nloggedIn=0\nunknown=1\n");
     EXPECT_EQ(error, QString());
-    EXPECT_EQ(settings.cloudCacheFolder, u"/srv/Größe, alt"_s);
+    EXPECT_EQ(settings.cloudCacheFolder, u"//srv/Größe, alt"_s);
     EXPECT_EQ(settings.supportedFileTypes, QStringList(u"prt"_s));
     EXPECT_FALSE(settings.loggedIn);
     EXPECT_TRUE(settings.cloudCacheFolderSyncEnabled);
@@ -95,7 +95,7 @@ TEST_F(SettingsFile, WithAWrongValueGivesTheDefaultsAndNamesTheKey)
     for (const char* line :
          {"baseStoreLimit=many", "authenticationConfigurationId=1.5", "loggedIn=perhaps"}) {
         const ServicesSettings settings =
-            Load("[General]\ncloudCacheFolder=/srv/x\n" + QByteArray(line) + '\n');
+            Load("[General]\ncloudCacheFolder=//srv/x\n" + QByteArray(line) + '\n');
         const QString key = QString::fromLatin1(line).section(u'=', 0, 0);
         EXPECT_EQ(error,
                   u"Failed to read settings file %1: The value of %2 has the wrong form."_s.arg(
