@@ -1,5 +1,7 @@
 #include "Paths.h"
 
+#include "Platform.h"
+
 #include "syncservices/FileMapping.h"
 
 #include <QtCore/QDir>
@@ -14,6 +16,12 @@ QString AbsolutePath(const QString& argument)
     const QString path = QDir::current().absoluteFilePath(QDir::fromNativeSeparators(argument));
     // What has a drive alone, or only begins with a slash, is absolute to QDir, but not to Windows.
     return QDir::cleanPath(QFileInfo(QDir::cleanPath(path)).absoluteFilePath());
+}
+
+QString PathKey(const QString& path)
+{
+    const QString slashes = QDir::fromNativeSeparators(path);
+    return FileNameCase() == Qt::CaseInsensitive ? slashes.toCaseFolded() : slashes;
 }
 
 bool IsInFolder(const QString& path, const QString& folder)

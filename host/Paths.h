@@ -8,6 +8,8 @@ namespace Halvern::Host {
 
 /// An argument as an absolute, cleaned path with forward slashes; empty for an empty argument.
 QString AbsolutePath(const QString& argument);
+/// What tells the files that absolute paths name from each other: on Windows letter case does not.
+QString PathKey(const QString& path);
 /// True when `path` is `folder` or lies below it, without regard to letter case.
 bool IsInFolder(const QString& path, const QString& folder);
 /// True also for a symbolic link that leads nowhere. A shortcut of Windows (.lnk) is the file that

@@ -1,10 +1,8 @@
 #include "Settings.h"
 
 #include "Paths.h"
-#include "Platform.h"
 
 #include <QtCore/QCryptographicHash>
-#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 namespace Halvern::Host {
@@ -30,16 +28,9 @@ ServicesSettings StoredSettings(const ImportOptions& options)
     return settings;
 }
 
-/// What tells one folder from another.
-QString FolderKey(const QString& folder)
-{
-    const QString path = QDir::fromNativeSeparators(folder);
-    return FileNameCase() == Qt::CaseInsensitive ? path.toCaseFolded() : path;
-}
-
 void TakeCloudFolder(ServicesSettings& settings, const QString& cloudFolder)
 {
-    if (cloudFolder.isEmpty() || FolderKey(cloudFolder) == FolderKey(settings.cloudCacheFolder))
+    if (cloudFolder.isEmpty() || PathKey(cloudFolder) == PathKey(settings.cloudCacheFolder))
         return;
     settings.cloudCacheFolder = cloudFolder;
     settings.databaseFile = DatabaseForCloudFolder(cloudFolder);
@@ -84,7 +75,7 @@ QString DatabaseForCloudFolder(const QString& cloudFolder)
 {
     const QFileInfo usual(ServicesSettings::Defaults().databaseFile);
     const QByteArray hash =
-        QCryptographicHash::hash(FolderKey(cloudFolder).toUtf8(), QCryptographicHash::Sha1)
+        QCryptographicHash::hash(PathKey(cloudFolder).toUtf8(), QCryptographicHash::Sha1)
             .toHex()
             .left(12);
     return QStringLiteral("%1/folders/%2-%3.db")

@@ -1,5 +1,7 @@
 #include "UpToDate.h"
 
+#include "Paths.h"
+
 #include "syncservices/SyncPrivate.h"
 
 #include <QtCore/QHash>
@@ -17,7 +19,7 @@ using SyncServices::SyncPrivate;
 
 namespace {
 
-/// Earlier copies by source path; of several the latest.
+/// Earlier copies by the key of the source path; of several the latest.
 using History = QHash<QString, std::shared_ptr<FileMapping>>;
 
 History ReadHistory(SyncDatabase& database)
@@ -25,7 +27,7 @@ History ReadHistory(SyncDatabase& database)
     History history;
     const int user = SyncPrivate::GetCurrentUserAuthenticationConfigurationId();
     for (const auto& copy : database.GetFileCopyHistoryByAuthenticationId(user))
-        history.insert(copy->GetSourceFile(), copy);
+        history.insert(PathKey(copy->GetSourceFile()), copy);
     return history;
 }
 
@@ -50,7 +52,7 @@ QDateTime LastModified(const QString& path)
 
 bool IsUnchangedSince(const FileMapping* copy, const FileMapping& file)
 {
-    return copy && copy->GetTargetFile() == file.GetTargetFile() &&
+    return copy && PathKey(copy->GetTargetFile()) == PathKey(file.GetTargetFile()) &&
            IsSameSecond(copy->GetSourceFileLastModified(), LastModified(file.GetSourceFile())) &&
            IsSameSecond(copy->GetTargetFileLastModified(), LastModified(file.GetTargetFile()));
 }
@@ -64,7 +66,7 @@ void MarkUnchangedSelected(const FileSet::FileMappingList& files, SyncDatabase& 
     const History history = ReadHistory(database);
     for (const auto& file : files) {
         if (!IsSelectedCollision(*file) ||
-            !IsUnchangedSince(history.value(file->GetSourceFile()).get(), *file))
+            !IsUnchangedSince(history.value(PathKey(file->GetSourceFile())).get(), *file))
             continue;
         file->SetFlag(FileMapping::Collision, false);
         file->SetFlag(FileMapping::Unchanged, true);

@@ -44,6 +44,13 @@ TEST_F(CloudFolderOnWindows, HasOneDatabaseHoweverItsNameIsTyped)
     }
 }
 
+TEST_F(CloudFolderOnWindows, KnowsASourceHoweverItsNameIsTyped)
+{
+    EXPECT_EQ(Import({u"a.tlk"_qs}).exitCode, 0);
+    const CommandResult result = Import({u"A.TLK"_qs});
+    EXPECT_TRUE(result.out.startsWith(u"unchanged"_qs)) << ::testing::PrintToString(result);
+}
+
 TEST_F(CloudFolderOnWindows, ThatTheSettingsNameHasTheirDatabaseHoweverItsNameIsTyped)
 {
     WriteSettings(QDir::toNativeSeparators(tree.Path(u"My Cloud"_qs)));
