@@ -55,12 +55,12 @@ bool IsFolder(const std::filesystem::path& folder);
 bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
 /// Where a symbolic link leads.
 std::filesystem::path Resolved(const std::filesystem::path& file);
-/// Gives `visit` the names in a folder, in no order, until it returns false. Names that are no
-/// Unicode text are left out where all others are.
+/// Gives `visit` the names in a folder, in no order, until it returns false. On Windows a name with
+/// a lone surrogate is left out: no link can hold it.
 void VisitNames(const std::filesystem::path& folder,
                 const std::function<bool(const std::string& name)>& visit);
 
-/// Whether a path names a server, where it can.
+/// Whether a path begins with the name of a server, as paths of Windows may.
 bool IsNetworkPath(const std::filesystem::path& path);
 
 } // namespace Platform
