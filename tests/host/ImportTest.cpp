@@ -38,6 +38,19 @@ TEST_F(ImportCommand, BringsAFileWithItsLinkedFilesAndRewritesTheLinks)
     EXPECT_EQ(result.err, QString());
 }
 
+TEST_F(ImportCommand, RewritesLinksInFilesWhosePathsAreLong)
+{
+    const QString deep = QString(60, u'd') + (u'/' + QString(60, u'd')).repeated(4);
+    tree.File(u"work/lib/part.scad"_qs, "cube(1);\n")
+        .File(u"work/"_qs + deep + u"/top.scad"_qs, "use <../../../../../lib/part.scad>\n");
+
+    const CommandResult result = Import({deep + u"/top.scad"_qs, u"--to"_qs, deep});
+
+    EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
+    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{deep + u"/top.scad"_qs, "use <lib/part.scad>\n"},
+                                           {deep + u"/lib/part.scad"_qs, "cube(1);\n"}}));
+}
+
 TEST_F(ImportCommand, DoesNothingTheSecondTime)
 {
     const QStringList arguments{u"proj/top.tlk"_qs, u"--to"_qs, u"Demo"_qs};
