@@ -205,11 +205,11 @@ private:
     {
         return IsNew(content, state) || (!state.old.isEmpty() && content == state.old);
     }
-    /// Besides targets there may be parked files, whole, copies that were not complete, and the
-    /// plug-in's own temporary files.
+    /// Besides targets there may be parked files, whole, copies that were not complete, folders
+    /// that were to get one, and the plug-in's own temporary files.
     void CheckLeftover(const QString& name, const QByteArray& content)
     {
-        if (name.startsWith(".copy-"))
+        if (name.section('/', -1).startsWith(".copy-") || name.endsWith('/'))
             return;
         static const QRegularExpression parked(QStringLiteral("^(.+?)(_[0-9]+)?\\.tmp$"));
         const QString target = parked.match(name).captured(1);
