@@ -3,6 +3,9 @@
 
 #include "filelink/FileLinkImporter.h"
 
+#include <QtCore/QThread>
+#include <QtCore/QTime>
+
 namespace Halvern::Test {
 
 using namespace Qt::Literals::StringLiterals;
@@ -58,6 +61,12 @@ protected:
         Write(u"src/readme.txt"_s, "text");
         Write(u"cloud/T/layout/b.tlk"_s, "in the way");
     }
+    /// Times are compared in whole seconds: what one step writes and another one writes again in the
+    /// same second is unchanged, a second later it is not.
+    static void WaitForTheNextSecond()
+    {
+        QThread::msleep(1000 - static_cast<unsigned long>(QTime::currentTime().msec()));
+    }
     static QString Text(bool value) { return value ? u"true"_s : u"false"_s; }
 
     /// A first import, one of what changed since, links of a cloud file, pending files, a cancel.
@@ -73,12 +82,14 @@ protected:
             for (const QString& line : Targets(importer))
                 outcome.targets.append(line.split(folder + u'/').join(QString()));
             Write(u"src/parts/b.tlk"_s, "changed\n");
+            WaitForTheNextSecond();
         }
         FileLinkImporter front;
         outcome.results.append(Text(front.ExtractAndImportFileLinksOfCloudFiles(
             1, {Path(u"cloud/T/top.tasm"_s), Path(u"cloud/T/layoutfails.tasm"_s)},
             {SyncItem::ImportLinkedFiles, SyncItem::NoSyncOption})));
         MarkPending(u"cloud/T/top.tasm"_s);
+        WaitForTheNextSecond();
         outcome.results.append(Text(front.RepathFiles(Root()->GetId())));
         FileLinkImporter canceled(std::make_shared<PollCounter>(30));
         outcome.results.append(
