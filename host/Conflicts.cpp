@@ -74,8 +74,8 @@ private:
 
 bool GiveFreeName(FileMapping& file, const QString& wanted, const Owners& owners)
 {
-    const QString free =
-        FreePath(wanted, [&](const QString& path) { return owners.IsOwned(path) || ExistsOnDisk(path); });
+    const QString free = FreePath(
+        wanted, [&](const QString& path) { return owners.IsOwned(path) || ExistsOnDisk(path); });
     file.SetFlag(FileMapping::RenameOnCollision, true);
     return file.SetTargetFile(free, true);
 }

@@ -39,8 +39,8 @@ public:
     /// its links as one. `wanted` holds all paths that were asked for, those that stay included.
     virtual void RequireTogether(const NewPaths& /*wanted*/) const {}
 
-    /// What keeps the link from having this path while it hinders no other one: a file that is found
-    /// by its name is not where the name says. Never passed to Rewrite().
+    /// What keeps the link from having this path while it hinders no other one: a file that is
+    /// found by its name is not where the name says. Never passed to Rewrite().
     virtual std::optional<std::string> ObstacleTo(const std::string& /*id*/,
                                                   const std::string& /*path*/) const
     {

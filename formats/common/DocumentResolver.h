@@ -22,10 +22,10 @@ public:
     bool GetFileLinks(const SyncPlugin::WideChar* file, SyncPlugin::FileLinkInfo** links,
                       int* count, SyncPlugin::IFileLinkResolverContext* context) override;
     /// All links or none: with one that is not in the file, or cannot be written, the file stays
-    /// as it is. Links that say nothing (see Document::ObstacleTo) hinder no other: when a file that
-    /// is found by its name has not the wanted place, the others are rewritten, and the result is
-    /// false. A file whose links all have the wanted paths is not written; a leading "./" makes no
-    /// difference.
+    /// as it is. Links that say nothing (see Document::ObstacleTo) hinder no other: when a file
+    /// that is found by its name has not the wanted place, the others are rewritten, and the result
+    /// is false. A file whose links all have the wanted paths is not written; a leading "./" makes
+    /// no difference.
     bool RepathFileLinks(const SyncPlugin::WideChar* file, const SyncPlugin::FileLinkInfo* links,
                          int count, SyncPlugin::IFileLinkResolverContext* context) override;
 

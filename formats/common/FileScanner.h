@@ -40,8 +40,8 @@ public:
     /// Goes on to the next byte that is one of `bytes`, which stays there, and says whether there
     /// is one.
     bool SkipTo(std::string_view bytes);
-    /// At the "*" behind a "/": goes on to what comes behind the next "*/". Throws a FormatError with
-    /// `begin`, the comment's own place, when there is none.
+    /// At the "*" behind a "/": goes on to what comes behind the next "*/". Throws a FormatError
+    /// with `begin`, the comment's own place, when there is none.
     void SkipBlockComment(std::uint64_t begin);
 
     static constexpr std::size_t BlockSize = std::size_t(256) * 1024;

@@ -20,8 +20,8 @@ namespace {
 bool CanBeImported(const QString& path)
 {
     const QFileInfo info(path);
-    return !(info.isSymLink() && IsFolder(path)) && !IsInCloudCacheFolder(path) &&
-           !info.isRoot() && !IsShareRoot(path);
+    return !(info.isSymLink() && IsFolder(path)) && !IsInCloudCacheFolder(path) && !info.isRoot() &&
+           !IsShareRoot(path);
 }
 
 bool TargetFits(qsizetype sourceCount, const QString& target)

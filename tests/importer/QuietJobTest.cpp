@@ -61,8 +61,8 @@ protected:
         Write(u"src/readme.txt"_s, "text");
         Write(u"cloud/T/layout/b.tlk"_s, "in the way");
     }
-    /// Times are compared in whole seconds: what one step writes and another one writes again in the
-    /// same second is unchanged, a second later it is not.
+    /// Times are compared in whole seconds: what one step writes and another one writes again in
+    /// the same second is unchanged, a second later it is not.
     static void WaitForTheNextSecond()
     {
         QThread::msleep(1000 - static_cast<unsigned long>(QTime::currentTime().msec()));
