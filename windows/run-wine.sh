@@ -50,11 +50,7 @@ if [ ! -f "$WINEPREFIX/corsync-ready" ]; then
     exec 9>&-
 fi
 # A folder of the prefix that programs see as \\corsync\share.
-share=$WINEPREFIX/dosdevices/unc/corsync/share
-if [ ! -L "$share" ]; then
-    mkdir -p "$WINEPREFIX/share" "${share%/*}"
-    ln -sT ../../../share "$share" 2>/dev/null || [ -L "$share" ]
-fi
+mkdir -p "$WINEPREFIX/dosdevices/unc/corsync/share"
 
 limit=${CORSYNC_WINE_TIMEOUT:-300}
 if [ -n "$terminal" ]; then
