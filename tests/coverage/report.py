@@ -51,15 +51,16 @@ def measure(build):
     result = subprocess.run(command, cwd=build, capture_output=True, text=True)
     if result.returncode:
         sys.exit(f"gcov ended with {result.returncode}\n{result.stderr}")
-    return parse(result.stdout, build)
+    return parse(result.stdout)
 
 
-def parse(text, build):
+def parse(text):
     files = {}
     file, number, block, counts = None, 0, -1, True
     for line in text.splitlines():
         if match := SOURCE.match(line):
-            path = (build / match[1]).resolve()
+            # Without the prefix, and so as seen from the root.
+            path = (ROOT / match[1]).resolve()
             file = None
             if path.is_relative_to(ROOT / "src"):
                 file = files.setdefault(str(path.relative_to(ROOT)), File())
