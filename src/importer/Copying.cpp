@@ -104,9 +104,10 @@ bool FileLinkImporterImp::CreateFolder(const QString& path, bool hidden)
         return false;
     const QString forbidden = WhyForbidden(path);
     if (!forbidden.isEmpty()) {
-        FILELINK_LOG(
-            LogLevel::Error,
-            QStringLiteral("Failed to create folder %1. Error: %2").arg(path).arg(forbidden));
+        // As when the system refuses a name, which it does not do with all of these.
+        FILELINK_LOG(LogLevel::Error, QStringLiteral("Failed to create folder %1").arg(path));
+        FILELINK_LOG(LogLevel::Error, QStringLiteral("%1: %2").arg(path, forbidden));
+        Q_EMIT FolderCreated(path);
         return false;
     }
     const QDir folder(path);

@@ -187,9 +187,9 @@ TEST_F(ForbiddenNames, OfAFolderMakeNoneAndAreNotTakenForAnother)
     tree.Folder(QStringLiteral("cloud/Demo"));
     log.Clear();
     EXPECT_FALSE(importer.CreateFolder(Cloud(QStringLiteral("Demo.")), false));
-    EXPECT_EQ(Errors(), QStringList{QStringLiteral("ERROR Failed to create folder cloud/Demo.. "
-                                                   "Error: Windows does not allow the name "
-                                                   "\"Demo.\"")});
+    EXPECT_EQ(Errors(), (QStringList{QStringLiteral("ERROR Failed to create folder cloud/Demo."),
+                                     QStringLiteral("ERROR cloud/Demo.: Windows does not allow the "
+                                                    "name \"Demo.\"")}));
 }
 
 } // namespace Halvern::Test
