@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Times `corsync import` against cp and rsync on the same files, in one run.
 
     bench/import-benchmark.py [--files 1000,10000,50000] [--work /dev/shm] [--corsync PATH]

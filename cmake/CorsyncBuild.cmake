@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What every target of the project is built with.
 
 option(CORSYNC_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)

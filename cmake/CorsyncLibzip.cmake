@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Makes corsync_libzip, which stands for libzip. Debian's CMake files of libzip want its command-line
 # tools as well: there pkg-config is asked.
 if(NOT TARGET corsync_libzip)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The zip for Windows users; windows/package.sh makes it.
 #
 #   README.txt

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What only the Windows build has: the libraries that travel with the programs, and the zip.
 # CORSYNC_WINDOWS_PREFIXES comes from windows/toolchain.cmake.
 

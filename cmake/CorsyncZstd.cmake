@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Makes corsync_zstd, which stands for libzstd. What it comes with depends on who built it: a CMake
 # package, with a shared or a static library, or a pkg-config file.
 if(NOT TARGET corsync_zstd)

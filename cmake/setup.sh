@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Shared by ./corsync and ./test: installs what the build needs when it is missing (Debian packages
 # only), and configures the build once.
 

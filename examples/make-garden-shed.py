@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Makes the sample project garden-shed/ and the damaged files in bad/, beside this script.
 
 The same files come out every time. Nothing but Python's standard library is needed.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "services/BaseStore.h"
 
 #include "services/Paths.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a mapping asks the disk, and the matching of link paths.
 
 #include "syncservices/FileMapping.h"

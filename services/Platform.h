@@ -1,10 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #pragma once
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
 #include <QtCore/QString>
 
-/// What differs between operating systems: Platform_posix.cpp and Platform_win.cpp.
+/// What differs between operating systems: Platform_posix.cpp and Platform_windows.cpp.
 namespace Halvern::SyncServices::Platform {
 
 /// What the file system knows a file by. Symbolic links are followed.

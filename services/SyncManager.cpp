@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "syncservices/SyncManager.h"
 
 #include "services/BaseStore.h"

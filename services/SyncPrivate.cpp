@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "syncservices/SyncPrivate.h"
 
 #include "syncservices/FolderManager.h"

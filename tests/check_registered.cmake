@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Fails when a source below tests/ is named in no CMakeLists.txt of its folder or a folder above.
 file(GLOB_RECURSE sources RELATIVE ${TESTS} ${TESTS}/*.cpp)
 set(missing "")

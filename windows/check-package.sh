@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # check-package.sh [PRESET]: makes the zip from this build (windows-release), unpacks it and uses it in a
 # new Wine prefix as README.txt says.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Compares the tests that ran under Wine (the last ./test --windows) with those of the Linux build (the
 # last ./test), and both with docs/platforms.md, which has to give a reason for each test that only
 # one of them has, and the number of tests that each runs.

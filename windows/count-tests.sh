@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # What the last run of the Windows suite ran, from the results that its test programs wrote. Fails when
 # one has left no results: it crashed, in the test that it named last.
 set -euo pipefail

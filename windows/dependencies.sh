@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Gets and cross-builds what the Windows build links, from Debian's source packages, into a cache
 # folder that all builds of this machine share: $CORSYNC_CACHE, or ~/.cache/corsync/windows. A
 # dependency whose version and recipe have not changed is reused. Writes

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # package.sh [PRESET]: installs what the Windows build needs, builds it and packs the zip for users from
 # it, or from another Windows preset than windows-release. Prints where the zip lies.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Runs a Windows program under Wine: without a display, in a prefix of its own, with a time limit.
 #
 #   run-wine.sh [--terminal] [--bin FOLDER] PROGRAM ARGUMENT...

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A small host program. It imports files with everything they link and prints what it copied:
 //
 //     import_files CLOUD_FOLDER DATABASE FOLDER_BELOW FILE...

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A plug-in to begin from: files "*.pathlist" are text in UTF-8 with a path in each line. An empty
 // line and one that begins with "#" holds none.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #pragma once
 
 /// Everything a plug-in author includes. A plug-in library exports, unmangled, one or both of

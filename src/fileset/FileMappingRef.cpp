@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "fileset/FileMappingRef.h"
 
 #include "fileset/FileSetImp.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "fileset/LinkGraph.h"
 
 #include "support/PathUtilities.h"

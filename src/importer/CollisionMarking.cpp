@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "importer/FileLinkImporterImp.h"
 #include "importer/FileTimes.h"
 #include "support/FileOperations.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "importer/FileLinkImporterImp.h"
 #include "support/Logging.h"
 #include "support/PathUtilities.h"

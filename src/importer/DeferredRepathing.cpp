@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "importer/FileLinkImporterImp.h"
 #include "support/FileOperations.h"
 #include "support/Logging.h"

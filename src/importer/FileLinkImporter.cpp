@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "filelink/FileLinkImporter.h"
 
 #include "importer/FileLinkImporterImp.h"

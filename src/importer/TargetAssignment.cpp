@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "fileset/FileSetImp.h"
 #include "importer/FileLinkImporterImp.h"
 #include "plugins/PluginLogger.h"

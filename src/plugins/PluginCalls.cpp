@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "plugins/LinkRecords.h"
 #include "plugins/PluginGuard.h"
 #include "plugins/PluginManager.h"

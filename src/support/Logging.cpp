@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "support/Logging.h"
 
 #include <log4cplus/loggingmacros.h>

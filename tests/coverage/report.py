@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Line and branch coverage of src/, as ./test --coverage measures it.
 
     python3 tests/coverage/report.py --build build/coverage

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # check_exports.sh LIBRARY LIST: fails when the library exports other classes and functions than the
 # list names. A Windows library must export all of the list: there, a class exports its inline
 # functions, too. An ELF library holds an inline function only when something in it calls that.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Whole imports to disks that are full and folders that are closed.
 
 #include "../copying/CopyingFixture.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A program that runs one import over a tree, as a host does, to be killed from outside:
 //
 //     fault_host <tree> <plug-in folder> <end at poll> <move> <source>...

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // An import is a process of its own here, and is killed. Whatever the moment: sources are as they
 // were, every target is absent, the old file or the new one, nothing that was replaced is lost, the
 // database is sound, and the next import completes what was left. Part of a copy may stand under a

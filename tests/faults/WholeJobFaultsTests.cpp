@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Whole imports in which something goes wrong between or within the stages.
 
 #include "../copying/CopyingFixture.h"

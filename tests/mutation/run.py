@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Changes the module's sources one line at a time; every change must make a test fail.
 
     tests/mutation/run.py             the whole list
@@ -25,14 +26,14 @@ PRESET = "mutation"
 
 # The test programs that hold the module, and which of them most likely notices a change of a room.
 PROGRAMS = {
-    "support": ["corsync_unit_tests", "corsync_copying_tests", "corsync_importer_tests"],
-    "fileset": ["corsync_fileset_tests", "corsync_importer_tests", "corsync_copying_tests"],
-    "plugins": ["plugins_tests", "corsync_importer_tests"],
-    "importer": ["corsync_importer_tests", "corsync_copying_tests"],
+    "support": ["support_tests", "stages_tests", "importer_tests"],
+    "fileset": ["fileset_tests", "importer_tests", "stages_tests"],
+    "plugins": ["plugins_tests", "importer_tests"],
+    "importer": ["importer_tests", "stages_tests"],
 }
 ALL_PROGRAMS = [
-    "corsync_importer_tests", "corsync_copying_tests", "corsync_fileset_tests", "plugins_tests",
-    "corsync_unit_tests", "corsync_scenario_tests", "host_tests", "corsync_fault_tests",
+    "importer_tests", "stages_tests", "fileset_tests", "plugins_tests",
+    "support_tests", "scenario_tests", "cli_tests", "fault_tests",
 ]
 # Files of src/importer that the program of the copying room covers first.
 COPYING = re.compile("Copying|FileReplacement|Repathing|DatabaseUpdate|TargetLinks|FileTreeLog")

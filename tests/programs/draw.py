@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Runs the command language of Open CASCADE (occt-draw) without a display."""
 import os
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Run inside FreeCAD: opens CORSYNC_FILE and writes, as JSON to CORSYNC_RESULT, every reference that FreeCAD
 resolved in it and in the documents that it loaded with it: [name, path or null, content or null].
 

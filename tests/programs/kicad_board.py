@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
 """Prints the footprints with models that KiCad finds in a board, as JSON: run by prove_kicad.py, with the
 system's Python, which has KiCad's module."""
 import json

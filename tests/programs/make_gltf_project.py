@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Makes a project of glTF scenes with Blender's exporter.
 
     blender -b --factory-startup -P make_gltf_project.py -- FOLDER

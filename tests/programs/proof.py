@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the proofs of all formats share: see README.md."""
 import argparse
 import dataclasses

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Blender opens imported .blend files and finds everything that they link: see README.md."""
 import json
 import os
@@ -7,7 +8,7 @@ import tempfile
 from proof import Reference, TESTS, check, main, prove, run_blender
 
 HERE = pathlib.Path(__file__).resolve().parent
-GENERATOR = TESTS / "formats/blender/make-corpus.py"
+GENERATOR = TESTS / "plugins/blender/make-corpus.py"
 HOUSE = "Szenen/Haus 木.blend"
 TOPS = (HOUSE, "Szenen/Garten.blend", "Szenen/Alter Garten.blend", "lib/Möbel.blend")
 MISSING = {HOUSE: {"image Verloren"}}

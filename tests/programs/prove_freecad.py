@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """FreeCAD opens the copies of its documents and finds every linked document and file in them."""
 import json
 import os
@@ -36,7 +37,7 @@ def make_absolute(file, old, new):
 
 
 def make_project(folder):
-    script = proof.TESTS / "formats/freecad/corpus/make-corpus.py"
+    script = proof.TESTS / "plugins/freecad/corpus/make-corpus.py"
     output = run_in_freecad(script, CORSYNC_PROJECT=str(folder), CORSYNC_PROJECT_FULL="1")
     proof.check((folder / SUB).exists(), f"FreeCAD made no project:\n{output}")
     make_absolute(folder / SUB, 'file="../Teile/', f'file="{folder}/Teile/')

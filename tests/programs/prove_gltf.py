@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """gltf-validator and Blender open imported glTF scenes and find everything that they link: see README.md.
 
 gltf-validator is looked for in build/programs, where ./test --programs puts it, or in the folder that the
@@ -24,7 +25,7 @@ def make_project(folder):
 
 def by_validator(file):
     """A missing resource is told by the exit code, too; an error in the file ends the proof."""
-    result = run(["node", TESTS / "formats/validate-gltf.mjs", "--modules", MODULES, "--json", file], expect=(0, 1))
+    result = run(["node", TESTS / "plugins/gltf/validate-gltf.mjs", "--modules", MODULES, "--json", file], expect=(0, 1))
     report = json.loads(result.stdout)
     check(not report["errors"], f"{file}: {report['errors']}")
     return [Reference(f"validator: {resource['pointer']}", resource["path"], resource["content"])

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """KiCad 6 finds everything that a copied project names.
 
 Its editors have no mode without a window: they run on a display of their own, and the system calls say which
@@ -21,8 +22,8 @@ import time
 import proof
 
 PYTHON = "/usr/bin/python3"
-MAKER = proof.TESTS / "formats/kicad/make-corpus.py"
-MODELS = proof.TESTS / "formats/kicad/corpus"
+MAKER = proof.TESTS / "plugins/kicad/make-corpus.py"
+MODELS = proof.TESTS / "plugins/kicad/corpus"
 BOARDS = pathlib.Path(__file__).with_name("kicad_board.py")
 TOPS = ("Platine Größe/Haupt 木.kicad_pro", "Platine Größe/Haupt 木.kicad_sch", "Zweite/Zweite Platine.kicad_pcb")
 QUIET = 4

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """OpenSCAD models, proved by OpenSCAD: the files that it opened, and the bodies that it made of them."""
 import os
 import pathlib

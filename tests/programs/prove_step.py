@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """STEP assemblies with parts in other files, proved by Open CASCADE: the files that it opened (strace sees them)
 and the body that it made of them."""
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Inkscape and rsvg-convert show the copies of drawings with everything that the drawings use.
 
 Every file of the project has a colour of its own, every reference a cell of the drawing. What a program puts into
@@ -101,7 +102,7 @@ def inspect(file):
 
 
 def make_project(folder):
-    proof.run([sys.executable, proof.TESTS / "formats/svg/corpus/make-corpus.py", folder, "--full"])
+    proof.run([sys.executable, proof.TESTS / "plugins/svg/corpus/make-corpus.py", folder, "--full"])
 
 
 def prove(corsync):

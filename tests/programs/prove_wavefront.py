@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Wavefront objects and materials, proved by Blender and by assimp."""
 import json
 import pathlib

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Opening the database: what is made, and what is refused.
 
 #include "DatabaseFixture.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One database file, several processes.
 
 #include "DatabaseFixture.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Symbolic links, as every user can make them on POSIX.
 
 #include "MappingOnDisk.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Folders of the user that environment variables name, and symbolic links as every user can make
 // them.
 

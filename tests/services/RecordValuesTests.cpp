@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "syncservices/FileMapping.h"
 #include "syncservices/Global.h"
 #include "syncservices/SyncItem.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The fixture that tests of other rooms build on.
 
 #include "ServicesFixture.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A second process for the tests of the sync database:
 //
 //   writer items DATABASE CLOUD PREFIX COUNT   writes items, one after another, and a copy history

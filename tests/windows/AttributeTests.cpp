@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The attributes that Windows keeps for a file: read-only, hidden, system, archive.
 
 #include "HeldFile.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // corsync_console_state COMMAND...: runs the command in this program's console, which has an old
 // code page then. Ends with 0 when the command used another one, and code page and modes are as
 // before.

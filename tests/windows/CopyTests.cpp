@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How a copy comes into being, and what it does about programs that look at every new file.
 
 #include "FileTree.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The second program of the sharing tests. It holds a file until its standard input ends:
 //
 //     file_holder hold <access> <share> <file>     opens it now

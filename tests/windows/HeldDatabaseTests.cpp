@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The database file while another program has it open.
 
 #include "HeldFile.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Paths that are longer than the system's functions take without a prefix, and names that it
 // forbids. Wine takes long paths and most such names, so that these tests show that the importer
 // does its work; that the prefix is there is shown by the texts of paths. Dots and blanks at the

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Jobs with files on a network share. windows/run-wine.sh makes one, which is a folder of this
 // machine that has the name of one: the path is what is tested here, not the network.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Drive letters and network paths, on a system that has them.
 
 #include "ImporterFixture.h"

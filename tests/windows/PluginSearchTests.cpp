@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Where Windows finds a plug-in's library, and what becomes of it after unloading.
 
 #include "FileTree.h"

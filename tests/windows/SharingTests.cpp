@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the importer does while another program has a file open, for each way to share it. Whether
 // that program only reads the file or writes it, too, must make no difference.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Shortcuts (.lnk) are files. Qt answers for what they lead to, which is not what is to be copied.
 
 #include "HeldFile.h"

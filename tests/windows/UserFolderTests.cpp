@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The folders of the user, as the system names them, when the host gives no settings.
 
 #include "FileTree.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Ctrl-C as a person presses it: corsync.exe runs in a terminal, which gets the character for it while files
 are copied. Ends with exit code 1 at the first thing that is not as it must be."""
 import argparse

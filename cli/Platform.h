@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace Halvern::Cli {
+
+/// Before the application object: text on standard output and standard error is UTF-8. When the
+/// program exits a console is as it was.
+void PrepareConsole();
+bool IsStandardErrorTerminal();
+/// Columns of the terminal on standard error; 80 when unknown.
+int TerminalWidth();
+/// Whether names that differ in letter case alone name two files on an ordinary disk.
+Qt::CaseSensitivity FileNameCase();
+/// The machine's folder for data of all users, where plug-ins of other products are registered.
+QString CommonDataFolder();
+/// Arguments that name files. Where the shell leaves patterns to the program, "*" and "?" in the
+/// last part of one stand for the names they match, in their order; hidden ones are left out. A
+/// pattern that matches nothing stays as it is.
+QStringList ExpandPatterns(const QStringList& arguments);
+
+} // namespace Halvern::Cli

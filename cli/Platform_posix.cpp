@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Platform.h"
+
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+
+#include <langinfo.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace Halvern::Cli {
+
+void PrepareConsole()
+{
+    std::setlocale(LC_ALL, "");
+    // Qt switches to UTF-8 by itself, but warns about it on standard error.
+    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
+        setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+bool IsStandardErrorTerminal()
+{
+    return isatty(STDERR_FILENO) == 1;
+}
+
+int TerminalWidth()
+{
+    winsize size = {};
+    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : 80;
+}
+
+Qt::CaseSensitivity FileNameCase()
+{
+    return Qt::CaseSensitive;
+}
+
+QString CommonDataFolder()
+{
+    return QStringLiteral("/usr/share");
+}
+
+QStringList ExpandPatterns(const QStringList& arguments)
+{
+    return arguments;
+}
+
+} // namespace Halvern::Cli

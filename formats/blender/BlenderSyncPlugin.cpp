@@ -1,9 +1,0 @@
-#include "BlendResolver.h"
-
-#include "syncplugin/SyncPlugin.h"
-
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow)
-        Halvern::Formats::ResolverFactory<Halvern::Formats::Blender::BlendResolver>;
-}

@@ -1,8 +1,0 @@
-#include "SvgResolver.h"
-
-#include "syncplugin/SyncPlugin.h"
-
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow) Halvern::Formats::ResolverFactory<Halvern::Formats::Svg::SvgResolver>;
-}

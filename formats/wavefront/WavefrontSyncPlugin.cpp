@@ -1,9 +1,0 @@
-#include "WavefrontResolver.h"
-
-#include "syncplugin/SyncPlugin.h"
-
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow)
-        Halvern::Formats::ResolverFactory<Halvern::Formats::Wavefront::WavefrontResolver>;
-}

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "pluginkit/InputFile.h"
+
+#include "pluginkit/FormatError.h"
+
+namespace Halvern::Formats {
+
+InputFile::InputFile(const std::filesystem::path& path)
+    : m_path(path), m_handle(Platform::OpenForReading(path))
+{
+    try {
+        m_stamp = Platform::StampOf(m_handle);
+    } catch (...) {
+        Platform::Close(m_handle);
+        throw;
+    }
+}
+
+InputFile::~InputFile()
+{
+    Close();
+}
+
+void InputFile::Close() noexcept
+{
+    if (m_handle != Platform::NoHandle)
+        Platform::Close(m_handle);
+    m_handle = Platform::NoHandle;
+}
+
+void InputFile::ReadAt(std::uint64_t offset, char* buffer, std::size_t size) const
+{
+    while (size > 0) {
+        const std::size_t got = Platform::ReadSome(m_handle, offset, buffer, size);
+        if (got == 0)
+            throw FormatError("the file ends unexpectedly", offset);
+        offset += got;
+        buffer += got;
+        size -= got;
+    }
+}
+
+std::string InputFile::Read(std::uint64_t offset, std::uint64_t size) const
+{
+    if (offset > Size() || size > Size() - offset)
+        throw FormatError("the file ends unexpectedly", Size());
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    ReadAt(offset, bytes.data(), bytes.size());
+    return bytes;
+}
+
+} // namespace Halvern::Formats

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "pluginkit/FormatError.h"
+#include "pluginkit/ReplacementFile.h"
+#include "pluginkit/ZipArchive.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+namespace Halvern::Formats {
+
+namespace {
+
+constexpr std::uint16_t Deflated = 8;
+
+/// An entry's bytes from its local header on, as they are going to be.
+struct NewEntry
+{
+    const ZipEntry* old;
+    std::string header;
+    std::string data;
+    std::uint32_t checksum;
+    std::uint32_t size;
+
+    std::int64_t Growth() const
+    {
+        return static_cast<std::int64_t>(header.size() + data.size()) -
+               static_cast<std::int64_t>(old->end - old->offset);
+    }
+};
+
+/// Without the wrapping that zlib puts around its streams, as ZIP wants it.
+std::string Deflate(const std::string& content)
+{
+    constexpr int rawWindow = -15;
+    constexpr int memoryLevel = 8;
+    z_stream stream = {};
+    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, rawWindow, memoryLevel,
+                     Z_DEFAULT_STRATEGY) != Z_OK)
+        throw std::bad_alloc();
+    std::string bytes(deflateBound(&stream, static_cast<uLong>(content.size())), '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
+    stream.avail_in = static_cast<uInt>(content.size());
+    stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
+    stream.avail_out = static_cast<uInt>(bytes.size());
+    const int result = deflate(&stream, Z_FINISH);
+    bytes.resize(bytes.size() - stream.avail_out);
+    deflateEnd(&stream);
+    if (result != Z_STREAM_END)
+        throw FormatError("the content cannot be compressed");
+    return bytes;
+}
+
+std::uint32_t Checksum(const std::string& content)
+{
+    const auto* bytes = reinterpret_cast<const Bytef*>(content.data());
+    return static_cast<std::uint32_t>(crc32(0, bytes, static_cast<uInt>(content.size())));
+}
+
+std::uint16_t WithoutDescriptor(std::uint16_t flags)
+{
+    return static_cast<std::uint16_t>(flags & ~0x0008U);
+}
+
+NewEntry MakeEntry(const InputFile& file, const ZipEntry& old, const std::string& content)
+{
+    if (content.size() > std::numeric_limits<std::uint32_t>::max() / 2)
+        throw FormatError(old.name + " would grow beyond 2 GiB");
+    NewEntry entry{&old, ReadLocalHeader(file, old), {}, Checksum(content), 0};
+    entry.data = old.method == Deflated ? Deflate(content) : content;
+    entry.size = static_cast<std::uint32_t>(content.size());
+    SetZipShort(entry.header, 6, WithoutDescriptor(ZipShort(entry.header, 6)));
+    SetZipLong(entry.header, 14, entry.checksum);
+    SetZipLong(entry.header, 18, static_cast<std::uint32_t>(entry.data.size()));
+    SetZipLong(entry.header, 22, entry.size);
+    return entry;
+}
+
+/// In the order of the file.
+std::vector<NewEntry> MakeEntries(const InputFile& file, const ZipDirectory& directory,
+                                  const std::map<std::string, std::string>& contents)
+{
+    std::vector<NewEntry> entries;
+    for (const auto& [name, content] : contents)
+        entries.push_back(MakeEntry(file, *directory.Find(name), content));
+    std::sort(entries.begin(), entries.end(),
+              [](const NewEntry& a, const NewEntry& b) { return a.old->offset < b.old->offset; });
+    return entries;
+}
+
+/// Where what was at `offset` is going to be.
+std::uint32_t Moved(std::uint64_t offset, const std::vector<NewEntry>& entries)
+{
+    auto moved = static_cast<std::int64_t>(offset);
+    for (const NewEntry& entry : entries)
+        moved += entry.old->offset < offset ? entry.Growth() : 0;
+    // The largest number stands for a 64-bit record.
+    if (moved >= std::int64_t(std::numeric_limits<std::uint32_t>::max()))
+        throw FormatError("the archive would grow beyond 4 GiB");
+    return static_cast<std::uint32_t>(moved);
+}
+
+std::string NewRecords(const ZipDirectory& directory, const std::vector<NewEntry>& entries)
+{
+    std::string records = directory.Records();
+    for (const ZipEntry& entry : directory.Entries())
+        SetZipLong(records, entry.recordOffset + 42, Moved(entry.offset, entries));
+    for (const NewEntry& entry : entries) {
+        const std::size_t at = entry.old->recordOffset;
+        SetZipShort(records, at + 8, WithoutDescriptor(entry.old->flags));
+        SetZipLong(records, at + 16, entry.checksum);
+        SetZipLong(records, at + 20, static_cast<std::uint32_t>(entry.data.size()));
+        SetZipLong(records, at + 24, entry.size);
+    }
+    return records;
+}
+
+} // namespace
+
+void ZipArchive::Replace(const std::map<std::string, std::string>& contents)
+{
+    const std::vector<NewEntry> entries = MakeEntries(m_file, m_directory, contents);
+    const std::string records = NewRecords(m_directory, entries);
+    std::string tail = m_directory.Tail();
+    SetZipLong(tail, 16, Moved(m_directory.RecordsOffset(), entries));
+    ReplacementFile replacement(m_file);
+    std::uint64_t done = 0;
+    for (const NewEntry& entry : entries) {
+        replacement.CopyFromSource(done, entry.old->offset - done);
+        replacement.Write(entry.header);
+        replacement.Write(entry.data);
+        done = entry.old->end;
+    }
+    replacement.CopyFromSource(done, m_directory.RecordsOffset() - done);
+    replacement.Write(records);
+    replacement.Write(tail);
+    replacement.Commit();
+}
+
+} // namespace Halvern::Formats

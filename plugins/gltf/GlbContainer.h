@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "pluginkit/InputFile.h"
+
+#include <cstdint>
+#include <string>
+
+namespace Halvern::Formats::Gltf {
+
+/// Largest JSON document that is read into memory.
+inline constexpr std::uint64_t MaxDocumentSize = std::uint64_t(1) << 30;
+
+/// Where the parts of a binary glTF file lie.
+struct GlbLayout
+{
+    std::uint64_t jsonBegin = 0;
+    std::uint64_t jsonSize = 0;
+    /// The chunks behind the JSON, headers included.
+    std::uint64_t restBegin = 0;
+    std::uint64_t restSize = 0;
+};
+
+/// Decided by the first bytes, or by a name that ends in ".glb".
+bool IsGlb(const InputFile& file);
+
+/// Checks every header and length down to the end of the file; throws FormatError.
+GlbLayout ReadGlbLayout(const InputFile& file);
+
+/// The bytes of the file in front of the chunks that follow the JSON: header, chunk header and the
+/// JSON, padded to four bytes. Throws FormatError when the file would pass what its length field
+/// can say.
+std::string GlbHead(std::string json, std::uint64_t restSize);
+
+} // namespace Halvern::Formats::Gltf

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "pluginkit/DocumentResolver.h"
+
+namespace Halvern::Formats::Gltf {
+
+/// Reads and rewrites the uris of glTF 2.0 files, plain (.gltf) and binary (.glb).
+///
+/// A link's reference id is the JSON pointer of its string. Rewriting changes the bytes of those
+/// strings and, in a binary file, the padding behind the JSON and two lengths; nothing else.
+class GltfResolver : public DocumentResolver
+{
+public:
+    GltfResolver();
+};
+
+} // namespace Halvern::Formats::Gltf

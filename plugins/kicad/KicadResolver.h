@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "pluginkit/DocumentResolver.h"
+
+namespace Halvern::Formats::Kicad {
+
+/// Reads and rewrites the links of KiCad's projects (.kicad_pro), schematics (.kicad_sch) and
+/// boards
+/// (.kicad_pcb).
+class KicadResolver : public DocumentResolver
+{
+public:
+    KicadResolver();
+};
+
+} // namespace Halvern::Formats::Kicad

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "pluginkit/DocumentResolver.h"
+
+namespace Halvern::Formats::Step {
+
+/// Reads and rewrites the names of files in STEP exchange files (ISO 10303-21).
+class StepResolver : public DocumentResolver
+{
+public:
+    StepResolver();
+};
+
+} // namespace Halvern::Formats::Step

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "UriReference.h"
+
+#include "CssLinks.h"
+
+#include "pluginkit/FilePaths.h"
+#include "pluginkit/FileUri.h"
+#include "kit/PlatformFile.h"
+#include "pluginkit/Utf.h"
+#include "pluginkit/Xml.h"
+
+#include <algorithm>
+
+namespace Halvern::Formats::Svg {
+
+namespace {
+
+constexpr std::string_view Blanks = " \t\r\n\f";
+
+} // namespace
+
+Span PathPart(std::string_view uri)
+{
+    const std::size_t begin = std::min(uri.find_first_not_of(Blanks), uri.size());
+    const std::size_t end = std::min(uri.find_first_of("#?", begin), uri.size());
+    const std::size_t last = uri.find_last_not_of(Blanks, end == 0 ? 0 : end - 1);
+    return {begin, end == begin || last == std::string_view::npos ? begin : last + 1};
+}
+
+std::string_view SuffixOf(std::string_view uri)
+{
+    const std::string_view suffix = uri.substr(std::min(uri.find_first_of("#?"), uri.size()));
+    return suffix.substr(0, suffix.find_last_not_of(Blanks) + 1);
+}
+
+std::string IdCounter::Next(const std::string& id)
+{
+    const std::size_t count = ++m_counts[id];
+    return count == 1 ? id : id + '#' + std::to_string(count);
+}
+
+std::optional<std::string> PathOf(const UriReference& reference,
+                                  const std::filesystem::path& folder)
+{
+    if (!IsLinkUri(reference.uri))
+        return std::nullopt;
+    std::string path = PathOfUri(reference.uri, folder);
+    if (path.find('\0') != std::string::npos)
+        return path; // is refused when it is handed out
+    if (!reference.absolutePath.empty() && !Platform::Exists(PathIn(folder, path)) &&
+        Platform::Exists(PathIn(folder, reference.absolutePath)))
+        return reference.absolutePath;
+    return path;
+}
+
+std::string TextFor(const UriReference& reference, std::string_view path)
+{
+    const std::string uri = UriOfPath(path);
+    if (reference.place == UriReference::Place::StyleSheet)
+        return CssUri(uri + reference.suffix);
+    return EscapeXmlAttribute(uri + reference.suffix);
+}
+
+} // namespace Halvern::Formats::Svg

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CommandFixture.h"
+
+#include <csignal>
+
+#include <algorithm>
+
+namespace Halvern::Test {
+
+namespace {
+
+constexpr int Files = 3000;
+
+/// A folder with so many files that a signal arrives while they are copied.
+class CancelledImport : public CommandFixture
+{
+protected:
+    CancelledImport()
+    {
+        for (int i = 0; i < Files; ++i)
+            tree.File(u"work/proj/%1.tlk"_qs.arg(i, 5, 10, QChar(u'0')),
+                      "link 1 ../lib/part.tlk\n");
+        tree.File(u"work/lib/part.tlk"_qs, "part\n");
+    }
+
+    /// Sends the signal once the progress line shows the phase.
+    CommandResult ImportAndSend(int signal, const QByteArray& phase, int times = 1) const
+    {
+        QProcess process;
+        Prepare(process, ImportArguments({u"proj"_qs, u"--progress"_qs, u"always"_qs}));
+        process.setReadChannel(QProcess::StandardError);
+        process.start();
+        QByteArray seen;
+        while (!seen.contains(phase) && process.waitForReadyRead(60000))
+            seen += process.readAllStandardError();
+        EXPECT_TRUE(seen.contains(phase)) << seen.toStdString();
+        for (int i = 0; i < times; ++i)
+            kill(pid_t(process.processId()), signal);
+        return Finish(process);
+    }
+
+    void ExpectTheNextImportToFinish() const
+    {
+        const CommandResult next = Import({u"proj"_qs});
+        EXPECT_EQ(next.exitCode, 0) << next.err.toStdString();
+        EXPECT_EQ(next.Lines().filter(u"failed"_qs), QStringList());
+        const FileTree::Snapshot cloud = Cloud();
+        EXPECT_EQ(cloud.size(), Files + 1);
+        EXPECT_EQ(cloud.values().count("link 1 lib/part.tlk\n"), Files);
+        const PluginCallLog calls;
+        EXPECT_EQ(Import({u"proj"_qs}).exitCode, 0);
+        EXPECT_EQ(calls.Calls(), QStringList());
+    }
+};
+
+} // namespace
+
+TEST_F(CancelledImport, WhileCopyingTellsWhatIsDoneAndTheNextOneFinishesIt)
+{
+    const CommandResult result = ImportAndSend(SIGINT, "Copying");
+    EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
+    EXPECT_TRUE(result.err.contains(u"cancelled"_qs));
+    const FileTree::Snapshot cloud = Cloud();
+    EXPECT_LT(cloud.size(), Files);
+    // A folder that is still empty stands in the snapshot, too.
+    const auto copied = std::count_if(cloud.keyBegin(), cloud.keyEnd(),
+                                      [](const QString& name) { return !name.endsWith(u'/'); });
+    EXPECT_EQ(result.Lines().filter(u"not done "_qs).size(), Files + 1 - copied);
+    EXPECT_EQ(QStringList(cloud.keys()).filter(u".tmp"_qs), QStringList());
+    ExpectTheNextImportToFinish();
+}
+
+TEST_F(CancelledImport, WhileRewritingLinksLeavesNoCopyWithOldLinksForGood)
+{
+    const CommandResult result = ImportAndSend(SIGINT, "Rewriting links", 2);
+    EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
+    EXPECT_EQ(Cloud().size(), Files + 1);
+    EXPECT_TRUE(result.out.contains(u"its links are not rewritten yet"_qs));
+    ExpectTheNextImportToFinish();
+}
+
+TEST_F(CancelledImport, BeforeCopyingLeavesNothing)
+{
+    const CommandResult result = ImportAndSend(SIGTERM, "Reading links");
+    EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
+    EXPECT_TRUE(result.err.contains(u"nothing was copied"_qs));
+    EXPECT_EQ(Cloud().size(), 0);
+}
+
+} // namespace Halvern::Test

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CommandFixture.h"
+#include "FileLock.h"
+
+namespace Halvern::Test {
+
+namespace {
+
+/// The copy of work/top.tlk is in place; the part that it links gets another name in the next
+/// import, for a file of somebody else took its own.
+class ImportWhileACopyIsOpen : public CommandFixture
+{
+protected:
+    ImportWhileACopyIsOpen()
+    {
+        tree.File(u"work/top.tlk"_qs, "link 1 part.tlk\n").File(u"work/part.tlk"_qs, "v1\n");
+        EXPECT_EQ(Import({u"top.tlk"_qs}).exitCode, 0);
+        tree.File(u"work/part.tlk"_qs, "v2\n")
+            .Touch(u"work/part.tlk"_qs, QDateTime::currentDateTime().addSecs(60));
+    }
+    QByteArray Top() const { return tree.Read(u"cloud/top.tlk"_qs); }
+};
+
+} // namespace
+
+TEST_F(ImportWhileACopyIsOpen, DefersTheLinksAndTheNextImportRewritesThem)
+{
+    const QStringList arguments{u"top.tlk"_qs, u"--linked-collisions"_qs, u"rename"_qs};
+    {
+        const FileLock lock(tree.Path(u"cloud/top.tlk"_qs));
+        const CommandResult result = Import(arguments);
+        EXPECT_EQ(result.exitCode, 5);
+        EXPECT_TRUE(result.Has(u"locked     top.tlk -> top.tlk (links pending)"_qs))
+            << ::testing::PrintToString(result);
+        EXPECT_EQ(Top(), "link 1 part.tlk\n");
+        // Still open: nothing is lost by trying again.
+        EXPECT_EQ(Import(arguments).exitCode, 5);
+        EXPECT_EQ(Top(), "link 1 part.tlk\n");
+    }
+    const CommandResult result = Import(arguments);
+    EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
+    EXPECT_EQ(Top(), "link 1 part (2).tlk\n");
+    const PluginCallLog calls;
+    EXPECT_EQ(Import(arguments).exitCode, 0);
+    EXPECT_EQ(calls.Calls(), QStringList());
+}
+
+} // namespace Halvern::Test

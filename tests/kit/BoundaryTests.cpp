@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "FormatFixture.h"
+
+#include "pluginkit/Boundary.h"
+#include "pluginkit/FormatError.h"
+#include "pluginkit/LinkArray.h"
+
+#include <new>
+#include <stdexcept>
+
+namespace Halvern::Test {
+
+using namespace Formats;
+
+namespace {
+
+class Boundary : public ::testing::Test
+{
+protected:
+    bool Run(const std::function<void()>& work)
+    {
+        const QString file = QStringLiteral("D:/Höhe.gltf");
+        return RunGuarded(&context, "read", Wide(file), work);
+    }
+
+    RecordingContext context;
+};
+
+/// The text of the FormatError that adding this link throws.
+std::string Refusal(const std::string& id, std::string_view path)
+{
+    try {
+        LinkArray(1).Add(id, path);
+    } catch (const FormatError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+} // namespace
+
+TEST_F(Boundary, WorkThatEndsWellLogsNothing)
+{
+    bool done = false;
+    EXPECT_TRUE(Run([&] { done = true; }));
+    EXPECT_TRUE(done);
+    EXPECT_TRUE(context.lines.isEmpty());
+}
+
+TEST_F(Boundary, AFailureIsLoggedWithFilePositionAndReason)
+{
+    EXPECT_FALSE(Run([] { throw FormatError("no such chunk", 17); }));
+    EXPECT_FALSE(Run([] { throw FormatError("not a regular file"); }));
+    EXPECT_EQ(
+        context.lines,
+        (QStringList{QStringLiteral("ERROR Failed to read D:/Höhe.gltf: no such chunk (byte 17)"),
+                     QStringLiteral("ERROR Failed to read D:/Höhe.gltf: not a regular file")}));
+}
+
+TEST_F(Boundary, NoExceptionOfAnyKindGetsOut)
+{
+    EXPECT_FALSE(Run([] { throw std::bad_alloc(); }));
+    EXPECT_FALSE(Run([] { throw std::out_of_range("index"); }));
+    EXPECT_FALSE(Run([] { throw 42; }));
+    EXPECT_EQ(context.lines,
+              (QStringList{QStringLiteral("ERROR Failed to read D:/Höhe.gltf: out of memory"),
+                           QStringLiteral("ERROR Failed to read D:/Höhe.gltf: index"),
+                           QStringLiteral("ERROR Failed to read D:/Höhe.gltf: unknown error")}));
+}
+
+TEST_F(Boundary, AHostWithoutContextOrFileStillGetsItsAnswer)
+{
+    EXPECT_FALSE(RunGuarded(nullptr, "read", nullptr, [] { throw FormatError("x"); }));
+    EXPECT_FALSE(RunGuarded(&context, "read", nullptr, [] { throw FormatError("x"); }));
+    EXPECT_EQ(context.lines, QStringList{QStringLiteral("ERROR Failed to read : x")});
+}
+
+TEST(LinkArray, HandsOverRecordsInOrder)
+{
+    LinkArray array(2);
+    array.Add("/a/uri", "Höhe.png");
+    array.Add("/b/uri", "b.png");
+    SyncPlugin::FileLinkInfo* links = nullptr;
+    int count = 0;
+    array.HandOver(&links, &count);
+    ASSERT_EQ(count, 2);
+    EXPECT_EQ(links[0].size, 1044U);
+    EXPECT_EQ(FromWide(links[0].referenceId), QStringLiteral("/a/uri"));
+    EXPECT_EQ(FromWide(links[0].path), QStringLiteral("Höhe.png"));
+    EXPECT_EQ(FromWide(links[1].path), QStringLiteral("b.png"));
+    delete[] links;
+}
+
+TEST(LinkArray, WithoutLinksTheArrayIsNull)
+{
+    LinkArray array(0);
+    auto* links = reinterpret_cast<SyncPlugin::FileLinkInfo*>(&array);
+    int count = -1;
+    array.HandOver(&links, &count);
+    EXPECT_EQ(links, nullptr);
+    EXPECT_EQ(count, 0);
+}
+
+TEST(LinkArray, TwoHundredAndFiftyNineUnitsFitAndOneMoreIsRefusedByName)
+{
+    const std::string fits(259, 'x');
+    EXPECT_EQ(Refusal("/a", fits), "accepted");
+    EXPECT_EQ(Refusal("/a", fits + "x"),
+              "the path of link /a has 260 characters; a link can have 259");
+    EXPECT_EQ(Refusal(fits + "x", "p"),
+              "the id of link " + fits + "x has 260 characters; a link can have 259");
+}
+
+TEST(LinkArray, CharactersOutsideTheBasicPlaneCountTwice)
+{
+    std::string trees;
+    for (int i = 0; i < 130; ++i)
+        trees += "\xF0\x9F\x8C\xB2";
+    EXPECT_EQ(Refusal("/a", trees), "the path of link /a has 260 characters; a link can have 259");
+    EXPECT_EQ(Refusal("/a", std::string_view(trees).substr(4)), "accepted");
+}
+
+TEST(LinkArray, TextThatNoRecordCanHoldIsRefused)
+{
+    EXPECT_EQ(Refusal("/a", std::string_view("a\0b", 3)),
+              "the path of link /a holds a NUL character");
+    EXPECT_EQ(Refusal("/a", "\xFF"), "the path of link /a is no valid text");
+}
+
+TEST(LinkArray, ARecordWhoseTextFillsTheFieldIsReadToItsEndOnly)
+{
+    SyncPlugin::FileLinkInfo link = {};
+    std::fill(std::begin(link.referenceId), std::end(link.referenceId), SyncPlugin::WideChar('x'));
+    EXPECT_EQ(LinkText(link.referenceId), std::string(260, 'x'));
+    EXPECT_EQ(LinkText(link.path), std::string());
+}
+
+} // namespace Halvern::Test

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Whole imports by the command of scenes that link names which only POSIX has.
+
+#include "BlendFile.h"
+#include "CommandFixture.h"
+
+namespace Halvern::Test {
+
+namespace {
+
+class PosixBlendImport : public CommandFixture
+{};
+
+} // namespace
+
+TEST_F(PosixBlendImport, PicturesWithAColonInTheirNamesComeAndAreFoundAgain)
+{
+    BlendFile content;
+    content.Add("IM", "Image",
+                {{"id.name", "IMa"}, {"name", "//Bild 12:30:00.png"}, {"source", 1}});
+    content.Add("IM", "Image", {{"id.name", "IMb"}, {"name", "//../12:30/b.png"}, {"source", 1}});
+    tree.File(u"work/s/a.blend"_qs, content.Bytes());
+    tree.File(u"work/s/Bild 12:30:00.png"_qs, "a").File(u"work/12:30/b.png"_qs, "b");
+    const QStringList arguments{u"s/a.blend"_qs, u"--to"_qs, u"Demo"_qs};
+    const CommandResult result = Import(arguments);
+    EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
+    QByteArray moved = content.Bytes();
+    moved.replace(QByteArray("//../12:30/b.png"), QByteArray("//12:30/b.png\0\0\0", 16));
+    const FileTree::Snapshot expected{{u"Demo/Bild 12:30:00.png"_qs, "a"},
+                                      {u"Demo/12:30/b.png"_qs, "b"},
+                                      {u"Demo/a.blend"_qs, moved}};
+    EXPECT_EQ(Cloud(), expected);
+    const CommandResult again = Import(arguments);
+    EXPECT_EQ(again.exitCode, 0) << ::testing::PrintToString(again);
+    EXPECT_EQ(again.Lines().filter(u"unchanged  "_qs).size(), 3) << again.out.toStdString();
+    EXPECT_EQ(Cloud(), expected);
+}
+
+} // namespace Halvern::Test

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// The corpus, whole: boards and project as KiCad saved them, imported by the command with the built
+// plug-ins.
+
+#include "CommandFixture.h"
+
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+#include <QtCore/QLibrary>
+
+namespace Halvern::Test {
+
+namespace {
+
+class KicadImport : public CommandFixture
+{
+protected:
+    KicadImport()
+    {
+        const QDir corpus(QStringLiteral(KICAD_CORPUS));
+        QDirIterator it(corpus.path(), QDir::Files, QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            QFile file(it.next());
+            EXPECT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
+            // The links that are absolute say where the projects were.
+            const QByteArray content =
+                file.readAll().replace("/projekte/", tree.Path(u"work"_qs).toUtf8() + '/');
+            tree.File(u"work/"_qs + corpus.relativeFilePath(file.fileName()), content);
+        }
+    }
+
+    CommandResult ImportMain(const QStringList& arguments = {}) const
+    {
+        return Import(QStringList{u"Platine Größe/Haupt 木.kicad_pro"_qs, u"--to"_qs, u"Demo"_qs} +
+                      arguments);
+    }
+
+    /// The strings behind a word of a file, in order.
+    QStringList Strings(const QString& file, const QString& word) const
+    {
+        QStringList found;
+        const QString text = QString::fromUtf8(tree.Read(file));
+        for (qsizetype at = text.indexOf(word); at >= 0; at = text.indexOf(word, at + 1))
+            found.append(text.mid(at + word.size()).section(u'"', 0, 0));
+        found.sort();
+        return found;
+    }
+};
+
+const QString BoardCopy = u"cloud/Demo/Haupt 木.kicad_pcb"_qs;
+
+} // namespace
+
+TEST(KicadPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
+{
+    QLibrary library(QStringLiteral(KICAD_PLUGIN_FILE));
+    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
+    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
+    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
+    EXPECT_TRUE(library.unload());
+}
+
+TEST_F(KicadImport, AProjectComesWithEverythingThatItNames)
+{
+    const CommandResult result = ImportMain();
+    EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
+    EXPECT_EQ(
+        tree.Contents(u"cloud/Demo"_qs).keys(),
+        (QStringList{u"3d/Quader (q).step"_qs, u"3d/Quader (q).wrl"_qs, u"3d/Würfel 木.step"_qs,
+                     u"Haupt 木.kicad_dru"_qs, u"Haupt 木.kicad_pcb"_qs, u"Haupt 木.kicad_pro"_qs,
+                     u"Haupt 木.kicad_sch"_qs, u"anderswo/Absolut.kicad_sch"_qs,
+                     u"anderswo/Absolut.step"_qs, u"blätter/Netz teil.kicad_sch"_qs,
+                     u"blätter/tief/Regler.kicad_sch"_qs, u"fp-lib-table"_qs,
+                     u"gemeinsam/Block.step"_qs, u"gemeinsam/Geteilt.kicad_sch"_qs,
+                     u"lib/Füße.pretty/R.kicad_mod"_qs, u"lib/Teile.kicad_sym"_qs,
+                     u"sym-lib-table"_qs, u"zeichnung/Rahmen ü.kicad_wks"_qs}));
+    EXPECT_EQ(result.Lines().filter(u"missing "_qs).size(), 2) << result.out.toStdString();
+}
+
+TEST_F(KicadImport, LinksWithinTheProjectStayAndOthersNameTheCopies)
+{
+    ImportMain();
+    EXPECT_EQ(Strings(BoardCopy, u"(model \""_qs),
+              (QStringList{u"${KICAD6_3DMODEL_DIR}/Nirgends.3dshapes/x.step"_qs,
+                           u"${KIPRJMOD}/3d/Würfel 木.step"_qs, u"${KIPRJMOD}/3d/verloren.step"_qs,
+                           u"${KIPRJMOD}/anderswo/Absolut.step"_qs,
+                           u"${KIPRJMOD}/gemeinsam/Block.step"_qs, u"3d/Quader (q).wrl"_qs,
+                           u"gemeinsam/Block.step"_qs}));
+    EXPECT_EQ(Strings(u"cloud/Demo/Haupt 木.kicad_sch"_qs, u"\"Sheet file\" \""_qs),
+              (QStringList{u"anderswo/Absolut.kicad_sch"_qs, u"blätter/Netz teil.kicad_sch"_qs,
+                           u"blätter/verloren.kicad_sch"_qs, u"gemeinsam/Geteilt.kicad_sch"_qs}));
+    for (const QString& same : {u"Haupt 木.kicad_pro"_qs, u"blätter/Netz teil.kicad_sch"_qs,
+                                u"sym-lib-table"_qs, u"fp-lib-table"_qs})
+        EXPECT_EQ(tree.Read(u"cloud/Demo/"_qs + same), tree.Read(u"work/Platine Größe/"_qs + same))
+            << same.toStdString();
+}
+
+TEST_F(KicadImport, AnyFileOfAProjectBringsTheProject)
+{
+    ImportMain();
+    const QStringList all = Cloud().keys();
+    for (const QString& extension : {u"kicad_sch"_qs, u"kicad_pcb"_qs}) {
+        const QString folder = u"To "_qs + extension;
+        Import({u"Platine Größe/Haupt 木."_qs + extension, u"--to"_qs, folder});
+        const QStringList copies = tree.Contents(u"cloud/"_qs + folder).keys();
+        for (const QString& name :
+             {u"Haupt 木.kicad_pro"_qs, u"Haupt 木.kicad_sch"_qs, u"Haupt 木.kicad_pcb"_qs,
+              u"Haupt 木.kicad_dru"_qs, u"sym-lib-table"_qs, u"fp-lib-table"_qs,
+              u"lib/Teile.kicad_sym"_qs})
+            EXPECT_TRUE(copies.contains(name)) << (folder + u'/' + name).toStdString();
+    }
+}
+
+TEST_F(KicadImport, ARenamedProjectIsWholeInAFolderOfItsOwnUnderItsOldNames)
+{
+    ImportMain();
+    const FileTree::Snapshot before = Cloud();
+    const QString schematic = u"work/Platine Größe/Haupt 木.kicad_sch"_qs;
+    tree.Touch(schematic, tree.Modified(schematic).addSecs(-100));
+    const CommandResult result = ImportMain({u"--collisions"_qs, u"rename"_qs});
+    EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
+    const QString copy = u"cloud/Demo/Haupt 木 (2)/"_qs;
+    EXPECT_EQ(tree.Contents(copy).keys(),
+              (QStringList{u"Haupt 木.kicad_dru"_qs, u"Haupt 木.kicad_pcb"_qs,
+                           u"Haupt 木.kicad_pro"_qs, u"Haupt 木.kicad_sch"_qs, u"fp-lib-table"_qs,
+                           u"lib/Füße.pretty/R.kicad_mod"_qs, u"lib/Teile.kicad_sym"_qs,
+                           u"sym-lib-table"_qs}));
+    EXPECT_EQ(
+        Strings(copy + u"Haupt 木.kicad_sch"_qs, u"\"Sheet file\" \""_qs),
+        (QStringList{u"../anderswo/Absolut.kicad_sch"_qs, u"../blätter/Netz teil.kicad_sch"_qs,
+                     u"../blätter/verloren.kicad_sch"_qs, u"../gemeinsam/Geteilt.kicad_sch"_qs}));
+    EXPECT_TRUE(tree.Read(copy + u"Haupt 木.kicad_pro"_qs)
+                    .contains("\"${KIPRJMOD}/../zeichnung/Rahmen ü.kicad_wks\""));
+    EXPECT_TRUE(
+        tree.Read(copy + u"Haupt 木.kicad_pro"_qs).contains("\"../zeichnung/Rahmen ü.kicad_wks\""));
+    for (auto file = before.cbegin(); file != before.cend(); ++file)
+        EXPECT_EQ(tree.Read(u"cloud/"_qs + file.key()), file.value()) << file.key().toStdString();
+}
+
+TEST_F(KicadImport, ASecondImportCopiesNothing)
+{
+    ImportMain();
+    const FileTree::Snapshot before = Cloud();
+    const CommandResult result = ImportMain();
+    EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
+    EXPECT_EQ(result.Lines().filter(u"unchanged  "_qs).size(), 18) << result.out.toStdString();
+    EXPECT_EQ(Cloud(), before);
+}
+
+TEST_F(KicadImport, ACompanionMadeAfterAnImportComesOnceAFileThatFindsItWasSavedAgain)
+{
+    const QString rules = u"work/Platine Größe/Haupt 木.kicad_dru"_qs;
+    const QByteArray text = tree.Read(rules);
+    QFile::remove(tree.Path(rules));
+    ImportMain();
+    const FileTree::Snapshot before = Cloud();
+    ASSERT_FALSE(before.contains(u"Demo/Haupt 木.kicad_dru"_qs));
+    tree.File(rules, text);
+    EXPECT_EQ(ImportMain().exitCode, 4);
+    EXPECT_EQ(Cloud(), before);
+    const QString project = u"work/Platine Größe/Haupt 木.kicad_pro"_qs;
+    tree.Touch(project, tree.Modified(project).addSecs(-100));
+    const CommandResult result = ImportMain({u"--collisions"_qs, u"replace"_qs});
+    EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
+    FileTree::Snapshot after = before;
+    after.insert(u"Demo/Haupt 木.kicad_dru"_qs, text);
+    EXPECT_EQ(Cloud(), after);
+}
+
+TEST_F(KicadImport, ProjectsOfOneImportShareWhatBothName)
+{
+    const CommandResult result =
+        Import({u"Platine Größe"_qs, u"Zweite"_qs, u"--to"_qs, u"Demo"_qs});
+    EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
+    const QString shared =
+        Strings(u"cloud/Demo/Zweite/Zweite Platine.kicad_sch"_qs, u"\"Sheet file\" \""_qs).value(0);
+    EXPECT_TRUE(tree.Exists(u"cloud/Demo/Zweite/"_qs + shared)) << shared.toStdString();
+    EXPECT_EQ(result.Lines().filter(u"Geteilt.kicad_sch"_qs).size(), 1) << result.out.toStdString();
+    EXPECT_EQ(result.Lines().filter(u"Block.step"_qs).size(), 1);
+    EXPECT_TRUE(tree.Read(u"cloud/Demo/Zweite/Zweite Platine.kicad_pcb"_qs)
+                    .contains("${KIPRJMOD}/../Platine Größe/3d/Würfel 木.step"));
+}
+
+} // namespace Halvern::Test

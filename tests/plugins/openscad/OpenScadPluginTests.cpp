@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// The plug-in as a host meets it: the built library, loaded by its exported name.
+
+#include "FormatFixture.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QLibrary>
+
+namespace Halvern::Test {
+
+namespace {
+
+class OpenScadPlugin : private LoadedResolver, public ResolverFixture
+{
+protected:
+    OpenScadPlugin() : LoadedResolver(QStringLiteral(OPENSCAD_PLUGIN_FILE)), ResolverFixture(Get())
+    {
+        Import(QStringLiteral(OPENSCAD_CORPUS "/gehäuse"), QStringLiteral("p"));
+    }
+};
+
+} // namespace
+
+TEST(OpenScadPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
+{
+    QLibrary library(QStringLiteral(OPENSCAD_PLUGIN_FILE));
+    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
+    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
+    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
+}
+
+TEST(OpenScadPluginLibrary, ItsRegistrationFileNamesItAndItsType)
+{
+    const QFileInfo library(QStringLiteral(OPENSCAD_PLUGIN_FILE));
+    QFile file(library.path() + QStringLiteral("/../SyncPluginRegFiles/openscad.syncplugin"));
+    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
+    const QString text = QString::fromUtf8(file.readAll());
+    EXPECT_TRUE(text.contains(QStringLiteral("Module=\"%1\"").arg(library.fileName())));
+    EXPECT_TRUE(text.contains(QStringLiteral("FileTypes=\"scad\"")));
+}
+
+TEST_F(OpenScadPlugin, FindsEveryFileOfTheCase)
+{
+    EXPECT_EQ(Read(QStringLiteral("p/Gehäuse 木.scad")),
+              (Links{LinkTo(u"include 1", u"gemeinsam/Maße.scad"),
+                     LinkTo(u"use 1", u"Teile/Deckel ü.scad"),
+                     LinkTo(u"use 2", u"gemeinsam/Schraube M3.scad"),
+                     LinkTo(u"import 1", u"Teile/Platte #1.stl"),
+                     LinkTo(u"import 2", u"Teile/Umriss.dxf"),
+                     LinkTo(u"surface 1", u"Teile/Höhe über Grund.dat"),
+                     LinkTo(u"import 4", u"verloren.stl"),
+                     LinkTo(u"variable zeichen 1", u"Teile/木 Zeichen.off"),
+                     LinkTo(u"companion:Logo.stl", u"Logo.stl")}));
+    EXPECT_EQ(Read(QStringLiteral("p/gemeinsam/Maße.scad")), Links{});
+    EXPECT_EQ(Read(QStringLiteral("p/gemeinsam/Mutter.scad")),
+              (Links{LinkTo(u"use 1", u"Schraube M3.scad")}));
+}
+
+TEST_F(OpenScadPlugin, RewritesTheCaseAndBackWithoutATrace)
+{
+    const FileTree::Snapshot before = tree.Contents();
+    for (const QString& file :
+         {QStringLiteral("p/Halter/Halter.scad"), QStringLiteral("p/gemeinsam/Mutter.scad")}) {
+        const Links links = Read(file);
+        ASSERT_FALSE(links.isEmpty());
+        QByteArray expected = tree.Read(file);
+        Links moved = links;
+        for (Link& link : moved) {
+            expected.replace(link.second.toUtf8(), "../Größe/" + link.second.toUtf8());
+            link.second.prepend(QStringLiteral("../Größe/"));
+        }
+        EXPECT_TRUE(Repath(file, moved));
+        EXPECT_EQ(tree.Read(file), expected);
+        EXPECT_EQ(Read(file), moved);
+        EXPECT_TRUE(Repath(file, links));
+    }
+    EXPECT_EQ(tree.Contents(), before);
+}
+
+} // namespace Halvern::Test

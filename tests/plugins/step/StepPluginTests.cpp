@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// The plug-in as a host meets it: the built library, loaded by its exported name, on files that
+// another program wrote.
+
+#include "FormatFixture.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QLibrary>
+
+namespace Halvern::Test {
+
+namespace {
+
+class StepPlugin : private LoadedResolver, public ResolverFixture
+{
+protected:
+    StepPlugin() : LoadedResolver(QStringLiteral(STEP_PLUGIN_FILE)), ResolverFixture(Get())
+    {
+        Import(QStringLiteral(STEP_CORPUS "/anlage"), QStringLiteral("p"));
+    }
+};
+
+} // namespace
+
+TEST(StepPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
+{
+    QLibrary library(QStringLiteral(STEP_PLUGIN_FILE));
+    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
+    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
+    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
+}
+
+TEST(StepPluginLibrary, ItsRegistrationFileNamesItAndItsTypes)
+{
+    const QFileInfo library(QStringLiteral(STEP_PLUGIN_FILE));
+    QFile file(library.path() + QStringLiteral("/../SyncPluginRegFiles/step.syncplugin"));
+    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
+    const QString text = QString::fromUtf8(file.readAll());
+    EXPECT_TRUE(text.contains(QStringLiteral("Module=\"%1\"").arg(library.fileName())));
+    EXPECT_TRUE(text.contains(QStringLiteral("FileTypes=\"stp,step\"")));
+}
+
+TEST_F(StepPlugin, FindsEveryPartOfTheAssemblies)
+{
+    EXPECT_EQ(
+        Read(QStringLiteral("p/Motor.stp")),
+        (Links{LinkTo(u"#85", u"Motor_Welle 1.stp"), LinkTo(u"#97", u"Motor_Rotor's Blech.stp")}));
+    EXPECT_EQ(PathsOf(Read(QStringLiteral("p/Anlage 木.stp"))),
+              (QStringList{QStringLiteral("Teil_Welle 1.stp"), QStringLiteral("Teil_Größe.stp"),
+                           QStringLiteral("Teil_Platz.stp"), QStringLiteral("Teil_Rest.stp")}));
+    EXPECT_EQ(Read(QStringLiteral("p/Teil_Größe.stp")), Links{});
+}
+
+TEST_F(StepPlugin, RewritesAnAssemblyAndBackWithoutATrace)
+{
+    const FileTree::Snapshot before = tree.Contents();
+    const QString file = QStringLiteral("p/Motor.stp");
+    const Links links = Read(file);
+    QByteArray expected = tree.Read(file);
+    expected.replace("'Motor_Welle 1.stp'", "'../M\\X2\\00E4\\X0\\/Motor_Welle 1.stp'");
+    expected.replace("'Motor_Rotor''s Blech.stp'",
+                     "'../M\\X2\\00E4\\X0\\/Motor_Rotor''s Blech.stp'");
+    Links moved = links;
+    for (Link& link : moved)
+        link.second.prepend(QStringLiteral("../Mä/"));
+    EXPECT_TRUE(Repath(file, moved));
+    EXPECT_EQ(tree.Read(file), expected);
+    EXPECT_EQ(expected.count("\\X2\\00E4\\X0\\"), 6);
+    EXPECT_EQ(Read(file), moved);
+    EXPECT_TRUE(Repath(file, links));
+    EXPECT_EQ(tree.Contents(), before);
+}
+
+} // namespace Halvern::Test

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Where a backslash can be part of a file's name.
+
+#include "StepFixture.h"
+
+namespace Halvern::Test {
+
+namespace {
+
+using PosixStep = StepFixture;
+
+} // namespace
+
+TEST_F(PosixStep, ABackslashStaysWhereAFileIsNamedWithIt)
+{
+    tree.File(QStringLiteral("p/x\\a.stp"));
+    EXPECT_EQ(Data(Reference("x\\\\a.stp")), (Links{LinkTo(u"#2", u"x\\a.stp")}));
+}
+
+} // namespace Halvern::Test

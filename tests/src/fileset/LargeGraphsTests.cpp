@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "LogCapture.h"
+#include "Mappings.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QThread>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+namespace {
+
+using namespace Halvern::FileLink;
+using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
+
+constexpr int LadderLevels = 40;
+constexpr int ChainLength = 20'000;
+
+/// Generous for the slowest machine and a sanitizer; walking 2^40 paths takes centuries.
+constexpr qint64 NoTime = 20'000;
+
+QString Rung(QChar side, int level)
+{
+    return u"D:/ladder/%1%2"_s.arg(side).arg(level);
+}
+
+/// Each file of a level links both files of the next: 2^40 paths lead to the last.
+void AddLadder(FileSet& set)
+{
+    AddTo(set, u"D:/ladder/top"_s, {Rung(u'l', 0), Rung(u'r', 0)}, FileMapping::Selected);
+    for (int level = 0; level < LadderLevels; ++level)
+        for (const QChar side : {u'l', u'r'}) {
+            QStringList next;
+            if (level + 1 < LadderLevels)
+                next = {Rung(u'l', level + 1), Rung(u'r', level + 1)};
+            AddTo(set, Rung(side, level), next);
+        }
+}
+
+void WalkWithMemo(FileMappingRef& node, QSet<const FileMapping*>& visited)
+{
+    if (visited.contains(node.Mapping().get()))
+        return;
+    visited.insert(node.Mapping().get());
+    for (const FileMappingRef::Pointer& child : node.Children())
+        WalkWithMemo(*child, visited);
+}
+
+class DiamondLadder : public ::testing::Test
+{
+protected:
+    DiamondLadder()
+    {
+        AddLadder(set);
+        timer.start();
+    }
+    ~DiamondLadder() override { EXPECT_LT(timer.elapsed(), NoTime); }
+
+    FileSet set;
+    QElapsedTimer timer;
+};
+
+TEST_F(DiamondLadder, GrowsWhereSomebodyLooks)
+{
+    const FileSetImp::NodeList roots = Imp(set).GetFileLinkHierarchy(true);
+    ASSERT_EQ(roots.size(), 1);
+    FileMappingRef* node = roots[0].get();
+    for (int level = 0; level < LadderLevels; ++level) {
+        ASSERT_EQ(node->Children().size(), 2);
+        node = node->Children()[level % 2].get();
+        EXPECT_EQ(node->SourceFile(), Rung(level % 2 == 0 ? u'l' : u'r', level));
+    }
+    EXPECT_TRUE(node->Children().isEmpty());
+    EXPECT_EQ(node->Root(), roots[0].get());
+}
+
+TEST_F(DiamondLadder, IsWalkedInNoTimeByWhoRemembersWhereHeWas)
+{
+    const FileSetImp::NodeList roots = Imp(set).GetFileLinkHierarchy(true);
+    QSet<const FileMapping*> visited;
+    WalkWithMemo(*roots[0], visited);
+    EXPECT_EQ(visited.size(), 1 + 2 * LadderLevels);
+}
+
+TEST_F(DiamondLadder, LeavesTheSetWithItsTop)
+{
+    EXPECT_TRUE(set.RemoveFile(u"D:/ladder/top"_s, true, false));
+    EXPECT_TRUE(set.IsEmpty());
+}
+
+TEST_F(DiamondLadder, LosesOnlyThePartThatNothingElseLinks)
+{
+    EXPECT_TRUE(set.RemoveFile(Rung(u'l', 10), true, false));
+    EXPECT_EQ(set.GetCount(), 2 * LadderLevels);
+    EXPECT_TRUE(set.RemoveFile(Rung(u'r', 10), true, false));
+    EXPECT_EQ(set.GetCount(), 1 + 2 * 10);
+}
+
+TEST_F(DiamondLadder, LeavesTheSetWhenTheLinksOfItsTopAreDropped)
+{
+    EXPECT_TRUE(Imp(set).DropFileLinks({set.GetFiles().first()}, true));
+    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"D:/ladder/top"_s});
+}
+
+TEST_F(DiamondLadder, LeavesTheSetWhenAllLinksAreSkipped)
+{
+    EXPECT_TRUE(set.SkipFileLinksInAllFiles());
+    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{u"D:/ladder/top"_s});
+}
+
+TEST_F(DiamondLadder, IsNoReasonToSearchForCycles)
+{
+    LogCapture log;
+    Imp(set).GetFileLinkHierarchy(true);
+    EXPECT_EQ(log.Lines(), QStringList());
+}
+
+TEST_F(DiamondLadder, ThatLeadsBackToItsTopReportsCyclesUpToALimit)
+{
+    set.GetFiles().last()->SetSourceFileLinks(Links({u"top"_s}));
+    LogCapture log;
+    const FileSetImp::NodeList roots = Imp(set).GetFileLinkHierarchy(true);
+    const QStringList lines = log.Lines();
+    ASSERT_GT(lines.size(), 10'000);
+    EXPECT_LE(lines.size(), 100'001);
+    EXPECT_EQ(lines.first(), u"INFO Circular reference detected. File link D:/ladder/top in "
+                             u"D:/ladder/r39 leads to circular reference."_s);
+    EXPECT_EQ(lines.last(), u"INFO Too many circular references. Further ones are not listed."_s);
+    EXPECT_EQ(log.Count(lines.last()), 1);
+    FileMappingRef* node = roots[0].get();
+    for (int level = 0; level < LadderLevels; ++level)
+        node = node->Children().last().get();
+    ASSERT_EQ(node->Children().size(), 1);
+    EXPECT_TRUE(node->Children().first()->ClosesCycle());
+}
+
+QString ChainFile(int number)
+{
+    return u"D:/chain/%1.prt"_s.arg(number);
+}
+
+void AddChain(FileSet& set)
+{
+    for (int i = 0; i < ChainLength; ++i)
+        AddTo(set, ChainFile(i), {u"%1.prt"_s.arg(i + 1)},
+              i == 0 ? FileMapping::Selected : FileMapping::NoFlag);
+}
+
+/// On a stack far too small for a frame per file.
+void OnASmallStack(const std::function<void()>& work)
+{
+    const std::unique_ptr<QThread> thread(QThread::create(work));
+    thread->setStackSize(256 * 1024);
+    thread->start();
+    ASSERT_TRUE(thread->wait(120'000));
+}
+
+class LongChain : public ::testing::Test
+{
+protected:
+    LongChain()
+    {
+        AddChain(set);
+        timer.start();
+    }
+    ~LongChain() override { EXPECT_LT(timer.elapsed(), NoTime); }
+
+    FileSet set;
+    QElapsedTimer timer;
+};
+
+TEST_F(LongChain, IsWalkedToItsEndAndDestroyedWithoutADeepStack)
+{
+    OnASmallStack([this] {
+        FileSetImp::NodeList roots = Imp(set).GetFileLinkHierarchy(true);
+        int length = 1;
+        for (FileMappingRef* node = roots[0].get(); !node->Children().isEmpty(); ++length)
+            node = node->Children()[0].get();
+        EXPECT_EQ(length, ChainLength);
+        roots.clear();
+    });
+}
+
+TEST_F(LongChain, OutlivesItsRootWhereSomebodyHoldsANode)
+{
+    OnASmallStack([this] {
+        FileSetImp::NodeList roots = Imp(set).GetFileLinkHierarchy(true);
+        FileSetImp::NodeList held;
+        FileMappingRef* node = roots[0].get();
+        for (int i = 0; i < ChainLength - 1; ++i) {
+            if (i % 1000 == 999)
+                held.append(node->Children()[0]);
+            node = node->Children()[0].get();
+        }
+        roots.clear();
+        EXPECT_EQ(held.first()->SourceFile(), ChainFile(1000));
+        EXPECT_EQ(held.first()->Children().size(), 1);
+        EXPECT_EQ(held.last()->SourceFile(), ChainFile(19'000));
+    });
+}
+
+TEST_F(LongChain, LeavesTheSetWithItsFirstFile)
+{
+    OnASmallStack([this] { EXPECT_TRUE(set.RemoveFile(ChainFile(0), true, false)); });
+    EXPECT_TRUE(set.IsEmpty());
+}
+
+TEST_F(LongChain, LeavesTheSetWhenTheLinksOfItsFirstFileAreDropped)
+{
+    OnASmallStack([this] { EXPECT_TRUE(Imp(set).DropFileLinks({set.GetFiles().first()}, true)); });
+    EXPECT_EQ(SourcesOf(set.GetFiles()), QStringList{ChainFile(0)});
+}
+
+TEST_F(LongChain, AnswersParentsWithoutADeepStack)
+{
+    OnASmallStack([this] {
+        const FileMappingList parents =
+            FileSetImp::GetParents(set.GetFiles().last(), Imp(set).GetFileLinkHierarchy(true));
+        EXPECT_EQ(SourcesOf(parents), QStringList{ChainFile(ChainLength - 2)});
+    });
+}
+
+TEST_F(LongChain, ThatClosesIntoACycleReportsItOnce)
+{
+    set.GetFiles().last()->SetSourceFileLinks(Links({u"0.prt"_s}));
+    LogCapture log;
+    OnASmallStack([this] { Imp(set).GetFileLinkHierarchy(true); });
+    EXPECT_EQ(log.Lines(),
+              QStringList{u"INFO Circular reference detected. File link D:/chain/0.prt in "
+                          u"D:/chain/19999.prt leads to circular reference."_s});
+}
+
+} // namespace
