@@ -7,7 +7,7 @@
 #include <new>
 #include <string>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -82,4 +82,4 @@ bool RunLogged(IPluginLogger* logger, std::string_view action, const WideChar* f
     }
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -9,7 +9,7 @@
 
 #include <span>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -146,4 +146,4 @@ bool DocumentResolver::RepathFileLinks(const WideChar* file, const FileLinkInfo*
                       [&] { RewriteLinks(file, links, count); });
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -4,7 +4,7 @@
 
 #include "pluginkit/FormatError.h"
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 InputFile::InputFile(const std::filesystem::path& path)
     : m_path(path), m_handle(Platform::OpenForReading(path))
@@ -50,4 +50,4 @@ std::string InputFile::Read(std::uint64_t offset, std::uint64_t size) const
     return bytes;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

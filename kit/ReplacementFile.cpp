@@ -13,7 +13,7 @@
 #include <thread>
 #include <utility>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -109,4 +109,4 @@ void ReplacementFile::TakePlace() const
     }
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -7,7 +7,7 @@
 
 #include <zip.h>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -80,4 +80,4 @@ std::optional<std::string> ZipArchive::Read(const std::string& name, std::uint64
     return content;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -217,4 +217,4 @@ const ZipEntry* ZipDirectory::Find(std::string_view name) const
     return found == m_entries.end() ? nullptr : &*found;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

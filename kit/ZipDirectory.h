@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// One file inside a ZIP archive, as the central directory describes it.
 struct ZipEntry
@@ -77,4 +77,4 @@ void SetZipLong(std::string& bytes, std::size_t at, std::uint32_t number);
 /// entry of that name.
 std::string ReadLocalHeader(const InputFile& file, const ZipEntry& entry);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -10,7 +10,7 @@
 #include <limits>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -140,4 +140,4 @@ void ZipArchive::Replace(const std::map<std::string, std::string>& contents)
     replacement.Commit();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -129,4 +129,4 @@ zip* OpenZip(const InputFile& file)
     return archive;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

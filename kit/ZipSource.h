@@ -6,10 +6,10 @@
 
 struct zip;
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Opens the archive in `file` for reading. Throws FormatError. The archive is closed with
 /// zip_discard, while the file lives.
 zip* OpenZip(const InputFile& file);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

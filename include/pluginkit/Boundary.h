@@ -9,7 +9,7 @@
 #include <functional>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Runs what a plug-in was called for. Whatever it throws ends here: the reason is written to the
 /// logger, if there is one, as "Failed to <action> <file>: <reason> (byte <position>)" and the
@@ -21,4 +21,4 @@ bool RunLogged(SyncPlugin::IPluginLogger* logger, std::string_view action,
 bool RunGuarded(SyncPlugin::IFileLinkResolverContext* context, std::string_view action,
                 const SyncPlugin::WideChar* file, const std::function<void()>& work) noexcept;
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 // Some links say nothing that could be rewritten, or not freely. Their reference ids say so, and the
 // layout (plugins/layout) keeps such files together under their own names.
@@ -33,4 +33,4 @@ inline std::string SetMemberId(std::string_view set, std::string_view member)
     return std::string(SetMark).append(set).append("#").append(member);
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

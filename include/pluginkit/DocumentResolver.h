@@ -10,7 +10,7 @@
 #include <memory>
 #include <new>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// The resolver of a format, given a way to read its files.
 class DocumentResolver : public SyncPlugin::IFileLinkResolver
@@ -51,4 +51,4 @@ public:
     }
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// A file open for reading; reading leaves its times alone. Failures throw FormatError.
 class InputFile
@@ -33,4 +33,4 @@ private:
     FileStamp m_stamp;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

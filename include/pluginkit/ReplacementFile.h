@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Writes the next content of a file beside it and puts it in the file's place in one step:
 ///
@@ -49,4 +49,4 @@ private:
     Platform::Handle m_handle = Platform::NoHandle;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -11,7 +11,7 @@
 
 struct zip;
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// A ZIP archive whose entries are read, and replaced without a trace on the others.
 class ZipArchive
@@ -48,4 +48,4 @@ private:
     std::unique_ptr<zip, Closer> m_zip;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -4,6 +4,7 @@
 
 #include "PathText.h"
 
+#include "KitNames.h"
 #include "pluginkit/Companions.h"
 #include "pluginkit/FormatError.h"
 

@@ -4,6 +4,7 @@
 
 #include "LinkFinder.h"
 
+#include "KitNames.h"
 #include "pluginkit/Companions.h"
 #include "pluginkit/FormatError.h"
 #include "kit/PlatformFile.h"

@@ -6,6 +6,7 @@
 #include "LinkFinder.h"
 #include "ProjectFile.h"
 
+#include "KitNames.h"
 #include "pluginkit/Companions.h"
 #include "pluginkit/FileEdits.h"
 #include "pluginkit/FilePaths.h"

@@ -7,5 +7,5 @@
 SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
 {
     return new (std::nothrow)
-        Halvern::Formats::ResolverFactory<Halvern::Formats::Kicad::KicadResolver>;
+        Halvern::PluginKit::ResolverFactory<Halvern::Formats::Kicad::KicadResolver>;
 }

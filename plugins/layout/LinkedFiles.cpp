@@ -2,6 +2,7 @@
 
 #include "LinkedFiles.h"
 
+#include "KitNames.h"
 #include "pluginkit/Companions.h"
 #include "kit/PlatformFile.h"
 

@@ -5,6 +5,7 @@
 #include "Groups.h"
 #include "Placement.h"
 
+#include "KitNames.h"
 #include "pluginkit/Boundary.h"
 #include "pluginkit/FormatError.h"
 #include "kit/PlatformFile.h"

@@ -6,6 +6,7 @@
 #include "LibraryFolders.h"
 #include "ScadText.h"
 
+#include "KitNames.h"
 #include "pluginkit/Companions.h"
 #include "pluginkit/FileEdits.h"
 #include "pluginkit/FilePaths.h"

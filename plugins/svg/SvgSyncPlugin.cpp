@@ -6,5 +6,5 @@
 
 SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
 {
-    return new (std::nothrow) Halvern::Formats::ResolverFactory<Halvern::Formats::Svg::SvgResolver>;
+    return new (std::nothrow) Halvern::PluginKit::ResolverFactory<Halvern::Formats::Svg::SvgResolver>;
 }

@@ -2,6 +2,7 @@
 
 #include "ObjDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/Companions.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/Utf.h"

@@ -11,7 +11,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 
 namespace {
 
