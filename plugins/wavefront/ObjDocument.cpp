@@ -3,7 +3,7 @@
 #include "ObjDocument.h"
 
 #include "KitNames.h"
-#include "pluginkit/Companions.h"
+#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/Utf.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 std::string Companion()
 {
-    return CompanionId("mtl");
+    return SyncPlugin::CompanionId("mtl");
 }
 
 bool IsLibraryStatement(std::string_view keyword)
