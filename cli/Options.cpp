@@ -2,6 +2,8 @@
 
 #include "Options.h"
 
+#include "corsync/Version.h"
+
 #include <CLI/CLI.hpp>
 
 #include <sstream>
@@ -279,7 +281,7 @@ ParsedCommandLine ParseCommandLine(const QStringList& arguments)
     CLI::App app("Brings design files into a cloud-synced folder together with every file they "
                  "reference,\nand rewrites the links inside the copies.",
                  "corsync");
-    app.set_version_flag("--version", "corsync " CORSYNC_VERSION);
+    app.set_version_flag("--version", "corsync " CORSYNC_VERSION_STRING);
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.get_formatter()->column_width(32);
     app.failure_message(ShortUsageError);

@@ -56,8 +56,9 @@ bool FileLinkImporterImp::RepathFiles(const QList<std::shared_ptr<SyncItem>>& it
         }
         // Also for a file that is gone: nothing is left to do for it.
         item->SetSyncOption(item->GetSyncOption() & ~SyncItem::RepathPending);
+        // A row that was not written stays pending, and is tried again with the next call.
         if (database)
-            database->AddOrUpdateFileConfiguration(item);
+            static_cast<void>(database->AddOrUpdateFileConfiguration(item));
     }
     return true;
 }

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# build_host.sh WORK COMPILER FLAGS EXAMPLES: builds the example host against the installed package and imports
+# with it.
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+compiler=$1 flags=$2 examples=$3
+empty host
+private_home "$PWD/home"
+cp -r "$examples/host" source
+[ -f source/CMakeLists.txt ] || cp "$scripts/host/CMakeLists.txt" source/
+cp -r "$examples/garden-shed" sample
+
+# It looks for plug-ins beside itself.
+quietly cmake -S source -B build -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" \
+    -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_RUNTIME_OUTPUT_DIRECTORY="$prefix/bin"
+quietly cmake --build build
+grep -q "^Corsync_DIR:PATH=$prefix/" build/CMakeCache.txt || fail "The host found another corsync."
+
+quietly "$prefix/bin/import_files" "$PWD/cloud" "$PWD/sync.db" Demo "$PWD/sample/Lantern.glb" \
+    "$PWD/sample/scene/Work bench.gltf"
+find cloud -type f | LC_ALL=C sort

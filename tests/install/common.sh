@@ -1,0 +1,38 @@
+# SPDX-License-Identifier: Apache-2.0
+# Read by the scripts beside. The first argument of each is the folder that they share; below it
+# install.sh leaves what they use in prefix/.
+set -euo pipefail
+scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+work=$1
+prefix=$work/prefix
+shift
+# Nothing of the caller's environment leads to another corsync, its settings or its libraries.
+unset LD_LIBRARY_PATH CMAKE_PREFIX_PATH CPATH LIBRARY_PATH Corsync_DIR
+export LC_ALL=C.UTF-8
+
+fail() {
+    echo "$1" >&2
+    exit 1
+}
+
+# empty NAME: makes this folder anew and goes there.
+empty() {
+    rm -rf "${work:?}/$1"
+    mkdir -p "$work/$1"
+    cd "$work/$1"
+}
+
+# private_home FOLDER: settings, database and home lie there from here on.
+private_home() {
+    export HOME=$1 XDG_CONFIG_HOME=$1/config XDG_DATA_HOME=$1/data XDG_CACHE_HOME=$1/cache
+    mkdir -p "$HOME"
+}
+
+# quietly COMMAND...: its output is of interest only when it fails.
+quietly() {
+    "$@" >"$work/quietly.$$" 2>&1 || {
+        cat "$work/quietly.$$" >&2
+        fail "This failed: $*"
+    }
+    rm -f "$work/quietly.$$"
+}
