@@ -51,6 +51,7 @@ function(corsync_install_package)
     COMPATIBILITY SameMinorVersion)
   install(FILES ${CMAKE_BINARY_DIR}/CorsyncConfig.cmake
                 ${CMAKE_BINARY_DIR}/CorsyncConfigVersion.cmake
+                ${CMAKE_SOURCE_DIR}/cmake/CorsyncZstd.cmake
           DESTINATION ${package})
   install(EXPORT CorsyncTargets NAMESPACE Corsync:: DESTINATION ${package})
 endfunction()
