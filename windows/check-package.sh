@@ -45,6 +45,8 @@ for part in "$package"/licences/*/ "$package"/bin/*.dll "$package"/bin/SyncPlugi
     grep -qwF "$name" "$package/licences/README.txt" || fail "licences.txt does not name $name"
 done
 
+cmp LICENSE "$package/LICENSE"
+
 # Wine has libraries that a Windows of today may not have, so these are all that may be wanted of it.
 windows_dlls="advapi32 api-ms-win-core-synch-l1-2-0 authz kernel32 mpr msvcrt netapi32 ole32 shell32 user32
               userenv version winmm ws2_32"

@@ -16,6 +16,7 @@ quietly cmake -S source -B build -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_
 quietly cmake --build build
 grep -q "^Corsync_DIR:PATH=$prefix/" build/CMakeCache.txt || fail "The host found another corsync."
 
-quietly "$prefix/bin/import_files" "$PWD/cloud" "$PWD/sync.db" Demo "$PWD/sample/Lantern.glb" \
-    "$PWD/sample/scene/Work bench.gltf"
-find cloud -type f | LC_ALL=C sort
+sources=("${selection[@]/#/"$PWD/"}")
+quietly "$prefix/bin/import_files" "$PWD/cloud" "$PWD/sync.db" Demo "${sources[@]}"
+check_copies sample cloud/Demo
+[ -s sync.db ] || fail "There is no database."
