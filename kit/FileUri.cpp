@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -180,4 +180,4 @@ bool IsSamePath(std::string_view a, std::string_view b)
     return WithoutDot(a) == WithoutDot(b);
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 enum class Compression
 {
@@ -89,4 +89,4 @@ private:
 /// One gzip member or one zstd frame.
 std::string Compressed(Compression compression, std::string_view bytes);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// One reference that a file holds.
 struct DocumentLink
@@ -55,4 +55,4 @@ public:
     virtual void Rewrite(const NewPaths& paths) = 0;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

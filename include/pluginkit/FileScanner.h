@@ -9,7 +9,7 @@
 #include <optional>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Goes through a file once, from its first byte to its last, with one block of it in memory:
 ///
@@ -59,4 +59,4 @@ private:
     std::size_t m_at = 0;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

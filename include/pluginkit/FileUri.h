@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// True when a uri names a file: not when it is empty, a mere fragment, embedded data, or has a
 /// scheme other than "file".
@@ -47,4 +47,4 @@ std::string_view WithoutDot(std::string_view path);
 /// True when both paths are the same text apart from a leading "./".
 bool IsSamePath(std::string_view a, std::string_view b);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

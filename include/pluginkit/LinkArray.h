@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Longest text of a link, in UTF-16 units.
 inline constexpr std::size_t MaxLinkUnits = SyncPlugin::MaxLinkText - 1;
@@ -38,4 +38,4 @@ private:
     std::size_t m_count = 0;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// The bytes that percent-encoded text stands for. A "%" without two hexadecimal digits behind it
 /// stands for itself, as lenient readers have it.
@@ -15,4 +15,4 @@ std::string PercentDecode(std::string_view text);
 /// stay, "/" included; every other byte becomes "%XX".
 std::string PercentEncodePath(std::string_view text);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

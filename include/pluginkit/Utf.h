@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 using WideString = std::basic_string<SyncPlugin::WideChar>;
 using WideView = std::basic_string_view<SyncPlugin::WideChar>;
@@ -34,4 +34,4 @@ std::filesystem::path PathFromUtf8(std::string_view text);
 /// With forward slashes, and never throws: on Windows a name may be no valid text.
 std::string PathToUtf8(const std::filesystem::path& path);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

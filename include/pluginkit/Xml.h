@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// An attribute as it was written into a tag. Name and value are gone when the visitor returns.
 struct XmlAttribute
@@ -83,4 +83,4 @@ XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t 
 /// Text as the value of an attribute, whichever quotation marks surround it.
 std::string EscapeXmlAttribute(std::string_view text);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -2,6 +2,7 @@
 
 #include "GltfDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
 
 #include "pluginkit/FormatError.h"

@@ -2,6 +2,7 @@
 
 #include "StoredPath.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
 #include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"

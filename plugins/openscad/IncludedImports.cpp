@@ -4,6 +4,7 @@
 
 #include "ScadText.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"

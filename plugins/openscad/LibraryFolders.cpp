@@ -2,6 +2,7 @@
 
 #include "LibraryFolders.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
 

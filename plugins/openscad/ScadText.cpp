@@ -2,6 +2,7 @@
 
 #include "ScadText.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
 

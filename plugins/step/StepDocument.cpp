@@ -4,6 +4,7 @@
 
 #include "StepText.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/Utf.h"
 

@@ -2,6 +2,7 @@
 
 #include "SvgDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"

@@ -2,6 +2,7 @@
 
 #include "MtlDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/Utf.h"
 

@@ -2,6 +2,7 @@
 
 #include "NamedFile.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"

@@ -2,7 +2,8 @@
 
 #include "ObjDocument.h"
 
-#include "pluginkit/Companions.h"
+#include "KitNames.h"
+#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/Utf.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 std::string Companion()
 {
-    return CompanionId("mtl");
+    return SyncPlugin::CompanionId("mtl");
 }
 
 bool IsLibraryStatement(std::string_view keyword)

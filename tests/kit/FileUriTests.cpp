@@ -9,7 +9,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 
 namespace {
 

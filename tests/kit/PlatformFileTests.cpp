@@ -15,7 +15,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -23,7 +23,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 

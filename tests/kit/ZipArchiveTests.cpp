@@ -14,9 +14,9 @@ namespace Halvern::Test {
 
 namespace {
 
-using Formats::FormatError;
-using Formats::InputFile;
-using Formats::ZipArchive;
+using PluginKit::FormatError;
+using PluginKit::InputFile;
+using PluginKit::ZipArchive;
 
 constexpr std::uint64_t Limit = 1 << 20;
 
@@ -26,7 +26,7 @@ protected:
     InputFile Open(const QByteArray& archive)
     {
         tree.File(m_name, archive);
-        return InputFile(Formats::PathFromUtf8(tree.Path(m_name).toStdString()));
+        return InputFile(PluginKit::PathFromUtf8(tree.Path(m_name).toStdString()));
     }
 
     QByteArray Replaced(const QByteArray& archive,
@@ -141,7 +141,7 @@ TEST_F(ZipFiles, VersionsAndTimesMayDifferBetweenEntryAndDirectory)
 TEST_F(ZipFiles, EntriesLargerThanTheCopysBufferSurvive)
 {
     const QByteArray large =
-        PatternBytes(2 * qint64(Formats::ReplacementFile::CopyBufferSize) + 77);
+        PatternBytes(2 * qint64(PluginKit::ReplacementFile::CopyBufferSize) + 77);
     const auto archive = [&](const QByteArray& content) {
         return Zip({{"0", large, false}, {"1", content}, {"2", large, false}});
     };
