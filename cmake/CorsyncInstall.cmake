@@ -12,7 +12,7 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 # Headers that the build writes.
-set(CORSYNC_GENERATED_INCLUDE ${CMAKE_BINARY_DIR}/include)
+set(CORSYNC_GENERATED_INCLUDE ${CMAKE_BINARY_DIR}/generated/include)
 
 # Programs find the libraries, and libraries each other, wherever the tree lies.
 if(CMAKE_EXECUTABLE_FORMAT STREQUAL "ELF")
@@ -69,6 +69,7 @@ function(corsync_install_package)
     COMPATIBILITY SameMinorVersion)
   install(FILES ${CMAKE_BINARY_DIR}/CorsyncConfig.cmake
                 ${CMAKE_BINARY_DIR}/CorsyncConfigVersion.cmake
+                ${CMAKE_SOURCE_DIR}/cmake/CorsyncZstd.cmake
           DESTINATION ${package})
   if(NOT WIN32)
     install(FILES ${CMAKE_SOURCE_DIR}/LICENSE ${CMAKE_SOURCE_DIR}/NOTICE ${CMAKE_SOURCE_DIR}/THIRD-PARTY.md

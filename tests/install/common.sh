@@ -37,6 +37,17 @@ quietly() {
     rm -f "$work/quietly.$$"
 }
 
+# build_against_prefix SOURCE BUILD OPTION...: a project that must find the installed Corsync and no other.
+build_against_prefix() {
+    local source=$1 build=$2
+    shift 2
+    quietly cmake -S "$source" -B "$build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" "$@"
+    ! grep -q '^Corsync_DIR:' "$build/CMakeCache.txt" ||
+        grep -q "^Corsync_DIR:PATH=$prefix/" "$build/CMakeCache.txt" || fail "$source found another corsync."
+    quietly cmake --build "$build"
+}
+
 # Two files of examples/garden-shed, which have links and lack nothing.
 selection=("sample/scene/Work bench.gltf" sample/Lantern.glb)
 
