@@ -5,12 +5,14 @@
 #   lib/                     the libraries; on Windows their import libraries, the DLLs are in bin/
 #   lib/cmake/Corsync/       find_package(Corsync COMPONENTS ...)
 #   include/                 the public headers
-#   share/doc/corsync/       licences
+#   share/doc/corsync/       LICENSE, NOTICE and THIRD-PARTY.md
+#
+# The zip for Windows is laid out likewise; CorsyncPackage.cmake says what it has besides.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 # Headers that the build writes.
-set(CORSYNC_GENERATED_INCLUDE ${CMAKE_BINARY_DIR}/include)
+set(CORSYNC_GENERATED_INCLUDE ${CMAKE_BINARY_DIR}/generated/include)
 
 # Programs find the libraries, and libraries each other, wherever the tree lies.
 if(CMAKE_EXECUTABLE_FORMAT STREQUAL "ELF")
@@ -41,8 +43,24 @@ function(corsync_install_library target)
   install(TARGETS ${target} EXPORT CorsyncTargets)
 endfunction()
 
-# The CMake package; called when all targets are there.
+# The target that each folder of public headers belongs to. A folder whose target is not built is not
+# installed.
+set(CORSYNC_HEADER_FOLDERS
+  "corsync=CorsyncJobs" "filelink=CorsyncFileLink" "pluginkit=CorsyncPluginKit"
+  "syncplugin=syncplugin" "syncservices=CorsyncServices")
+
+# Headers and the CMake package; called when all targets are there.
 function(corsync_install_package)
+  foreach(entry IN LISTS CORSYNC_HEADER_FOLDERS)
+    string(REGEX MATCH "^(.*)=(.*)$" entry ${entry})
+    if(TARGET ${CMAKE_MATCH_2})
+      install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/${CMAKE_MATCH_1}
+              DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+    endif()
+  endforeach()
+  install(DIRECTORY ${CORSYNC_GENERATED_INCLUDE}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+          FILES_MATCHING PATTERN "*.h")
+
   set(package ${CMAKE_INSTALL_LIBDIR}/cmake/Corsync)
   configure_package_config_file(
     ${CMAKE_SOURCE_DIR}/cmake/CorsyncConfig.cmake.in ${CMAKE_BINARY_DIR}/CorsyncConfig.cmake
@@ -53,5 +71,9 @@ function(corsync_install_package)
                 ${CMAKE_BINARY_DIR}/CorsyncConfigVersion.cmake
                 ${CMAKE_SOURCE_DIR}/cmake/CorsyncZstd.cmake
           DESTINATION ${package})
+  if(NOT WIN32)
+    install(FILES ${CMAKE_SOURCE_DIR}/LICENSE ${CMAKE_SOURCE_DIR}/NOTICE ${CMAKE_SOURCE_DIR}/THIRD-PARTY.md
+            DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/corsync)
+  endif()
   install(EXPORT CorsyncTargets NAMESPACE Corsync:: DESTINATION ${package})
 endfunction()

@@ -94,32 +94,32 @@ public:
     ExtractAndImportFileLinksOfCloudFiles(int folderId, const QStringList& files,
                                           const QList<SyncServices::SyncItem::SyncOption>& options);
 
-    /// The stages, in their order. Each works on the file set as the stages before left it. After a
-    /// false a host may go on, as CopyToCloudCacheFolder does; after a cancel the next stage stops
-    /// at its first file.
+    /// The stages, in their order. Each works on the file set as the stages before left it. A host
+    /// may go on after a false, as CopyToCloudCacheFolder does: what became of each file stands in
+    /// the set, and after a cancel the next stage stops at its first file.
 
     /// Adds every file that is linked, directly or by a linked file. True also when no file's type
     /// has links, and when single files could not be read; false on cancel and without a file set.
-    [[nodiscard]] bool ExtractFileLinks();
+    bool ExtractFileLinks();
     /// Gives linked files their targets: first by layout plug-ins, then below the file that links
     /// them. False on cancel, without a file set, and when a file got no target.
-    [[nodiscard]] bool AssignTargetPaths();
+    bool AssignTargetPaths();
     /// Sets SourceMissing, SameSourceAndTarget, Collision and Unchanged anew. False on cancel and
     /// when a file has no target; the others are marked all the same.
-    [[nodiscard]] bool MarkCollisions();
+    bool MarkCollisions();
     /// Settles collisions as the copy options say. False on cancel and when no free name was found;
     /// a file whose collision nothing settles is replaced by CopyFiles.
-    [[nodiscard]] bool ResolveCollisions();
+    bool ResolveCollisions();
     /// Copies, or moves with Global::MoveFiles, and computes the links that the copies must hold.
     /// True when the stage ran to its end, whatever failed; the log and the Copied flags tell.
     /// False on cancel and for an empty set.
-    [[nodiscard]] bool CopyFiles();
+    bool CopyFiles();
     /// Does nothing and returns true: CopyFiles computes the target links itself.
     bool ValidateTargetFileLinks();
     /// Rewrites the links inside what was copied, and inside files that link what was copied. True
     /// when every such file was rewritten or had nothing to rewrite; false when one is missing,
     /// locked (its NeedsRepath flag stays) or was refused by its plug-in, and on cancel.
-    [[nodiscard]] bool RepathTargetFiles();
+    bool RepathTargetFiles();
     /// Rewrites the files of a folder of the sync database that were locked at their import. True
     /// when all were tried; those that are still locked stay pending. False when there is no such
     /// folder (an id of -1 never is one).
@@ -130,7 +130,7 @@ public:
     /// Writes what was copied, and its links, to the sync database. True when every file got as far
     /// as being written, and also when no file's type has links; false without a database, when a
     /// copy is missing, and on cancel. Whether the database took it tells its GetLastError().
-    [[nodiscard]] bool UpdateSyncDatabase();
+    bool UpdateSyncDatabase();
 
     /// The current set, shared with the importer: the host may keep it longer. Null before the
     /// first Initialize, which replaces it, as do the calls for a whole import.

@@ -55,13 +55,12 @@ bool Import(const QStringList& sources, const QString& target, Global::CopyOptio
     // Stage by stage: the one-call import would rename what it must replace here.
     if (!importer.Initialize(sources, target, false, options, {}) || !importer.ExtractFileLinks())
         return false;
-    // Like the one-call import it goes on whatever a stage after extraction says.
-    static_cast<void>(importer.AssignTargetPaths());
-    static_cast<void>(importer.MarkCollisions());
-    static_cast<void>(importer.ResolveCollisions());
+    importer.AssignTargetPaths();
+    importer.MarkCollisions();
+    importer.ResolveCollisions();
     const bool copied = importer.CopyFiles();
-    static_cast<void>(importer.RepathTargetFiles());
-    static_cast<void>(importer.UpdateSyncDatabase());
+    importer.RepathTargetFiles();
+    importer.UpdateSyncDatabase();
     return copied;
 }
 

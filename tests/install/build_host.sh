@@ -11,11 +11,9 @@ cp -r "$examples/host" source
 cp -r "$examples/garden-shed" sample
 
 # It looks for plug-ins beside itself.
-quietly cmake -S source -B build -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" \
-    -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_RUNTIME_OUTPUT_DIRECTORY="$prefix/bin"
-quietly cmake --build build
-grep -q "^Corsync_DIR:PATH=$prefix/" build/CMakeCache.txt || fail "The host found another corsync."
+build_against_prefix source build -DCMAKE_RUNTIME_OUTPUT_DIRECTORY="$prefix/bin"
 
-quietly "$prefix/bin/import_files" "$PWD/cloud" "$PWD/sync.db" Demo "$PWD/sample/Lantern.glb" \
-    "$PWD/sample/scene/Work bench.gltf"
-find cloud -type f | LC_ALL=C sort
+sources=("${selection[@]/#/"$PWD/"}")
+quietly "$prefix/bin/import_files" "$PWD/cloud" "$PWD/sync.db" Demo "${sources[@]}"
+check_copies sample cloud/Demo
+[ -s sync.db ] || fail "There is no database."

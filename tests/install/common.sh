@@ -36,3 +36,34 @@ quietly() {
     }
     rm -f "$work/quietly.$$"
 }
+
+# build_against_prefix SOURCE BUILD OPTION...: a project that must find the installed Corsync and no other.
+build_against_prefix() {
+    local source=$1 build=$2
+    shift 2
+    quietly cmake -S "$source" -B "$build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" "$@"
+    ! grep -q '^Corsync_DIR:' "$build/CMakeCache.txt" ||
+        grep -q "^Corsync_DIR:PATH=$prefix/" "$build/CMakeCache.txt" || fail "$source found another corsync."
+    quietly cmake --build "$build"
+}
+
+# Two files of examples/garden-shed, which have links and lack nothing.
+selection=("sample/scene/Work bench.gltf" sample/Lantern.glb)
+
+# check_copies SAMPLE FOLDER: the folder holds what an import of the selection makes, and nothing else.
+check_copies() {
+    local sample=$1 copies=$2 expected name
+    expected=$(printf '%s\n' Lantern.glb "Work bench.gltf" geometry/Bench.bin textures/Planks.png \
+        "textures/Roof tiles.png")
+    diff <(echo "$expected") <(cd "$copies" && find . -type f | sed 's#^[.]/##' | LC_ALL=C sort) ||
+        fail "These are not the files that the import makes."
+    cmp "$sample/scene/geometry/Bench.bin" "$copies/geometry/Bench.bin"
+    for name in Planks.png "Roof tiles.png"; do
+        cmp "$sample/textures/$name" "$copies/textures/$name"
+    done
+    # The one link of the scene that another place of its file changes.
+    sed 's#"[.][.]/textures/Planks[.]png"#"textures/Planks.png"#' "$sample/scene/Work bench.gltf" |
+        cmp - "$copies/Work bench.gltf"
+    ! cmp -s "$sample/scene/Work bench.gltf" "$copies/Work bench.gltf" || fail "No link was rewritten."
+}
