@@ -132,9 +132,10 @@ void CopyPermissions(const std::filesystem::path& file, const std::filesystem::p
 
 void RenameOver(const std::filesystem::path& temporary, const std::filesystem::path& file)
 {
+    const std::filesystem::path folder = file.parent_path(); // may throw, which is too late below
     if (::rename(temporary.c_str(), file.c_str()) != 0)
         Fail("the file cannot be replaced");
-    FlushFolder(file.parent_path());
+    FlushFolder(folder);
 }
 
 void Remove(const std::filesystem::path& file) noexcept
