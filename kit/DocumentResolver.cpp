@@ -3,7 +3,7 @@
 #include "pluginkit/DocumentResolver.h"
 
 #include "pluginkit/Boundary.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"
 #include "pluginkit/Utf.h"

@@ -12,6 +12,9 @@
 
 namespace Halvern::PluginKit {
 
+// Compressed files. Needs Corsync::PluginKitCompression, and with it zlib and zstd. Failures are
+// FormatErrors; one object belongs to one thread at a time.
+
 enum class Compression
 {
     None,

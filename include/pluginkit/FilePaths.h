@@ -8,7 +8,7 @@
 namespace Halvern::PluginKit {
 
 // What the standard library does with paths; but where paths may name a server, it takes those for
-// paths of the current drive.
+// paths of the current drive. Nothing here asks the disk; only a lack of memory throws.
 
 bool IsAbsolutePath(const std::filesystem::path& path);
 /// The file that UTF-8 text names, seen from a folder.

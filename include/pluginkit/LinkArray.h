@@ -10,6 +10,9 @@
 
 namespace Halvern::PluginKit {
 
+// Between the records of links that cross the contract and text. DocumentResolver uses these; who
+// implements the contract without it needs them, too.
+
 /// Longest text of a link, in UTF-16 units.
 inline constexpr std::size_t MaxLinkUnits = SyncPlugin::MaxLinkText - 1;
 

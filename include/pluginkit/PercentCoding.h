@@ -7,7 +7,9 @@
 
 namespace Halvern::PluginKit {
 
-/// The bytes that percent-encoded text stands for. A "%" without two hexadecimal digits behind it
+// Parts of URIs; FileUri.h does whole ones. Only a lack of memory throws.
+
+/// The bytes that percent-encoded text stands for. A "%" without two hexadecimal digits after it
 /// stands for itself, as lenient readers have it.
 std::string PercentDecode(std::string_view text);
 

@@ -9,6 +9,8 @@
 
 namespace Halvern::PluginKit {
 
+// For text in memory; FileEdits.h changes files of any size.
+
 /// The bytes [begin, end) give way to `replacement`.
 struct TextEdit
 {

@@ -4,6 +4,7 @@
 
 #include "KitNames.h"
 #include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 
 #include "pluginkit/FormatError.h"
 #include "pluginkit/ReplacementFile.h"

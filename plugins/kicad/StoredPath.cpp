@@ -3,7 +3,7 @@
 #include "StoredPath.h"
 
 #include "KitNames.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"
 

@@ -6,7 +6,7 @@
 
 #include "KitNames.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 

@@ -4,7 +4,7 @@
 
 #include "KitNames.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 
 #include <algorithm>
 

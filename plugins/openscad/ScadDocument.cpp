@@ -10,7 +10,7 @@
 #include "syncplugin/ReferenceIds.h"
 #include "pluginkit/FileEdits.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/LinkArray.h"
 
 #include <unordered_set>

@@ -6,6 +6,7 @@
 
 #include "KitNames.h"
 #include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

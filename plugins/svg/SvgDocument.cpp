@@ -5,6 +5,7 @@
 #include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/ReplacementFile.h"
 #include "pluginkit/TextEdits.h"

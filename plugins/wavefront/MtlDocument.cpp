@@ -3,7 +3,7 @@
 #include "MtlDocument.h"
 
 #include "KitNames.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "NamedFile.h"
 
 #include "KitNames.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 

@@ -4,7 +4,7 @@
 
 #include "KitNames.h"
 #include "syncplugin/ReferenceIds.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 #include "FileTree.h"
 
 #include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <gtest/gtest.h>

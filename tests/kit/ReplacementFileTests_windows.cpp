@@ -4,12 +4,12 @@
 
 #include "FormatFixture.h"
 
+#include "gltf/GltfResolver.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/ReplacementFile.h"
 #include "pluginkit/Utf.h"
-#include "gltf/GltfResolver.h"
 
 #include <QtCore/QTemporaryDir>
 

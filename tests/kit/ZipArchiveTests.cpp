@@ -267,6 +267,38 @@ TEST_F(ZipFiles, DamagedContentsAreReportedByName)
         EXPECT_EQ(Failure(row.archive), row.message) << row.what;
 }
 
+TEST_F(ZipFiles, PackedDataThatEndsEarlyIsReported)
+{
+    const QByteArray content = PatternBytes(200'000);
+    const QByteArray good = Zip({{"a.xml", content}});
+    const qsizetype record = good.indexOf("PK\1\2");
+    const qsizetype packed = record - 30 - 5;
+    ASSERT_GT(packed, 2 * 64 * 1024);
+    for (const qsizetype size : {qsizetype(0), qsizetype(64) * 1024, packed - 1}) {
+        const QByteArray shorter = LittleEndian(static_cast<quint32>(size));
+        EXPECT_EQ(Failure(With(With(good, 18, shorter), record + 20, shorter)),
+                  "a.xml cannot be read: Zlib error: buffer error @0")
+            << size;
+    }
+}
+
+TEST_F(ZipFiles, AllEntriesCanBeNamedAndRead)
+{
+    std::vector<std::string> names;
+    QList<ZipMember> members;
+    for (int i = 300; i-- > 0;) {
+        names.push_back("parts/" + std::to_string(i));
+        members.append({names.back().c_str(), QByteArray::number(i)});
+    }
+    InputFile file = Open(Zip(members));
+    const ZipArchive archive(file);
+    ASSERT_EQ(archive.Names(), names);
+    for (const std::string& name : names)
+        EXPECT_EQ("parts/" + archive.Read(name, Limit).value_or("nothing"), name);
+    EXPECT_EQ(archive.Read("parts/300", Limit), std::nullopt);
+    EXPECT_EQ(archive.Read("", Limit), std::nullopt);
+}
+
 TEST_F(ZipFiles, ABombIsRefusedWithoutBeingUnpacked)
 {
     const QByteArray bomb = Zip({{"a.xml", QByteArray(16 << 20, ' ')}});
