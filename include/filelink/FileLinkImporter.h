@@ -5,8 +5,10 @@
 #include "filelink/Export.h"
 #include "filelink/FileSet.h"
 #include "filelink/ICancelController.h"
+#include "filelink/Problem.h"
 #include "syncservices/FileLink.h"
 #include "syncservices/Global.h"
+#include "syncservices/SyncDatabase.h"
 #include "syncservices/SyncItem.h"
 
 #include <QtCore/QList>
@@ -57,6 +59,15 @@ public:
     explicit FileLinkImporter(std::shared_ptr<ICancelController> controller);
     /// Writes what was copied to the sync database.
     ~FileLinkImporter() override;
+
+    /// Who is told what goes wrong from now on, next to the log; null: nobody. May be set at any
+    /// time between stages.
+    void SetProblemSink(std::shared_ptr<IProblemSink> sink);
+    /// The database that this importer reads and writes from now on in place of the platform
+    /// library's; null: that one again. What was read before is kept, and what was copied is
+    /// remembered in the one that is set when the importer is destroyed. A stand-in that writes
+    /// nothing lets a host look at what an import would do.
+    void SetSyncDatabase(std::shared_ptr<SyncServices::SyncDatabase> database);
 
     /// Builds a new file set from the selection. `target` is a folder, absolute or relative to the
     /// cloud cache folder (empty: that folder itself); with `targetIsFile` a single source goes to
