@@ -19,11 +19,19 @@ namespace Halvern::Base {
 using Handle = std::intptr_t;
 inline constexpr Handle NoHandle = -1;
 
+/// What to do with a file that is a symbolic link itself.
+enum class Links
+{
+    Follow,
+    Refuse
+};
+
 /// Only regular files; a pipe is not waited for, and the access time stays where the system lets
-/// it. The result is held when another program does not let the file be read.
-FileResult OpenForReading(const std::filesystem::path& file, Handle& handle);
-/// Makes an empty file, for writing. `handle` becomes NoHandle, with success, when something of
-/// that name exists already.
+/// it. Held when another program does not let the file be read.
+FileResult OpenForReading(const std::filesystem::path& file, Handle& handle,
+                          Links links = Links::Follow);
+/// Makes an empty file, for reading and writing; on POSIX for its owner alone. `handle` becomes
+/// NoHandle, with success, when something of that name exists already.
 FileResult CreateExclusively(const std::filesystem::path& file, Handle& handle);
 /// May read less than asked for; `got` is 0 at the end of the file.
 FileResult ReadSome(Handle handle, std::uint64_t offset, char* buffer, std::size_t size,

@@ -19,10 +19,10 @@ int Number(Handle handle)
     return static_cast<int>(handle);
 }
 
-int OpenQuietly(const std::filesystem::path& file)
+int OpenQuietly(const std::filesystem::path& file, Links links)
 {
     // O_NONBLOCK: opening a named pipe must not wait for a writer.
-    constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
+    const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | (links == Links::Refuse ? O_NOFOLLOW : 0);
 #ifdef O_NOATIME
     const int quiet = ::open(file.c_str(), flags | O_NOATIME);
     if (quiet >= 0 || errno != EPERM) // only the owner may ask for it
@@ -33,9 +33,9 @@ int OpenQuietly(const std::filesystem::path& file)
 
 } // namespace
 
-FileResult OpenForReading(const std::filesystem::path& file, Handle& handle)
+FileResult OpenForReading(const std::filesystem::path& file, Handle& handle, Links links)
 {
-    Descriptor opened(OpenQuietly(file));
+    Descriptor opened(OpenQuietly(file, links));
     if (!opened)
         return LastFailure();
     struct stat status = {};
@@ -47,8 +47,7 @@ FileResult OpenForReading(const std::filesystem::path& file, Handle& handle)
 
 FileResult CreateExclusively(const std::filesystem::path& file, Handle& handle)
 {
-    const int made =
-        ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+    const int made = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (made < 0 && errno != EEXIST)
         return LastFailure();
     handle = made < 0 ? NoHandle : made;

@@ -15,6 +15,19 @@ HANDLE Native(Handle handle)
     return reinterpret_cast<HANDLE>(handle);
 }
 
+/// A cloud placeholder is a reparse point, too, but no link.
+bool IsSymbolicLink(const std::wstring& native)
+{
+    WIN32_FIND_DATAW data = {};
+    if (!HasAttribute(native, FILE_ATTRIBUTE_REPARSE_POINT))
+        return false;
+    const HANDLE search = ::FindFirstFileW(native.c_str(), &data);
+    if (search == INVALID_HANDLE_VALUE)
+        return false;
+    ::FindClose(search);
+    return data.dwReserved0 == IO_REPARSE_TAG_SYMLINK;
+}
+
 DWORD Part(std::size_t size)
 {
     return static_cast<DWORD>(std::min<std::size_t>(size, std::size_t(1) << 30));
@@ -22,9 +35,12 @@ DWORD Part(std::size_t size)
 
 } // namespace
 
-FileResult OpenForReading(const std::filesystem::path& file, Handle& handle)
+FileResult OpenForReading(const std::filesystem::path& file, Handle& handle, Links links)
 {
-    const HANDLE opened = ::CreateFileW(ApiPath(file).c_str(), GENERIC_READ,
+    const std::wstring native = ApiPath(file);
+    if (links == Links::Refuse && IsSymbolicLink(native))
+        return FileResult::Failed("not a regular file");
+    const HANDLE opened = ::CreateFileW(native.c_str(), GENERIC_READ,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (opened == INVALID_HANDLE_VALUE)
@@ -39,8 +55,8 @@ FileResult OpenForReading(const std::filesystem::path& file, Handle& handle)
 
 FileResult CreateExclusively(const std::filesystem::path& file, Handle& handle)
 {
-    const HANDLE made = ::CreateFileW(ApiPath(file).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE made = ::CreateFileW(ApiPath(file).c_str(), GENERIC_READ | GENERIC_WRITE, 0,
+                                      nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (made == INVALID_HANDLE_VALUE && ::GetLastError() != ERROR_FILE_EXISTS)
         return LastFailure();
     handle = made == INVALID_HANDLE_VALUE ? NoHandle : reinterpret_cast<Handle>(made);

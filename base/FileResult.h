@@ -9,7 +9,7 @@
 namespace Halvern::Base {
 
 /// The system's text for one of its error numbers (errno, GetLastError), as UTF-8 without a line
-/// break or full stop at its end. Safe to call from any thread.
+/// break at its end. Windows ends it with a full stop. Safe to call from any thread.
 std::string SystemErrorText(std::uint32_t code);
 
 /// Whether an operation on the disk succeeded, and if not, why.

@@ -15,8 +15,8 @@ std::string SystemErrorText(std::uint32_t code)
     std::array<wchar_t, 512> text{};
     DWORD size = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
                                   nullptr, code, 0, text.data(), DWORD(text.size()), nullptr);
-    while (size > 0 && (text[size - 1] == L'\r' || text[size - 1] == L'\n' ||
-                        text[size - 1] == L' ' || text[size - 1] == L'.'))
+    while (size > 0 &&
+           (text[size - 1] == L'\r' || text[size - 1] == L'\n' || text[size - 1] == L' '))
         --size;
     return size > 0 ? ToUtf8Lossy(FromWide({text.data(), size})) : "error " + std::to_string(code);
 }

@@ -16,9 +16,10 @@ namespace Halvern::Base {
 /// Windows) becomes U+FFFD.
 std::filesystem::path NativePath(std::u16string_view text);
 std::filesystem::path NativePath(std::string_view utf8);
-/// With forward slashes. What is no text becomes U+FFFD, but on POSIX the bytes of a name stay as
-/// they are in UTF-8.
+/// The text of a path: with forward slashes, on Windows one where there were several; on POSIX
+/// as it is. What is no text becomes U+FFFD.
 std::u16string PathText(const std::filesystem::path& path);
+/// As UTF-8, with one slash where there were several; on POSIX bytes that are no text stay.
 std::string PathToUtf8(const std::filesystem::path& path);
 /// Whether a path names a server or a device, as those of Windows may; never on POSIX.
 bool IsServerPath(const std::filesystem::path& path);

@@ -23,7 +23,7 @@ std::u16string PathText(const std::filesystem::path& path)
 
 std::string PathToUtf8(const std::filesystem::path& path)
 {
-    return path.native();
+    return path.generic_string();
 }
 
 bool IsServerPath(const std::filesystem::path&)

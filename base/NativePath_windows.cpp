@@ -6,8 +6,6 @@
 #include "base/Utf.h"
 #include "base/WindowsApi.h"
 
-#include <algorithm>
-
 namespace Halvern::Base {
 
 std::filesystem::path NativePath(std::u16string_view text)
@@ -22,9 +20,10 @@ std::filesystem::path NativePath(std::string_view utf8)
 
 std::u16string PathText(const std::filesystem::path& path)
 {
-    // The standard library's own way to forward slashes drops one of the two before a server.
-    std::u16string text(FromWide(path.native()));
-    std::replace(text.begin(), text.end(), u'\\', u'/');
+    std::u16string text(FromWide(path.generic_wstring()));
+    // One of the two slashes before a server is gone.
+    if (IsServerPath(path) && !NamesServer(text))
+        text.insert(text.begin(), u'/');
     return text;
 }
 

@@ -4,6 +4,7 @@
 
 #include "pluginkit/Companions.h"
 #include "kit/PlatformFile.h"
+#include "pluginkit/Utf.h"
 
 #include <map>
 #include <memory>

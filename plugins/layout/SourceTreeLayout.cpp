@@ -8,6 +8,7 @@
 #include "pluginkit/Boundary.h"
 #include "pluginkit/FormatError.h"
 #include "kit/PlatformFile.h"
+#include "pluginkit/Utf.h"
 
 namespace Halvern::Formats::Layout {
 

@@ -3,9 +3,9 @@
 // Copies on systems and file systems that lack what a copy prefers. The kernel itself refuses the
 // operation in question, in a process of its own.
 
+#include "BaseFiles.h"
 #include "FileTree.h"
 #include "PoorerWorld.h"
-#include "support/FileOperations.h"
 
 #include <QtCore/QDir>
 
@@ -19,7 +19,6 @@
 
 namespace {
 
-using namespace Halvern::FileLink;
 using namespace Halvern::Test;
 using namespace Qt::StringLiterals;
 

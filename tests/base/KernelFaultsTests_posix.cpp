@@ -2,9 +2,9 @@
 
 // What file operations answer when the kernel fails one of their calls.
 
+#include "BaseFiles.h"
 #include "FileTree.h"
 #include "PoorerWorld.h"
-#include "support/FileOperations.h"
 
 #include <QtCore/QDir>
 
@@ -16,7 +16,6 @@
 
 namespace {
 
-using namespace Halvern::FileLink;
 using namespace Halvern::Test;
 using namespace Qt::StringLiterals;
 

@@ -2,8 +2,8 @@
 
 #pragma once
 
+#include "BaseFiles.h"
 #include "FileTree.h"
-#include "support/FileOperations.h"
 
 #include <QtCore/QDir>
 
@@ -11,7 +11,6 @@
 
 namespace Halvern::Test {
 
-using namespace Halvern::FileLink;
 using namespace Qt::StringLiterals;
 
 /// More than two buffers, and no multiple of one.

@@ -2,14 +2,14 @@
 
 #include "Placement.h"
 
-#include <cstdlib>
+#include "base/KnownFolders.h"
+#include "base/NativePath.h"
 
 namespace Halvern::Formats::Layout {
 
 std::optional<TreePath> HomeFolder()
 {
-    const char* const home = std::getenv("HOME");
-    return home ? TreePath::Parse(home) : std::nullopt;
+    return TreePath::Parse(Base::PathToUtf8(Base::HomeFolder()));
 }
 
 } // namespace Halvern::Formats::Layout

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "BaseFiles.h"
 #include "FileTree.h"
-#include "support/FileOperations.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFileInfo>
@@ -13,7 +13,6 @@
 
 namespace {
 
-using namespace Halvern::FileLink;
 using namespace Halvern::Test;
 using namespace Qt::StringLiterals;
 
