@@ -7,9 +7,9 @@
 #include "KitNames.h"
 #include "base/Directory.h"
 #include "base/FileStatus.h"
-#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <algorithm>
 #include <array>

@@ -4,8 +4,8 @@
 
 #include "KitNames.h"
 #include "base/FileStatus.h"
-#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/Utf.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <map>
 #include <memory>
