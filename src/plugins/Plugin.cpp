@@ -2,6 +2,7 @@
 
 #include "plugins/Plugin.h"
 
+#include "plugins/PluginContract.h"
 #include "plugins/PluginGuard.h"
 #include "support/Logging.h"
 
@@ -70,18 +71,34 @@ bool Plugin::LoadModule()
         return true;
     if (GetModule().isEmpty())
         return false;
-    m_library = std::make_unique<QLibrary>(FindLibrary());
-    if (m_library->load()) {
+    m_lastError = OpenLibrary();
+    if (m_lastError.isEmpty()) {
         m_loadState = LoadState::Loaded;
         FILELINK_LOG(LogLevel::Info, QStringLiteral("Plugin %1 loaded").arg(GetModule()));
         return true;
     }
     m_loadState = LoadState::Failed;
-    m_lastError = QStringLiteral("Failed to load plugin %1. Error %2.")
-                      .arg(GetModule())
-                      .arg(m_library->errorString());
     FILELINK_LOG(LogLevel::Error, m_lastError);
     return false;
+}
+
+QString Plugin::OpenLibrary()
+{
+    QString error = CheckRegisteredContract(GetModule(), m_registration.contractVersion);
+    if (!error.isEmpty())
+        return error;
+    m_library = std::make_unique<QLibrary>(FindLibrary());
+    if (!m_library->load())
+        return QStringLiteral("Failed to load plugin %1. Error %2.")
+            .arg(GetModule())
+            .arg(m_library->errorString());
+    error = CheckLibraryContract(GetModule(), *m_library);
+    if (!error.isEmpty()) {
+        m_library->unload();
+        // Whatever became of that: a library that was refused is not a loaded one.
+        m_library.reset();
+    }
+    return error;
 }
 
 bool Plugin::UnloadModule()
