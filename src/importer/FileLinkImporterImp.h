@@ -16,6 +16,7 @@
 #include <QtCore/QStringList>
 
 #include <memory>
+#include <optional>
 
 namespace Halvern::FileLink {
 
@@ -152,7 +153,9 @@ private:
     bool LinksCopiedFile(const FileMappingPointer& mapping, bool& canceled) const;
 
     bool UpdateSyncDatabase(const NodePointer& node, DatabaseUpdateState& state);
-    bool UpdateChildren(const NodePointer& node, DatabaseUpdateState& state, const char* operation);
+    static std::optional<bool> KnownResult(const FileMapping& mapping,
+                                           const DatabaseUpdateState& state);
+    bool WriteItem(const FileMapping& mapping, DatabaseUpdateState& state);
     bool MergeLinks(const FileMapping& mapping, SyncItem& item) const;
     std::shared_ptr<SyncItem> MakeItem(const FileMapping& mapping,
                                        DatabaseUpdateState& state) const;
