@@ -79,8 +79,8 @@ unsigned int AnswerString(const QString& text, SyncPlugin::WideChar* buffer, int
 
 QString FromPluginString(const SyncPlugin::WideChar* text)
 {
-    // Not fromUtf16, which takes a byte order mark away and replaces lone surrogates: both may stand
-    // in file names.
+    // Not fromUtf16, which takes a byte order mark away and replaces lone surrogates: both may
+    // stand in file names.
     return text ? QString(reinterpret_cast<const QChar*>(text)) : QString();
 }
 
@@ -90,9 +90,12 @@ FileMappingRef::FileMappingRef(QString linkPath, QString refId, FileMappingPoint
 
 FileMappingRef::~FileMappingRef()
 {
-    // One after the other: a long chain of links would overflow the stack if each node destroyed
-    // the next.
-    QList<Pointer> pending = std::move(m_children);
+    DestroyOneByOne(std::move(m_children));
+}
+
+/// A long chain of links would overflow the stack if each node destroyed the next.
+void FileMappingRef::DestroyOneByOne(QList<Pointer> pending)
+{
     while (!pending.isEmpty()) {
         const Pointer node = pending.takeLast();
         if (node.use_count() == 1) {
@@ -124,6 +127,15 @@ const QList<FileMappingRef::Pointer>& FileMappingRef::Children(const QSet<int>& 
     if (CanGrow())
         GrowChildren([&](int pathNumber) { return pathsAbove.contains(pathNumber); });
     return m_children;
+}
+
+void FileMappingRef::ForgetChildren()
+{
+    if (!m_grown)
+        return;
+    m_grown = false;
+    DestroyOneByOne(std::move(m_children));
+    m_children.clear();
 }
 
 template <typename IsAbove>

@@ -40,6 +40,8 @@ public:
     const QList<Pointer>& Children();
     /// The same for a caller who knows the path numbers of this node and of those above it.
     const QList<Pointer>& Children(const QSet<int>& pathsAbove);
+    /// Frees the nodes below, for a caller who alone knows of them. They grow again when asked for.
+    void ForgetChildren();
     int PathNumber() const { return m_pathNumber; }
     FileMappingRef* Parent() const { return m_parent; }
     FileMappingRef* Root();
@@ -76,6 +78,7 @@ private:
     template <typename IsAbove>
     void GrowChildren(IsAbove isAbove);
     bool IsAncestorPath(int pathNumber) const;
+    static void DestroyOneByOne(QList<Pointer> pending);
 
     /// Number of the node's path in the graph; -1 without a graph.
     int m_pathNumber = -1;

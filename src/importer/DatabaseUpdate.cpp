@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "fileset/LinkWalk.h"
 #include "importer/FileLinkImporterImp.h"
 #include "support/FileOperations.h"
 #include "support/PathUtilities.h"
@@ -9,6 +10,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 #include <QtCore/QMap>
+
+#include <optional>
 
 namespace Halvern::FileLink {
 
@@ -116,49 +119,22 @@ bool FileLinkImporterImp::UpdateSyncDatabase()
     return result;
 }
 
-bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUpdateState& state)
+/// What became of a file without looking at what it links: true for one that was written, false for
+/// one that is not or cannot be; nothing when it is to be written.
+std::optional<bool> FileLinkImporterImp::KnownResult(const FileMapping& mapping,
+                                                     DatabaseUpdateState& state) const
 {
-    const QString target = node->TargetFile();
+    const QString target = mapping.GetTargetFile();
     if (!target.isEmpty() && state.processed.Find(target))
         return true;
-    const FileMappingPointer mapping = node->Mapping();
-    if (state.failed.contains(mapping.get()))
+    if (state.failed.contains(&mapping))
         return false;
-    if (!mapping->IsTargetFileInCloudCacheFolder()) {
-        state.failed.insert(mapping.get());
-        ReportNotRecorded(mapping.get(), state,
-                          QStringLiteral("The target lies outside the cloud cache folder"));
-        return false;
-    }
-    // Linked files first, so that their items are there when the links are resolved.
-    if (!UpdateChildren(node, state, FILELINK_FUNCTION))
-        return false;
-    if (!PathExists(target)) {
-        state.failed.insert(mapping.get());
-        ReportNotRecorded(mapping.get(), state, QStringLiteral("The target does not exist"));
-        return false;
-    }
-    std::shared_ptr<SyncItem> item = state.database->GetSyncItem(
-        target, true, mapping->GetAuthenticationId(), FileItem::ItemOnly);
-    if (item) {
-        if (!MergeLinks(*mapping, *item)) {
-            state.canceled = true;
-            return false;
-        }
-    } else {
-        item = MakeItem(*mapping, state);
-        if (!item) {
-            state.failed.insert(mapping.get());
-            ReportNotRecorded(mapping.get(), state);
-            return false;
-        }
-    }
-    state.processed.Append(item);
-    ResolveItemLinks(*item, state);
-    SetSyncOptions(*mapping, *item);
-    if (!state.database->AddOrUpdateFileConfiguration(item))
-        ReportNotRecorded(mapping.get(), state);
-    return true;
+    if (mapping.IsTargetFileInCloudCacheFolder())
+        return std::nullopt;
+    state.failed.insert(&mapping);
+    ReportNotRecorded(&mapping, state,
+                      QStringLiteral("The target lies outside the cloud cache folder"));
+    return false;
 }
 
 /// Without a mapping it is about all files, without a text the database knows why.
@@ -173,26 +149,67 @@ void FileLinkImporterImp::ReportNotRecorded(const FileMapping* mapping,
            hasReason ? state.database->GetLastError() : text);
 }
 
-bool FileLinkImporterImp::UpdateChildren(const NodePointer& node, DatabaseUpdateState& state,
-                                         const char* operation)
+bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUpdateState& state)
 {
+    if (const std::optional<bool> known = KnownResult(*node->Mapping(), state))
+        return *known;
     const bool selectedOnly = HasOption(Global::ServicesCopyOption);
-    for (const NodePointer& child : node->Children()) {
+    // That of the file written last, which is the first one: a linked file that could not be
+    // written does not keep the others from it.
+    bool result = false;
+    LinkWalk walk;
+    for (walk.Enter(node); walk.IsOpen();) {
+        const NodePointer child = walk.NextChild();
+        if (!child) {
+            // Linked files first, so that their items are there when the links are resolved.
+            result = WriteItem(*walk.Node().Mapping(), state);
+            if (state.canceled)
+                return false;
+            walk.Leave();
+            continue;
+        }
         state.canceled = CheckIfCanceled();
         if (state.canceled)
             return false;
         const FileMapping& mapping = *child->Mapping();
         if (!IsRecorded(mapping) || (selectedOnly && !mapping.HasFlag(FileMapping::Selected)))
             continue;
-        if (mapping.HasFlag(FileMapping::FileLinksNotSupported)) {
-            LogNotSupported(mapping, operation);
-            continue;
-        }
-        // A linked file that could not be written does not keep the others from it.
-        UpdateSyncDatabase(child, state);
-        if (state.canceled)
-            return false;
+        if (mapping.HasFlag(FileMapping::FileLinksNotSupported))
+            LogNotSupported(mapping, FILELINK_FUNCTION);
+        else if (!KnownResult(mapping, state))
+            walk.Enter(child);
     }
+    return result;
+}
+
+bool FileLinkImporterImp::WriteItem(const FileMapping& mapping, DatabaseUpdateState& state)
+{
+    const QString target = mapping.GetTargetFile();
+    if (!PathExists(target)) {
+        state.failed.insert(&mapping);
+        ReportNotRecorded(&mapping, state, QStringLiteral("The target does not exist"));
+        return false;
+    }
+    std::shared_ptr<SyncItem> item = state.database->GetSyncItem(
+        target, true, mapping.GetAuthenticationId(), FileItem::ItemOnly);
+    if (item) {
+        if (!MergeLinks(mapping, *item)) {
+            state.canceled = true;
+            return false;
+        }
+    } else {
+        item = MakeItem(mapping, state);
+        if (!item) {
+            state.failed.insert(&mapping);
+            ReportNotRecorded(&mapping, state);
+            return false;
+        }
+    }
+    state.processed.Append(item);
+    ResolveItemLinks(*item, state);
+    SetSyncOptions(mapping, *item);
+    if (!state.database->AddOrUpdateFileConfiguration(item))
+        ReportNotRecorded(&mapping, state);
     return true;
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "fileset/LinkWalk.h"
 #include "importer/FileLinkImporterImp.h"
 #include "support/Logging.h"
 #include "support/PathUtilities.h"
@@ -10,8 +11,22 @@
 namespace Halvern::FileLink {
 
 namespace {
+
 constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
+
+/// Not below an address, and into each file once: a second visit finds every file below with its
+/// target. A node that closes a cycle shows nothing below it, so that it does not count as a visit.
+void EnterForDefaultLayout(LinkWalk& walk, const FileMappingRef::Pointer& node,
+                           QSet<const FileMapping*>& visited)
+{
+    const FileMapping* const mapping = node->Mapping().get();
+    if (!IsLocalPath(node->SourceFile()) || node->ClosesCycle() || visited.contains(mapping))
+        return;
+    visited.insert(mapping);
+    walk.Enter(node);
 }
+
+} // namespace
 
 bool FileLinkImporterImp::AssignDefaultTargetPaths()
 {
@@ -29,26 +44,23 @@ bool FileLinkImporterImp::AssignDefaultTargetPaths(const NodePointer& parent,
 {
     if (!parent || !parent->Mapping())
         return false;
-    if (!IsLocalPath(parent->SourceFile()))
-        return true;
-    // A second visit finds every file below with its target. A node that closes a cycle shows
-    // nothing below it, so that it does not count as a visit.
-    if (!parent->ClosesCycle()) {
-        if (visited.contains(parent->Mapping().get()))
-            return true;
-        visited.insert(parent->Mapping().get());
-    }
-    for (const NodePointer& child : parent->Children()) {
+    LinkWalk walk;
+    EnterForDefaultLayout(walk, parent, visited);
+    while (walk.IsOpen()) {
+        const NodePointer child = walk.NextChild();
+        if (!child) {
+            walk.Leave();
+            continue;
+        }
         if (CheckIfCanceled())
             return false;
-        if (AssignDefaultTargetPath(*parent, *child))
+        if (AssignDefaultTargetPath(walk.Node(), *child))
             FILELINK_LOG(LogLevel::Info,
                          QStringLiteral("Target path not set by plugin for file %1. Setting "
                                         "default target path %2.")
                              .arg(child->SourceFile())
                              .arg(child->TargetFile()));
-        if (!AssignDefaultTargetPaths(child, visited))
-            return false;
+        EnterForDefaultLayout(walk, child, visited);
     }
     return true;
 }

@@ -17,6 +17,7 @@
 #include <QtCore/QStringList>
 
 #include <memory>
+#include <optional>
 
 namespace Halvern::FileLink {
 
@@ -163,9 +164,11 @@ private:
     bool LinksCopiedFile(const FileMappingPointer& mapping, bool& canceled) const;
 
     bool UpdateSyncDatabase(const NodePointer& node, DatabaseUpdateState& state);
-    bool UpdateChildren(const NodePointer& node, DatabaseUpdateState& state, const char* operation);
     void ReportNotRecorded(const FileMapping* mapping, const DatabaseUpdateState& state,
                            const QString& text = {}) const;
+    static std::optional<bool> KnownResult(const FileMapping& mapping,
+                                           const DatabaseUpdateState& state);
+    bool WriteItem(const FileMapping& mapping, DatabaseUpdateState& state);
     bool MergeLinks(const FileMapping& mapping, SyncItem& item) const;
     std::shared_ptr<SyncItem> MakeItem(const FileMapping& mapping,
                                        DatabaseUpdateState& state) const;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "fileset/LinkWalk.h"
 #include "importer/FileLinkImporterImp.h"
 #include "support/Logging.h"
 
@@ -22,6 +23,25 @@ QString Suffix(const FileMapping& mapping, bool alreadyWritten)
     return flags.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(flags);
 }
 
+/// Writes a node's line. False when nothing is written below it: it has no path, or stood in the
+/// tree before.
+bool LogNode(const FileMappingRef& node, bool source, int level, QSet<QString>& processed,
+             const char* operation)
+{
+    const QString path = source ? node.SourceFile() : node.TargetFile();
+    if (path.isEmpty())
+        return false;
+    const qsizetype before = processed.size();
+    processed.insert(path.toCaseFolded());
+    const bool alreadyWritten = processed.size() == before;
+    FILELINK_LOG_FOR(operation, LogLevel::Debug,
+                     QStringLiteral("%1%2%3")
+                         .arg(Prefix(level))
+                         .arg(path)
+                         .arg(Suffix(*node.Mapping(), alreadyWritten)));
+    return !alreadyWritten;
+}
+
 } // namespace
 
 void FileLinkImporterImp::LogFileTree(bool source) const
@@ -39,20 +59,16 @@ void FileLinkImporterImp::LogFileTree(bool source) const
 void FileLinkImporterImp::LogFileTree(const NodePointer& node, bool source, int level,
                                       QSet<QString>& processed) const
 {
-    const QString path = source ? node->SourceFile() : node->TargetFile();
-    if (path.isEmpty())
-        return;
-    const qsizetype before = processed.size();
-    processed.insert(path.toCaseFolded());
-    const bool alreadyWritten = processed.size() == before;
-    FILELINK_LOG(LogLevel::Debug, QStringLiteral("%1%2%3")
-                                      .arg(Prefix(level))
-                                      .arg(path)
-                                      .arg(Suffix(*node->Mapping(), alreadyWritten)));
-    if (alreadyWritten)
-        return;
-    for (const NodePointer& child : node->Children())
-        LogFileTree(child, source, level + 1, processed);
+    LinkWalk walk;
+    if (LogNode(*node, source, level, processed, FILELINK_FUNCTION))
+        walk.Enter(node);
+    while (walk.IsOpen()) {
+        const NodePointer child = walk.NextChild();
+        if (!child)
+            walk.Leave();
+        else if (LogNode(*child, source, level + walk.Depth(), processed, FILELINK_FUNCTION))
+            walk.Enter(child);
+    }
 }
 
 } // namespace Halvern::FileLink
