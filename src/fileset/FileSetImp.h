@@ -41,6 +41,8 @@ public:
 
     bool IsEmpty() const;
     QString GetTargetRootFolder() const;
+    /// For a set over another folder than the platform's.
+    void SetTargetRootFolder(const QString& folder) { m_targetRootFolder = folder; }
     bool HasFilesWhichSupportFileLinks() const;
     int GetCount() const;
     int GetFileCount() const;

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "stages/FileTreeLog.h"
 #include "fileset/LinkWalk.h"
-#include "importer/FileLinkImporterImp.h"
-#include "support/Logging.h"
 
-namespace Halvern::FileLink {
+namespace Halvern::FileLink::Stages {
 
 namespace {
 
@@ -25,8 +24,7 @@ QString Suffix(const FileMapping& mapping, bool alreadyWritten)
 
 /// Writes a node's line. False when nothing is written below it: it has no path, or stood in the
 /// tree before.
-bool LogNode(const FileMappingRef& node, bool source, int level, QSet<QString>& processed,
-             const char* operation)
+bool LogNode(const FileMappingRef& node, bool source, int level, QSet<QString>& processed)
 {
     const QString path = source ? node.SourceFile() : node.TargetFile();
     if (path.isEmpty())
@@ -34,7 +32,7 @@ bool LogNode(const FileMappingRef& node, bool source, int level, QSet<QString>& 
     const qsizetype before = processed.size();
     processed.insert(path.toCaseFolded());
     const bool alreadyWritten = processed.size() == before;
-    FILELINK_LOG_FOR(operation, LogLevel::Debug,
+    FILELINK_LOG_FOR(Operation::LogFileTreeNode, LogLevel::Debug,
                      QStringLiteral("%1%2%3")
                          .arg(Prefix(level))
                          .arg(path)
@@ -42,33 +40,33 @@ bool LogNode(const FileMappingRef& node, bool source, int level, QSet<QString>& 
     return !alreadyWritten;
 }
 
-} // namespace
-
-void FileLinkImporterImp::LogFileTree(bool source) const
-{
-    if (!ModuleLogger().isEnabledFor(LogLevel::Debug))
-        return;
-    const QList<NodePointer> roots = Hierarchy(source);
-    FILELINK_LOG(LogLevel::Debug, source ? QStringLiteral("***Source file tree***")
-                                         : QStringLiteral("***Target file tree***"));
-    QSet<QString> processed;
-    for (const NodePointer& root : roots)
-        LogFileTree(root, source, 0, processed);
-}
-
-void FileLinkImporterImp::LogFileTree(const NodePointer& node, bool source, int level,
-                                      QSet<QString>& processed) const
+void LogTreeOf(const StageContext::NodePointer& node, bool source, QSet<QString>& processed)
 {
     LinkWalk walk;
-    if (LogNode(*node, source, level, processed, FILELINK_FUNCTION))
+    if (LogNode(*node, source, 0, processed))
         walk.Enter(node);
     while (walk.IsOpen()) {
-        const NodePointer child = walk.NextChild();
+        const StageContext::NodePointer child = walk.NextChild();
         if (!child)
             walk.Leave();
-        else if (LogNode(*child, source, level + walk.Depth(), processed, FILELINK_FUNCTION))
+        else if (LogNode(*child, source, walk.Depth(), processed))
             walk.Enter(child);
     }
 }
 
-} // namespace Halvern::FileLink
+} // namespace
+
+void LogFileTree(const StageContext& context, bool source)
+{
+    if (!ModuleLogger().isEnabledFor(LogLevel::Debug))
+        return;
+    const QList<StageContext::NodePointer> roots = context.Hierarchy(source);
+    FILELINK_LOG_FOR(Operation::LogFileTree, LogLevel::Debug,
+                     source ? QStringLiteral("***Source file tree***")
+                            : QStringLiteral("***Target file tree***"));
+    QSet<QString> processed;
+    for (const StageContext::NodePointer& root : roots)
+        LogTreeOf(root, source, processed);
+}
+
+} // namespace Halvern::FileLink::Stages

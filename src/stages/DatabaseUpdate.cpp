@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "stages/DatabaseUpdate.h"
+
 #include "fileset/LinkWalk.h"
-#include "importer/FileLinkImporterImp.h"
+#include "fileset/PathIndex.h"
 #include "support/FileOperations.h"
 #include "support/PathUtilities.h"
-#include "support/Problems.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 #include <QtCore/QMap>
+#include <QtCore/QSet>
 
 #include <optional>
 
-namespace Halvern::FileLink {
+namespace Halvern::FileLink::Stages {
 
 namespace {
 
@@ -44,8 +46,6 @@ void SetSyncOptions(const FileMapping& mapping, SyncItem& item)
         item.SetSyncOption(clear, false);
 }
 
-} // namespace
-
 /// Items written in this run, found by local path.
 class ProcessedItems
 {
@@ -67,93 +67,106 @@ private:
     PathIndex m_index;
 };
 
-struct FileLinkImporterImp::DatabaseUpdateState
+/// One run over the trees of links.
+class DatabaseUpdate
 {
-    std::shared_ptr<SyncDatabase> database;
-    std::shared_ptr<SyncItem> rootItem;
-    ProcessedItems processed;
+public:
+    using NodePointer = StageContext::NodePointer;
+
+    explicit DatabaseUpdate(const StageContext& context) : m_context(context) {}
+    bool Run();
+
+private:
+    std::optional<bool> KnownResult(const FileMapping& mapping);
+    void ReportNotRecorded(const FileMapping* mapping, const QString& text = {}) const;
+    bool UpdateTree(const NodePointer& root);
+    bool WriteItem(const FileMapping& mapping);
+    bool MergeLinks(const FileMapping& mapping, SyncItem& item) const;
+    std::shared_ptr<SyncItem> MakeItem(const FileMapping& mapping);
+    void ResolveItemLinks(SyncItem& item) const;
+
+    const StageContext& m_context;
+    std::shared_ptr<SyncDatabase> m_database;
+    std::shared_ptr<SyncItem> m_rootItem;
+    ProcessedItems m_processed;
     /// By the lower-cased path of the file (not of its folder), so that each new file asks for its
     /// folder: an item that another program removed meanwhile is made again.
-    QMap<QString, int> folderIds;
+    QMap<QString, int> m_folderIds;
     /// Files that could not be written, which shared sub-assemblies would try again on each path.
-    QSet<const FileMapping*> failed;
+    QSet<const FileMapping*> m_failed;
     /// The host asked to stop: no file of this root that is still open is written. The poll before
     /// the next root ends the stage.
-    bool canceled = false;
+    bool m_canceled = false;
 };
 
-bool FileLinkImporterImp::UpdateSyncDatabase()
+bool DatabaseUpdate::Run()
 {
-    if (m_fileSet && !m_fileSet->HasFilesWhichSupportFileLinks())
+    if (m_context.fileSet && !m_context.fileSet->HasFilesWhichSupportFileLinks())
         return true;
-    FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin updating sync database"));
+    FILELINK_LOG_FOR(Operation::UpdateSyncDatabase, LogLevel::Info,
+                     QStringLiteral("Begin updating sync database"));
     const LogFinally finally(&ModuleLogger(), LogLevel::Info,
                              QStringLiteral("Finished updating sync database"));
-    const QList<NodePointer> roots = Hierarchy(false);
+    const QList<NodePointer> roots = m_context.Hierarchy(false);
     if (roots.isEmpty())
         return false;
-    DatabaseUpdateState state;
-    state.database = Database();
-    state.rootItem = RootItem();
-    if (!state.database || !state.rootItem) {
-        ReportNotRecorded(nullptr, state);
+    m_database = m_context.services->Database();
+    m_rootItem = m_context.services->RootItem(m_context.fileSet->GetTargetRootFolder());
+    if (!m_database || !m_rootItem) {
+        ReportNotRecorded(nullptr);
         return false;
     }
 
-    const bool selectedOnly = HasOption(Global::ServicesCopyOption);
-    const bool updateSelected = HasOption(Global::UpdateSelectedInDatabase);
+    const bool selectedOnly = m_context.HasOption(Global::ServicesCopyOption);
+    const bool updateSelected = m_context.HasOption(Global::UpdateSelectedInDatabase);
     bool result = true;
     for (const NodePointer& root : roots) {
-        state.canceled = CheckIfCanceled();
-        if (state.canceled)
+        m_canceled = m_context.IsCanceled();
+        if (m_canceled)
             return false;
         const FileMapping& mapping = *root->Mapping();
         if (mapping.HasFlag(FileMapping::FileLinksNotSupported)) {
-            LogNotSupported(mapping, FILELINK_FUNCTION);
+            LogNotSupported(mapping, Operation::UpdateSyncDatabase);
             continue;
         }
         const bool selected = mapping.HasFlag(FileMapping::Selected);
         if ((IsRecorded(mapping) && (!selectedOnly || selected)) || (updateSelected && selected))
-            result = UpdateSyncDatabase(root, state) && result;
+            result = UpdateTree(root) && result;
     }
     return result;
 }
 
 /// What became of a file without looking at what it links: true for one that was written, false for
 /// one that is not or cannot be; nothing when it is to be written.
-std::optional<bool> FileLinkImporterImp::KnownResult(const FileMapping& mapping,
-                                                     DatabaseUpdateState& state) const
+std::optional<bool> DatabaseUpdate::KnownResult(const FileMapping& mapping)
 {
     const QString target = mapping.GetTargetFile();
-    if (!target.isEmpty() && state.processed.Find(target))
+    if (!target.isEmpty() && m_processed.Find(target))
         return true;
-    if (state.failed.contains(&mapping))
+    if (m_failed.contains(&mapping))
         return false;
-    if (mapping.IsTargetFileInCloudCacheFolder())
+    if (m_context.services->IsInCloudCacheFolder(mapping.GetTargetFile()))
         return std::nullopt;
-    state.failed.insert(&mapping);
-    ReportNotRecorded(&mapping, state,
-                      QStringLiteral("The target lies outside the cloud cache folder"));
+    m_failed.insert(&mapping);
+    ReportNotRecorded(&mapping, QStringLiteral("The target lies outside the cloud cache folder"));
     return false;
 }
 
 /// Without a mapping it is about all files, without a text the database knows why.
-void FileLinkImporterImp::ReportNotRecorded(const FileMapping* mapping,
-                                            const DatabaseUpdateState& state,
-                                            const QString& text) const
+void DatabaseUpdate::ReportNotRecorded(const FileMapping* mapping, const QString& text) const
 {
     const QString target = mapping ? mapping->GetTargetFile() : QString();
-    const bool hasReason = text.isEmpty() && state.database;
-    Report(Stage::UpdateSyncDatabase, ProblemKind::NotRecorded,
-           mapping && target.isEmpty() ? mapping->GetSourceFile() : target,
-           hasReason ? state.database->GetLastError() : text);
+    const bool hasReason = text.isEmpty() && m_database;
+    m_context.Report(Stage::UpdateSyncDatabase, ProblemKind::NotRecorded,
+                     mapping && target.isEmpty() ? mapping->GetSourceFile() : target,
+                     hasReason ? m_database->GetLastError() : text);
 }
 
-bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUpdateState& state)
+bool DatabaseUpdate::UpdateTree(const NodePointer& node)
 {
-    if (const std::optional<bool> known = KnownResult(*node->Mapping(), state))
+    if (const std::optional<bool> known = KnownResult(*node->Mapping()))
         return *known;
-    const bool selectedOnly = HasOption(Global::ServicesCopyOption);
+    const bool selectedOnly = m_context.HasOption(Global::ServicesCopyOption);
     // That of the file written last, which is the first one: a linked file that could not be
     // written does not keep the others from it.
     bool result = false;
@@ -162,70 +175,70 @@ bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUp
         const NodePointer child = walk.NextChild();
         if (!child) {
             // Linked files first, so that their items are there when the links are resolved.
-            result = WriteItem(*walk.Node().Mapping(), state);
-            if (state.canceled)
+            result = WriteItem(*walk.Node().Mapping());
+            if (m_canceled)
                 return false;
             walk.Leave();
             continue;
         }
-        state.canceled = CheckIfCanceled();
-        if (state.canceled)
+        m_canceled = m_context.IsCanceled();
+        if (m_canceled)
             return false;
         const FileMapping& mapping = *child->Mapping();
         if (!IsRecorded(mapping) || (selectedOnly && !mapping.HasFlag(FileMapping::Selected)))
             continue;
         if (mapping.HasFlag(FileMapping::FileLinksNotSupported))
-            LogNotSupported(mapping, FILELINK_FUNCTION);
-        else if (!KnownResult(mapping, state))
+            LogNotSupported(mapping, Operation::UpdateSyncDatabaseNode);
+        else if (!KnownResult(mapping))
             walk.Enter(child);
     }
     return result;
 }
 
-bool FileLinkImporterImp::WriteItem(const FileMapping& mapping, DatabaseUpdateState& state)
+bool DatabaseUpdate::WriteItem(const FileMapping& mapping)
 {
     const QString target = mapping.GetTargetFile();
     if (!PathExists(target)) {
-        state.failed.insert(&mapping);
-        ReportNotRecorded(&mapping, state, QStringLiteral("The target does not exist"));
+        m_failed.insert(&mapping);
+        ReportNotRecorded(&mapping, QStringLiteral("The target does not exist"));
         return false;
     }
-    std::shared_ptr<SyncItem> item = state.database->GetSyncItem(
-        target, true, mapping.GetAuthenticationId(), FileItem::ItemOnly);
+    std::shared_ptr<SyncItem> item =
+        m_database->GetSyncItem(target, true, mapping.GetAuthenticationId(), FileItem::ItemOnly);
     if (item) {
         if (!MergeLinks(mapping, *item)) {
-            state.canceled = true;
+            m_canceled = true;
             return false;
         }
     } else {
-        item = MakeItem(mapping, state);
+        item = MakeItem(mapping);
         if (!item) {
-            state.failed.insert(&mapping);
-            ReportNotRecorded(&mapping, state);
+            m_failed.insert(&mapping);
+            ReportNotRecorded(&mapping);
             return false;
         }
     }
-    state.processed.Append(item);
-    ResolveItemLinks(*item, state);
+    m_processed.Append(item);
+    ResolveItemLinks(*item);
     SetSyncOptions(mapping, *item);
-    if (!state.database->AddOrUpdateFileConfiguration(item))
-        ReportNotRecorded(&mapping, state);
+    if (!m_database->AddOrUpdateFileConfiguration(item))
+        ReportNotRecorded(&mapping);
     return true;
 }
 
 /// A link whose path the item knows already keeps what it was resolved to. False on a cancel.
-bool FileLinkImporterImp::MergeLinks(const FileMapping& mapping, SyncItem& item) const
+bool DatabaseUpdate::MergeLinks(const FileMapping& mapping, SyncItem& item) const
 {
     QHash<QString, SyncServices::FileLink> known;
     for (const SyncServices::FileLink& link : item.GetFileLinks()) {
-        if (CheckIfCanceled())
+        if (m_context.IsCanceled())
             return false;
         if (!known.contains(link.Path))
             known.insert(link.Path, link);
     }
     FileLinkList merged;
     for (const SyncServices::FileLink& link : mapping.GetTargetFileLinks()) {
-        if (CheckIfCanceled())
+        if (m_context.IsCanceled())
             return false;
         SyncServices::FileLink kept = known.value(link.Path, link);
         kept.RefId = link.RefId;
@@ -236,43 +249,41 @@ bool FileLinkImporterImp::MergeLinks(const FileMapping& mapping, SyncItem& item)
     return true;
 }
 
-std::shared_ptr<SyncItem> FileLinkImporterImp::MakeItem(const FileMapping& mapping,
-                                                        DatabaseUpdateState& state) const
+std::shared_ptr<SyncItem> DatabaseUpdate::MakeItem(const FileMapping& mapping)
 {
     const QString target = mapping.GetTargetFile();
     const QFileInfo info(target);
     const QString key = QDir::cleanPath(info.absoluteFilePath()).toLower();
-    if (!state.folderIds.contains(key)) {
+    if (!m_folderIds.contains(key)) {
         const std::shared_ptr<SyncItem> folder =
-            state.database->AddFolderItem(state.rootItem, info.absolutePath());
+            m_database->AddFolderItem(m_rootItem, info.absolutePath());
         if (!folder)
             return nullptr;
-        state.folderIds.insert(key, folder->GetId());
+        m_folderIds.insert(key, folder->GetId());
     }
-    QString cloudPath;
-    FolderManager::GetInstance()->GetCloudPath(target, false, cloudPath);
-    const auto item = std::make_shared<SyncItem>(target, cloudPath, state.rootItem->GetCloudRoot());
-    item->SetAuthenticationId(state.rootItem->GetAuthenticationId());
-    item->SetProductConfigurationId(state.rootItem->GetProductConfigurationId());
-    item->SetSourceConsumerId(state.rootItem->GetSourceConsumerId());
-    item->SetRootFolderId(state.rootItem->GetId());
-    item->SetParentFolderId(state.folderIds.value(key));
+    const QString cloudPath = m_context.services->CloudPath(target);
+    const auto item = std::make_shared<SyncItem>(target, cloudPath, m_rootItem->GetCloudRoot());
+    item->SetAuthenticationId(m_rootItem->GetAuthenticationId());
+    item->SetProductConfigurationId(m_rootItem->GetProductConfigurationId());
+    item->SetSourceConsumerId(m_rootItem->GetSourceConsumerId());
+    item->SetRootFolderId(m_rootItem->GetId());
+    item->SetParentFolderId(m_folderIds.value(key));
     item->SetFileLinks(mapping.GetTargetFileLinks());
     item->SetFileLinksExtractedAtFileDate(mapping.GetTargetFileLinksExtractedAtFileDate());
     return item;
 }
 
-void FileLinkImporterImp::ResolveItemLinks(SyncItem& item, DatabaseUpdateState& state) const
+void DatabaseUpdate::ResolveItemLinks(SyncItem& item) const
 {
     FileLinkList links = item.GetFileLinks();
     for (SyncServices::FileLink& link : links) {
         if (link.ItemId >= 0)
             continue;
         const QString path = ResolveLinkPath(link.Path, item.GetLocalPath());
-        std::shared_ptr<SyncItem> linked = state.processed.Find(path);
+        std::shared_ptr<SyncItem> linked = m_processed.Find(path);
         if (!linked)
-            linked = state.database->GetSyncItem(path, true, item.GetAuthenticationId(),
-                                                 FileItem::ItemOnly);
+            linked =
+                m_database->GetSyncItem(path, true, item.GetAuthenticationId(), FileItem::ItemOnly);
         link.ItemId = linked ? linked->GetId() : -1;
         if (linked)
             link.CloudItemId = linked->GetCloudItemId();
@@ -280,4 +291,12 @@ void FileLinkImporterImp::ResolveItemLinks(SyncItem& item, DatabaseUpdateState& 
     item.SetFileLinks(links);
 }
 
-} // namespace Halvern::FileLink
+} // namespace
+
+bool UpdateSyncDatabase(const StageContext& context)
+{
+    return RunStage(context, Stage::UpdateSyncDatabase, Operation::UpdateSyncDatabase,
+                    [&] { return DatabaseUpdate(context).Run(); });
+}
+
+} // namespace Halvern::FileLink::Stages
