@@ -34,11 +34,10 @@ bool LogNode(const FileMappingRef& node, bool source, int level, QSet<QString>& 
     const qsizetype before = processed.size();
     processed.insert(path.toCaseFolded());
     const bool alreadyWritten = processed.size() == before;
+    // Joined, not filled in: deep in a chain of links the prefix is long, and each filling copies
+    // it.
     FILELINK_LOG_FOR(operation, LogLevel::Debug,
-                     QStringLiteral("%1%2%3")
-                         .arg(Prefix(level))
-                         .arg(path)
-                         .arg(Suffix(*node.Mapping(), alreadyWritten)));
+                     Prefix(level) + path + Suffix(*node.Mapping(), alreadyWritten));
     return !alreadyWritten;
 }
 
