@@ -164,14 +164,16 @@ bool FileMappingRef::IsAncestorPath(int pathNumber) const
 FileMappingRef* FileMappingRef::Root()
 {
     FileMappingRef* node = this;
-    while (node->m_parent)
-        node = node->m_parent;
+    // More than one step only where a tree was added to another.
+    while (node->m_top)
+        node = node->m_top;
     return node;
 }
 
 void FileMappingRef::AddChild(const Pointer& child)
 {
     child->m_parent = this;
+    child->m_top = m_top ? m_top : this;
     m_children.append(child);
 }
 
@@ -294,7 +296,7 @@ bool FileMappingRefIterator::HasNext()
 
 SyncPlugin::IFileMapping* FileMappingRefIterator::Next()
 {
-    return m_children[m_next++].get();
+    return HasNext() ? m_children[m_next++].get() : nullptr;
 }
 
 void FileMappingRefIterator::ToFront()

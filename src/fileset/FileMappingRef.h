@@ -47,6 +47,7 @@ public:
     FileMappingRef* Root();
     /// The link through which this node was reached closes a cycle.
     bool ClosesCycle() const { return m_closesCycle; }
+    /// Appends a node that has no parent yet, with what is below it.
     void AddChild(const Pointer& child);
     /// Lets the node grow its children from a graph.
     void SetGraph(std::shared_ptr<const LinkGraph> graph);
@@ -88,6 +89,8 @@ private:
     QString m_targetBaseFolder;
     QList<Pointer> m_children;
     FileMappingRef* m_parent = nullptr;
+    /// The root when this node was added: a way up in one step, from whatever depth.
+    FileMappingRef* m_top = nullptr;
     std::shared_ptr<const LinkGraph> m_graph;
     bool m_grown = false;
     bool m_closesCycle = false;

@@ -63,11 +63,12 @@ public:
     void ChangeSourceFileLinks(const QString& from, const QString& to);
 
 private:
-    /// Makes a tree as far as there are cycles in it, and reports those.
-    static void CreateFileLinkHierarchy(const NodePointer& root, int& remaining);
-    static void CollectOrphanedLinkedFiles(const FileMappingPointer& mapping,
-                                           const LinkGraph& graph, FileMappingList& removal,
-                                           QSet<const FileMapping*>& removed);
+    struct CycleSearch;
+    class Removal;
+
+    /// Reports the cycles that a root's tree holds.
+    static void CreateFileLinkHierarchy(const FileMapping& root, const LinkGraph& graph,
+                                        CycleSearch& search);
     void RemoveMembers(const FileMappingList& leaving);
     const PathIndex& Index(PathSide side) const;
 

@@ -32,11 +32,11 @@ bool LogNode(const FileMappingRef& node, bool source, int level, QSet<QString>& 
     const qsizetype before = processed.size();
     processed.insert(path.toCaseFolded());
     const bool alreadyWritten = processed.size() == before;
+    // The prefix is put before, not filled in: deep in a chain of links it is long, and each
+    // filling copies it.
     FILELINK_LOG_FOR(Operation::LogFileTreeNode, LogLevel::Debug,
-                     QStringLiteral("%1%2%3")
-                         .arg(Prefix(level))
-                         .arg(path)
-                         .arg(Suffix(*node.Mapping(), alreadyWritten)));
+                     Prefix(level) + QStringLiteral("%2%3").arg(path).arg(
+                                         Suffix(*node.Mapping(), alreadyWritten)));
     return !alreadyWritten;
 }
 
