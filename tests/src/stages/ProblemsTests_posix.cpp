@@ -23,8 +23,9 @@ protected:
 
     void SetMode(mode_t mode)
     {
-        if (!folder.isEmpty())
-            EXPECT_EQ(::chmod(QFile::encodeName(tree.Path(folder)).constData(), mode), 0);
+        if (folder.isEmpty())
+            return;
+        EXPECT_EQ(::chmod(QFile::encodeName(tree.Path(folder)).constData(), mode), 0);
     }
     /// Nothing can be made, renamed or deleted in it.
     void Close(const QString& relative)
