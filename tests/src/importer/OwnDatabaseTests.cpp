@@ -17,6 +17,8 @@ protected:
     {
         Assembly(u"src/a.tasm"_s, {u"1 b.tlk"_s});
         tree.File(u"src/b.tlk"_s);
+        settings.productConfigurationId = 21;
+        settings.sourceConsumerId = 22;
         SyncServices::ServicesSettings other = settings;
         other.databaseFile = tree.Path(u"other.db"_s);
         settings.databaseFile = tree.Path(u"platform.db"_s);
@@ -65,8 +67,8 @@ TEST_F(OwnDatabase, TakesItemsAndHistoryInPlaceOfThePlatforms)
     const auto item =
         own->GetSyncItem(Cloud(u"P/a.tasm"_s), true, -1, SyncServices::FileItem::ItemOnly);
     ASSERT_NE(item, nullptr);
-    EXPECT_EQ(item->GetProductConfigurationId(), settings.productConfigurationId);
-    EXPECT_EQ(item->GetSourceConsumerId(), settings.sourceConsumerId);
+    EXPECT_EQ(item->GetProductConfigurationId(), 21);
+    EXPECT_EQ(item->GetSourceConsumerId(), 22);
 }
 
 TEST_F(OwnDatabase, IsAskedForWhatWasCopiedBefore)
