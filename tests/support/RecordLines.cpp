@@ -38,23 +38,16 @@ QString Compose(const QString& logger, const QString& level, const QString& file
 
 } // namespace
 
-QString ShortSignature(const QString& signature)
+QString OperationOf(const QString& signature)
 {
-    QString text = signature;
-    for (const char* name : {"Halvern::FileLink::", "Halvern::SyncServices::",
-                             "Halvern::SyncPlugin::", "Halvern::SyncFolderManagerLib::"})
-        text.remove(QString::fromLatin1(name));
-    text.replace(QStringLiteral("> >"), QStringLiteral(">>"));
-    const qsizetype parameters = text.indexOf(u'(');
-    const qsizetype start = text.lastIndexOf(u' ', parameters) + 1;
-    const qsizetype end = text.lastIndexOf(u')') + 1;
-    return text.mid(start, end - start);
+    const QString beforeParameters = signature.section(u'(', 0, 0);
+    return beforeParameters.section(u' ', -1).remove(QStringLiteral("Halvern::FileLink::"));
 }
 
 QString RecordLine(const LogRecord& record)
 {
     return Compose(record.logger, LevelName(record.level), record.file,
-                   ShortSignature(record.function), record.text);
+                   OperationOf(record.function), record.text);
 }
 
 QStringList RecordLines(const LogCapture& log, const QString& folder)
@@ -79,7 +72,7 @@ QString RecordsOf::Line(const QString& level, const QString& text) const
 
 QString ClosingRecord(const QString& text)
 {
-    return RecordsOf(QStringLiteral("LogFinally::Log()"), QStringLiteral("InternalServices.cpp"))
+    return RecordsOf(QStringLiteral("LogFinally::Log"), QStringLiteral("InternalServices.cpp"))
         .Info(text);
 }
 

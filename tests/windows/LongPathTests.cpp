@@ -5,6 +5,7 @@
 // does its work; that the prefix is there is shown by the texts of paths. Dots and blanks at the
 // end of a name get lost under Wine, too.
 
+#include "CollectedProblems.h"
 #include "HeldFile.h"
 #include "ReplacingFixture.h"
 #include "support/FileOperations.h"
@@ -188,10 +189,16 @@ TEST_F(ForbiddenNames, OfAFolderMakeNoneAndAreNotTakenForAnother)
 
     tree.Folder(QStringLiteral("cloud/Demo"));
     log.Clear();
+    const auto problems = std::make_shared<CollectedProblems>();
+    importer.SetProblemSink(problems);
     EXPECT_FALSE(importer.CreateFolder(Cloud(QStringLiteral("Demo.")), false));
     EXPECT_EQ(Errors(), (QStringList{QStringLiteral("ERROR Failed to create folder cloud/Demo."),
                                      QStringLiteral("ERROR cloud/Demo.: Windows does not allow the "
                                                     "name \"Demo.\"")}));
+    ASSERT_EQ(problems->list.size(), 1);
+    EXPECT_EQ(problems->list.first().kind, FileLink::ProblemKind::NameRefused);
+    EXPECT_EQ(problems->list.first().text,
+              QStringLiteral("Windows does not allow the name \"Demo.\""));
 }
 
 } // namespace Halvern::Test

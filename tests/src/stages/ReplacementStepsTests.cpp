@@ -17,8 +17,7 @@ namespace Halvern::Test {
 namespace {
 
 const QString success = QStringLiteral("File copied successfully from ");
-const RecordsOf
-    copyFile(QStringLiteral("FileLinkImporterImp::CopyFile(const FileMappingPointer&, bool)"));
+const RecordsOf copyFile(QStringLiteral("FileLinkImporterImp::CopyFile"));
 
 /// The selection "src/a.prt" goes to "cloud/a.prt", where another file stands.
 class ReplacementSteps : public CopyingFixture
