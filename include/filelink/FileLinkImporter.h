@@ -5,8 +5,10 @@
 #include "filelink/Export.h"
 #include "filelink/FileSet.h"
 #include "filelink/ICancelController.h"
+#include "filelink/Problem.h"
 #include "syncservices/FileLink.h"
 #include "syncservices/Global.h"
+#include "syncservices/SyncDatabase.h"
 #include "syncservices/SyncItem.h"
 
 #include <QtCore/QList>
@@ -49,11 +51,21 @@ public:
     explicit FileLinkImporter(std::shared_ptr<ICancelController> controller);
     ~FileLinkImporter() override;
 
+    /// Who is told what goes wrong from now on, next to the log; null: nobody. May be set at any
+    /// time between stages.
+    void SetProblemSink(std::shared_ptr<IProblemSink> sink);
+    /// The database that this importer reads and writes from now on in place of the platform
+    /// library's; null: that one again. What was read before is kept, and what was copied is
+    /// remembered in the one that is set when the importer is destroyed. A stand-in that writes
+    /// nothing lets a host look at what an import would do.
+    void SetSyncDatabase(std::shared_ptr<SyncServices::SyncDatabase> database);
+
     /// Builds a new file set from the selection. `target` is a folder, absolute or relative to the
     /// cloud cache folder (empty: that folder itself); with `targetIsFile` a single source goes to
     /// exactly `target` unless that is a folder. No sources and an existing file as the target make
-    /// that file source and target in one. `fileTypes` lists the extensions whose links are handled;
-    /// empty means all. False on bad arguments and on cancel; the earlier file set stays then.
+    /// that file source and target in one. `fileTypes` lists the extensions whose links are
+    /// handled; empty means all. False on bad arguments and on cancel; the earlier file set stays
+    /// then.
     bool Initialize(QStringList sources, QString target, bool targetIsFile,
                     SyncServices::Global::CopyOption options, const QStringList& fileTypes);
     /// The whole import. Files whose target is taken get a new name. The result is that of the copy
@@ -69,8 +81,9 @@ public:
                                          const QStringList& fileTypes);
     /// For files that lie in the cloud cache folder already: each is handled as the sync option at
     /// its index says. False for an id of -1 and for lists of unequal length.
-    bool ExtractAndImportFileLinksOfCloudFiles(int id, const QStringList& files,
-                                               const QList<SyncServices::SyncItem::SyncOption>& options);
+    bool
+    ExtractAndImportFileLinksOfCloudFiles(int id, const QStringList& files,
+                                          const QList<SyncServices::SyncItem::SyncOption>& options);
 
     bool ExtractFileLinks();
     bool AssignTargetPaths();

@@ -2,6 +2,8 @@
 
 #include "fileset/FileCopyHistory.h"
 
+#include <utility>
+
 namespace Halvern::FileLink {
 
 FileCopyHistory::~FileCopyHistory()
@@ -9,10 +11,20 @@ FileCopyHistory::~FileCopyHistory()
     Save();
 }
 
+void FileCopyHistory::SetDatabase(std::shared_ptr<SyncDatabase> database)
+{
+    m_database = std::move(database);
+}
+
+std::shared_ptr<SyncDatabase> FileCopyHistory::Database() const
+{
+    return m_database ? m_database : GetDatabase();
+}
+
 bool FileCopyHistory::Load(int authenticationId)
 {
     m_history.clear();
-    if (const std::shared_ptr<SyncDatabase> database = GetDatabase())
+    if (const std::shared_ptr<SyncDatabase> database = Database())
         for (const FileMappingPointer& mapping :
              database->GetFileCopyHistoryByAuthenticationId(authenticationId))
             m_history.insert(mapping->GetSourceFile().toLower(), mapping);
@@ -53,7 +65,7 @@ bool FileCopyHistory::Save()
 {
     if (m_added.isEmpty() && m_updated.isEmpty())
         return true;
-    const std::shared_ptr<SyncDatabase> database = GetDatabase();
+    const std::shared_ptr<SyncDatabase> database = Database();
     const bool saved =
         database && database->AddAndUpdateFileCopyHistory(m_added.values(), m_updated.values());
     m_history.insert(m_added);

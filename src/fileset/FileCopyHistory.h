@@ -7,6 +7,8 @@
 #include <QtCore/QHash>
 #include <QtCore/QString>
 
+#include <memory>
+
 namespace Halvern::FileLink {
 
 /// What the current user copied earlier, read from the sync database once and kept in memory for
@@ -18,6 +20,9 @@ class FileCopyHistory
 {
 public:
     FileCopyHistory() = default;
+    /// The database to use from now on in place of the platform's; null: that again. What was read
+    /// stays, and what is not saved yet goes there.
+    void SetDatabase(std::shared_ptr<SyncDatabase> database);
     /// Saves; a failure of that goes unreported.
     ~FileCopyHistory();
     FileCopyHistory(const FileCopyHistory&) = delete;
@@ -37,6 +42,9 @@ public:
 private:
     using Entries = QHash<QString, FileMappingPointer>;
 
+    std::shared_ptr<SyncDatabase> Database() const;
+
+    std::shared_ptr<SyncDatabase> m_database;
     bool m_loaded = false;
     int m_authenticationId = -1;
     Entries m_history;

@@ -66,8 +66,10 @@ bool FileLinkImporterImp::MarkCollisions(const FileMappingPointer& mapping)
     const QString source = mapping->GetSourceFile();
     if (!IsLocalPath(source))
         return true;
-    if (mapping->GetTargetFile().isEmpty())
+    if (mapping->GetTargetFile().isEmpty()) {
+        Report(Stage::MarkCollisions, ProblemKind::NoTarget, source);
         return false;
+    }
     if (MarkWhatIsNotCopied(*mapping))
         return true;
     const int authenticationId = GetAuthenticationId();

@@ -10,8 +10,8 @@ namespace {
 
 constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
 
-constexpr FileMappingFlag Decided
-    = FileMapping::NoCopy | FileMapping::NotFilePath | FileMapping::RenameOnCollision;
+constexpr FileMappingFlag Decided =
+    FileMapping::NoCopy | FileMapping::NotFilePath | FileMapping::RenameOnCollision;
 
 } // namespace
 
@@ -57,12 +57,15 @@ bool FileLinkImporterImp::AssignUniqueTargetName(const FileMappingPointer& mappi
         return true;
     const QString source = mapping->GetSourceFile();
     const QString target = mapping->GetTargetFile();
-    if (!IsLocalPath(source) || source.isEmpty() || target.isEmpty() || !mapping->ExistsInTarget()
-        || !mapping->HasFlag(FileMapping::RenameOnCollision))
+    if (!IsLocalPath(source) || source.isEmpty() || target.isEmpty() ||
+        !mapping->ExistsInTarget() || !mapping->HasFlag(FileMapping::RenameOnCollision))
         return true;
     const QString freeName = MakeUniqueFilePath(target, QStringLiteral(" (%1)"));
-    if (freeName.isEmpty())
+    if (freeName.isEmpty()) {
+        Report(Stage::ResolveCollisions, ProblemKind::NoTarget, source,
+               QStringLiteral("No name is free beside the target"));
         return false;
+    }
     mapping->SetTargetFile(freeName, true);
     return true;
 }

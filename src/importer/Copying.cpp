@@ -2,7 +2,7 @@
 
 #include "importer/FileLinkImporterImp.h"
 #include "support/FileOperations.h"
-#include "support/Logging.h"
+#include "support/Problems.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -12,8 +12,13 @@
 namespace Halvern::FileLink {
 
 namespace {
+
 constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
-}
+
+constexpr char CreateFolderOperation[] =
+    "bool Halvern::FileLink::FileLinkImporterImp::CreateFolder(const QString&, bool)";
+
+} // namespace
 
 bool FileLinkImporterImp::CopyFiles()
 {
@@ -59,8 +64,9 @@ bool FileLinkImporterImp::CopyAll(const FileMappingList& files, bool move, CopyC
         } else if (selected) {
             const QFileInfo source(mapping->GetSourceFile());
             const bool hidden = source.exists() && source.isHidden();
-            ++(CreateFolder(mapping->GetTargetFile(), hidden) ? counters.foldersCreated
-                                                              : counters.failed);
+            const bool made =
+                CreateFolder(mapping->GetTargetFile(), hidden, mapping->GetSourceFile());
+            ++(made ? counters.foldersCreated : counters.failed);
         }
     }
     return true;
@@ -69,13 +75,13 @@ bool FileLinkImporterImp::CopyAll(const FileMappingList& files, bool move, CopyC
 bool FileLinkImporterImp::SkipCopy(const FileMappingPointer& mapping)
 {
     const bool isInPlace = mapping->AreSourceAndTargetSame();
-    if (!isInPlace && !mapping->HasFlag(FileMapping::NotFilePath)
-        && !mapping->HasFlag(FileMapping::Unchanged) && !mapping->HasFlag(FileMapping::NoCopy))
+    if (!isInPlace && !mapping->HasFlag(FileMapping::NotFilePath) &&
+        !mapping->HasFlag(FileMapping::Unchanged) && !mapping->HasFlag(FileMapping::NoCopy))
         return false;
     // A selected file that is its own target, or stays where it is on purpose, counts as present
     // in the target.
-    if (mapping->HasFlag(FileMapping::Selected | FileMapping::NoCopy)
-        || (isInPlace && mapping->HasFlag(FileMapping::Selected)))
+    if (mapping->HasFlag(FileMapping::Selected | FileMapping::NoCopy) ||
+        (isInPlace && mapping->HasFlag(FileMapping::Selected)))
         mapping->SetFlag(FileMapping::Copied, true);
     return true;
 }
@@ -84,8 +90,8 @@ bool FileLinkImporterImp::RemoveMovedFolders(const FileMappingList& files)
 {
     QStringList folders;
     for (const FileMappingPointer& mapping : files)
-        if (mapping->IsFolder() && mapping->HasFlag(FileMapping::Selected)
-            && !mapping->HasFlag(FileMapping::NoCopy))
+        if (mapping->IsFolder() && mapping->HasFlag(FileMapping::Selected) &&
+            !mapping->HasFlag(FileMapping::NoCopy))
             folders.append(mapping->GetSourceFile());
     // Descending: a folder comes before those whose path its own begins with.
     std::sort(folders.begin(), folders.end(),
@@ -102,13 +108,24 @@ bool FileLinkImporterImp::RemoveMovedFolders(const FileMappingList& files)
 
 bool FileLinkImporterImp::CreateFolder(const QString& path, bool hidden)
 {
-    if (path.isEmpty())
+    return CreateFolder(path, hidden, path);
+}
+
+bool FileLinkImporterImp::CreateFolder(const QString& path, bool hidden, const QString& source)
+{
+    constexpr const char* operation = CreateFolderOperation;
+    if (path.isEmpty()) {
+        Report(Stage::CopyFiles, ProblemKind::NoTarget, source);
         return false;
+    }
     const QString forbidden = WhyForbidden(path);
     if (!forbidden.isEmpty()) {
         // As when the system refuses a name, which it does not do with all of these.
-        FILELINK_LOG(LogLevel::Error, QStringLiteral("Failed to create folder %1").arg(path));
-        FILELINK_LOG(LogLevel::Error, QStringLiteral("%1: %2").arg(path, forbidden));
+        FILELINK_LOG_FOR(operation, LogLevel::Error,
+                         QStringLiteral("Failed to create folder %1").arg(path));
+        FILELINK_PROBLEM(m_problems.get(), operation, LogLevel::Error,
+                         QStringLiteral("%1: %2").arg(path, forbidden),
+                         {Stage::CopyFiles, ProblemKind::NameRefused, source, forbidden, {}});
         Q_EMIT FolderCreated(path);
         return false;
     }
@@ -116,8 +133,9 @@ bool FileLinkImporterImp::CreateFolder(const QString& path, bool hidden)
     if (folder.exists())
         return true;
     if (!folder.mkpath(folder.absolutePath()))
-        FILELINK_LOG(LogLevel::Error,
-                     QStringLiteral("Failed to create folder %1").arg(folder.absolutePath()));
+        FILELINK_PROBLEM(m_problems.get(), operation, LogLevel::Error,
+                         QStringLiteral("Failed to create folder %1").arg(folder.absolutePath()),
+                         {Stage::CopyFiles, ProblemKind::FolderNotMade, source, {}, {}});
     Q_EMIT FolderCreated(path);
     if (hidden && folder.exists())
         HideFolder(path);

@@ -2,8 +2,8 @@
 
 #include "importer/FileLinkImporterImp.h"
 #include "support/FileOperations.h"
-#include "support/Logging.h"
 #include "support/PathUtilities.h"
+#include "support/Problems.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -90,11 +90,12 @@ bool FileLinkImporterImp::UpdateSyncDatabase()
     if (roots.isEmpty())
         return false;
     DatabaseUpdateState state;
-    state.database = GetDatabase();
-    if (FolderManager* const manager = FolderManager::GetInstance())
-        state.rootItem = manager->GetSyncRootFolder(m_fileSet->GetTargetRootFolder());
-    if (!state.database || !state.rootItem)
+    state.database = Database();
+    state.rootItem = RootItem();
+    if (!state.database || !state.rootItem) {
+        ReportNotRecorded(nullptr, state);
         return false;
+    }
 
     const bool selectedOnly = HasOption(Global::ServicesCopyOption);
     const bool updateSelected = HasOption(Global::UpdateSelectedInDatabase);
@@ -121,13 +122,20 @@ bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUp
     if (!target.isEmpty() && state.processed.Find(target))
         return true;
     const FileMappingPointer mapping = node->Mapping();
-    if (!mapping->IsTargetFileInCloudCacheFolder() || state.failed.contains(mapping.get()))
+    if (state.failed.contains(mapping.get()))
         return false;
+    if (!mapping->IsTargetFileInCloudCacheFolder()) {
+        state.failed.insert(mapping.get());
+        ReportNotRecorded(mapping.get(), state,
+                          QStringLiteral("The target lies outside the cloud cache folder"));
+        return false;
+    }
     // Linked files first, so that their items are there when the links are resolved.
     if (!UpdateChildren(node, state, FILELINK_FUNCTION))
         return false;
     if (!PathExists(target)) {
         state.failed.insert(mapping.get());
+        ReportNotRecorded(mapping.get(), state, QStringLiteral("The target does not exist"));
         return false;
     }
     std::shared_ptr<SyncItem> item = state.database->GetSyncItem(
@@ -141,14 +149,28 @@ bool FileLinkImporterImp::UpdateSyncDatabase(const NodePointer& node, DatabaseUp
         item = MakeItem(*mapping, state);
         if (!item) {
             state.failed.insert(mapping.get());
+            ReportNotRecorded(mapping.get(), state);
             return false;
         }
     }
     state.processed.Append(item);
     ResolveItemLinks(*item, state);
     SetSyncOptions(*mapping, *item);
-    state.database->AddOrUpdateFileConfiguration(item);
+    if (!state.database->AddOrUpdateFileConfiguration(item))
+        ReportNotRecorded(mapping.get(), state);
     return true;
+}
+
+/// Without a mapping it is about all files, without a text the database knows why.
+void FileLinkImporterImp::ReportNotRecorded(const FileMapping* mapping,
+                                            const DatabaseUpdateState& state,
+                                            const QString& text) const
+{
+    const QString target = mapping ? mapping->GetTargetFile() : QString();
+    const bool hasReason = text.isEmpty() && state.database;
+    Report(Stage::UpdateSyncDatabase, ProblemKind::NotRecorded,
+           mapping && target.isEmpty() ? mapping->GetSourceFile() : target,
+           hasReason ? state.database->GetLastError() : text);
 }
 
 bool FileLinkImporterImp::UpdateChildren(const NodePointer& node, DatabaseUpdateState& state,

@@ -8,8 +8,8 @@
 #include "plugins/PluginLogger.h"
 #include "plugins/PluginManager.h"
 #include "support/FileOperations.h"
-#include "support/Logging.h"
 #include "support/PathUtilities.h"
+#include "support/Problems.h"
 
 #include "syncservices/SyncLibUtil.h"
 
@@ -61,6 +61,16 @@ FileLinkExtractorImp::FileLinkExtractorImp(std::shared_ptr<ICancelController> co
                                            FileCopyHistory* history)
     : m_cancelController(std::move(controller)), m_history(history)
 {}
+
+void FileLinkExtractorImp::SetProblemSink(std::shared_ptr<IProblemSink> sink)
+{
+    m_problems = std::move(sink);
+}
+
+void FileLinkExtractorImp::SetSyncDatabase(std::shared_ptr<SyncDatabase> database)
+{
+    m_database = std::move(database);
+}
 
 bool FileLinkExtractorImp::CheckIfCanceled() const
 {
@@ -172,7 +182,7 @@ bool FileLinkExtractorImp::ExtractFileLinks(const FileMappingPointer& mapping,
 
 QDateTime FileLinkExtractorImp::RestoreFromDatabase(FileMapping& mapping) const
 {
-    const std::shared_ptr<SyncDatabase> database = GetDatabase();
+    const std::shared_ptr<SyncDatabase> database = m_database ? m_database : GetDatabase();
     const std::shared_ptr<SyncItem> item =
         database ? database->GetSyncItem(mapping.GetSourceFile(), true, GetAuthenticationId(),
                                          FileItem::ItemOnly)
@@ -217,16 +227,18 @@ bool FileLinkExtractorImp::ExtractAfresh(const FileMappingPointer& mapping, bool
 bool FileLinkExtractorImp::ExtractFileLinks(const QString& path, FileLinkList& links)
 {
     if (!PathExists(path)) {
-        FILELINK_LOG(
-            LogLevel::Error,
-            QStringLiteral("Failed to extract file links from %1. File not found.").arg(path));
+        FILELINK_PROBLEM(
+            m_problems.get(), FILELINK_FUNCTION, LogLevel::Error,
+            QStringLiteral("Failed to extract file links from %1. File not found.").arg(path),
+            {Stage::ExtractFileLinks, ProblemKind::FileMissing, path, {}, {}});
         return false;
     }
     FILELINK_LOG(LogLevel::Trace, QStringLiteral("Extracting file links from %1").arg(path));
     QList<FileLinkInfo> infos;
     if (PluginManager* const manager = GetPluginManager()) {
         // A file that its plug-in could not read has no links; the manager has said why.
-        FileLinkResolverContext context;
+        FileLinkResolverContext context(
+            CallProblems(m_problems.get(), Stage::ExtractFileLinks, path));
         static_cast<void>(manager->GetFileLinks(path, infos, &context));
     }
     for (const FileLinkInfo& info : std::as_const(infos)) {

@@ -4,6 +4,7 @@
 
 #include "filelink/FileSet.h"
 #include "filelink/ICancelController.h"
+#include "filelink/Problem.h"
 #include "fileset/FileCopyHistory.h"
 #include "support/Platform.h"
 
@@ -20,6 +21,9 @@ class FileLinkExtractorImp
 {
 public:
     FileLinkExtractorImp(std::shared_ptr<ICancelController> controller, FileCopyHistory* history);
+
+    void SetProblemSink(std::shared_ptr<IProblemSink> sink);
+    void SetSyncDatabase(std::shared_ptr<SyncDatabase> database);
 
     /// Adds every linked file to the set; without `recursive`, only those that its present members
     /// link. False when cancelled or empty. The set is extended at the very end: a cancel before
@@ -44,6 +48,8 @@ private:
 
     std::shared_ptr<ICancelController> m_cancelController;
     FileCopyHistory* m_history;
+    std::shared_ptr<IProblemSink> m_problems;
+    std::shared_ptr<SyncDatabase> m_database;
 };
 
 } // namespace Halvern::FileLink

@@ -23,10 +23,21 @@ FileLinkImporter::~FileLinkImporter()
     delete m_imp;
 }
 
+void FileLinkImporter::SetProblemSink(std::shared_ptr<IProblemSink> sink)
+{
+    m_imp->SetProblemSink(std::move(sink));
+}
+
+void FileLinkImporter::SetSyncDatabase(std::shared_ptr<SyncDatabase> database)
+{
+    m_imp->SetSyncDatabase(std::move(database));
+}
+
 void FileLinkImporter::ConnectSignals()
 {
     connect(m_imp, SIGNAL(FolderCreated(QString)), this, SIGNAL(FolderCreated(QString)));
-    connect(m_imp, SIGNAL(FileCopied(QString, QString)), this, SIGNAL(FileCopied(QString, QString)));
+    connect(m_imp, SIGNAL(FileCopied(QString, QString)), this,
+            SIGNAL(FileCopied(QString, QString)));
     connect(m_imp, SIGNAL(FileMoved(QString, QString)), this, SIGNAL(FileMoved(QString, QString)));
     connect(m_imp, SIGNAL(FileModified(QString)), this, SIGNAL(FileModified(QString)));
 }

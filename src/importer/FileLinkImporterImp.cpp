@@ -3,7 +3,7 @@
 #include "importer/FileLinkImporterImp.h"
 
 #include "fileset/FileSetImp.h"
-#include "support/Logging.h"
+#include "support/Problems.h"
 
 #include <QtCore/QDir>
 
@@ -19,7 +19,17 @@ FileLinkImporterImp::FileLinkImporterImp(std::shared_ptr<ICancelController> cont
     : m_cancelController(std::move(controller)), m_copyHistory(std::make_unique<FileCopyHistory>())
 {}
 
-FileLinkImporterImp::~FileLinkImporterImp() = default;
+FileLinkImporterImp::~FileLinkImporterImp()
+{
+    // Nothing that a database or a sink throws may leave a destructor.
+    try {
+        if (!m_copyHistory->Save())
+            Report(Stage::UpdateSyncDatabase, ProblemKind::NotRecorded, QString(),
+                   QStringLiteral("What was copied could not be remembered"));
+    } catch (...) {
+        FILELINK_LOG(LogLevel::Error, QStringLiteral("Failed to save the copy history"));
+    }
+}
 
 void FileLinkImporterImp::SetCopyOption(CopyOption option, bool on)
 {
@@ -32,6 +42,42 @@ bool FileLinkImporterImp::CheckIfCanceled() const
         return false;
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Operation canceled"));
     return true;
+}
+
+void FileLinkImporterImp::SetProblemSink(std::shared_ptr<IProblemSink> sink)
+{
+    m_problems = std::move(sink);
+}
+
+void FileLinkImporterImp::SetSyncDatabase(std::shared_ptr<SyncDatabase> database)
+{
+    m_database = std::move(database);
+    m_copyHistory->SetDatabase(m_database);
+}
+
+std::shared_ptr<SyncDatabase> FileLinkImporterImp::Database() const
+{
+    return m_database ? m_database : GetDatabase();
+}
+
+/// Another database has another item for the same folder.
+std::shared_ptr<SyncItem> FileLinkImporterImp::RootItem() const
+{
+    FolderManager* const manager = FolderManager::GetInstance();
+    if (!manager)
+        return nullptr;
+    const QString root = m_fileSet->GetTargetRootFolder();
+    if (!m_database)
+        return manager->GetSyncRootFolder(root);
+    if (!manager->IsCloudCacheFolderPath(root))
+        return nullptr;
+    return m_database->AddRootFolder(root, manager->GetSettings().cloudRoot, GetAuthenticationId());
+}
+
+void FileLinkImporterImp::Report(Stage stage, ProblemKind kind, const QString& file,
+                                 const QString& text) const
+{
+    ReportProblem(m_problems.get(), {stage, kind, file, text, {}});
 }
 
 bool FileLinkImporterImp::HasFilesWhichSupportFileLinks() const

@@ -4,6 +4,7 @@
 
 #include "filelink/FileSet.h"
 #include "filelink/ICancelController.h"
+#include "filelink/Problem.h"
 #include "fileset/FileCopyHistory.h"
 #include "fileset/FileMappingRef.h"
 #include "fileset/PathIndex.h"
@@ -48,6 +49,9 @@ public:
     explicit FileLinkImporterImp(std::shared_ptr<ICancelController> controller);
     ~FileLinkImporterImp() override;
 
+    void SetProblemSink(std::shared_ptr<IProblemSink> sink);
+    void SetSyncDatabase(std::shared_ptr<SyncDatabase> database);
+
     bool CopyToCloudCacheFolder(const QStringList& sources, const QString& target,
                                 CopyOption options, const QStringList& fileTypes);
     bool CopyFileLinksToCloudCacheFolder(const QString& sourceFile, const QString& target,
@@ -66,6 +70,8 @@ public:
     bool CopyFiles();
     bool CopyFile(const FileMappingPointer& mapping, bool deleteSource);
     bool CreateFolder(const QString& path, bool hidden);
+    /// The same for a folder of the selection, which problems then name.
+    bool CreateFolder(const QString& path, bool hidden, const QString& source);
     bool ComputeTargetFileLinks();
     bool RepathFiles();
     bool RepathFile(const FileMappingPointer& mapping);
@@ -114,6 +120,10 @@ private:
     };
     struct DatabaseUpdateState;
 
+    std::shared_ptr<SyncDatabase> Database() const;
+    std::shared_ptr<SyncItem> RootItem() const;
+    /// For failures that the log does not tell.
+    void Report(Stage stage, ProblemKind kind, const QString& file, const QString& text = {}) const;
     bool HasFilesWhichSupportFileLinks() const;
     FileMappingList Files() const;
     QList<NodePointer> Hierarchy(bool useSourceLinks) const;
@@ -137,10 +147,11 @@ private:
     bool SkipCopy(const FileMappingPointer& mapping);
     bool RemoveMovedFolders(const FileMappingList& files);
     // Log in the name of `operation`, the signature of the function that they are part of.
-    bool MakeParentFolder(const QString& target, const char* operation);
-    QString ParkExistingFile(const QString& target, const char* operation);
+    bool MakeParentFolder(const QString& source, const QString& target, const char* operation);
+    QString ParkExistingFile(const QString& source, const QString& target, const char* operation);
     bool DeleteMovedSource(const QString& source, const QString& target, const char* operation);
-    void DeleteParkedFile(const QString& parked, const QString& target, const char* operation);
+    void DeleteParkedFile(const QString& source, const QString& parked, const QString& target,
+                          const char* operation);
 
     bool ComputeTargetFileLinks(const FileMappingPointer& mapping, const SourceList& files);
 
@@ -153,6 +164,8 @@ private:
 
     bool UpdateSyncDatabase(const NodePointer& node, DatabaseUpdateState& state);
     bool UpdateChildren(const NodePointer& node, DatabaseUpdateState& state, const char* operation);
+    void ReportNotRecorded(const FileMapping* mapping, const DatabaseUpdateState& state,
+                           const QString& text = {}) const;
     bool MergeLinks(const FileMapping& mapping, SyncItem& item) const;
     std::shared_ptr<SyncItem> MakeItem(const FileMapping& mapping,
                                        DatabaseUpdateState& state) const;
@@ -163,6 +176,8 @@ private:
     CopyOption m_copyOptions = Global::NoCopyOption;
     QStringList m_fileTypes;
     std::unique_ptr<FileCopyHistory> m_copyHistory;
+    std::shared_ptr<IProblemSink> m_problems;
+    std::shared_ptr<SyncDatabase> m_database;
 };
 
 } // namespace Halvern::FileLink

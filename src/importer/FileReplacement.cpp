@@ -2,8 +2,8 @@
 
 #include "importer/FileLinkImporterImp.h"
 #include "support/FileOperations.h"
-#include "support/Logging.h"
 #include "support/PathUtilities.h"
+#include "support/Problems.h"
 
 #include "syncservices/SyncManager.h"
 
@@ -27,14 +27,15 @@ void SaveBaseFile(const QString& path)
         manager->SaveBaseFile(path.toStdWString().c_str());
 }
 
-void LogCopyFailure(const QString& source, const QString& target, const QString& error,
-                    const char* operation)
+void ReportCopyFailure(IProblemSink* sink, const QString& source, const QString& target,
+                       ProblemKind kind, const QString& error, const char* operation)
 {
-    FILELINK_LOG_FOR(operation, LogLevel::Error,
+    FILELINK_PROBLEM(sink, operation, LogLevel::Error,
                      QStringLiteral("Failed to copy file %1 to %2. Error: %3")
                          .arg(source)
                          .arg(target)
-                         .arg(error));
+                         .arg(error),
+                     {Stage::CopyFiles, kind, source, error, {}});
 }
 
 } // namespace
@@ -49,37 +50,48 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
         return true;
     const QString source = mapping->GetSourceFile();
     const QString target = mapping->GetTargetFile();
-    if (source.isEmpty() || target.isEmpty())
+    IProblemSink* const sink = m_problems.get();
+    if (source.isEmpty() || target.isEmpty()) {
+        Report(Stage::CopyFiles,
+               source.isEmpty() ? ProblemKind::FileMissing : ProblemKind::NoTarget, source);
         return false;
+    }
     if (!PathExists(source)) {
-        FILELINK_LOG(LogLevel::Error,
-                     QStringLiteral("Failed to copy file %1 to %2. Source file is not found.")
-                         .arg(source)
-                         .arg(target));
+        FILELINK_PROBLEM(sink, FILELINK_FUNCTION, LogLevel::Error,
+                         QStringLiteral("Failed to copy file %1 to %2. Source file is not found.")
+                             .arg(source)
+                             .arg(target),
+                         {Stage::CopyFiles, ProblemKind::FileMissing, source, {}, {}});
         return false;
     }
     // Before anything is made or put aside: the system would do that to the file "a" for "a.".
     QString error = WhyForbidden(target);
     if (!error.isEmpty()) {
-        LogCopyFailure(source, target, error, FILELINK_FUNCTION);
+        ReportCopyFailure(sink, source, target, ProblemKind::NameRefused, error, FILELINK_FUNCTION);
         return false;
     }
-    if (IsFolder(target) || !MakeParentFolder(target, FILELINK_FUNCTION))
+    if (IsFolder(target)) {
+        Report(Stage::CopyFiles, ProblemKind::FolderInTheWay, source);
+        return false;
+    }
+    if (!MakeParentFolder(source, target, FILELINK_FUNCTION))
         return false;
     QString parked;
     if (PathExists(target)) {
         if (!IsWritable(target)) {
-            FILELINK_LOG(LogLevel::Info,
-                         QStringLiteral("Copy skipped for file %1. Target file %2 exists and is "
-                                        "read-only.")
-                             .arg(source)
-                             .arg(target));
+            FILELINK_PROBLEM(
+                sink, FILELINK_FUNCTION, LogLevel::Info,
+                QStringLiteral("Copy skipped for file %1. Target file %2 exists and is "
+                               "read-only.")
+                    .arg(source)
+                    .arg(target),
+                {Stage::CopyFiles, ProblemKind::TargetReadOnly, source, {}, {}});
             return false;
         }
-        parked = ParkExistingFile(target, FILELINK_FUNCTION);
+        parked = ParkExistingFile(source, target, FILELINK_FUNCTION);
     }
     if (!CopyFileBytes(source, target, &error)) {
-        LogCopyFailure(source, target, error, FILELINK_FUNCTION);
+        ReportCopyFailure(sink, source, target, ProblemKind::NotCopied, error, FILELINK_FUNCTION);
         return false;
     }
     if (deleteSource && !DeleteMovedSource(source, target, FILELINK_FUNCTION))
@@ -88,7 +100,7 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
     FILELINK_LOG(LogLevel::Debug,
                  QStringLiteral("File copied successfully from %1 to %2").arg(source).arg(target));
     if (!parked.isEmpty())
-        DeleteParkedFile(parked, target, FILELINK_FUNCTION);
+        DeleteParkedFile(source, parked, target, FILELINK_FUNCTION);
     mapping->UpdateSourceFileProperties();
     mapping->UpdateTargetFileProperties();
     m_copyHistory->AddOrUpdate(mapping);
@@ -100,14 +112,21 @@ bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool delet
     return true;
 }
 
-bool FileLinkImporterImp::MakeParentFolder(const QString& target, const char* operation)
+bool FileLinkImporterImp::MakeParentFolder(const QString& source, const QString& target,
+                                           const char* operation)
 {
     const QDir folder(QFileInfo(target).absolutePath());
     if (folder.exists())
         return true;
     if (!folder.mkpath(folder.absolutePath()))
-        FILELINK_LOG_FOR(operation, LogLevel::Error,
-                         QStringLiteral("Failed to create folder %1").arg(folder.absolutePath()));
+        FILELINK_PROBLEM(
+            m_problems.get(), operation, LogLevel::Error,
+            QStringLiteral("Failed to create folder %1").arg(folder.absolutePath()),
+            {Stage::CopyFiles,
+             ProblemKind::FolderNotMade,
+             source,
+             QStringLiteral("The folder %1 could not be made").arg(folder.absolutePath()),
+             {}});
     if (!folder.exists())
         return false;
     Q_EMIT FolderCreated(folder.absolutePath());
@@ -116,7 +135,8 @@ bool FileLinkImporterImp::MakeParentFolder(const QString& target, const char* op
 
 /// The name under which the file is parked; empty when it could not be renamed. The copy then fails
 /// on the existing name.
-QString FileLinkImporterImp::ParkExistingFile(const QString& target, const char* operation)
+QString FileLinkImporterImp::ParkExistingFile(const QString& source, const QString& target,
+                                              const char* operation)
 {
     SaveBaseFile(target);
     const QString parked = MakeUniqueFilePath(
@@ -124,11 +144,12 @@ QString FileLinkImporterImp::ParkExistingFile(const QString& target, const char*
     QString error;
     if (RenameFile(target, parked, &error))
         return parked;
-    FILELINK_LOG_FOR(operation, LogLevel::Error,
+    FILELINK_PROBLEM(m_problems.get(), operation, LogLevel::Error,
                      QStringLiteral("Failed to rename existing file %1 to temp file %2. Error: %3")
                          .arg(target)
                          .arg(parked)
-                         .arg(error));
+                         .arg(error),
+                     {Stage::CopyFiles, ProblemKind::TargetNotParked, source, error, {}});
     return QString();
 }
 
@@ -144,17 +165,18 @@ bool FileLinkImporterImp::DeleteMovedSource(const QString& source, const QString
             return true;
         error = file.errorString();
     }
-    FILELINK_LOG_FOR(
-        operation, LogLevel::Error,
+    FILELINK_PROBLEM(
+        m_problems.get(), operation, LogLevel::Error,
         QStringLiteral("Failed to delete source file %1 after copying it to target for "
                        "move operation. Error: %2")
             .arg(source)
-            .arg(error));
+            .arg(error),
+        {Stage::CopyFiles, ProblemKind::SourceNotDeleted, source, error, {}});
     return false;
 }
 
-void FileLinkImporterImp::DeleteParkedFile(const QString& parked, const QString& target,
-                                           const char* operation)
+void FileLinkImporterImp::DeleteParkedFile(const QString& source, const QString& parked,
+                                           const QString& target, const char* operation)
 {
     QString error;
     if (FlushToDisk(target, &error)) {
@@ -165,9 +187,14 @@ void FileLinkImporterImp::DeleteParkedFile(const QString& parked, const QString&
             return;
         error = file.errorString();
     }
-    FILELINK_LOG_FOR(
-        operation, LogLevel::Error,
-        QStringLiteral("Failed to delete temp file %1. Error: %2").arg(parked).arg(error));
+    FILELINK_PROBLEM(
+        m_problems.get(), operation, LogLevel::Error,
+        QStringLiteral("Failed to delete temp file %1. Error: %2").arg(parked).arg(error),
+        {Stage::CopyFiles,
+         ProblemKind::ParkedFileNotDeleted,
+         source,
+         QStringLiteral("The replaced file lies at %1: %2").arg(parked, error),
+         {}});
 }
 
 } // namespace Halvern::FileLink

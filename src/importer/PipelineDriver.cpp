@@ -65,8 +65,7 @@ bool FileLinkImporterImp::CopyToCloudCacheFolder(const QStringList& sources, con
 }
 
 bool FileLinkImporterImp::CopyFileLinksToCloudCacheFolder(const QString& sourceFile,
-                                                          const QString& target,
-                                                          CopyOption options,
+                                                          const QString& target, CopyOption options,
                                                           const QStringList& fileTypes)
 {
     if (target.isEmpty())
@@ -94,8 +93,7 @@ bool FileLinkImporterImp::ExtractAndImportFileLinksOfCloudFiles(
             return false;
         const QString& file = files[i];
         if (options[i] & SyncItem::ImportLinkedFiles) {
-            FILELINK_LOG(LogLevel::Info,
-                         QStringLiteral("Processing file links in %1").arg(file));
+            FILELINK_LOG(LogLevel::Info, QStringLiteral("Processing file links in %1").arg(file));
             CopyFileLinksToCloudCacheFolder(QString(), file, CopyOptionOf(options[i]), fileTypes);
         } else {
             FILELINK_LOG(LogLevel::Info,
@@ -130,6 +128,8 @@ bool FileLinkImporterImp::ExtractFileLinks()
         return true;
     }
     FileLinkExtractorImp extractor(m_cancelController, m_copyHistory.get());
+    extractor.SetProblemSink(m_problems);
+    extractor.SetSyncDatabase(m_database);
     return extractor.ExtractFileLinks(m_fileSet.get(), !HasOption(Global::DirectLinksOnly),
                                       m_fileTypes);
 }

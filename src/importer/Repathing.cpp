@@ -5,7 +5,7 @@
 #include "plugins/PluginLogger.h"
 #include "plugins/PluginManager.h"
 #include "support/FileOperations.h"
-#include "support/Logging.h"
+#include "support/Problems.h"
 
 #include <QtCore/QFile>
 
@@ -92,16 +92,22 @@ bool FileLinkImporterImp::RepathFile(const FileMappingPointer& mapping)
         return true;
     const QString target = mapping->GetTargetFile();
     if (!PathExists(target)) {
-        FILELINK_LOG(
-            LogLevel::Error,
-            QStringLiteral("Failed to repath file links in %1. File not found.").arg(target));
+        FILELINK_PROBLEM(
+            m_problems.get(), FILELINK_FUNCTION, LogLevel::Error,
+            QStringLiteral("Failed to repath file links in %1. File not found.").arg(target),
+            {Stage::RepathFiles,
+             ProblemKind::FileMissing,
+             target.isEmpty() ? mapping->GetSourceFile() : target,
+             {},
+             {}});
         return false;
     }
     if (IsFileLocked(target)) {
-        FILELINK_LOG(LogLevel::Info,
-                     QStringLiteral("Repathing skipped for file %1. File is locked. File will be "
-                                    "repathed after it is unlocked.")
-                         .arg(target));
+        FILELINK_PROBLEM(m_problems.get(), FILELINK_FUNCTION, LogLevel::Info,
+                         QStringLiteral("Repathing skipped for file %1. File is locked. File will "
+                                        "be repathed after it is unlocked.")
+                             .arg(target),
+                         {Stage::RepathFiles, ProblemKind::Locked, target, {}, {}});
         return false;
     }
     const FileLinkList links = mapping->GetTargetFileLinks();
@@ -132,15 +138,17 @@ bool FileLinkImporterImp::RepathFile(const QString& path, const FileLinkList& li
 bool FileLinkImporterImp::RepathFile(const QString& path, const QList<FileLinkInfo>& links)
 {
     if (!QFile::exists(path)) {
-        FILELINK_LOG(LogLevel::Error,
-                     QStringLiteral("Failed to repath file %1. File not found.").arg(path));
+        FILELINK_PROBLEM(m_problems.get(), FILELINK_FUNCTION, LogLevel::Error,
+                         QStringLiteral("Failed to repath file %1. File not found.").arg(path),
+                         {Stage::RepathFiles, ProblemKind::FileMissing, path, {}, {}});
         return false;
     }
     if (IsFileLocked(path)) {
-        FILELINK_LOG(LogLevel::Info,
-                     QStringLiteral("Repathing skipped for file %1. File is locked. File will be "
-                                    "repathed after it is unlocked.")
-                         .arg(path));
+        FILELINK_PROBLEM(m_problems.get(), FILELINK_FUNCTION, LogLevel::Info,
+                         QStringLiteral("Repathing skipped for file %1. File is locked. File will "
+                                        "be repathed after it is unlocked.")
+                             .arg(path),
+                         {Stage::RepathFiles, ProblemKind::Locked, path, {}, {}});
         return false;
     }
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Repathing file %1").arg(path));
@@ -154,8 +162,11 @@ bool FileLinkImporterImp::RepathFile(const QString& path, const QList<FileLinkIn
         state = ClearReadOnly(path, QFile::ReadOther | QFile::WriteOther);
     bool result = false;
     {
-        FileLinkResolverContext context;
+        FileLinkResolverContext context(CallProblems(m_problems.get(), Stage::RepathFiles, path));
         PluginManager* const manager = GetPluginManager();
+        if (!manager)
+            Report(Stage::RepathFiles, ProblemKind::LinksNotRewritten, path,
+                   QStringLiteral("No plug-ins: the module is not initialised"));
         result = manager && manager->RepathFileLinks(path, links, &context);
         if (wasReadOnly)
             RestoreReadOnly(path, state, QFile::ReadOther);

@@ -3,6 +3,7 @@
 #include "importer/FileLinkImporterImp.h"
 #include "support/FileOperations.h"
 #include "support/PathUtilities.h"
+#include "support/Problems.h"
 
 #include "syncservices/SyncLibUtil.h"
 
@@ -48,13 +49,21 @@ bool FileLinkImporterImp::Initialize(const QStringList& sources, QString target,
 {
     m_copyOptions = options;
     m_fileTypes = fileTypes;
-    if (!TargetFits(sources.size(), target))
+    if (!TargetFits(sources.size(), target)) {
+        Report(Stage::Intake, sources.isEmpty() ? ProblemKind::FileMissing : ProblemKind::NoTarget,
+               target,
+               sources.isEmpty() ? QString()
+                                 : QStringLiteral("Several files cannot go into one file"));
         return false;
+    }
 
     const auto fileSet = std::make_shared<FileSet>();
     const QString root = fileSet->GetTargetRootFolder();
-    if (root.isEmpty())
+    if (root.isEmpty()) {
+        Report(Stage::Intake, ProblemKind::NoTarget, QString(),
+               QStringLiteral("The cloud cache folder is not known"));
         return false;
+    }
     if (target.isEmpty()) {
         target = root;
         targetIsFile = false;
@@ -99,8 +108,10 @@ bool FileLinkImporterImp::FilterSources(const QStringList& sources, Selection& s
         if (CheckIfCanceled())
             return false;
         const QString path = QDir::cleanPath(source);
-        if (!CanBeImported(path))
+        if (!CanBeImported(path)) {
+            Report(Stage::Intake, ProblemKind::SourceRefused, path);
             continue;
+        }
         selection.selected.Add(path, int(selected.size()));
         selected.append(path);
     }
@@ -112,8 +123,10 @@ bool FileLinkImporterImp::ExpandSelection(const QStringList& selected, Selection
     for (const QString& path : selected) {
         if (CheckIfCanceled())
             return false;
-        if (!PathExists(path))
+        if (!PathExists(path)) {
+            Report(Stage::Intake, ProblemKind::FileMissing, path);
             continue;
+        }
         selection.paths.append(path);
         selection.names.append(QFileInfo(path).fileName());
         if (!IsFolder(path))

@@ -54,7 +54,8 @@ bool FileLinkImporterImp::AssignPluginTargetPaths(const NodePointer& node)
     PluginManager* const manager = GetPluginManager();
     if (!node || !node->Mapping() || !manager)
         return false;
-    FileLayoutContext context;
+    FileLayoutContext context(
+        CallProblems(m_problems.get(), Stage::AssignTargetPaths, node->SourceFile()));
     return manager->AssignTargetPaths(node, &context);
 }
 

@@ -54,32 +54,58 @@ bool ReadLinks(const QString& module, IFileLinkResolver& resolver, const QString
     return CallPlugin(module, "GetFileLinks", call, error).value_or(false);
 }
 
+/// Contexts that are not the module's own hand nothing out.
+CallProblems& ProblemsOf(IFileLinkResolverContext* context, CallProblems& nowhere)
+{
+    auto* const known = dynamic_cast<FileLinkResolverContext*>(context);
+    return known ? known->Problems() : nowhere;
+}
+
+/// A resolver that could be made only earlier is used; what went wrong now is told even then.
+IFileLinkResolver* TakeResolver(Plugin& plugin, CallProblems& problems, ProblemKind without)
+{
+    problems.SetPlugin(plugin.GetModule());
+    IFileLinkResolver* const resolver = plugin.GetFileLinkResolver();
+    if (const QString error = plugin.GetLastError(); !error.isEmpty())
+        problems.Report(ProblemKind::PluginFault, error);
+    if (!resolver)
+        problems.Report(without);
+    return resolver;
+}
+
 } // namespace
 
 bool PluginManager::GetFileLinks(const QString& file, QList<FileLinkInfo>& links,
                                  IFileLinkResolverContext* context)
 {
+    CallProblems nowhere;
+    CallProblems& problems = ProblemsOf(context, nowhere);
     if (!PathExists(file)) {
-        FILELINK_LOG(
-            LogLevel::Error,
-            QStringLiteral("Failed to get file links from file %1. File not found.").arg(file));
+        FILELINK_PROBLEM(
+            problems.Sink(), FILELINK_FUNCTION, LogLevel::Error,
+            QStringLiteral("Failed to get file links from file %1. File not found.").arg(file),
+            (problems.Make(ProblemKind::FileMissing)));
         return false;
     }
     const QList<Plugin*> plugins = FindPluginForFile(file, PluginType::FileLinkResolver);
     if (plugins.isEmpty())
         return true;
     Plugin& plugin = *plugins.first();
-    IFileLinkResolver* resolver = plugin.GetFileLinkResolver();
+    IFileLinkResolver* resolver = TakeResolver(plugin, problems, ProblemKind::LinksNotRead);
     if (!resolver)
         return false;
 
     QString error;
-    if (ReadLinks(plugin.GetModule(), *resolver, file, context, links, error))
+    const bool read = ReadLinks(plugin.GetModule(), *resolver, file, context, links, error);
+    problems.ReportMessages();
+    if (read)
         return true;
     if (!error.isEmpty())
-        FILELINK_LOG(LogLevel::Error, error);
-    FILELINK_LOG(LogLevel::Error,
-                 QStringLiteral("Failed to get file links from file %1").arg(file));
+        FILELINK_PROBLEM(problems.Sink(), FILELINK_FUNCTION, LogLevel::Error, error,
+                         (problems.Make(ProblemKind::PluginFault, error)));
+    FILELINK_PROBLEM(problems.Sink(), FILELINK_FUNCTION, LogLevel::Error,
+                     QStringLiteral("Failed to get file links from file %1").arg(file),
+                     (problems.Make(ProblemKind::LinksNotRead)));
     return false;
 }
 
@@ -88,17 +114,20 @@ bool PluginManager::RepathFileLinks(const QString& file, const QList<FileLinkInf
 {
     if (links.isEmpty())
         return true;
+    CallProblems nowhere;
+    CallProblems& problems = ProblemsOf(context, nowhere);
     if (!PathExists(file)) {
-        FILELINK_LOG(
-            LogLevel::Error,
-            QStringLiteral("Failed to repath file links in file %1. File not found.").arg(file));
+        FILELINK_PROBLEM(
+            problems.Sink(), FILELINK_FUNCTION, LogLevel::Error,
+            QStringLiteral("Failed to repath file links in file %1. File not found.").arg(file),
+            (problems.Make(ProblemKind::FileMissing)));
         return false;
     }
     const QList<Plugin*> plugins = FindPluginForFile(file, PluginType::FileLinkResolver);
     if (plugins.isEmpty())
         return true;
     Plugin& plugin = *plugins.first();
-    IFileLinkResolver* resolver = plugin.GetFileLinkResolver();
+    IFileLinkResolver* resolver = TakeResolver(plugin, problems, ProblemKind::LinksNotRewritten);
     if (!resolver)
         return false;
 
@@ -110,13 +139,18 @@ bool PluginManager::RepathFileLinks(const QString& file, const QList<FileLinkInf
                                          context);
     };
     QString error;
-    if (CallPlugin(plugin.GetModule(), "RepathFileLinks", call, error).value_or(false))
+    const bool rewritten =
+        CallPlugin(plugin.GetModule(), "RepathFileLinks", call, error).value_or(false);
+    problems.ReportMessages();
+    if (rewritten)
         return true;
     if (!error.isEmpty())
-        FILELINK_LOG(LogLevel::Error, error);
-    FILELINK_LOG(
-        LogLevel::Error,
-        QStringLiteral("Failed to repath file links in file %1. Plugin returned false.").arg(file));
+        FILELINK_PROBLEM(problems.Sink(), FILELINK_FUNCTION, LogLevel::Error, error,
+                         (problems.Make(ProblemKind::PluginFault, error)));
+    FILELINK_PROBLEM(
+        problems.Sink(), FILELINK_FUNCTION, LogLevel::Error,
+        QStringLiteral("Failed to repath file links in file %1. Plugin returned false.").arg(file),
+        (problems.Make(ProblemKind::LinksNotRewritten)));
     return false;
 }
 

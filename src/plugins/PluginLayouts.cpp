@@ -37,14 +37,22 @@ bool PluginManager::AssignTargetPaths(std::shared_ptr<FileMappingRef> mapping,
     if (plugins.isEmpty())
         return true;
 
+    CallProblems nowhere;
+    CallProblems& problems = context ? context->Problems() : nowhere;
     bool assigned = false;
     for (Plugin* plugin : plugins) {
+        problems.SetPlugin(plugin->GetModule());
         IFileLayout* layout = plugin->GetFileLayout();
+        if (const QString fault = plugin->GetLastError(); !fault.isEmpty())
+            problems.Report(ProblemKind::PluginFault, fault);
         if (!layout)
             continue;
         QString error;
         const auto call = [&] { return layout->AssignTargetPaths(mapping.get(), context); };
-        if (CallPlugin(plugin->GetModule(), "AssignTargetPaths", call, error).value_or(false)) {
+        const bool answer =
+            CallPlugin(plugin->GetModule(), "AssignTargetPaths", call, error).value_or(false);
+        problems.ReportMessages();
+        if (answer) {
             assigned = true;
             FILELINK_LOG(LogLevel::Debug,
                          QStringLiteral("Plugin %1 assigned target paths successfully for file %2")
@@ -53,15 +61,18 @@ bool PluginManager::AssignTargetPaths(std::shared_ptr<FileMappingRef> mapping,
             continue;
         }
         if (!error.isEmpty())
-            FILELINK_LOG(LogLevel::Error, error);
+            FILELINK_PROBLEM(problems.Sink(), FILELINK_FUNCTION, LogLevel::Error, error,
+                             (problems.Make(ProblemKind::PluginFault, error)));
         FILELINK_LOG(LogLevel::Info,
                      QStringLiteral("Plugin %1 returned false in AssignTargetPaths for file %2")
                          .arg(plugin->GetModule())
                          .arg(file));
     }
     if (!assigned) {
-        FILELINK_LOG(LogLevel::Error,
-                     QStringLiteral("Failed to assign target paths for file %1").arg(file));
+        // The last one asked: files that several layouts know are rare.
+        FILELINK_PROBLEM(problems.Sink(), FILELINK_FUNCTION, LogLevel::Error,
+                         QStringLiteral("Failed to assign target paths for file %1").arg(file),
+                         (problems.Make(ProblemKind::TargetsNotAssigned)));
         return false;
     }
     DumpFileMapping(mapping.get());

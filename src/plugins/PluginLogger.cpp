@@ -7,6 +7,8 @@
 
 #include <log4cplus/tstring.h>
 
+#include <utility>
+
 namespace Halvern::FileLink {
 
 using SyncPlugin::IPluginLogger;
@@ -21,26 +23,37 @@ QString ToText(const WideChar* text)
     return QString(reinterpret_cast<const QChar*>(text));
 }
 
-std::shared_ptr<PluginLogger> MakeLogger(const QString& name)
+std::shared_ptr<PluginLogger> MakeLogger(const QString& name, CallProblems& problems)
 {
-    return std::make_shared<PluginLogger>(ToWideString(name).c_str());
+    return std::make_shared<PluginLogger>(ToWideString(name).c_str(), &problems);
 }
 
 } // namespace
 
-PluginLogger::PluginLogger(const WideChar* name)
+PluginLogger::PluginLogger(const WideChar* name) : PluginLogger(name, nullptr) {}
+
+PluginLogger::PluginLogger(const WideChar* name, CallProblems* problems)
     : m_logger(
-          log4cplus::Logger::getInstance(LOG4CPLUS_STRING_TO_TSTRING(ToText(name).toStdString())))
+          log4cplus::Logger::getInstance(LOG4CPLUS_STRING_TO_TSTRING(ToText(name).toStdString()))),
+      m_problems(problems)
 {}
+
+void PluginLogger::Keep(const WideChar* message)
+{
+    if (m_problems)
+        m_problems->Keep(ToText(message));
+}
 
 void PluginLogger::LogFatal(const WideChar* message)
 {
     FILELINK_LOG_TO(m_logger, LogLevel::Fatal, ToText(message));
+    Keep(message);
 }
 
 void PluginLogger::LogError(const WideChar* message)
 {
     FILELINK_LOG_TO(m_logger, LogLevel::Error, ToText(message));
+    Keep(message);
 }
 
 void PluginLogger::LogWarn(const WideChar* message)
@@ -63,7 +76,12 @@ void PluginLogger::LogTrace(const WideChar* message)
     FILELINK_LOG_TO(m_logger, LogLevel::Trace, ToText(message));
 }
 
-FileLayoutContext::FileLayoutContext() : m_logger(MakeLogger(QStringLiteral("SyncPlugin"))) {}
+FileLayoutContext::FileLayoutContext() : FileLayoutContext(CallProblems()) {}
+
+FileLayoutContext::FileLayoutContext(CallProblems problems)
+    : m_problems(std::move(problems)),
+      m_logger(MakeLogger(QStringLiteral("SyncPlugin"), m_problems))
+{}
 
 FileLayoutContext::~FileLayoutContext() = default;
 
@@ -72,8 +90,11 @@ IPluginLogger* FileLayoutContext::GetLogger()
     return m_logger.get();
 }
 
-FileLinkResolverContext::FileLinkResolverContext()
-    : m_logger(MakeLogger(QStringLiteral("ResolverPlugin")))
+FileLinkResolverContext::FileLinkResolverContext() : FileLinkResolverContext(CallProblems()) {}
+
+FileLinkResolverContext::FileLinkResolverContext(CallProblems problems)
+    : m_problems(std::move(problems)),
+      m_logger(MakeLogger(QStringLiteral("ResolverPlugin"), m_problems))
 {}
 
 FileLinkResolverContext::~FileLinkResolverContext() = default;

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "plugins/CallProblems.h"
 #include "syncplugin/IFileLayout.h"
 #include "syncplugin/IFileLinkResolver.h"
 #include "syncplugin/IPluginLogger.h"
@@ -17,6 +18,8 @@ class PluginLogger final : public SyncPlugin::IPluginLogger
 {
 public:
     explicit PluginLogger(const SyncPlugin::WideChar* name);
+    /// Errors are kept in `problems`, too, which must outlive the logger.
+    PluginLogger(const SyncPlugin::WideChar* name, CallProblems* problems);
 
     void LogFatal(const SyncPlugin::WideChar* message) override;
     void LogError(const SyncPlugin::WideChar* message) override;
@@ -26,7 +29,10 @@ public:
     void LogTrace(const SyncPlugin::WideChar* message) override;
 
 private:
+    void Keep(const SyncPlugin::WideChar* message);
+
     log4cplus::Logger m_logger;
+    CallProblems* m_problems = nullptr;
 };
 
 /// What a layout gets with a call; it must live as long as the call. Its plug-ins log as
@@ -35,10 +41,13 @@ class FileLayoutContext : public SyncPlugin::IFileLayoutContext
 {
 public:
     FileLayoutContext();
+    explicit FileLayoutContext(CallProblems problems);
     ~FileLayoutContext() override;
     SyncPlugin::IPluginLogger* GetLogger() override;
+    CallProblems& Problems() { return m_problems; }
 
 private:
+    CallProblems m_problems;
     std::shared_ptr<PluginLogger> m_logger;
 };
 
@@ -48,10 +57,13 @@ class FileLinkResolverContext : public SyncPlugin::IFileLinkResolverContext
 {
 public:
     FileLinkResolverContext();
+    explicit FileLinkResolverContext(CallProblems problems);
     ~FileLinkResolverContext() override;
     SyncPlugin::IPluginLogger* GetLogger() override;
+    CallProblems& Problems() { return m_problems; }
 
 private:
+    CallProblems m_problems;
     std::shared_ptr<PluginLogger> m_logger;
 };
 
