@@ -182,6 +182,23 @@ TEST_F(PluginProblems, OfALibraryThatIsNotFoundHoldTheSystemsReason)
                               .arg(module, reference.errorString())});
 }
 
+TEST_F(PluginProblems, OfALibraryThatCannotBeLoadedHoldTheSystemsReasonAtEachFile)
+{
+    const QString module = QStringLiteral("broken.so");
+    tree.File(QStringLiteral("lib/") + module, "no library");
+    manager.AddPluginSearchPaths({tree.Path(QStringLiteral("lib"))});
+    QLibrary reference(tree.Path(QStringLiteral("lib/") + module));
+    ASSERT_FALSE(reference.load());
+    RegisterResolver(module, QStringLiteral("res"));
+    for (const char* name : {"a.res", "b.res"}) {
+        const QString file = File(name);
+        EXPECT_FALSE(Read(file));
+        EXPECT_EQ(Texts(ProblemKind::PluginFault, file, module),
+                  QStringList{QStringLiteral("Failed to load plugin %1. Error %2.")
+                                  .arg(module, reference.errorString())});
+    }
+}
+
 TEST_F(PluginProblems, OfAnObjectThatIsMissingAndALibraryThatStaysAreBothTold)
 {
     const QString module = QStringLiteral(SYSTEM_LIBRARY);
