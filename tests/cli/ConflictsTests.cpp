@@ -8,7 +8,7 @@
 
 namespace Halvern::Test {
 
-using namespace Host;
+using namespace Cli;
 using SyncServices::FileMapping;
 
 namespace {

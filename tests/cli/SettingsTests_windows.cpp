@@ -73,10 +73,10 @@ TEST(HostPathsOnWindows, GetTheDriveAndTheFolderThatTheyLeaveOut)
 {
     const QString here = QDir::currentPath();
     const QString drive = here.left(2);
-    EXPECT_EQ(Host::AbsolutePath(u"\\Sync\\a"_qs), drive + u"/Sync/a"_qs);
-    EXPECT_EQ(Host::AbsolutePath(drive + u"a\\b"_qs), here + u"/a/b"_qs);
-    EXPECT_EQ(Host::AbsolutePath(u"\\\\server\\share\\a"_qs), u"//server/share/a"_qs);
-    EXPECT_EQ(Host::AbsolutePath(u"D:\\a\\..\\b."_qs), u"D:/b."_qs);
+    EXPECT_EQ(Cli::AbsolutePath(u"\\Sync\\a"_qs), drive + u"/Sync/a"_qs);
+    EXPECT_EQ(Cli::AbsolutePath(drive + u"a\\b"_qs), here + u"/a/b"_qs);
+    EXPECT_EQ(Cli::AbsolutePath(u"\\\\server\\share\\a"_qs), u"//server/share/a"_qs);
+    EXPECT_EQ(Cli::AbsolutePath(u"D:\\a\\..\\b."_qs), u"D:/b."_qs);
 }
 
 } // namespace Halvern::Test
