@@ -2,7 +2,7 @@
 
 // Whole imports to disks that are full and folders that are closed.
 
-#include "../copying/CopyingFixture.h"
+#include "CopyingFixture.h"
 #include "../copying/OrdinaryRights.h"
 #include "../copying/SmallDisk.h"
 

@@ -2,7 +2,7 @@
 
 // Whole imports in which something goes wrong between or within the stages.
 
-#include "../copying/CopyingFixture.h"
+#include "CopyingFixture.h"
 #include "../copying/WatchedDatabase.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
