@@ -3,8 +3,8 @@
 // Whole imports to disks that are full and folders that are closed.
 
 #include "CopyingFixture.h"
-#include "../copying/OrdinaryRights.h"
-#include "../copying/SmallDisk.h"
+#include "OrdinaryRights.h"
+#include "SmallDisk.h"
 
 #include <sys/stat.h>
 

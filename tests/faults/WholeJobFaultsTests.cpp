@@ -3,7 +3,7 @@
 // Whole imports in which something goes wrong between or within the stages.
 
 #include "CopyingFixture.h"
-#include "../copying/WatchedDatabase.h"
+#include "WatchedDatabase.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
