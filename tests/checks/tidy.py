@@ -21,6 +21,8 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 ROOMS = ("base", "include", "src", "services", "jobs", "kit", "plugins", "cli")
+ROOM_OF_HEADERS = {"include/filelink": "src", "include/syncplugin": "plugins", "include/pluginkit": "kit",
+                   "include/syncservices": "services", "include/corsync": "jobs"}
 
 
 def git(*arguments):
@@ -70,7 +72,7 @@ class Commands:
         (self.folder / "compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
 
     def entry(self, path):
-        like = self.sources.get(path) or next(self.relatives(path))
+        like = self.sources.get(path) or self.relative_of(path)
         words = shlex.split(like["command"])
         words = words[:words.index("-o")] if "-o" in words else words
         kept, skip = [words[0]], False
@@ -85,10 +87,12 @@ class Commands:
         return {"directory": like["directory"], "file": str(ROOT / path),
                 "arguments": kept + language + ["-c", str(ROOT / path)]}
 
-    def relatives(self, header):
-        yield from (entry for path, entry in sorted(self.sources.items()) if path.parent == header.parent)
-        room = "src" if header.parts[0] == "include" else header.parts[0]
-        yield from (entry for path, entry in sorted(self.sources.items()) if path.parts[0] == room)
+    def relative_of(self, header):
+        """The first source beside the header, or else of the room that the header belongs to, or any."""
+        room = ROOM_OF_HEADERS.get(header.parent.as_posix(), header.parts[0])
+        near = [path for path in sorted(self.sources) if path.parent == header.parent]
+        same = [path for path in sorted(self.sources) if path.parts[0] == room]
+        return self.sources[(near or same or sorted(self.sources))[0]]
 
 
 def look_at(commands, path):
