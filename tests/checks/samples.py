@@ -30,7 +30,7 @@ OPTION = re.compile(r"(?<![\w-])--?[A-Za-z][\w-]*")
 # Paths of the sources as pages name them; "<format>" and "*" stand for any name.
 SOURCE_PATH = re.compile(r"(?:base|bench|cli|cmake|docs|examples|include|jobs|kit|plugins|services|src|tests|"
                          r"windows)/[\w./*<>-]*")
-OUR_PROGRAMS = re.compile(r"(?:\./)?(test|(?:windows|tests|examples|bench)/[\w/-]+\.(?:sh|py))")
+OUR_PROGRAMS = re.compile(r"(?:\./)?(test(?= |$)|(?:windows|tests|examples|bench)/[\w/-]+\.(?:sh|py))")
 
 
 class Page:
