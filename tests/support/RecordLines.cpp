@@ -36,19 +36,26 @@ QString Compose(const QString& logger, const QString& level, const QString& file
     return isModules ? line : logger + QStringLiteral(": ") + line;
 }
 
+/// A signature that does not tell which types its parameters have: they are nobody's business but
+/// the function's own.
+QString WithoutTypes(const QString& signature)
+{
+    const qsizetype begin = signature.indexOf(u'(') + 1;
+    const qsizetype end = signature.lastIndexOf(u')');
+    const bool none = signature.mid(begin, end - begin).trimmed().isEmpty();
+    return begin == 0 ? signature
+                      : signature.left(begin) + (none ? QString() : QStringLiteral("...")) + u')';
+}
+
 } // namespace
 
 QString ShortSignature(const QString& signature)
 {
-    QString text = signature;
+    QString text = WithoutTypes(signature);
     for (const char* name : {"Halvern::FileLink::", "Halvern::SyncServices::",
                              "Halvern::SyncPlugin::", "Halvern::SyncFolderManagerLib::"})
         text.remove(QString::fromLatin1(name));
-    text.replace(QStringLiteral("> >"), QStringLiteral(">>"));
-    const qsizetype parameters = text.indexOf(u'(');
-    const qsizetype start = text.lastIndexOf(u' ', parameters) + 1;
-    const qsizetype end = text.lastIndexOf(u')') + 1;
-    return text.mid(start, end - start);
+    return text.mid(text.lastIndexOf(u' ', text.indexOf(u'(')) + 1);
 }
 
 QString RecordLine(const LogRecord& record)
@@ -69,7 +76,7 @@ QStringList RecordLines(const LogCapture& log, const QString& folder)
 }
 
 RecordsOf::RecordsOf(const QString& function, const QString& file, const QString& logger)
-    : m_function(function), m_file(file), m_logger(logger)
+    : m_function(WithoutTypes(function)), m_file(file), m_logger(logger)
 {}
 
 QString RecordsOf::Line(const QString& level, const QString& text) const

@@ -6,19 +6,21 @@
 
 namespace Halvern::Test {
 
-/// What a log record says, without the return type, namespaces and line of its function:
+/// What a log record says, without the return type, namespaces, types of parameters and line of its
+/// function:
 ///
-///     "INFO FileLinkManagerImp.cpp FileLinkImporterImp::RepathFiles(int): Repathing file /a/b"
+///     "INFO FileLinkManagerImp.cpp FileLinkImporterImp::RepathFiles(...): Repathing file /a/b"
 ///
 /// The logger stands in front ("ResolverPlugin: ERROR ...") where it is not the module's.
 QString RecordLine(const LogRecord& record);
 /// All records in order. `folder` with the slash after it is cut out of the texts.
 QStringList RecordLines(const LogCapture& log, const QString& folder = {});
 
-/// The class, name and parameters in a function's signature as the compiler spells it.
+/// Class and name in a function's signature as the compiler spells it, with "(...)" when it has
+/// parameters.
 QString ShortSignature(const QString& signature);
 
-/// The lines of one function:
+/// The lines of one function; whatever stands for its parameters stands for any:
 ///
 ///     const RecordsOf copyFiles("FileLinkImporterImp::CopyFiles()");
 ///     copyFiles.Info("Begin copying files")
