@@ -61,7 +61,9 @@ class Page:
 
 
 def flags(*libraries):
-    return shlex.split(subprocess.run(["pkg-config", "--cflags", *libraries], check=True, text=True,
+    # Headers that the build makes of templates.
+    made = [f"-I{folder}" for folder in ROOT.glob("build/release/generated/include")]
+    return made + shlex.split(subprocess.run(["pkg-config", "--cflags", *libraries], check=True, text=True,
                                       capture_output=True).stdout)
 
 
