@@ -104,7 +104,7 @@ def check(mutations):
     for room in sorted(PROGRAMS):
         for source in sorted((ROOT / "src" / room).glob("*.cpp")):
             path = source.relative_to(ROOT).as_posix()
-            if path not in listed and not path.endswith("_win.cpp"):
+            if path not in listed and not path.endswith("_windows.cpp"):
                 raise SystemExit(f"{path}: no change in the list")
 
 
