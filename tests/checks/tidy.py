@@ -143,7 +143,7 @@ def main():
     left = [path for path in paths if path not in looked]
     print(f"clang-tidy: {len(looked)} of {len(paths)} files, {findings} with findings")
     if left:
-        print(f"No time was left for {sum(path in first for path in left)} changed files and their neighbours:", *left)
+        print(f"No time was left for these, {sum(path in first for path in left)} of them changed:", *left)
     return 1 if findings else 0
 
 
