@@ -17,6 +17,7 @@ import re
 import shlex
 import subprocess
 import sys
+import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -56,8 +57,8 @@ def changed_files(base):
 class Commands:
     """How the compiler is called for each source, without what only GCC understands."""
 
-    def __init__(self, build):
-        self.folder = build / "checks" / "tidy"
+    def __init__(self, build, folder):
+        self.folder = folder
         self.sources = {}
         for entry in json.loads((build / "compile_commands.json").read_text(encoding="utf-8")):
             path = pathlib.Path(entry["file"])
@@ -69,7 +70,6 @@ class Commands:
 
     def write(self, paths):
         """The compilation database of these files: a header is compiled as a source of its room is."""
-        self.folder.mkdir(parents=True, exist_ok=True)
         entries = [self.entry(path) for path in paths]
         (self.folder / "compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
 
@@ -116,7 +116,11 @@ def main():
     parser.add_argument("files", nargs="*", type=pathlib.Path)
     arguments = parser.parse_args()
 
-    commands = Commands(arguments.build.resolve())
+    with tempfile.TemporaryDirectory() as folder:
+        return check(arguments, Commands(arguments.build.resolve(), pathlib.Path(folder)))
+
+
+def check(arguments, commands):
     first = arguments.files or [path for path in changed_files(arguments.base or default_base()) if is_ours(path)]
     folders = {path.parent for path in first}
     all_ours = sorted(path.relative_to(ROOT) for room in ROOMS for path in (ROOT / room).rglob("*.*"))
