@@ -25,57 +25,64 @@ SKIPPED = ("build", "dist", ".git", ".cache")
 
 @dataclasses.dataclass(frozen=True)
 class Room:
+    # Without what is below it, unless it says so.
     folder: str
     holds: str
     # Folders of this repository, besides its own, whose headers it may include; "*" are all.
     knows: tuple = ()
     libraries: tuple = ()
-    # Whether its files may ask which system or compiler they are built for.
+    # Those of its files that may ask which system or compiler they are built for.
     asks_for_the_system: tuple = ()
-    # Part of a folder in the table: one row for all that have the same.
+    # What the table calls it, when it has one row for several.
     row: str = ""
+    with_folders_below: bool = False
+    # Whether all of its files may include headers of the system.
+    knows_the_system: bool = False
 
 
-PUBLIC = ("include/filelink", "include/syncplugin", "include/syncservices")
-MODULE = PUBLIC + ("base",)
+MODULE = ("include/filelink", "include/syncplugin", "include/syncservices", "base")
 PLUGIN = ("include/syncplugin", "include/pluginkit", "base")
 PLUGINS = {"blender": (), "freecad": (), "gltf": ("RapidJSON",), "kicad": ("RapidJSON",), "layout": (),
            "openscad": (), "step": (), "svg": (), "wavefront": ()}
+ALL = {"knows": ("*",), "libraries": ("*",), "asks_for_the_system": ("*",), "with_folders_below": True,
+       "knows_the_system": True}
 
 ROOMS = [
     Room("base", "rules on paths, names and letter case; what differs per system", (),
-         ("utf8proc", "utfcpp"), ("*",)),
+         ("utf8proc", "utfcpp"), ("*",), knows_the_system=True),
     Room("include/filelink", "exported classes of the module", ("include/syncservices",), ("Qt Core",),
          ("Export.h",)),
-    Room("include/syncplugin", "the contract with plug-ins", (), (), ("FileLinkInfo.h", "SyncPlugin.h")),
+    Room("include/syncplugin", "the contract with plug-ins", asks_for_the_system=("*",)),
     Room("include/pluginkit", "the kit for authors of plug-ins", ("include/syncplugin",)),
     Room("include/syncservices", "the platform library's interface", (), ("Qt Core",), ("Export.h",)),
-    Room("include/corsync", "the job library's interface: what a host uses", (), ("Qt Core",),
-         ("Export.h",)),
+    Room("include/corsync", "the job library's interface: what a host uses",
+         ("include/filelink", "include/syncservices"), ("Qt Core",), ("Export.h",)),
     Room("src/support", "logging, and paths and files as the module's texts have them", MODULE,
          ("Qt Core", "log4cplus")),
     Room("src/fileset", "the files of one import, the trees of links over them, the copy history",
-         MODULE + ("src/support",), ("Qt Core", "log4cplus")),
+         (*MODULE, "src/support"), ("Qt Core", "log4cplus")),
     Room("src/plugins", "registration files; loading, choosing and calling plug-ins",
-         MODULE + ("src/support", "src/fileset"), ("Qt Core", "Qt Xml", "log4cplus", "LeakSanitizer")),
+         (*MODULE, "src/support", "src/fileset"), ("Qt Core", "Qt Xml", "log4cplus", "LeakSanitizer")),
     Room("src/stages", "one stage, one file, over a context",
-         MODULE + ("src/support", "src/fileset", "src/plugins"), ("Qt Core", "log4cplus")),
+         (*MODULE, "src/support", "src/fileset", "src/plugins"), ("Qt Core", "log4cplus")),
     Room("src/importer", "the module's classes with their names, as thin fronts",
-         MODULE + ("src/support", "src/fileset", "src/plugins", "src/stages"), ("Qt Core", "log4cplus")),
+         (*MODULE, "src/support", "src/fileset", "src/plugins", "src/stages"), ("Qt Core", "log4cplus")),
     Room("services", "the embedded platform library", ("include/syncservices", "base"),
          ("Qt Core", "SQLite")),
-    Room("kit", "what the kit's headers declare", PLUGIN, ("zlib", "zstd", "libzip", "expat", "utfcpp")),
-    *(Room(f"plugins/{name}", "one format each, and the layout", PLUGIN, libraries, (), "plugins/<format>")
-      for name, libraries in PLUGINS.items()),
+    Room("kit", "what the kit's headers declare", PLUGIN, ("zlib", "zstd", "expat")),
+    Room("plugins", "one format each, and the layout", PLUGIN, row="plugins/<format>"),
+    *(Room(f"plugins/{name}", "one format each, and the layout", (*PLUGIN, "plugins"), libraries,
+           row="plugins/<format>") for name, libraries in PLUGINS.items()),
     Room("jobs", "plan, decide, execute, check, record, look back",
-         ("include/filelink", "include/syncservices", "include/corsync", "base"), ("Qt Core", "xxHash")),
+         ("include/filelink", "include/syncplugin", "include/syncservices", "include/corsync", "base"),
+         ("Qt Core", "xxHash")),
     Room("cli", "the command: options, console, printing, exit codes", ("include/corsync",),
          ("Qt Core", "CLI11", "log4cplus")),
     Room("examples/host", "a host to begin from",
          ("include/corsync", "include/filelink", "include/syncservices"), ("Qt Core",)),
     Room("examples/plugin-template", "a plug-in to begin from", ("include/syncplugin", "include/pluginkit")),
-    Room("tests", "the tests, which look into every room", ("*",), ("*",), ("*",)),
-    Room("bench", "benchmarks", ("*",), ("*",), ("*",)),
+    Room("tests", "the tests, which look into every room", **ALL),
+    Room("bench", "benchmarks", **ALL),
 ]
 
 LIBRARIES = {
@@ -108,9 +115,12 @@ PLATFORM = re.compile(r"\b(?:_?WIN(?:32|64)|_MSC_VER|Q_(?:OS|CC)_\w+|_POSIX_\w+|
 
 
 def room_of(path):
-    """The room with the longest folder that holds the path (relative, with slashes), or None."""
-    fitting = [room for room in ROOMS if path.startswith(room.folder + "/")]
-    return max(fitting, key=lambda room: len(room.folder), default=None)
+    """The room that holds the path (relative, with slashes), or None."""
+    folder = path.rpartition("/")[0]
+    for room in ROOMS:
+        if folder == room.folder or (room.with_folders_below and folder.startswith(room.folder + "/")):
+            return room
+    return None
 
 
 def sources(root):
@@ -122,10 +132,12 @@ def sources(root):
 
 def included_file(root, path, name):
     """Where a name between quotation marks leads, as a path relative to the root; None is nowhere."""
-    for folder in (pathlib.PurePosixPath(path).parent.as_posix(), "include", "src", "."):
-        target = root / folder / name
-        if target.is_file():
-            return target.resolve().relative_to(root).as_posix()
+    beside = pathlib.PurePosixPath(path).parent
+    for folder in (beside, "include", "src", ".", beside.parent):
+        target = (root / folder / name).resolve()
+        # The build makes some headers of a template.
+        if target.is_relative_to(root) and (target.is_file() or target.with_name(target.name + ".in").is_file()):
+            return target.relative_to(root).as_posix()
     return None
 
 
@@ -133,7 +145,7 @@ def library_problem(room, path, name):
     if STANDARD.fullmatch(name):
         return None
     if SYSTEM.fullmatch(name):
-        if "*" in room.libraries or ONE_SYSTEM.fullmatch(path):
+        if room.knows_the_system or ONE_SYSTEM.fullmatch(path):
             return None
         return f"<{name}> belongs into a file that ends in _posix or _windows"
     for library, pattern in LIBRARIES.items():

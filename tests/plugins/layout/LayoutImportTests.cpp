@@ -275,14 +275,25 @@ TEST_F(LayoutImport, ASceneOfTheGardenShedKeepsTheShapeOfTheShed)
         Import({QFileInfo(QStringLiteral(CORSYNC_EXAMPLES)).absoluteFilePath() +
                     u"/garden-shed/scene/Shed.gltf"_qs,
                 u"--to"_qs, u"Demo"_qs});
-    EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
+    EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
     EXPECT_EQ(
         Cloud().keys(),
         (QStringList{u"Demo/Shed.gltf"_qs, u"Demo/geometry/Shelf.bin"_qs,
                      u"Demo/geometry/Small parts.bin"_qs, u"Demo/geometry/Walls.bin"_qs,
                      u"Demo/lights/Lantern.ies"_qs, u"Demo/shared/geometry/Ground.bin"_qs,
                      u"Demo/shared/geometry/Roof.bin"_qs, u"Demo/textures/Höhe über Grund.png"_qs,
-                     u"Demo/textures/Planks.png"_qs, u"Demo/textures/Roof tiles.png"_qs}));
+                     u"Demo/textures/Planks.png"_qs, u"Demo/textures/Poster (spring).png"_qs,
+                     u"Demo/textures/Roof tiles.png"_qs}));
+}
+
+TEST_F(LayoutImport, TheReadmesTwoSamplesEndAsItSays)
+{
+    const QString examples = QFileInfo(QStringLiteral(CORSYNC_EXAMPLES)).absoluteFilePath();
+    const CommandResult whole = Import({examples + u"/garden-shed"_qs, u"--to"_qs, u"Demo"_qs});
+    EXPECT_EQ(whole.exitCode, 0) << ::testing::PrintToString(whole);
+    const CommandResult lacking = Import({examples + u"/lost-poster"_qs, u"--to"_qs, u"Demo"_qs});
+    EXPECT_EQ(lacking.exitCode, 4) << ::testing::PrintToString(lacking);
+    EXPECT_EQ(lacking.Lines().filter(u"missing "_qs).size(), 1) << lacking.out.toStdString();
 }
 
 } // namespace Halvern::Test
