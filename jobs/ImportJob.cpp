@@ -70,8 +70,7 @@ void ImportJob::State::WritePlan()
     plan.problems = sorter.OfNoFile();
 }
 
-JobResult ImportJob::State::Result(QList<FileResult> files,
-                                   QList<FileLink::Problem> problems) const
+JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Problem> problems) const
 {
     if (!plan.conflicts.isEmpty())
         files.clear();

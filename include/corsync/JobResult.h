@@ -45,7 +45,8 @@ struct Summary
 {
     /// How many files have each outcome; none is 0.
     QMap<Outcome, qint64> counts;
-    /// Files that failed or are in place with a problem, and those of them on which a plug-in failed.
+    /// Files that failed or are in place with a problem, and those of them on which a plug-in
+    /// failed.
     qint64 filesWithProblems = 0;
     qint64 pluginFailures = 0;
     /// Problems of no single file, each text once.
