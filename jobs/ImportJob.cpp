@@ -139,7 +139,8 @@ JobResult ImportJob::Execute()
     }
     // What the importer does at its end may fail, too.
     state.run.Finish();
-    JobResult result = state.Result(maker.MakeAll(), maker.ProblemsOfNoFile());
+    QList<FileResult> results = maker.MakeAll();
+    JobResult result = state.Result(std::move(results), maker.ProblemsOfNoFile());
     state.control->Rethrow();
     return result;
 }

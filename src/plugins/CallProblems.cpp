@@ -22,11 +22,6 @@ Problem CallProblems::Make(ProblemKind kind, const QString& text) const
     return {m_stage, kind, m_file, text, m_plugin};
 }
 
-void CallProblems::ReportUnusable(const QString& text) const
-{
-    ReportProblem(m_sink, {Stage::Plugins, ProblemKind::PluginFault, {}, text, m_plugin});
-}
-
 void CallProblems::Report(ProblemKind kind, const QString& text) const
 {
     ReportProblem(m_sink, Make(kind, text));

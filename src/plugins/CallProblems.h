@@ -25,8 +25,6 @@ public:
     /// Hands out what was kept.
     void ReportMessages();
     Problem Make(ProblemKind kind, const QString& text = {}) const;
-    /// The plug-in cannot be used for any file.
-    void ReportUnusable(const QString& text) const;
     /// For a failure that was logged elsewhere, or nowhere.
     void Report(ProblemKind kind, const QString& text = {}) const;
 

@@ -67,7 +67,7 @@ IFileLinkResolver* TakeResolver(Plugin& plugin, CallProblems& problems, ProblemK
     problems.SetPlugin(plugin.GetModule());
     IFileLinkResolver* const resolver = plugin.GetFileLinkResolver();
     if (const QString error = plugin.GetLastError(); !error.isEmpty())
-        problems.ReportUnusable(error);
+        problems.Report(ProblemKind::PluginFault, error);
     if (!resolver)
         problems.Report(without);
     return resolver;

@@ -44,7 +44,7 @@ bool PluginManager::AssignTargetPaths(std::shared_ptr<FileMappingRef> mapping,
         problems.SetPlugin(plugin->GetModule());
         IFileLayout* layout = plugin->GetFileLayout();
         if (const QString fault = plugin->GetLastError(); !fault.isEmpty())
-            problems.ReportUnusable(fault);
+            problems.Report(ProblemKind::PluginFault, fault);
         if (!layout)
             continue;
         QString error;

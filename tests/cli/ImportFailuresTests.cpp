@@ -75,7 +75,8 @@ TEST_F(ImportThatFails, AFileInThePlaceOfATargetsFolderIsTheReasonGiven)
     const QStringList failed = result.Lines().filter(u"failed "_qs);
     ASSERT_FALSE(failed.isEmpty());
     EXPECT_TRUE(failed[0].contains(u"p.tlk"_qs));
-    EXPECT_TRUE(failed[0].contains(u"Failed to create folder"_qs)) << failed[0].toStdString();
+    EXPECT_TRUE(failed[0].endsWith(u": The folder "_qs + tree.Path(u"cloud/parts"_qs) +
+                                   u" could not be made"_qs)) << failed[0].toStdString();
 }
 
 TEST_F(ImportThatFails, AFileThatAPluginCannotReadIsCopiedAndReportedWithTheReason)
