@@ -3,6 +3,7 @@
 #pragma once
 
 #include "filelink/Export.h"
+#include "filelink/Problem.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -48,6 +49,10 @@ public:
     /// The registered plug-ins in registration order. Reads registration files when that has not
     /// happened yet, but loads no library.
     QList<PluginDescription> GetPlugins();
+    /// What the registration files say that does not do what their authors mean, in the order in
+    /// which they were read: problems of the kind Registration, about the file, naming the plug-in
+    /// where there is one. Reads registration files when that has not happened yet.
+    [[nodiscard]] QList<Problem> GetRegistrationProblems();
     /// Loads the library of a registered plug-in and creates its service once. False with the
     /// reason in `error` (may be null).
     bool LoadPlugin(const QString& module, QString* error);

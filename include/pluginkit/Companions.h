@@ -2,35 +2,13 @@
 
 #pragma once
 
-#include <string>
-#include <string_view>
+#include "syncplugin/ReferenceIds.h"
 
 namespace Halvern::Formats {
 
-// Some links say nothing that could be rewritten, or not freely. Their reference ids say so, and the
-// layout (plugins/layout) keeps such files together under their own names.
-// DO NOT CHANGE THESE TEXTS: ids are stored in the sync database.
-
-/// Begins the id of a link that the file finds by name: the linked file keeps its name and its
-/// place relative to the folder of the file that links it.
-///
-///     board.kicad_pro finds board.kicad_sch and sym-lib-table beside itself
-inline constexpr std::string_view CompanionMark = "companion:";
-
-/// Begins the id of a member of a set, of which the file stores one name pattern: all members keep
-/// their names and stay in one folder. Members of one set have ids that are equal up to the last "#".
-///
-///     wood.<UDIM>.png: "set:IMwood#1001", "set:IMwood#1002"
-inline constexpr std::string_view SetMark = "set:";
-
-inline std::string CompanionId(std::string_view name)
-{
-    return std::string(CompanionMark).append(name);
-}
-
-inline std::string SetMemberId(std::string_view set, std::string_view member)
-{
-    return std::string(SetMark).append(set).append("#").append(member);
-}
+using SyncPlugin::CompanionId;
+using SyncPlugin::CompanionMark;
+using SyncPlugin::SetMark;
+using SyncPlugin::SetMemberId;
 
 } // namespace Halvern::Formats

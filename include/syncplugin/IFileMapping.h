@@ -10,18 +10,18 @@ namespace Halvern::SyncPlugin {
 /// those marked "read only"; `GetFlag` reports only those marked "reported".
 enum MappingFlag : unsigned int
 {
-    MappingSelected = 0x1,              ///< came from the user's selection; read only, reported
-    MappingFolder = 0x2,                ///< the source is a folder; reported
-    MappingNestedFolder = 0x4,          ///< a folder inside a selected folder; reported
-    MappingUnchanged = 0x8,             ///< as copied earlier; read only, reported
-    MappingSameSourceAndTarget = 0x10,  ///< nothing to copy
-    MappingCollision = 0x20,            ///< the target is taken; read only, reported
-    MappingSourceMissing = 0x40,        ///< no source file; read only, reported
-    MappingNotFilePath = 0x80,          ///< the link names no local file; reported
-    MappingRenameOnCollision = 0x100,   ///< a taken target gets a new name; reported
-    MappingSkipFileLinks = 0x200,       ///< the file's links are not followed; reported
+    MappingSelected = 0x1,                ///< came from the user's selection; read only, reported
+    MappingFolder = 0x2,                  ///< the source is a folder; reported
+    MappingNestedFolder = 0x4,            ///< a folder inside a selected folder; reported
+    MappingUnchanged = 0x8,               ///< as copied earlier; read only, reported
+    MappingSameSourceAndTarget = 0x10,    ///< nothing to copy
+    MappingCollision = 0x20,              ///< the target is taken; read only, reported
+    MappingSourceMissing = 0x40,          ///< no source file; read only, reported
+    MappingNotFilePath = 0x80,            ///< the link names no local file; reported
+    MappingRenameOnCollision = 0x100,     ///< a taken target gets a new name; reported
+    MappingSkipFileLinks = 0x200,         ///< the file's links are not followed; reported
     MappingFileLinksNotSupported = 0x400, ///< the file's type has no links
-    MappingKeepTargetName = 0x800,      ///< the target is never renamed
+    MappingKeepTargetName = 0x800,        ///< the target is never renamed
 };
 
 class IFileMapping;
@@ -68,7 +68,7 @@ public:
     virtual unsigned int GetFlag() = 0;
     virtual void SetFlag(unsigned int flags, bool on) = 0;
     /// A new iterator before the first child; the caller deletes it.
-    virtual IFileMappingIterator* GetChildren() = 0;
+    [[nodiscard]] virtual IFileMappingIterator* GetChildren() = 0;
     /// Null on a root.
     virtual IFileMapping* GetParent() = 0;
     virtual IFileMapping* GetRoot() = 0;

@@ -95,6 +95,12 @@ QList<PluginDescription> FileLinkManager::GetPlugins()
     return descriptions;
 }
 
+QList<Problem> FileLinkManager::GetRegistrationProblems()
+{
+    m_holder->plugins->EnsureRegistered();
+    return m_holder->plugins->RegistrationProblems();
+}
+
 bool FileLinkManager::LoadPlugin(const QString& module, QString* error)
 {
     m_holder->plugins->EnsureRegistered();

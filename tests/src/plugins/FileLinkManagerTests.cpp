@@ -180,6 +180,38 @@ TEST_F(FileLinkManagerTest, LoadPluginTellsWhatWasWrong)
                          "Exported function CreateSyncPluginFactory not found in plugin copy.so"));
 }
 
+TEST_F(FileLinkManagerTest, LoadPluginTellsWhichContractAPluginWants)
+{
+    tree.File(QStringLiteral("reg3/a.syncplugin"),
+              "<SyncPlugins><P Module=\"a.so\" ContractVersion=\"7\"><FileLayout FileTypes=\"x\"/>"
+              "</P></SyncPlugins>");
+    Manager().AddPluginRegistrationFolders({tree.Path(QStringLiteral("reg3"))});
+    QString error;
+    EXPECT_FALSE(Manager().LoadPlugin(QStringLiteral("a.so"), &error));
+    EXPECT_EQ(error,
+              QStringLiteral("Plugin a.so wants contract version 7, this program has version 1"));
+}
+
+TEST_F(FileLinkManagerTest, RegistrationProblemsAreToldWithoutLoadingOrLoggingAnything)
+{
+    const QString file = QStringLiteral("reg3/a.syncplugin");
+    tree.File(file, "<SyncPlugins><P Module=\"a.so\"><FileLayout FileTypes=\"x, y\"/></P>"
+                    "</SyncPlugins>");
+    Manager().AddPluginRegistrationFolders({tree.Path(QStringLiteral("reg3"))});
+    const QList<Problem> problems = Manager().GetRegistrationProblems();
+    ASSERT_EQ(problems.size(), 1);
+    EXPECT_EQ(problems[0].stage, Stage::Plugins);
+    EXPECT_EQ(problems[0].kind, ProblemKind::Registration);
+    EXPECT_EQ(problems[0].file, tree.Path(file));
+    EXPECT_EQ(problems[0].plugin, QStringLiteral("a.so"));
+    EXPECT_EQ(problems[0].text, QStringLiteral("FileTypes: no file has the type \" y\", separate "
+                                               "types by a comma, without blanks"));
+    for (const Plugin* plugin : GetPluginManager()->Plugins())
+        EXPECT_FALSE(plugin->IsLoaded());
+    EXPECT_EQ(log.Lines().filter(QStringLiteral("FileTypes")), QStringList());
+    EXPECT_EQ(Manager().GetRegistrationProblems().size(), 1) << "the files are read once";
+}
+
 TEST_F(FileLinkManagerTest, UnloadAllPluginsUnloadsThemAndTheyLoadAgain)
 {
     ASSERT_TRUE(Manager().LoadPlugin(TestResolverModule(), nullptr));
