@@ -4,6 +4,8 @@
 
 #include "Text.h"
 
+#include "corsync/Version.h"
+
 #include <map>
 
 namespace Halvern::Cli {
@@ -87,7 +89,7 @@ CommandLine::CommandLine()
             "reference,\nand rewrites the links inside the copies.",
             "corsync")
 {
-    m_app.set_version_flag("--version", "corsync " CORSYNC_VERSION);
+    m_app.set_version_flag("--version", "corsync " CORSYNC_VERSION_STRING);
     m_app.set_help_flag("-h,--help", "Print this help and exit");
     m_app.get_formatter()->column_width(32);
     m_app.failure_message(ShortUsageError);

@@ -2,14 +2,14 @@
 
 #include "pluginkit/FileUri.h"
 
-#include "pluginkit/FilePaths.h"
+#include "kit/NamedThings.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/PercentCoding.h"
-#include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -47,18 +47,6 @@ bool IsSlash(char c)
     return c == '/' || c == '\\';
 }
 
-/// A name with a NUL must not reach the system, which would take only what is before it.
-bool FileExists(const std::filesystem::path& folder, std::string_view path)
-{
-    return path.find('\0') == std::string_view::npos && Platform::Exists(PathIn(folder, path));
-}
-
-/// True where a backslash is a letter and something is named with it.
-bool IsNamedWithBackslashes(std::string_view path, const std::filesystem::path& folder)
-{
-    return std::filesystem::path::preferred_separator != '\\' && FileExists(folder, path);
-}
-
 std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
 {
     if (raw.find('%') == std::string_view::npos)
@@ -66,8 +54,8 @@ std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
     std::string decoded = PercentDecode(raw);
     if (!IsUtf8(decoded))
         return std::string(raw);
-    const bool isRaw = decoded.find('\0') == std::string::npos && !FileExists(folder, decoded) &&
-                       FileExists(folder, raw);
+    const bool isRaw = decoded.find('\0') == std::string::npos && !NamesAnything(decoded, folder) &&
+                       NamesAnything(raw, folder);
     return isRaw ? std::string(raw) : decoded;
 }
 
@@ -75,7 +63,7 @@ std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
 std::string DecodedWithSlashes(std::string_view raw, const std::filesystem::path& folder)
 {
     std::string path = Decoded(raw, folder);
-    if (raw.find('\\') == std::string_view::npos || IsNamedWithBackslashes(path, folder))
+    if (raw.find('\\') == std::string_view::npos || WithSlashes(path, folder) == path)
         return path;
     std::string slashes(raw);
     std::replace(slashes.begin(), slashes.end(), '\\', '/');
@@ -148,36 +136,4 @@ std::string UriOfPath(std::string_view given)
     return encoded;
 }
 
-bool NamesFolder(std::string_view path, const std::filesystem::path& folder)
-{
-    if (path.find('\0') != std::string_view::npos)
-        return false;
-    const std::string_view name = path.substr(path.rfind('/') + 1);
-    return name.empty() || name == "." || name == ".." || Platform::IsFolder(PathIn(folder, path));
-}
-
-bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder)
-{
-    return path.find('\0') == std::string_view::npos && Platform::IsFile(PathIn(folder, path));
-}
-
-std::string WithSlashes(std::string path, const std::filesystem::path& folder)
-{
-    if (path.find('\\') != std::string::npos && !IsNamedWithBackslashes(path, folder))
-        std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
-}
-
-std::string_view WithoutDot(std::string_view path)
-{
-    while (path.starts_with("./"))
-        path.remove_prefix(2);
-    return path;
-}
-
-bool IsSamePath(std::string_view a, std::string_view b)
-{
-    return WithoutDot(a) == WithoutDot(b);
-}
-
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Tells one state of a file from another.
 struct FileStamp
@@ -67,4 +67,4 @@ bool IsNetworkPath(const std::filesystem::path& path);
 
 } // namespace Platform
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Halvern::Formats::Platform {
+namespace Halvern::PluginKit::Platform {
 
 namespace {
 
@@ -190,4 +190,4 @@ bool IsNetworkPath(const std::filesystem::path&)
     return false;
 }
 
-} // namespace Halvern::Formats::Platform
+} // namespace Halvern::PluginKit::Platform

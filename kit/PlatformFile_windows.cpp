@@ -19,7 +19,7 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
-namespace Halvern::Formats::Platform {
+namespace Halvern::PluginKit::Platform {
 
 namespace {
 
@@ -319,4 +319,4 @@ bool IsNetworkPath(const std::filesystem::path& path)
     return Formats::IsNetworkPath(path.native());
 }
 
-} // namespace Halvern::Formats::Platform
+} // namespace Halvern::PluginKit::Platform

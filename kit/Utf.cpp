@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -187,4 +187,4 @@ std::string PathToUtf8(const std::filesystem::path& path)
         return path.generic_string();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

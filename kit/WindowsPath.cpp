@@ -2,7 +2,7 @@
 
 #include "kit/WindowsPath.h"
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -48,4 +48,4 @@ std::optional<std::string> NameOfEntry(WideView name)
     return ToUtf8(name);
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -4,7 +4,7 @@
 
 #include "pluginkit/Utf.h"
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// What Windows makes of paths, as rules on their text: they hold wherever the text is looked at.
 
@@ -21,4 +21,4 @@ WideString WindowsApiPath(WideView path);
 /// with a lone surrogate: no link can name that file.
 std::optional<std::string> NameOfEntry(WideView name);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

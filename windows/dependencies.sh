@@ -185,24 +185,6 @@ build_expat() {
     install_licence expat "$1" expat/COPYING
 }
 
-# With zlib's compression alone, and without encryption.
-build_libzip() {
-    get_source libzip "$2"
-    local options=(-DBUILD_SHARED_LIBS=OFF) feature
-    for feature in COMMONCRYPTO GNUTLS MBEDTLS OPENSSL WINDOWS_CRYPTO BZIP2 LZMA; do
-        options+=("-DENABLE_$feature=OFF")
-    done
-    for feature in TOOLS REGRESS EXAMPLES DOC; do
-        options+=("-DBUILD_$feature=OFF")
-    done
-    cmake_build libzip "$work/libzip" "$1" "${options[@]}"
-    # Neither of its descriptions names zlib, which a program that links the static library needs.
-    sed -i 's/^include(.*libzip-targets/find_package(ZLIB REQUIRED)\n&/' \
-        "$1/lib/cmake/libzip/libzip-config.cmake"
-    pkgconfig "$1" libzip "$(sed -n 's/^Version: *//p' "$1/lib/pkgconfig/libzip.pc")" -lzip zlib
-    install_licence libzip "$1" LICENSE
-}
-
 # pkgconfig PREFIX NAME VERSION LIBRARIES PACKAGES: a description that stays true where the folder is moved.
 pkgconfig() {
     printf '%s\n' 'prefix=${pcfiledir}/../..' "Name: $2" "Description: $2" "Version: $3" \
@@ -273,7 +255,6 @@ dependency log4cplus "$(version_of liblog4cplus-dev)"
 dependency sqlite3 "$(version_of libsqlite3-dev)"
 dependency sqlitecpp "$(version_of libsqlitecpp-dev)" "${prefixes[-1]}"
 dependency zlib "$(version_of zlib1g-dev)"
-dependency libzip "$(version_of libzip-dev)" "${prefixes[-1]}"
 dependency libzstd "$(version_of libzstd-dev)"
 dependency expat "$(version_of libexpat1-dev)"
 dependency googletest "$(version_of googletest)"

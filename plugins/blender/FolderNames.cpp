@@ -2,6 +2,7 @@
 
 #include "FolderNames.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FormatError.h"
 #include "kit/PlatformFile.h"

@@ -4,7 +4,8 @@
 
 #include "LinkFinder.h"
 
-#include "pluginkit/Companions.h"
+#include "KitNames.h"
+#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/FormatError.h"
 #include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"
@@ -141,7 +142,7 @@ private:
     {
         if (m_links.size() == MaxLibraryFiles)
             throw FormatError("more than " + std::to_string(MaxLibraryFiles) + " library files");
-        m_links.push_back({CompanionId(id), path});
+        m_links.push_back({SyncPlugin::CompanionId(id), path});
     }
 
     fs::path m_file;

@@ -2,7 +2,8 @@
 
 #include "StoredPath.h"
 
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
+#include "pluginkit/LinkPaths.h"
 #include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"
 

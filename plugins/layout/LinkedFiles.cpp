@@ -2,7 +2,8 @@
 
 #include "LinkedFiles.h"
 
-#include "pluginkit/Companions.h"
+#include "KitNames.h"
+#include "syncplugin/ReferenceIds.h"
 #include "kit/PlatformFile.h"
 
 #include <map>
@@ -85,9 +86,9 @@ private:
         const std::optional<std::string> id = TextOf(child, &IFileMapping::GetRefId);
         if (!member || !id || *member == owner)
             return;
-        if (id->starts_with(CompanionMark))
+        if (id->starts_with(SyncPlugin::CompanionMark))
             m_result.bonds.push_back({owner, *member, {}});
-        else if (id->starts_with(SetMark))
+        else if (id->starts_with(SyncPlugin::SetMark))
             m_result.bonds.push_back({owner, *member, id->substr(0, id->rfind('#'))});
     }
 

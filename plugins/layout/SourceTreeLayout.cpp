@@ -5,6 +5,7 @@
 #include "Groups.h"
 #include "Placement.h"
 
+#include "KitNames.h"
 #include "pluginkit/Boundary.h"
 #include "pluginkit/FormatError.h"
 #include "kit/PlatformFile.h"
@@ -29,13 +30,6 @@ void AssignTargets(SyncPlugin::IFileMapping& top)
     ApplyTargets(*linked);
 }
 
-WideString SourceOf(SyncPlugin::IFileMapping& mapping)
-{
-    WideString source(mapping.GetSourceFile(nullptr, 0) + 1, SyncPlugin::WideChar(0));
-    mapping.GetSourceFile(source.data(), static_cast<int>(source.size()));
-    return source;
-}
-
 } // namespace
 
 bool SourceTreeLayout::AssignTargetPaths(SyncPlugin::IFileMapping* mapping,
@@ -43,8 +37,7 @@ bool SourceTreeLayout::AssignTargetPaths(SyncPlugin::IFileMapping* mapping,
 {
     if (!mapping)
         return false;
-    return RunLogged(context ? context->GetLogger() : nullptr, "lay out the links of",
-                     SourceOf(*mapping).c_str(), [&] { AssignTargets(*mapping); });
+    return RunGuarded(context, "lay out the links of", mapping, [&] { AssignTargets(*mapping); });
 }
 
 } // namespace Halvern::Formats::Layout

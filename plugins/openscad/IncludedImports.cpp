@@ -4,8 +4,9 @@
 
 #include "ScadText.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 

@@ -2,8 +2,9 @@
 
 #include "LibraryFolders.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 
 #include <algorithm>
 

@@ -2,7 +2,8 @@
 
 #include "ScadText.h"
 
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 
 #include <algorithm>

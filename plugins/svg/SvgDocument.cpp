@@ -2,8 +2,10 @@
 
 #include "SvgDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/ReplacementFile.h"
 #include "pluginkit/TextEdits.h"

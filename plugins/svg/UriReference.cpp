@@ -4,6 +4,7 @@
 
 #include "CssLinks.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
 #include "kit/PlatformFile.h"

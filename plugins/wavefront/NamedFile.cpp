@@ -2,7 +2,8 @@
 
 #include "NamedFile.h"
 
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 

@@ -2,7 +2,8 @@
 
 #include "NamingDocument.h"
 
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 
 namespace Halvern::Formats::Wavefront {

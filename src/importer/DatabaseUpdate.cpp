@@ -233,7 +233,8 @@ std::shared_ptr<SyncItem> FileLinkImporterImp::MakeItem(const FileMapping& mappi
         state.folderIds.insert(key, folder->GetId());
     }
     QString cloudPath;
-    FolderManager::GetInstance()->GetCloudPath(target, false, cloudPath);
+    // Always has one: only targets in the cloud cache folder come here.
+    static_cast<void>(FolderManager::GetInstance()->GetCloudPath(target, false, cloudPath));
     const auto item = std::make_shared<SyncItem>(target, cloudPath, state.rootItem->GetCloudRoot());
     item->SetAuthenticationId(state.rootItem->GetAuthenticationId());
     item->SetProductConfigurationId(state.rootItem->GetProductConfigurationId());

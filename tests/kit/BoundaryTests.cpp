@@ -11,7 +11,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 
 namespace {
 
@@ -71,8 +71,10 @@ TEST_F(Boundary, NoExceptionOfAnyKindGetsOut)
 
 TEST_F(Boundary, AHostWithoutContextOrFileStillGetsItsAnswer)
 {
-    EXPECT_FALSE(RunGuarded(nullptr, "read", nullptr, [] { throw FormatError("x"); }));
-    EXPECT_FALSE(RunGuarded(&context, "read", nullptr, [] { throw FormatError("x"); }));
+    const SyncPlugin::WideChar* file = nullptr;
+    SyncPlugin::IFileLinkResolverContext* noContext = nullptr;
+    EXPECT_FALSE(RunGuarded(noContext, "read", file, [] { throw FormatError("x"); }));
+    EXPECT_FALSE(RunGuarded(&context, "read", file, [] { throw FormatError("x"); }));
     EXPECT_EQ(context.lines, QStringList{QStringLiteral("ERROR Failed to read : x")});
 }
 

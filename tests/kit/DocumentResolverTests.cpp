@@ -11,7 +11,7 @@ namespace Halvern::Test {
 
 namespace {
 
-using namespace Formats;
+using namespace PluginKit;
 
 /// A file that is one path. Its link is called "shown" where that path has a dot, else "hidden",
 /// and then it is known only to those who ask for it.

@@ -13,7 +13,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 
 namespace {
 

@@ -3,13 +3,14 @@
 #include "FileTree.h"
 
 #include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <gtest/gtest.h>
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -69,4 +69,4 @@ TEST(WindowsPath, AFolderIsNoEntryOfItself)
     EXPECT_EQ(NameOfEntry(Text("...")), "...");
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -9,7 +9,7 @@ namespace Halvern::Test {
 
 namespace {
 
-using namespace Formats;
+using namespace PluginKit;
 
 /// Writes down what it is told, every place as the text that stands there.
 class Recorder : public XmlVisitor

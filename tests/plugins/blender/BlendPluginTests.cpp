@@ -2,8 +2,8 @@
 
 #include "BlendFixture.h"
 
+#include "blender/ZstdSeekTable.h"
 #include "pluginkit/Compression.h"
-#include "kit/ZstdSeekTable.h"
 
 #include <QtCore/QFile>
 
@@ -33,8 +33,8 @@ protected:
 
     QByteArray Content(const QString& file) const
     {
-        const Formats::InputFile input(std::filesystem::path(tree.Path(file).toStdU16String()));
-        return QByteArray::fromStdString(Formats::ReadDecompressed(input, UINT64_MAX));
+        const PluginKit::InputFile input(std::filesystem::path(tree.Path(file).toStdU16String()));
+        return QByteArray::fromStdString(PluginKit::ReadDecompressed(input, UINT64_MAX));
     }
 
     /// What a rewrite to another folder makes of a path wherever it stands, or once for one that
@@ -163,14 +163,14 @@ TEST_F(BlenderPlugin, RewritesEveryLinkAndNothingElse)
 TEST_F(BlenderPlugin, KeepsTheFramesOfABlenderFile)
 {
     const auto frames = [&](const QString& file) {
-        const Formats::InputFile input(std::filesystem::path(tree.Path(file).toStdU16String()));
-        return Formats::ReadZstdSeekTable(input).value();
+        const PluginKit::InputFile input(std::filesystem::path(tree.Path(file).toStdU16String()));
+        return Formats::Blender::ReadZstdSeekTable(input).value();
     };
-    const std::vector<Formats::ZstdFrame> before = frames(house);
+    const std::vector<Formats::Blender::ZstdFrame> before = frames(house);
     ASSERT_GT(before.size(), 1U);
     const QByteArray bytes = tree.Read(house);
     ASSERT_TRUE(Repath(house, {L(u"LIMöbel.blend", u"Möbel.blend")}));
-    const std::vector<Formats::ZstdFrame> after = frames(house);
+    const std::vector<Formats::Blender::ZstdFrame> after = frames(house);
     ASSERT_EQ(after.size(), before.size());
     std::size_t same = 0;
     for (std::size_t i = 0; i < before.size(); ++i) {

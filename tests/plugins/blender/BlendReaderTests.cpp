@@ -38,8 +38,8 @@ TEST_F(BlendReader, AFileOfAnyMachineIsRead)
 TEST_F(BlendReader, ACompressedFileIsReadLikeThePlainOne)
 {
     const std::string plain = OneImage({}).toStdString();
-    for (const auto method : {Formats::Compression::Gzip, Formats::Compression::Zstd})
-        EXPECT_EQ(LinksOf(QByteArray::fromStdString(Formats::Compressed(method, plain))),
+    for (const auto method : {PluginKit::Compression::Gzip, PluginKit::Compression::Zstd})
+        EXPECT_EQ(LinksOf(QByteArray::fromStdString(PluginKit::Compressed(method, plain))),
                   (Links{L(u"IMHöhe", u"../Bilder/Höhe 木.png")}));
 }
 

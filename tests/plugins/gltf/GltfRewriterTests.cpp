@@ -192,7 +192,7 @@ TEST_F(GltfRewriter, AHundredThousandLinksAreRewrittenAtOnce)
 TEST_F(GltfRewriter, ABinaryFileKeepsItsOtherChunksAndGetsNewLengths)
 {
     // Larger than two buffers of the copy, and not a multiple of one.
-    const qint64 size = 2 * qint64(Formats::ReplacementFile::CopyBufferSize) + 4 * 1237;
+    const qint64 size = 2 * qint64(PluginKit::ReplacementFile::CopyBufferSize) + 4 * 1237;
     const QByteArray rest = BinChunk(PatternBytes(size)) + GlbChunk("XYZ1", PatternBytes(8, 2));
     const QString file = QStringLiteral("a.glb");
     for (const char16_t* path : {u"b", u"bc", u"bcd", u"bcde", u"../somewhere/else/b.png"}) {

@@ -184,7 +184,7 @@ TEST_F(OpenScadReader, ANameThatIsAFolderIsNoLink)
 
 TEST_F(OpenScadReader, LinksAreFoundAcrossTheEndsOfBlocks)
 {
-    const auto block = static_cast<qsizetype>(Formats::FileScanner::BlockSize);
+    const auto block = static_cast<qsizetype>(PluginKit::FileScanner::BlockSize);
     const QByteArray before = "use <a.scad>";
     for (qsizetype shift = 0; shift < 24; ++shift) {
         const QByteArray filler = "/*" + QByteArray(block - before.size() - 4 - shift, 'x') + "*/";

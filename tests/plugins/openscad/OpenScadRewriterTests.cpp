@@ -81,7 +81,7 @@ TEST_F(OpenScadRewriter, ALinkToAnInstalledLibraryCanBeRewrittenByItsId)
 
 TEST_F(OpenScadRewriter, AFileOfManyBlocksKeepsEverythingElse)
 {
-    const QByteArray noise = PatternBytes(2 * qint64(Formats::FileScanner::BlockSize))
+    const QByteArray noise = PatternBytes(2 * qint64(PluginKit::FileScanner::BlockSize))
                                  .toHex()
                                  .prepend("x=\"")
                                  .append("\";");

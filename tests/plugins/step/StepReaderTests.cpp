@@ -90,7 +90,7 @@ TEST_F(StepReader, TwoPartsInOneFileAreTwoLinks)
 
 TEST_F(StepReader, LinksAreFoundAcrossTheEndsOfBlocks)
 {
-    const auto block = static_cast<qsizetype>(Formats::FileScanner::BlockSize);
+    const auto block = static_cast<qsizetype>(PluginKit::FileScanner::BlockSize);
     const QByteArray reference = Reference("it''s.stp");
     for (qsizetype shift = 0; shift < reference.size(); ++shift) {
         const qsizetype before = File("").indexOf("ENDSEC;\nEND") + 4;

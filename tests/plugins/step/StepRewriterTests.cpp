@@ -106,7 +106,7 @@ TEST_F(StepRewriter, AWrappedStringIsReplacedWhole)
 TEST_F(StepRewriter, AFileOfManyBlocksKeepsEverythingElse)
 {
     QByteArray geometry;
-    const QByteArray noise = PatternBytes(2 * qint64(Formats::FileScanner::BlockSize)).toHex();
+    const QByteArray noise = PatternBytes(2 * qint64(PluginKit::FileScanner::BlockSize)).toHex();
     for (qsizetype at = 0; at < noise.size(); at += 60)
         geometry += "#7=CARTESIAN_POINT('" + noise.mid(at, 60) + "',(0.,0.,0.));\r\n";
     EXPECT_TRUE(

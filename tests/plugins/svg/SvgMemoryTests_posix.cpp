@@ -19,7 +19,7 @@ constexpr std::size_t MostMemory = 4 * Size + PeakMemory::Overhead;
 QByteArray Packed(const QByteArray& text)
 {
     return QByteArray::fromStdString(
-        Formats::Compressed(Formats::Compression::Gzip, text.toStdString()));
+        PluginKit::Compressed(PluginKit::Compression::Gzip, text.toStdString()));
 }
 
 class SvgMemory : public SvgFixture

@@ -101,7 +101,7 @@ TEST_F(SvgReader, TheAbsoluteNameIsTakenWhenOnlyThatOneLeadsAnywhere)
 TEST_F(SvgReader, CompressedDrawingsAreReadWhateverTheirName)
 {
     const std::string text = Svg("<image href='a.png'/>").toStdString();
-    const std::string packed = Formats::Compressed(Formats::Compression::Gzip, text);
+    const std::string packed = PluginKit::Compressed(PluginKit::Compression::Gzip, text);
     for (const QString& name : {QStringLiteral("b.svgz"), QStringLiteral("c.svg")}) {
         tree.File(name, QByteArray::fromStdString(packed));
         EXPECT_EQ(Read(name), (Links{L(u"image/href", u"a.png")}));

@@ -117,10 +117,10 @@ TEST_F(SvgRewriter, ALinkWhoseOldNameIsAFolderBesideTheCopyIsRewritten)
 
 TEST_F(SvgRewriter, ACompressedDrawingStaysCompressed)
 {
-    using Formats::Compression;
+    using PluginKit::Compression;
     const auto packed = [](const QByteArray& text) {
         return QByteArray::fromStdString(
-            Formats::Compressed(Compression::Gzip, text.toStdString()));
+            PluginKit::Compressed(Compression::Gzip, text.toStdString()));
     };
     const QString name = QStringLiteral("a.svgz");
     tree.File(name, packed(Svg("<image href='a.png'/>")));

@@ -195,7 +195,7 @@ TEST_F(WavefrontReader, AMaterialWithALongNameStillHasAnId)
 TEST_F(WavefrontReader, StatementsAreFoundBehindManyBlocksOfGeometry)
 {
     const QByteArray vertex = "v 0.123456 -1.5 2.25\n";
-    const auto block = static_cast<qsizetype>(Formats::FileScanner::BlockSize);
+    const auto block = static_cast<qsizetype>(PluginKit::FileScanner::BlockSize);
     QByteArray content = "mtllib first.mtl\n" + vertex.repeated(2 * block / vertex.size());
     // The keyword lies across the end of a block.
     content.append("#" + QByteArray(3 * block - content.size() - 4, 'x') + "\nmtllib last.mtl\n");

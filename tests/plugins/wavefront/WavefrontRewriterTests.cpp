@@ -161,7 +161,7 @@ TEST_F(WavefrontRewriter, AFileOfManyBlocksKeepsItsGeometryByteForByte)
 {
     QByteArray geometry;
     const QByteArray pattern =
-        PatternBytes(2 * qint64(Formats::FileScanner::BlockSize) + 11).toHex();
+        PatternBytes(2 * qint64(PluginKit::FileScanner::BlockSize) + 11).toHex();
     for (qsizetype at = 0; at < pattern.size(); at += 60)
         geometry += "v " + pattern.mid(at, 60) + "\r\n";
     EXPECT_TRUE(Object("mtllib a.mtl\r\n" + geometry + "mtllib b.mtl\r\n",

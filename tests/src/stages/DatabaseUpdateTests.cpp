@@ -325,7 +325,7 @@ TEST_F(DatabaseUpdate, OptionBitsFollowTheFlagsBothWaysAndOthersStay)
     auto item = Item("a.tlk");
     EXPECT_EQ(item->GetSyncOption(), SyncItem::RepathPending | SyncItem::SkipFileLinks);
     item->SetSyncOption(SyncItem::KeepExistingLinkedFiles, true);
-    Database().AddOrUpdateFileConfiguration(item);
+    ASSERT_TRUE(Database().AddOrUpdateFileConfiguration(item));
 
     mapping->SetFlag(FileMapping::NeedsRepath, false);
     EXPECT_TRUE(Update());

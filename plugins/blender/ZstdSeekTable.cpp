@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "kit/ZstdSeekTable.h"
+#include "ZstdSeekTable.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 
 #include <limits>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::Formats::Blender {
 
 namespace {
 
@@ -86,4 +87,4 @@ std::string ZstdSeekTable(const std::vector<ZstdFrame>& frames)
     return bytes;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::Formats::Blender

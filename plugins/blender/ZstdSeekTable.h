@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "KitNames.h"
 #include "pluginkit/InputFile.h"
 
 #include <cstdint>
@@ -9,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::Formats::Blender {
 
 /// One frame of a zstd file that is made of many, each of which can be read on its own.
 struct ZstdFrame
@@ -27,4 +28,4 @@ std::optional<std::vector<ZstdFrame>> ReadZstdSeekTable(const InputFile& file);
 /// The table's bytes. Throws FormatError when a frame is beyond what it can say.
 std::string ZstdSeekTable(const std::vector<ZstdFrame>& frames);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::Formats::Blender

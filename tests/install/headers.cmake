@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: Apache-2.0
+# corsync_compile_headers(TARGET INCLUDE FOLDER LIBRARY): compiles each header of INCLUDE/FOLDER as a source of
+# its own, with what LIBRARY hands to programs that link it and nothing else.
+function(corsync_compile_headers target include folder library)
+  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${include} ${include}/${folder}/*.h)
+  if(NOT headers)
+    message(FATAL_ERROR "There are no headers in ${include}/${folder}.")
+  endif()
+  set(sources "")
+  foreach(header IN LISTS headers)
+    file(STRINGS ${include}/${header} included REGEX "^#include \"")
+    foreach(line IN LISTS included)
+      string(REGEX REPLACE "^#include \"([^\"]*)\".*" "\\1" file "${line}")
+      if(file MATCHES "[.][.]/" OR NOT file MATCHES "^(corsync|filelink|pluginkit|syncplugin|syncservices)/")
+        message(FATAL_ERROR "${header} includes ${file}, which is no public header.")
+      endif()
+    endforeach()
+    string(REPLACE "/" "_" name ${header})
+    set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}/${name}.cpp)
+    # Twice, because a header must bear that, too.
+    file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${header}\"\n#include \"${header}\"\n")
+    list(APPEND sources ${source})
+  endforeach()
+  add_library(${target} OBJECT ${sources})
+  target_link_libraries(${target} PRIVATE ${library})
+  target_compile_options(${target} PRIVATE -O0 -Wall -Wextra -Wpedantic -Werror)
+endfunction()
