@@ -4,6 +4,8 @@
 
 #include "Platform.h"
 
+#include "base/SamePath.h"
+#include "base/Units.h"
 #include "syncservices/FileMapping.h"
 
 #include <QtCore/QDir>
@@ -22,15 +24,12 @@ QString AbsolutePath(const QString& argument)
 
 QString PathKey(const QString& path)
 {
-    const QString slashes = QDir::fromNativeSeparators(path);
-    return FileNameCase() == Qt::CaseInsensitive ? slashes.toCaseFolded() : slashes;
+    return QStringView(Base::SamePathKey(Base::Units(path))).toString();
 }
 
 bool IsInFolder(const QString& path, const QString& folder)
 {
-    if (!path.startsWith(folder, Qt::CaseInsensitive))
-        return false;
-    return path.size() == folder.size() || folder.endsWith(u'/') || path[folder.size()] == u'/';
+    return Base::PathBelow(Base::Units(folder), Base::Units(path)).has_value();
 }
 
 bool ExistsOnDisk(const QString& path)

@@ -3,9 +3,9 @@
 #include "pluginkit/DocumentResolver.h"
 
 #include "pluginkit/Boundary.h"
-#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <span>

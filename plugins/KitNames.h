@@ -2,8 +2,7 @@
 
 #pragma once
 
-namespace Halvern::PluginKit {
-}
+namespace Halvern::PluginKit {}
 
 namespace Halvern::Formats {
 

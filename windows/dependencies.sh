@@ -185,6 +185,13 @@ build_expat() {
     install_licence expat "$1" expat/COPYING
 }
 
+build_utf8proc() {
+    get_source utf8proc "$2"
+    cmake_build utf8proc "$work/utf8proc" "$1" -DBUILD_SHARED_LIBS=OFF \
+        -DUTF8PROC_ENABLE_TESTING=OFF
+    install_licence utf8proc "$1" LICENSE.md
+}
+
 # pkgconfig PREFIX NAME VERSION LIBRARIES PACKAGES: a description that stays true where the folder is moved.
 pkgconfig() {
     printf '%s\n' 'prefix=${pcfiledir}/../..' "Name: $2" "Description: $2" "Version: $3" \
@@ -207,6 +214,12 @@ build_rapidjson_dev() {
     mkdir -p "$1/include"
     cp -r /usr/include/rapidjson "$1/include/"
     install_copyright rapidjson-dev "$1"
+}
+
+build_libutfcpp_dev() {
+    mkdir -p "$1/include"
+    cp -r /usr/include/utf8cpp "$1/include/"
+    install_copyright libutfcpp-dev "$1"
 }
 
 # install_licence PACKAGE PREFIX FILE...: the licence texts for the zip, and Debian's summary.
@@ -260,6 +273,8 @@ dependency expat "$(version_of libexpat1-dev)"
 dependency googletest "$(version_of googletest)"
 dependency libcli11-dev "$(version_of libcli11-dev)"
 dependency rapidjson-dev "$(version_of rapidjson-dev)"
+dependency utf8proc "$(version_of libutf8proc-dev)"
+dependency libutfcpp-dev "$(version_of libutfcpp-dev)"
 
 printf 'set(CORSYNC_WINDOWS_PREFIXES\n' >build/windows-dependencies.cmake.new
 printf '  "%s"\n' "${prefixes[@]}" >>build/windows-dependencies.cmake.new

@@ -5,8 +5,8 @@
 #include "PathText.h"
 
 #include "KitNames.h"
-#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/FormatError.h"
+#include "syncplugin/ReferenceIds.h"
 
 namespace Halvern::Formats::Blender {
 

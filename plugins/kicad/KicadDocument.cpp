@@ -7,11 +7,11 @@
 #include "ProjectFile.h"
 
 #include "KitNames.h"
-#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/FileEdits.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <algorithm>
 

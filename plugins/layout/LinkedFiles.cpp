@@ -3,8 +3,9 @@
 #include "LinkedFiles.h"
 
 #include "KitNames.h"
+#include "base/FileStatus.h"
+#include "pluginkit/Utf.h"
 #include "syncplugin/ReferenceIds.h"
-#include "kit/PlatformFile.h"
 
 #include <map>
 #include <memory>
@@ -36,7 +37,7 @@ std::optional<TreePath> PathOf(IFileMapping& node, Getter getter)
 LinkedFile FileOf(IFileMapping& node, TreePath source)
 {
     LinkedFile file;
-    file.isMissing = !Platform::Exists(PathFromUtf8(source.Text()));
+    file.isMissing = !Base::Exists(PathFromUtf8(source.Text()));
     file.source = std::move(source);
     file.target = PathOf(node, &IFileMapping::GetTargetFile);
     const unsigned int flags = node.GetFlag();

@@ -6,9 +6,10 @@
 #include "Placement.h"
 
 #include "KitNames.h"
+#include "base/FileStatus.h"
 #include "pluginkit/Boundary.h"
 #include "pluginkit/FormatError.h"
-#include "kit/PlatformFile.h"
+#include "pluginkit/Utf.h"
 
 namespace Halvern::Formats::Layout {
 
@@ -16,7 +17,7 @@ namespace {
 
 bool ExistsOnDisk(const TreePath& path)
 {
-    return Platform::Exists(PathFromUtf8(path.Text()));
+    return Base::Exists(PathFromUtf8(path.Text()));
 }
 
 void AssignTargets(SyncPlugin::IFileMapping& top)

@@ -6,8 +6,8 @@
 
 #include "KitNames.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <deque>

@@ -7,11 +7,11 @@
 #include "ScadText.h"
 
 #include "KitNames.h"
-#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/FileEdits.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/LinkPaths.h"
 #include "pluginkit/LinkArray.h"
+#include "pluginkit/LinkPaths.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <unordered_set>
 

@@ -3,8 +3,8 @@
 #include "ScadText.h"
 
 #include "KitNames.h"
-#include "pluginkit/LinkPaths.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 
 #include <algorithm>
 

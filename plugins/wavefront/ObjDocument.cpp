@@ -3,9 +3,9 @@
 #include "ObjDocument.h"
 
 #include "KitNames.h"
-#include "syncplugin/ReferenceIds.h"
 #include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <algorithm>
 

@@ -5,7 +5,10 @@
 #include "pluginkit/Boundary.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"
+#include "pluginkit/Utf.h"
 
+#include <algorithm>
+#include <functional>
 #include <new>
 #include <stdexcept>
 
@@ -25,6 +28,51 @@ protected:
     }
 
     RecordingContext context;
+};
+
+/// A mapping that knows its source and nothing else.
+class SourceAlone : public SyncPlugin::IFileMapping
+{
+public:
+    using WideChar = SyncPlugin::WideChar;
+
+    unsigned GetSourceFile(WideChar* buffer, int size) override
+    {
+        const WideString source = ToUtf16("D:/Höhe.asm").value();
+        if (!buffer)
+            return static_cast<unsigned>(source.size());
+        const std::size_t part = std::min(source.size(), static_cast<std::size_t>(size) - 1);
+        *std::copy_n(source.begin(), part, buffer) = 0;
+        return static_cast<unsigned>(part);
+    }
+    unsigned GetRefId(WideChar*, int) override { return 0; }
+    unsigned GetTargetFile(WideChar*, int) override { return 0; }
+    unsigned GetTargetPath(WideChar*, int) override { return 0; }
+    bool SetTargetFile(const WideChar*, bool) override { return false; }
+    unsigned ResolveTargetPath(const WideChar*, WideChar*, int) override { return 0; }
+    bool HasTargetFile() override { return false; }
+    bool ExistsInTarget() override { return false; }
+    unsigned GetTargetRootFolder(WideChar*, int) override { return 0; }
+    bool HasFlag(unsigned) override { return false; }
+    unsigned GetFlag() override { return 0; }
+    void SetFlag(unsigned, bool) override {}
+    SyncPlugin::IFileMappingIterator* GetChildren() override { return nullptr; }
+    IFileMapping* GetParent() override { return nullptr; }
+    IFileMapping* GetRoot() override { return this; }
+    bool ChangeSourceFile(const WideChar*) override { return false; }
+};
+
+class LayoutContext : public SyncPlugin::IFileLayoutContext
+{
+public:
+    explicit LayoutContext(SyncPlugin::IPluginLogger* logger) : m_logger(logger) {}
+    SyncPlugin::IPluginLogger* GetLogger() override
+    {
+        return m_logger ? m_logger : throw std::runtime_error("no logger today");
+    }
+
+private:
+    SyncPlugin::IPluginLogger* m_logger;
 };
 
 /// The text of the FormatError that adding this link throws.
@@ -76,6 +124,28 @@ TEST_F(Boundary, AHostWithoutContextOrFileStillGetsItsAnswer)
     EXPECT_FALSE(RunGuarded(noContext, "read", file, [] { throw FormatError("x"); }));
     EXPECT_FALSE(RunGuarded(&context, "read", file, [] { throw FormatError("x"); }));
     EXPECT_EQ(context.lines, QStringList{QStringLiteral("ERROR Failed to read : x")});
+}
+
+TEST_F(Boundary, ALayoutFailsWithTheSourceOfItsFile)
+{
+    SourceAlone mapping;
+    SyncPlugin::IFileMapping* noMapping = nullptr;
+    LayoutContext layout(&context);
+    const auto fail = [] { throw FormatError("no room", 3); };
+    EXPECT_TRUE(RunGuarded(&layout, "lay out", &mapping, [] {}));
+    EXPECT_FALSE(RunGuarded(&layout, "lay out", &mapping, fail));
+    EXPECT_FALSE(RunGuarded(&layout, "lay out", noMapping, fail));
+    EXPECT_EQ(context.lines,
+              (QStringList{QStringLiteral("ERROR Failed to lay out D:/Höhe.asm: no room (byte 3)"),
+                           QStringLiteral("ERROR Failed to lay out : no room (byte 3)")}));
+}
+
+TEST_F(Boundary, AHostWhoseLoggerThrowsStillGetsItsAnswer)
+{
+    SourceAlone mapping;
+    LayoutContext layout(nullptr);
+    EXPECT_TRUE(RunGuarded(&layout, "lay out", &mapping, [] {}));
+    EXPECT_FALSE(RunGuarded(&layout, "lay out", &mapping, [] { throw FormatError("no room"); }));
 }
 
 TEST(LinkArray, HandsOverRecordsInOrder)

@@ -5,7 +5,6 @@
 #include "HeldFile.h"
 #include "ReplacingFixture.h"
 #include "support/FileOperations.h"
-#include "support/WindowsNames.h"
 
 #include <windows.h>
 
@@ -34,14 +33,14 @@ protected:
     static std::pair<quint64, quint64> TimesOf(const QString& path)
     {
         WIN32_FILE_ATTRIBUTE_DATA data = {};
-        const QString native = FileLink::WindowsApiPath(path);
+        const QString native = ApiPath(path);
         EXPECT_TRUE(::GetFileAttributesExW(reinterpret_cast<const wchar_t*>(native.utf16()),
                                            GetFileExInfoStandard, &data));
         return {Number(data.ftLastAccessTime), Number(data.ftLastWriteTime)};
     }
     static void SetTimes(const QString& path, quint64 read, quint64 written)
     {
-        const QString native = FileLink::WindowsApiPath(path);
+        const QString native = ApiPath(path);
         const HANDLE file =
             ::CreateFileW(reinterpret_cast<const wchar_t*>(native.utf16()), FILE_WRITE_ATTRIBUTES,
                           0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);

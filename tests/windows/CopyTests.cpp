@@ -3,8 +3,8 @@
 // How a copy comes into being, and what it does about programs that look at every new file.
 
 #include "FileTree.h"
+#include "HeldFile.h"
 #include "support/FileOperations.h"
-#include "support/WindowsNames.h"
 
 #include <QtCore/QDir>
 
@@ -25,7 +25,7 @@ constexpr DWORD ShortWhile = 300;
 /// Opens a file in this process; sharing is asked of every handle alike.
 HANDLE Open(const QString& path, DWORD share)
 {
-    const QString native = FileLink::WindowsApiPath(path);
+    const QString native = ApiPath(path);
     return ::CreateFileW(reinterpret_cast<const wchar_t*>(native.utf16()), GENERIC_READ, share,
                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
 }

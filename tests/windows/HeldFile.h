@@ -24,6 +24,8 @@ private:
     QProcess m_process;
 };
 
+/// A path as functions of the system take it.
+QString ApiPath(const QString& path);
 /// The file's attributes (FILE_ATTRIBUTE_...).
 unsigned long AttributesOf(const QString& path);
 void ChangeAttributes(const QString& path, unsigned long attributes);
