@@ -80,6 +80,7 @@ JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Prob
     JobResult result{std::move(files), {}};
     result.summary = Summarize(result.files);
     result.summary.problems = std::move(problems);
+    result.summary.registrationFaults = ListRegistrationFaults(session);
     result.summary.conflicts = plan.conflicts.size();
     result.summary.databaseError = run.DatabaseError();
     result.summary.cancelled = run.State().cancelled;

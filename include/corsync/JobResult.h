@@ -4,6 +4,7 @@
 
 #include "corsync/Export.h"
 #include "corsync/Plan.h"
+#include "corsync/Plugins.h"
 
 #include "filelink/Problem.h"
 
@@ -51,6 +52,8 @@ struct Summary
     qint64 pluginFailures = 0;
     /// Problems of no single file, each text once.
     QList<FileLink::Problem> problems;
+    /// Registration files of plug-ins that do not do what their authors mean.
+    QList<RegistrationFault> registrationFaults;
     /// Why the sync database failed during this job; empty: it did not.
     QString databaseError;
     /// Conflicts of the plan; with any, nothing was done.
