@@ -6,9 +6,6 @@
 #include "corsync/JobError.h"
 #include "corsync/Settings.h"
 
-#include "filelink/Problem.h"
-
-#include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -37,9 +34,6 @@ public:
     SessionUse Use() const;
     /// Absolute, with forward slashes.
     QString CloudFolder() const;
-    /// What registration files of plug-ins say that their authors cannot have meant. The files are
-    /// read on the first use of plug-ins, this one if there was none.
-    QList<FileLink::Problem> RegistrationProblems() const;
 
 private:
     struct State;
