@@ -18,7 +18,7 @@ protected:
         Assembly(u"src/a.tasm"_s, {u"1 b.tlk"_s});
         tree.File(u"src/b.tlk"_s);
         settings.productConfigurationId = 21;
-        settings.sourceConsumerId = 22;
+        settings.sourceConsumerId = u"consumer"_s;
         SyncServices::ServicesSettings other = settings;
         other.databaseFile = tree.Path(u"other.db"_s);
         settings.databaseFile = tree.Path(u"platform.db"_s);
@@ -68,7 +68,7 @@ TEST_F(OwnDatabase, TakesItemsAndHistoryInPlaceOfThePlatforms)
         own->GetSyncItem(Cloud(u"P/a.tasm"_s), true, -1, SyncServices::FileItem::ItemOnly);
     ASSERT_NE(item, nullptr);
     EXPECT_EQ(item->GetProductConfigurationId(), 21);
-    EXPECT_EQ(item->GetSourceConsumerId(), 22);
+    EXPECT_EQ(item->GetSourceConsumerId(), u"consumer"_s);
 }
 
 TEST_F(OwnDatabase, IsAskedForWhatWasCopiedBefore)
