@@ -324,15 +324,14 @@ TEST_F(SharedByThousands, StaysWhileOneOfThemStays)
     EXPECT_TRUE(allButOne.last()->GetSourceFileLinks().isEmpty());
 }
 
-/// Files that all link each other, themselves included.
+/// Selected files that all link each other, themselves included.
 void AddClique(FileSet& set, int count)
 {
     QStringList all;
     for (int i = 0; i < count; ++i)
         all.append(u"c%1"_s.arg(i));
     for (int i = 0; i < count; ++i)
-        AddTo(set, u"D:/clique/c%1"_s.arg(i), all,
-              i == 0 ? FileMapping::Selected : FileMapping::NoFlag);
+        AddTo(set, u"D:/clique/c%1"_s.arg(i), all, FileMapping::Selected);
 }
 
 TEST(FilesThatAllLinkEachOther, ReportTheirCyclesUpToALimit)
