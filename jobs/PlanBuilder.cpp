@@ -4,7 +4,7 @@
 
 #include "Paths.h"
 
-#include "pluginkit/Companions.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <QtCore/QFileInfo>
 
@@ -17,8 +17,8 @@ namespace {
 
 bool IsCompanionLink(const SyncServices::FileLink& link)
 {
-    static const QString mark = QString::fromUtf8(Formats::CompanionMark.data(),
-                                                  qsizetype(Formats::CompanionMark.size()));
+    static const QString mark = QString::fromUtf8(SyncPlugin::CompanionMark.data(),
+                                                  qsizetype(SyncPlugin::CompanionMark.size()));
     return link.RefId.startsWith(mark);
 }
 
