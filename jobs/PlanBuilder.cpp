@@ -76,8 +76,8 @@ PlannedLink LinkWriter::Describe(const SyncServices::FileLink& link, const FileM
         planned.newText = link.Path;
         return planned;
     }
-    const bool exists = linked ? !linked->HasFlag(FileMapping::SourceMissing)
-                               : QFileInfo::exists(planned.file);
+    const bool exists =
+        linked ? !linked->HasFlag(FileMapping::SourceMissing) : QFileInfo::exists(planned.file);
     planned.state = exists ? LinkState::Found : LinkState::Missing;
     if (linked && linked->HasTargetFile() && holder.HasTargetFile()) {
         planned.newFile = linked->GetTargetFile();
@@ -122,8 +122,7 @@ PlannedFile Describe(const FileMapping& file, const JobState& job, ProblemSorter
 
 } // namespace
 
-QList<PlannedFile> DescribeFiles(const JobState& job, ProblemSorter& problems,
-                                 PlaceInPlan& places)
+QList<PlannedFile> DescribeFiles(const JobState& job, ProblemSorter& problems, PlaceInPlan& places)
 {
     QList<PlannedFile> files;
     for (const auto& file : job.files->GetFiles()) {

@@ -113,11 +113,11 @@ qt=$(sed -n 's#^ *"\(.*/qt6-base-[^/]*\)"$#\1#p' build/windows-dependencies.cmak
 compiler=x86_64-w64-mingw32-g++-posix
 "$compiler" -std=c++20 -O1 -Wall -Wextra -Werror "$package/examples/host/import_files.cpp" \
     -o "$package/bin/import_files.exe" -I "$package/include" -isystem "$qt/include" \
-    -isystem "$qt/include/QtCore" -L "$package/lib" -lCorsyncFileLink -lCorsyncServices \
+    -isystem "$qt/include/QtCore" -L "$package/lib" -lCorsyncJobs -lCorsyncFileLink -lCorsyncServices \
     -L "$qt/lib" -lQt6Core
 cmake -S "$package/examples/plugin-template" -B "$work/plugin" -DCMAKE_SYSTEM_NAME=Windows \
-    -DCMAKE_PREFIX_PATH="$package" -DCMAKE_CXX_COMPILER="$compiler" \
-    -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" >"$work/plugin.out"
+    -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" \
+    -DCMAKE_PREFIX_PATH="$package" >"$work/plugin.out"
 cmake --build "$work/plugin" >>"$work/plugin.out"
 cp "$work/plugin/PathListSyncPlugin.dll" "$package/bin/SyncPlugins/"
 registered="$CORSYNC_WINE_PREFIX/drive_c/ProgramData/Halvern/Halvern Sync/Plugins"

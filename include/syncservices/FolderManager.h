@@ -16,8 +16,8 @@ namespace Halvern::SyncFolderManagerLib {
 /// Login state, cloud cache folder and sync database: one object per process.
 ///
 /// `Configure`, `Initialize` and `Uninitialize` belong to the thread that starts and stops the
-/// program; the members may be called from any thread in between. A failure is a
-/// result or GetLastError(), never an exception.
+/// program; the members may be called from any thread in between. A failure is a result or
+/// GetLastError(), never an exception.
 class SYNCSERVICES_EXPORT FolderManager
 {
 public:
