@@ -1,12 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
-# corsync_compile_headers(TARGET INCLUDE FOLDER LIBRARY): compiles each header of INCLUDE/FOLDER as a source of
-# its own, with what LIBRARY hands to programs that link it and nothing else.
+# corsync_compile_headers(TARGET INCLUDE FOLDER LIBRARY [TOGETHER]): compiles each header of INCLUDE/FOLDER as a
+# source of its own, or all as one source, with what LIBRARY hands to programs that link it and nothing else.
 function(corsync_compile_headers target include folder library)
   file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${include} ${include}/${folder}/*.h)
   if(NOT headers)
     message(FATAL_ERROR "There are no headers in ${include}/${folder}.")
   endif()
   set(sources "")
+  set(all "")
   foreach(header IN LISTS headers)
     file(STRINGS ${include}/${header} included REGEX "^#include \"")
     foreach(line IN LISTS included)
@@ -18,9 +19,17 @@ function(corsync_compile_headers target include folder library)
     string(REPLACE "/" "_" name ${header})
     set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}/${name}.cpp)
     # Twice, because a header must bear that, too.
-    file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${header}\"\n#include \"${header}\"\n")
-    list(APPEND sources ${source})
+    set(text "#include \"${header}\"\n#include \"${header}\"\n")
+    string(APPEND all "${text}")
+    if(NOT "${ARGN}" STREQUAL TOGETHER)
+      file(CONFIGURE OUTPUT ${source} CONTENT "${text}")
+      list(APPEND sources ${source})
+    endif()
   endforeach()
+  if(NOT sources)
+    set(sources ${CMAKE_CURRENT_BINARY_DIR}/${target}/all.cpp)
+    file(CONFIGURE OUTPUT ${sources} CONTENT "${all}")
+  endif()
   add_library(${target} OBJECT ${sources})
   target_link_libraries(${target} PRIVATE ${library})
   target_compile_options(${target} PRIVATE -O0 -Wall -Wextra -Wpedantic -Werror)

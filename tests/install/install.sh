@@ -19,7 +19,7 @@ while read -r file; do
         fail "$file looks for libraries elsewhere."
 done < <(find bin lib -type f \( -name '*.so*' -o -perm -u+x \))
 
-for header in "$source"/include/{filelink,pluginkit,syncplugin,syncservices}/*.h; do
+for header in "$source"/include/*/*.h; do
     cmp -s "$header" "include/${header#"$source"/include/}" || fail "$header is not installed as it is."
 done
 for file in bin/corsync lib/libCorsyncFileLink.so lib/libCorsyncServices.so include/syncservices/Version.h \
