@@ -20,15 +20,15 @@ QStringList LinesOf(const QList<Jobs::FileResult>& results, const FileTree& tree
 {
     QStringList lines;
     for (const Jobs::FileResult& result : results) {
-        QString line = OutcomeName(result.outcome) + u' ' + result.source + u" -> " + result.target;
+        QString line = OutcomeName(result.outcome) + u' ' + result.source + u" -> "_qs + result.target;
         if (result.sourceDeleted)
-            line += u" (source deleted)";
+            line += u" (source deleted)"_qs;
         if (!result.linkedFrom.isEmpty())
-            line += u" linked from " + result.linkedFrom.join(u", "_qs);
+            line += u" linked from "_qs + result.linkedFrom.join(u", "_qs);
         if (result.remark != Jobs::Remark::None)
-            line += u" remark " + QString::number(int(result.remark));
+            line += u" remark "_qs + QString::number(int(result.remark));
         for (const FileLink::Problem& problem : result.problems)
-            line += u": " + problem.text;
+            line += u": "_qs + problem.text;
         lines.append(line.replace(tree.Path() + u'/', QString()));
     }
     return lines;
@@ -67,7 +67,7 @@ void JobsFixture::TakeGardenShed()
     while (files.hasNext()) {
         QFile file(files.next());
         ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-        tree.File(u"work/shed" + file.fileName().mid(from.size()), file.readAll());
+        tree.File(u"work/shed"_qs + file.fileName().mid(from.size()), file.readAll());
     }
 }
 
