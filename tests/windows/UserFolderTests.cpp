@@ -14,6 +14,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using SyncFolderManagerLib::FolderManager;
@@ -46,9 +48,9 @@ protected:
         QDir().rmdir(cloudFolder);
     }
 
-    const QString settingsFile = Below("APPDATA", QStringLiteral("corsync/settings.ini"));
-    const QString databaseFile = Below("LOCALAPPDATA", QStringLiteral("corsync/sync.db"));
-    const QString cloudFolder = Below("USERPROFILE", QStringLiteral("Corsync"));
+    const QString settingsFile = Below("APPDATA", u"corsync/settings.ini"_s);
+    const QString databaseFile = Below("LOCALAPPDATA", u"corsync/sync.db"_s);
+    const QString cloudFolder = Below("USERPROFILE", u"Corsync"_s);
 
 private:
     bool m_ours = false;
@@ -80,9 +82,8 @@ TEST_F(UserFolders, WithSettingsThatCannotBeReadStopEveryJob)
 
     const FolderManager& manager = *FolderManager::GetInstance();
     EXPECT_EQ(manager.GetLastError(),
-              QStringLiteral("Failed to read settings file %1: The value of baseStoreLimit has the "
-                             "wrong form.")
-                  .arg(settingsFile));
+              u"Failed to read settings file %1: The value of baseStoreLimit has the "
+              "wrong form."_s.arg(settingsFile));
     EXPECT_EQ(manager.GetSyncDatabase(), nullptr);
     EXPECT_FALSE(manager.IsLoggedIn());
     EXPECT_FALSE(SyncManager::GetInstance()->IsCloudCacheFolderSyncEnabled());

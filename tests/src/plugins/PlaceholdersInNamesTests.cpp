@@ -12,6 +12,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using Halvern::SyncServices::FileMapping;
 
 using PlaceholdersInNames = PluginsFixture;
@@ -19,37 +20,34 @@ using PlaceholdersInNames = PluginsFixture;
 TEST_F(PlaceholdersInNames, OfASourceLeaveOneLineForADumpedMapping)
 {
     FileMappingRef node(QString(), QString(),
-                        std::make_shared<FileMapping>(QStringLiteral("D:/p/50%2.tasm"),
-                                                      QStringLiteral("F:/a.tasm"), 1));
+                        std::make_shared<FileMapping>(u"D:/p/50%2.tasm"_s, u"F:/a.tasm"_s, 1));
     manager.DumpFileMapping(&node);
-    EXPECT_EQ(log.Lines().filter(QStringLiteral("TRACE \"D:/p/50")).size(), 1);
-    EXPECT_TRUE(log.Lines().last().endsWith(QStringLiteral("\" ==> \"F:/a.tasm\"")));
+    EXPECT_EQ(log.Lines().filter(u"TRACE \"D:/p/50"_s).size(), 1);
+    EXPECT_TRUE(log.Lines().last().endsWith(u"\" ==> \"F:/a.tasm\""_s));
 }
 
 TEST_F(PlaceholdersInNames, OfAnExtensionHideNoPlugin)
 {
-    RegisterResolver(QStringLiteral("a.so"), QStringLiteral("*"));
-    EXPECT_EQ(
-        Modules(manager.FindPluginForFile(QStringLiteral("x.%4"), PluginType::FileLinkResolver)),
-        QStringList{QStringLiteral("a.so")});
+    RegisterResolver(u"a.so"_s, u"*"_s);
+    EXPECT_EQ(Modules(manager.FindPluginForFile(u"x.%4"_s, PluginType::FileLinkResolver)),
+              QStringList{u"a.so"_s});
     EXPECT_TRUE(log.Lines().last().startsWith(
-        QStringLiteral("DEBUG Found 1 File Link Resolver plugin(s) for file type ")));
+        u"DEBUG Found 1 File Link Resolver plugin(s) for file type "_s));
 }
 
 TEST_F(PlaceholdersInNames, OfAModuleLetItsLayoutAssignPaths)
 {
-    const QString module = QStringLiteral("a%2.so");
-    tree.Folder(QStringLiteral("lib"));
-    ASSERT_TRUE(QFile::copy(TestPluginFolder() + u'/' + TestLayoutModule(),
-                            tree.Path(QStringLiteral("lib/") + module)));
-    manager.AddPluginSearchPaths({tree.Path(QStringLiteral("lib"))});
-    RegisterLayout(module, QStringLiteral("tasm"));
+    const QString module = u"a%2.so"_s;
+    tree.Folder(u"lib"_s);
+    ASSERT_TRUE(
+        QFile::copy(TestPluginFolder() + u'/' + TestLayoutModule(), tree.Path(u"lib/"_s + module)));
+    manager.AddPluginSearchPaths({tree.Path(u"lib"_s)});
+    RegisterLayout(module, u"tasm"_s);
     FileLayoutContext context;
     const auto node = std::make_shared<FileMappingRef>(
-        QString(), QString(),
-        std::make_shared<FileMapping>(QStringLiteral("D:/b.tasm"), QStringLiteral("F:/b.tasm"), 1));
+        QString(), QString(), std::make_shared<FileMapping>(u"D:/b.tasm"_s, u"F:/b.tasm"_s, 1));
     EXPECT_TRUE(manager.AssignTargetPaths(node, &context));
-    EXPECT_EQ(log.Lines().filter(QStringLiteral(" assigned target paths successfully ")).size(), 1);
+    EXPECT_EQ(log.Lines().filter(u" assigned target paths successfully "_s).size(), 1);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "support/PathUtilities.h"
 #include "FileTree.h"
 #include "support/FileOperations.h"
+#include "support/PathUtilities.h"
 #include "support/Platform.h"
 
 #include <QtCore/QCoreApplication>
