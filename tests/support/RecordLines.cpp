@@ -64,7 +64,7 @@ QStringList RecordLines(const LogCapture& log, const QString& folder)
 }
 
 RecordsOf::RecordsOf(const QString& function, const QString& file, const QString& logger)
-    : m_function(WithoutTypes(function)), m_file(file), m_logger(logger)
+    : m_function(function), m_file(file), m_logger(logger)
 {}
 
 QString RecordsOf::Line(const QString& level, const QString& text) const
