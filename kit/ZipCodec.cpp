@@ -80,6 +80,8 @@ std::string Unpack(const InputFile& file, const ZipEntry& entry)
     const std::uint64_t room = std::uint64_t(entry.size) + 1;
     if (entry.method == ZipStored)
         return file.Read(entry.dataOffset, std::min<std::uint64_t>(entry.compressedSize, room));
+    if (entry.size == 0 && entry.compressedSize == 0) // some programs leave out even the end mark
+        return {};
     std::string content(static_cast<std::size_t>(room), '\0');
     content.resize(Inflater(file, entry).Fill(content));
     return content;

@@ -284,6 +284,14 @@ TEST_F(ZipFiles, PackedDataThatEndsEarlyIsReported)
     }
 }
 
+TEST_F(ZipFiles, ADeflatedEntryOfNothingAtAllIsEmpty)
+{
+    const QByteArray archive = Zip({{"a.xml", ""}});
+    ASSERT_EQ(archive.mid(8, 2), LittleEndian16(8)) << "deflated";
+    ASSERT_EQ(archive.mid(18, 8), QByteArray(8, '\0')) << "both sizes";
+    EXPECT_EQ(Failure(archive), "read: ");
+}
+
 TEST_F(ZipFiles, AllEntriesCanBeNamedAndRead)
 {
     std::vector<std::string> names;
