@@ -119,8 +119,7 @@ TEST_F(CancelOfAJob, WhileCopyingTellsWhatIsDoneAndWhatIsNot)
 TEST_F(CancelOfAJob, InEachPhaseOfTheExecutionIsMadeGoodByTheNextJob)
 {
     for (const Phase phase : {Phase::Copying, Phase::RewritingLinks, Phase::Recording}) {
-        session.reset();
-        tree.Remove(u"cloud"_qs).Remove(u"sync.db"_qs);
+        StartOver();
         Begin();
         CancelToken token;
         CancellingObserver observer(token, phase);

@@ -100,8 +100,7 @@ TEST_F(ExecutionOfAPlan, ReplacesKeepsAndRenamesAsThePolicySays)
           {u"b (2).tlk"_qs, "new b\n"}}},
     };
     for (const Row& row : rows) {
-        session.reset();
-        tree.Remove(u"cloud"_qs).Remove(u"sync.db"_qs);
+        StartOver();
         PutInTheWay();
         Begin();
         EXPECT_EQ(Carry(WithPolicy(row.policy)), row.lines);

@@ -60,6 +60,14 @@ Jobs::Session& JobsFixture::Begin(Jobs::SessionUse use)
     return session.emplace(Settings(), PluginFolders(), use);
 }
 
+void JobsFixture::StartOver()
+{
+    session.reset();
+    for (const QString& name : {u"cloud"_qs, u"sync.db"_qs, u"sync.db-wal"_qs, u"sync.db-shm"_qs})
+        if (tree.Exists(name))
+            tree.Remove(name);
+}
+
 void JobsFixture::TakeGardenShed()
 {
     const QString from = QStringLiteral(GARDEN_SHED);

@@ -130,8 +130,7 @@ TEST_F(ObserverOfAJob, ThatThrowsStopsTheJobWhichIsFinishedByTheNextOne)
          {std::pair(Phase::ReadingLinks, false), std::pair(Phase::ResolvingConflicts, false),
           std::pair(Phase::Copying, false), std::pair(Phase::Copying, true),
           std::pair(Phase::RewritingLinks, true), std::pair(Phase::Recording, false)}) {
-        session.reset();
-        tree.Remove(u"cloud"_qs).Remove(u"sync.db"_qs);
+        StartOver();
         Begin();
         ThrowingObserver observer(phase, atFile);
         {

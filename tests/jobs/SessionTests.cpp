@@ -46,6 +46,9 @@ TEST_F(SessionOfAHost, SaysWhyItCannotBegin)
               JobErrorKind::PluginFolderMissing);
     SyncServices::ServicesSettings noFolder = Settings();
     noFolder.cloudCacheFolder.clear();
+    EXPECT_EQ(KindOf([&] { Session{noFolder}; }), JobErrorKind::SettingsRefused);
+    tree.File(u"file"_qs);
+    noFolder.cloudCacheFolder = tree.Path(u"file/cloud"_qs);
     EXPECT_EQ(KindOf([&] { Session{noFolder}; }), JobErrorKind::NoCloudFolder);
     tree.File(u"broken.db"_qs, QByteArray(8192, 'x'));
     SyncServices::ServicesSettings broken = Settings();
