@@ -116,6 +116,9 @@ struct Session::State
 
     void Start(const ServicesSettings& settings, const QStringList& pluginFolders)
     {
+        if (settings.cloudCacheFolder.isEmpty())
+            throw JobError(JobErrorKind::SettingsRefused,
+                           QStringLiteral("no cloud cache folder is configured"));
         const QStringList folders = CheckedFolders(pluginFolders);
         if (use == SessionUse::PlanOnly)
             cleanup.emplace(settings.cloudCacheFolder);

@@ -120,8 +120,7 @@ TEST_F(CancelOfAJob, WhileCopyingTellsWhatIsDoneAndWhatIsNot)
 TEST_F(CancelOfAJob, InEachPhaseOfTheExecutionIsMadeGoodByTheNextJob)
 {
     for (const Phase phase : {Phase::Copying, Phase::RewritingLinks, Phase::Recording}) {
-        session.reset();
-        tree.Remove(u"cloud"_s).Remove(u"sync.db"_s);
+        StartOver();
         Begin();
         CancelToken token;
         CancellingObserver observer(token, phase);

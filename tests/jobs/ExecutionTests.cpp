@@ -101,8 +101,7 @@ TEST_F(ExecutionOfAPlan, ReplacesKeepsAndRenamesAsThePolicySays)
           {u"b (2).tlk"_s, "new b\n"}}},
     };
     for (const Row& row : rows) {
-        session.reset();
-        tree.Remove(u"cloud"_s).Remove(u"sync.db"_s);
+        StartOver();
         PutInTheWay();
         Begin();
         EXPECT_EQ(Carry(WithPolicy(row.policy)), row.lines);

@@ -63,6 +63,14 @@ Jobs::Session& JobsFixture::Begin(Jobs::SessionUse use)
     return session.emplace(Settings(), PluginFolders(), use);
 }
 
+void JobsFixture::StartOver()
+{
+    session.reset();
+    for (const QString& name : {u"cloud"_s, u"sync.db"_s, u"sync.db-wal"_s, u"sync.db-shm"_s})
+        if (tree.Exists(name))
+            tree.Remove(name);
+}
+
 void JobsFixture::TakeGardenShed()
 {
     const QString from = QStringLiteral(GARDEN_SHED);

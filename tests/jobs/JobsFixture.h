@@ -32,6 +32,8 @@ protected:
     QStringList PluginFolders() const;
     /// Ends the session that is, and begins another.
     Jobs::Session& Begin(Jobs::SessionUse use = Jobs::SessionUse::Import);
+    /// Ends the session, and forgets what was imported.
+    void StartOver();
     /// Copies the sample project into "work/shed".
     void TakeGardenShed();
     Jobs::ImportRequest Request(const QStringList& sources, const QString& target = {}) const;

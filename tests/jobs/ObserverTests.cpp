@@ -131,8 +131,7 @@ TEST_F(ObserverOfAJob, ThatThrowsStopsTheJobWhichIsFinishedByTheNextOne)
          {std::pair(Phase::ReadingLinks, false), std::pair(Phase::ResolvingConflicts, false),
           std::pair(Phase::Copying, false), std::pair(Phase::Copying, true),
           std::pair(Phase::RewritingLinks, true), std::pair(Phase::Recording, false)}) {
-        session.reset();
-        tree.Remove(u"cloud"_s).Remove(u"sync.db"_s);
+        StartOver();
         Begin();
         ThrowingObserver observer(phase, atFile);
         {

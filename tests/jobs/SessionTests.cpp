@@ -47,6 +47,9 @@ TEST_F(SessionOfAHost, SaysWhyItCannotBegin)
               JobErrorKind::PluginFolderMissing);
     SyncServices::ServicesSettings noFolder = Settings();
     noFolder.cloudCacheFolder.clear();
+    EXPECT_EQ(KindOf([&] { Session{noFolder}; }), JobErrorKind::SettingsRefused);
+    tree.File(u"file"_s);
+    noFolder.cloudCacheFolder = tree.Path(u"file/cloud"_s);
     EXPECT_EQ(KindOf([&] { Session{noFolder}; }), JobErrorKind::NoCloudFolder);
     tree.File(u"broken.db"_s, QByteArray(8192, 'x'));
     SyncServices::ServicesSettings broken = Settings();
