@@ -142,7 +142,7 @@ TEST(Placement, TwoFilesNeverGetOnePlace)
          {"/p/shed/tex/b.png", "/p/shed/Tex/B.png", "/p/shed/TEX/b.PNG", "/p/shed/A.GLTF"})
         plan.Links(source);
     PlaceFiles(plan.linked, {});
-    std::set<Formats::WideString> keys;
+    std::set<std::u16string> keys;
     for (const auto& [source, target] : plan.Targets())
         EXPECT_TRUE(keys.insert(Formats::Layout::CaseKey(target)).second) << target;
     EXPECT_EQ(plan.Target("/p/shed/tex/b.png"), Demo + "tex (2)/b.png");
