@@ -6,11 +6,10 @@
 #include "fileset/LinkGraph.h"
 #include "fileset/LinkWalk.h"
 
-#include <QtCore/QElapsedTimer>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ctime>
 #include <memory>
 
 namespace {
@@ -22,8 +21,18 @@ using namespace Qt::StringLiterals;
 constexpr int LadderLevels = 40;
 constexpr int ChainLength = 100'000;
 
+/// Counts the processor's time, whatever else the machine does.
+class Stopwatch
+{
+public:
+    double Seconds() const { return double(std::clock() - m_start) / CLOCKS_PER_SEC; }
+
+private:
+    std::clock_t m_start = std::clock();
+};
+
 /// Generous for the slowest machine and a sanitizer; walking 2^40 paths takes centuries.
-constexpr qint64 NoTime = 20'000;
+constexpr double NoTime = 30;
 
 QString Rung(QChar side, int level)
 {
@@ -55,15 +64,11 @@ void WalkWithMemo(FileMappingRef& node, QSet<const FileMapping*>& visited)
 class DiamondLadder : public ::testing::Test
 {
 protected:
-    DiamondLadder()
-    {
-        AddLadder(set);
-        timer.start();
-    }
-    ~DiamondLadder() override { EXPECT_LT(timer.elapsed(), NoTime); }
+    DiamondLadder() { AddLadder(set); }
+    ~DiamondLadder() override { EXPECT_LT(timer.Seconds(), NoTime); }
 
     FileSet set;
-    QElapsedTimer timer;
+    Stopwatch timer;
 };
 
 TEST_F(DiamondLadder, GrowsWhereSomebodyLooks)
@@ -155,15 +160,11 @@ void AddChain(FileSet& set)
 class LongChain : public ::testing::Test
 {
 protected:
-    LongChain()
-    {
-        AddChain(set);
-        timer.start();
-    }
-    ~LongChain() override { EXPECT_LT(timer.elapsed(), NoTime); }
+    LongChain() { AddChain(set); }
+    ~LongChain() override { EXPECT_LT(timer.Seconds(), NoTime); }
 
     FileSet set;
-    QElapsedTimer timer;
+    Stopwatch timer;
 };
 
 TEST_F(LongChain, IsWalkedToItsEndAndDestroyedWithoutADeepStack)
@@ -302,12 +303,11 @@ protected:
         for (const QString& holder : std::as_const(holders))
             AddTo(set, u"D:/s/"_s + holder, {u"bolt"_s});
         AddTo(set, u"D:/s/bolt"_s);
-        timer.start();
     }
-    ~SharedByThousands() override { EXPECT_LT(timer.elapsed(), NoTime); }
+    ~SharedByThousands() override { EXPECT_LT(timer.Seconds(), NoTime); }
 
     FileSet set;
-    QElapsedTimer timer;
+    Stopwatch timer;
 };
 
 TEST_F(SharedByThousands, LeavesTheSetWithTheirTop)
@@ -324,23 +324,21 @@ TEST_F(SharedByThousands, StaysWhileOneOfThemStays)
     EXPECT_TRUE(allButOne.last()->GetSourceFileLinks().isEmpty());
 }
 
-/// Files that all link each other, themselves included.
+/// Selected files that all link each other, themselves included.
 void AddClique(FileSet& set, int count)
 {
     QStringList all;
     for (int i = 0; i < count; ++i)
         all.append(u"c%1"_s.arg(i));
     for (int i = 0; i < count; ++i)
-        AddTo(set, u"D:/clique/c%1"_s.arg(i), all,
-              i == 0 ? FileMapping::Selected : FileMapping::NoFlag);
+        AddTo(set, u"D:/clique/c%1"_s.arg(i), all, FileMapping::Selected);
 }
 
 TEST(FilesThatAllLinkEachOther, ReportTheirCyclesUpToALimit)
 {
     FileSet set;
     AddClique(set, 100);
-    QElapsedTimer timer;
-    timer.start();
+    const Stopwatch timer;
     LogCapture log;
     Imp(set).GetFileLinkHierarchy(true);
     const QStringList lines = log.Lines();
@@ -349,7 +347,7 @@ TEST(FilesThatAllLinkEachOther, ReportTheirCyclesUpToALimit)
                              u"D:/clique/c0 leads to circular reference."_s);
     EXPECT_EQ(lines.last(), u"INFO Too many circular references. Further ones are not listed."_s);
     EXPECT_EQ(log.Count(lines.last()), 1);
-    EXPECT_LT(timer.elapsed(), NoTime);
+    EXPECT_LT(timer.Seconds(), NoTime);
 }
 
 TEST(FilesThatAllLinkEachOther, AreNotSearchedWhenNobodyReadsTheLines)

@@ -4,6 +4,7 @@
 #include "LogCapture.h"
 #include "RandomSets.h"
 #include "fileset/LinkGraph.h"
+#include "fileset/LinkWalk.h"
 
 #include <gtest/gtest.h>
 
@@ -43,6 +44,27 @@ QString Text(FileMappingRef& node, const FileMappingList& members)
     return text + u')';
 }
 
+/// The same text, by a walk.
+QString Walked(const FileMappingRef::Pointer& root, const FileMappingList& members)
+{
+    QString text;
+    LinkWalk walk;
+    const auto enter = [&](const FileMappingRef::Pointer& node) {
+        text += Head(node->LinkPath(), node->RefId(), members.indexOf(node->Mapping()),
+                     node->ClosesCycle());
+        walk.Enter(node);
+    };
+    for (enter(root); walk.IsOpen();) {
+        if (const FileMappingRef::Pointer child = walk.NextChild()) {
+            enter(child);
+            continue;
+        }
+        text += u')';
+        walk.Leave();
+    }
+    return text;
+}
+
 std::set<const FileMapping*> SetOf(const FileMappingList& files)
 {
     std::set<const FileMapping*> set;
@@ -72,6 +94,21 @@ TEST_P(RandomLinkTrees, HaveTheNodesOfTreesBuiltAtOnce)
                 << "seed " << seed;
     }
     EXPECT_GT(cyclesMet, 1000) << "the random sets hardly hold cycles";
+}
+
+TEST_P(RandomLinkTrees, AreWalkedNodeForNodeAsOftenAsOneLikes)
+{
+    for (quint32 seed = 0; seed < Seeds; seed += 4) {
+        const FileMappingList members = RandomMembers(seed);
+        FileSet set;
+        AddAll(set, members);
+        const EagerTrees eager(members, GetParam());
+        const FileSetImp::NodeList roots = Imp(set).GetFileLinkHierarchy(GetParam());
+        for (qsizetype i = 0; i < roots.size(); ++i)
+            for (int round = 0; round < 2; ++round)
+                ASSERT_EQ(Walked(roots[i], members), Text(*eager.Roots()[size_t(i)], members))
+                    << "seed " << seed;
+    }
 }
 
 TEST_P(RandomLinkTrees, ShowTheLinksOfTheirMakingWhateverChangesLater)
