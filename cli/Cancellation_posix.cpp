@@ -2,25 +2,22 @@
 
 #include "Cancellation.h"
 
-#include <atomic>
-
 #include <csignal>
 
 namespace Halvern::Cli {
 
 namespace {
 
-std::atomic<bool> cancelled{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may touch nothing else");
+Jobs::CancelToken token;
 
 void OnSignal(int)
 {
-    cancelled.store(true, std::memory_order_relaxed);
+    token.Cancel();
 }
 
 } // namespace
 
-void WatchForCancel()
+const Jobs::CancelToken& WatchForCancel()
 {
     struct sigaction action = {};
     action.sa_handler = OnSignal;
@@ -29,11 +26,7 @@ void WatchForCancel()
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
-}
-
-bool IsCancelled()
-{
-    return cancelled.load(std::memory_order_relaxed);
+    return token;
 }
 
 } // namespace Halvern::Cli

@@ -42,4 +42,54 @@ ExitCode MostSerious(const QList<ExitCode>& codes)
     return worst == codes.end() ? ExitCode::Complete : *worst;
 }
 
+bool HasBroken(const QList<Jobs::RegistrationFault>& faults)
+{
+    return std::any_of(faults.begin(), faults.end(),
+                       [](const Jobs::RegistrationFault& fault) { return fault.isBroken; });
+}
+
+ExitCode ExitCodeOf(const Jobs::Summary& summary)
+{
+    const bool pluginFailed =
+        summary.pluginFailures > 0 ||
+        std::any_of(summary.problems.begin(), summary.problems.end(), Jobs::IsPluginProblem) ||
+        HasBroken(summary.registrationFaults);
+    QList<ExitCode> codes;
+    if (summary.Count(Jobs::Outcome::Missing) > 0)
+        codes.append(ExitCode::MissingLinks);
+    if (summary.Count(Jobs::Outcome::Locked) > 0)
+        codes.append(ExitCode::Locked);
+    if (summary.filesWithProblems > 0 || !summary.problems.isEmpty())
+        codes.append(ExitCode::Failed);
+    if (pluginFailed || !summary.databaseError.isEmpty())
+        codes.append(ExitCode::PluginOrDatabase);
+    if (summary.conflicts > 0)
+        codes.append(ExitCode::Collisions);
+    if (summary.cancelled)
+        codes.append(ExitCode::Cancelled);
+    return MostSerious(codes);
+}
+
+ExitCode ExitCodeOf(Jobs::JobErrorKind kind)
+{
+    switch (kind) {
+    case Jobs::JobErrorKind::SettingsRefused:
+    case Jobs::JobErrorKind::PluginFolderMissing:
+    case Jobs::JobErrorKind::SourceRefused:
+    case Jobs::JobErrorKind::TargetRefused:
+        return ExitCode::Usage;
+    case Jobs::JobErrorKind::SourceMissing:
+        return ExitCode::SourceMissing;
+    case Jobs::JobErrorKind::DatabaseNotOpened:
+        return ExitCode::PluginOrDatabase;
+    case Jobs::JobErrorKind::NoCloudFolder:
+    case Jobs::JobErrorKind::SessionTaken:
+    case Jobs::JobErrorKind::SyncOff:
+    case Jobs::JobErrorKind::SelectionRefused:
+    case Jobs::JobErrorKind::WrongOrder:
+        return ExitCode::Failed;
+    }
+    return ExitCode::Failed;
+}
+
 } // namespace Halvern::Cli

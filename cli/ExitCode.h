@@ -2,6 +2,9 @@
 
 #pragma once
 
+#include "corsync/JobError.h"
+#include "corsync/JobResult.h"
+
 #include <QtCore/QList>
 #include <QtCore/QString>
 
@@ -36,20 +39,22 @@ enum class ExitCode : int
 /// usage, source missing, cancelled, collisions, plug-in or database, failed, locked, missing
 /// links.
 ExitCode MostSerious(const QList<ExitCode>& codes);
+/// A registration file of which nothing came keeps plug-ins from being used.
+bool HasBroken(const QList<Jobs::RegistrationFault>& faults);
+/// Of a whole import.
+ExitCode ExitCodeOf(const Jobs::Summary& summary);
+/// Of a command that could not begin.
+ExitCode ExitCodeOf(Jobs::JobErrorKind kind);
 
-/// Ends a command: the text goes to the user, the code to the caller of the process.
-class CommandError : public std::runtime_error
+/// Ends the command with a usage error; the text goes to the user.
+class UsageError : public std::runtime_error
 {
 public:
-    CommandError(ExitCode code, const QString& text)
-        : std::runtime_error(text.toStdString()), m_code(code), m_text(text)
+    explicit UsageError(const QString& text) : std::runtime_error(text.toStdString()), m_text(text)
     {}
-
-    ExitCode Code() const { return m_code; }
     const QString& Text() const { return m_text; }
 
 private:
-    ExitCode m_code;
     QString m_text;
 };
 

@@ -3,26 +3,16 @@
 #include "ImportCommand.h"
 
 #include "Console.h"
-#include "ImportJob.h"
-#include "JobOutcomes.h"
 #include "Platform.h"
 #include "ProgressLine.h"
 #include "Report.h"
-#include "Selection.h"
-#include "Session.h"
-#include "Settings.h"
+#include "Words.h"
 
-#include "syncservices/FolderManager.h"
-#include "syncservices/SyncManager.h"
+#include "corsync/ImportJob.h"
 
 #include <QtCore/QDir>
 
-#include <optional>
-
 namespace Halvern::Cli {
-
-using SyncFolderManagerLib::FolderManager;
-using SyncServices::SyncManager;
 
 namespace {
 
@@ -40,65 +30,60 @@ bool WantsProgress(const ImportOptions& options, const CommonOptions& common)
     return false;
 }
 
-void RequireSync()
+class ProgressShower : public Jobs::IJobObserver
 {
-    if (!FolderManager::GetInstance()->IsLoggedIn())
-        throw CommandError(ExitCode::Failed,
-                           QStringLiteral("not logged in, the settings say (loggedIn)"));
-    if (!SyncManager::GetInstance()->IsCloudCacheFolderSyncEnabled())
-        throw CommandError(ExitCode::Failed,
-                           QStringLiteral("sync of the cloud cache folder is off, the settings say "
-                                          "(cloudCacheFolderSyncEnabled)"));
-}
+public:
+    void PhaseBegun(Jobs::Phase phase, qint64 total) override
+    {
+        m_line.Begin(WordOf(phase), total);
+    }
+    void Progressed(const Jobs::Progress& progress) override
+    {
+        m_line.Show(progress.files, progress.bytes);
+    }
 
-void TellHowItEnded(const ImportReport& report, const ImportJob& job, Console& console)
+private:
+    ProgressLine m_line{true};
+};
+
+void TellHowItEnded(const Jobs::Summary& summary, const ImportOptions& options, Console& console)
 {
-    if (report.cancelled)
-        console.Error(job.WasExecuted() ? QStringLiteral("cancelled; import again to go on")
-                                        : QStringLiteral("cancelled; nothing was copied"));
-    else if (job.GetOptions().dryRun && report.conflicts.isEmpty())
+    if (summary.cancelled)
+        console.Error(summary.executed ? QStringLiteral("cancelled; import again to go on")
+                                       : QStringLiteral("cancelled; nothing was copied"));
+    else if (options.dryRun && summary.conflicts == 0)
         console.Note(QStringLiteral("dry run; nothing was copied"));
 }
 
-ImportReport Import(const ImportOptions& options, const LogSetup& log, ImportJob& job)
+ImportReport Import(const ImportOptions& options, const Jobs::Session& session,
+                    Jobs::IJobObserver* observer, const Jobs::CancelToken& cancel)
 {
-    const QStringList sources = CheckedSources(ExpandPatterns(options.sources));
-    // Asked before anything is moved away.
-    const QList<FileOutcome> leftOut = LeftOut(sources);
-    job.Plan(sources, CheckedTarget(options.to));
-    if (!options.dryRun)
-        job.Execute();
-    job.Finish();
-    ImportReport report;
-    report.conflicts = job.Conflicts();
-    report.databaseError = job.DatabaseError();
-    report.folders = {QDir::currentPath(),
-                      FolderManager::GetInstance()->GetCloudCacheFolderPath(false)};
-    Describe(job, log.Records(), report);
-    report.files.append(leftOut);
-    // With conflicts only they are of interest: of the files nothing was done.
-    if (!report.conflicts.isEmpty())
-        report.files.clear();
-    return report;
+    Jobs::ImportRequest request = options.request;
+    request.sources = ExpandPatterns(request.sources);
+    Jobs::ImportJob job(session, request, observer, &cancel);
+    job.MakePlan();
+    return {options.dryRun ? job.Preview() : job.Execute(),
+            job.GetPlan().conflicts,
+            {QDir::currentPath(), session.CloudFolder()}};
 }
 
 } // namespace
 
-ExitCode RunImport(const ImportOptions& options, const CommonOptions& common, const LogSetup& log,
-                   Console& console)
+ExitCode RunImport(const ImportOptions& options, const CommonOptions& common,
+                   const Jobs::CancelToken& cancel, Console& console)
 {
-    const SyncServices::ServicesSettings settings = ImportSettings(options);
-    std::optional<FolderCleanup> cleanup;
-    if (options.dryRun)
-        cleanup.emplace(settings.cloudCacheFolder);
-    const Session session(settings, common.pluginPaths);
-    RequireSync();
-    ProgressLine progress(WantsProgress(options, common));
-    ImportJob job(options, progress);
-    const ImportReport report = Import(options, log, job);
+    const Jobs::SessionUse use =
+        options.dryRun ? Jobs::SessionUse::PlanOnly : Jobs::SessionUse::Import;
+    const Jobs::Session session(Jobs::ResolveSettings(options.places, use), common.pluginPaths,
+                                use);
+    std::optional<ProgressShower> progress;
+    if (WantsProgress(options, common))
+        progress.emplace();
+    const ImportReport report = Import(options, session, progress ? &*progress : nullptr, cancel);
+    progress.reset();
     Print(report, console);
-    TellHowItEnded(report, job, console);
-    return report.Result();
+    TellHowItEnded(report.result.summary, options, console);
+    return ExitCodeOf(report.result.summary);
 }
 
 } // namespace Halvern::Cli

@@ -2,15 +2,16 @@
 
 #pragma once
 
-#include "Logging.h"
 #include "Options.h"
+
+#include "corsync/CancelToken.h"
 
 namespace Halvern::Cli {
 
 class Console;
 
-/// `corsync import`. Throws CommandError when the job cannot begin.
-ExitCode RunImport(const ImportOptions& options, const CommonOptions& common, const LogSetup& log,
-                   Console& console);
+/// `corsync import`. Throws Jobs::JobError when it cannot begin.
+ExitCode RunImport(const ImportOptions& options, const CommonOptions& common,
+                   const Jobs::CancelToken& cancel, Console& console);
 
 } // namespace Halvern::Cli

@@ -2,15 +2,16 @@
 
 #pragma once
 
-#include "Logging.h"
 #include "Options.h"
+
+#include "corsync/CancelToken.h"
 
 namespace Halvern::Cli {
 
 class Console;
 
-/// `corsync links`. Changes nothing anywhere. Throws CommandError when a file cannot be looked at.
-ExitCode RunLinks(const LinksOptions& options, const CommonOptions& common, const LogSetup& log,
-                  Console& console);
+/// `corsync links`. Changes nothing anywhere. Throws Jobs::JobError when it cannot begin.
+ExitCode RunLinks(const LinksOptions& options, const CommonOptions& common,
+                  const Jobs::CancelToken& cancel, Console& console);
 
 } // namespace Halvern::Cli

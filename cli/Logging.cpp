@@ -2,7 +2,7 @@
 
 #include "Logging.h"
 
-#include "LogText.h"
+#include "Text.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
@@ -17,13 +17,6 @@ namespace Halvern::Cli {
 
 namespace {
 
-/// Names of the loggers and of the source file under which plug-ins fail.
-constexpr char ModuleLogger[] = "CorsyncFileLink";
-constexpr char PluginSource[] = "PluginManager";
-
-/// The copy stage reports a read-only target at INFO; to the user that is a file that failed.
-constexpr char ReadOnlyTarget[] = "Copy skipped for file ";
-
 QString LevelName(int level)
 {
     if (level >= log4cplus::FATAL_LOG_LEVEL)
@@ -35,15 +28,6 @@ QString LevelName(int level)
     if (level >= log4cplus::INFO_LOG_LEVEL)
         return QStringLiteral("INFO ");
     return level >= log4cplus::DEBUG_LOG_LEVEL ? QStringLiteral("DEBUG") : QStringLiteral("TRACE");
-}
-
-LogOrigin OriginOf(const log4cplus::spi::InternalLoggingEvent& event)
-{
-    if (FromLog(event.getLoggerName()) != QLatin1String(ModuleLogger))
-        return LogOrigin::Plugin;
-    return FromLog(event.getFile()).startsWith(QLatin1String(PluginSource))
-               ? LogOrigin::PluginManager
-               : LogOrigin::Module;
 }
 
 int ScreenLevel(int verbosity)
@@ -60,8 +44,7 @@ std::unique_ptr<QIODevice> OpenLogFile(const QString& path)
     auto file = std::make_unique<QFile>(path);
     // Unbuffered, so that the last line before a crash is in the file.
     if (!file->open(QFile::WriteOnly | QFile::Append | QFile::Unbuffered))
-        throw CommandError(
-            ExitCode::Usage,
+        throw UsageError(
             QStringLiteral("cannot write the log file %1: %2").arg(path, file->errorString()));
     return file;
 }
@@ -75,25 +58,6 @@ std::unique_ptr<QIODevice> OpenStandardError()
 }
 
 } // namespace
-
-class LogSetup::Collector : public log4cplus::Appender
-{
-public:
-    ~Collector() override { destructorImpl(); }
-    void close() override { closed = true; }
-
-    QList<LogRecord> records;
-
-protected:
-    void append(const log4cplus::spi::InternalLoggingEvent& event) override
-    {
-        const int level = event.getLogLevel();
-        QString text = FromLog(event.getMessage());
-        if (level < log4cplus::WARN_LOG_LEVEL && !text.startsWith(QLatin1String(ReadOnlyTarget)))
-            return;
-        records.append({level, OriginOf(event), std::move(text)});
-    }
-};
 
 class LogSetup::LineWriter : public log4cplus::Appender
 {
@@ -111,8 +75,8 @@ protected:
     {
         const QString line = QStringLiteral("%1 %2 %3 %4\n")
                                  .arg(QDateTime::currentDateTime().toString(Qt::ISODateWithMs),
-                                      LevelName(event.getLogLevel()),
-                                      FromLog(event.getLoggerName()), FromLog(event.getMessage()));
+                                      LevelName(event.getLogLevel()), Text(event.getLoggerName()),
+                                      Text(event.getMessage()));
         m_device->write(line.toUtf8());
     }
 
@@ -120,15 +84,12 @@ private:
     std::unique_ptr<QIODevice> m_device;
 };
 
-LogSetup::LogSetup(const LogOptions& options) : m_collector(new Collector)
+LogSetup::LogSetup(const LogOptions& options)
 {
-    log4cplus::SharedAppenderPtr collector(m_collector);
     std::unique_ptr<QIODevice> file = options.file.isEmpty() ? nullptr : OpenLogFile(options.file);
     const int fileLevel = file ? options.fileLevel : log4cplus::OFF_LOG_LEVEL;
     const int screenLevel = ScreenLevel(options.verbosity);
-    log4cplus::Logger::getRoot().setLogLevel(
-        std::min({int(log4cplus::INFO_LOG_LEVEL), fileLevel, screenLevel}));
-    Add(collector);
+    log4cplus::Logger::getRoot().setLogLevel(std::min(fileLevel, screenLevel));
     if (file)
         AddLineWriter(std::move(file), fileLevel);
     if (screenLevel != log4cplus::OFF_LOG_LEVEL)
@@ -139,11 +100,6 @@ LogSetup::~LogSetup()
 {
     for (const log4cplus::SharedAppenderPtr& appender : std::as_const(m_appenders))
         log4cplus::Logger::getRoot().removeAppender(appender);
-}
-
-const QList<LogRecord>& LogSetup::Records() const
-{
-    return m_collector->records;
 }
 
 void LogSetup::AddLineWriter(std::unique_ptr<QIODevice> device, int threshold)

@@ -4,6 +4,9 @@
 
 #include "ExitCode.h"
 
+#include "corsync/ImportRequest.h"
+#include "corsync/Settings.h"
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -11,19 +14,6 @@
 #include <variant>
 
 namespace Halvern::Cli {
-
-/// What happens to a file whose target is taken.
-enum class CollisionPolicy
-{
-    /// Nothing is copied; the conflicts are listed.
-    Stop,
-    /// The file that stands there is used as it is.
-    Keep,
-    /// The file is copied under a new name.
-    Rename,
-    /// The file takes the place of the one that stands there.
-    Replace,
-};
 
 enum class ProgressMode
 {
@@ -54,19 +44,8 @@ struct CommonOptions
 
 struct ImportOptions
 {
-    QStringList sources;
-    /// As given: below the cloud cache folder, or absolute. Empty: the cloud cache folder itself.
-    QString to;
-    bool move = false;
-    bool linksOnly = false;
-    bool directLinksOnly = false;
-    CollisionPolicy selectedCollisions = CollisionPolicy::Stop;
-    CollisionPolicy linkedCollisions = CollisionPolicy::Stop;
-    /// Extensions whose links are followed; empty: all.
-    QStringList types;
-    QString cloudFolder;
-    QString database;
-    QString settings;
+    Jobs::ImportRequest request;
+    Jobs::Places places;
     bool dryRun = false;
     ProgressMode progress = ProgressMode::Auto;
 };

@@ -13,10 +13,6 @@ void PrepareConsole();
 bool IsStandardErrorTerminal();
 /// Columns of the terminal on standard error; 80 when unknown.
 int TerminalWidth();
-/// Whether names that differ in letter case alone name two files on an ordinary disk.
-Qt::CaseSensitivity FileNameCase();
-/// The machine's folder for data of all users, where plug-ins of other products are registered.
-QString CommonDataFolder();
 /// Arguments that name files. Where the shell leaves patterns to the program, "*" and "?" in the
 /// last part of one stand for the names they match, in their order; hidden ones are left out. A
 /// pattern that matches nothing stays as it is.

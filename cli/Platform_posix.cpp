@@ -32,16 +32,6 @@ int TerminalWidth()
     return known ? size.ws_col : 80;
 }
 
-Qt::CaseSensitivity FileNameCase()
-{
-    return Qt::CaseSensitive;
-}
-
-QString CommonDataFolder()
-{
-    return QStringLiteral("/usr/share");
-}
-
 QStringList ExpandPatterns(const QStringList& arguments)
 {
     return arguments;

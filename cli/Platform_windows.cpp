@@ -85,16 +85,6 @@ int TerminalWidth()
     return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
-Qt::CaseSensitivity FileNameCase()
-{
-    return Qt::CaseInsensitive;
-}
-
-QString CommonDataFolder()
-{
-    return QDir::fromNativeSeparators(qEnvironmentVariable("ProgramData"));
-}
-
 QStringList ExpandPatterns(const QStringList& arguments)
 {
     QStringList expanded;

@@ -3,120 +3,63 @@
 #include "PluginsCommand.h"
 
 #include "Console.h"
-#include "Reasons.h"
 #include "Report.h"
-#include "Session.h"
-#include "Settings.h"
+#include "Words.h"
 
-#include "filelink/FileLinkManager.h"
+#include "corsync/Plugins.h"
 
 #include <QtCore/QJsonArray>
-#include <QtCore/QTemporaryDir>
 
 namespace Halvern::Cli {
 
-using FileLink::FileLinkManager;
-using FileLink::PluginDescription;
-
 namespace {
 
-enum class LoadState
+void Print(const Jobs::PluginStatus& status, Console& console)
 {
-    NotTried,
-    Loads,
-    Fails,
-};
-
-struct PluginState
-{
-    PluginDescription plugin;
-    LoadState state = LoadState::NotTried;
-    QString error;
-};
-
-PluginState Examine(const PluginDescription& plugin, bool load)
-{
-    PluginState result{plugin, LoadState::NotTried, {}};
-    if (!load)
-        return result;
-    const bool loads = FileLinkManager::GetInstance()->LoadPlugin(plugin.module, &result.error);
-    result.state = loads ? LoadState::Loads : LoadState::Fails;
-    return result;
-}
-
-QString StateText(const PluginState& plugin)
-{
-    switch (plugin.state) {
-    case LoadState::NotTried:
-        return QStringLiteral("registered");
-    case LoadState::Loads:
-        return QStringLiteral("ok");
-    case LoadState::Fails:
-        return QStringLiteral("failed");
-    }
-    return {};
-}
-
-void Print(const PluginState& state, Console& console)
-{
-    const PluginDescription& plugin = state.plugin;
+    const FileLink::PluginDescription& plugin = status.plugin;
     const QString name = plugin.name.isEmpty() ? plugin.module : plugin.name;
-    QString line = QStringLiteral("%1  %2 (%3), %4: %5")
-                       .arg(StateText(state).leftJustified(10), name, plugin.module,
-                            plugin.service.toLower(), plugin.fileTypes.join(QStringLiteral(", ")));
-    if (state.state == LoadState::Fails)
-        console.ProblemLine(line + QStringLiteral(": ") + state.error);
+    const QString line = WordOf(status.state).leftJustified(10) + QStringLiteral("  ") + name +
+                         QStringLiteral(" (") + plugin.module + QStringLiteral("), ") +
+                         plugin.service.toLower() + QStringLiteral(": ") +
+                         plugin.fileTypes.join(QStringLiteral(", "));
+    if (status.state == Jobs::PluginState::Fails)
+        console.ProblemLine(line + QStringLiteral(": ") + status.error);
     else
         console.Line(line);
 }
 
-void PrintJson(const PluginState& state, Console& console)
+void PrintJson(const Jobs::PluginStatus& status, Console& console)
 {
-    QJsonObject object{
-        {QStringLiteral("event"), QStringLiteral("plugin")},
-        {QStringLiteral("name"), state.plugin.name},
-        {QStringLiteral("module"), state.plugin.module},
-        {QStringLiteral("service"), state.plugin.service},
-        {QStringLiteral("fileTypes"), QJsonArray::fromStringList(state.plugin.fileTypes)},
-        {QStringLiteral("priority"), qint64(state.plugin.priority)},
-        {QStringLiteral("state"), StateText(state)}};
-    if (!state.error.isEmpty())
-        object.insert(QStringLiteral("reason"), state.error);
+    const FileLink::PluginDescription& plugin = status.plugin;
+    QJsonObject object{{QStringLiteral("event"), QStringLiteral("plugin")},
+                       {QStringLiteral("name"), plugin.name},
+                       {QStringLiteral("module"), plugin.module},
+                       {QStringLiteral("service"), plugin.service},
+                       {QStringLiteral("fileTypes"), QJsonArray::fromStringList(plugin.fileTypes)},
+                       {QStringLiteral("priority"), qint64(plugin.priority)},
+                       {QStringLiteral("state"), WordOf(status.state)}};
+    if (!status.error.isEmpty())
+        object.insert(QStringLiteral("reason"), status.error);
     console.Json(object);
-}
-
-/// Registration files that could not be read.
-ExitCode PrintRegistrationErrors(const QList<LogRecord>& records, Console& console)
-{
-    const QSet<QString> noPaths;
-    const Reasons reasons(records, noPaths);
-    for (const LogRecord& record : reasons.General()) {
-        console.Json(JsonProblem(record.text));
-        console.Error(record.text);
-    }
-    return reasons.General().isEmpty() ? ExitCode::Complete : ExitCode::PluginOrDatabase;
 }
 
 } // namespace
 
-ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common, const LogSetup& log,
-                    Console& console)
+ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common,
+                    const Jobs::CancelToken&, Console& console)
 {
-    const QTemporaryDir folder;
-    if (!folder.isValid())
-        throw CommandError(ExitCode::Failed, folder.errorString());
-    const Session session(ThrowawaySettings(folder.path()), common.pluginPaths);
-    const QList<PluginDescription> plugins = FileLinkManager::GetInstance()->GetPlugins();
-    // Taken before anything is loaded: a library that does not load is reported with its plug-in.
-    QList<ExitCode> codes{PrintRegistrationErrors(log.Records(), console)};
-    for (const PluginDescription& plugin : plugins) {
-        const PluginState state = Examine(plugin, options.load);
+    const auto session = Jobs::Session::Temporary(common.pluginPaths);
+    const QList<Jobs::PluginStatus> plugins = Jobs::ListPlugins(*session, options.load);
+    const QList<Jobs::RegistrationFault> faults = Jobs::ListRegistrationFaults(*session);
+    Print(faults, console);
+    QList<ExitCode> codes{HasBroken(faults) ? ExitCode::PluginOrDatabase : ExitCode::Complete};
+    for (const Jobs::PluginStatus& status : plugins) {
         if (console.IsJson())
-            PrintJson(state, console);
+            PrintJson(status, console);
         else
-            Print(state, console);
-        codes.append(state.state == LoadState::Fails ? ExitCode::PluginOrDatabase
-                                                     : ExitCode::Complete);
+            Print(status, console);
+        if (status.state == Jobs::PluginState::Fails)
+            codes.append(ExitCode::PluginOrDatabase);
     }
     if (plugins.isEmpty())
         console.Line(QStringLiteral("no plug-ins are registered"));

@@ -2,15 +2,16 @@
 
 #pragma once
 
-#include "Logging.h"
 #include "Options.h"
+
+#include "corsync/CancelToken.h"
 
 namespace Halvern::Cli {
 
 class Console;
 
-/// `corsync plugins`. Changes nothing anywhere.
-ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common, const LogSetup& log,
-                    Console& console);
+/// `corsync plugins`. Changes nothing anywhere. Throws Jobs::JobError when it cannot begin.
+ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common,
+                    const Jobs::CancelToken& cancel, Console& console);
 
 } // namespace Halvern::Cli

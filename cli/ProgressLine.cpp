@@ -51,15 +51,10 @@ void ProgressLine::Begin(const QString& phase, qint64 total)
     Draw();
 }
 
-void ProgressLine::Step(qint64 bytes)
+void ProgressLine::Show(qint64 count, qint64 bytes)
 {
-    ++m_count;
-    m_bytes += bytes;
-    Tick();
-}
-
-void ProgressLine::Tick()
-{
+    m_count = count;
+    m_bytes = bytes;
     if (m_visible && m_sinceDrawn.hasExpired(MillisecondsBetweenDraws))
         Draw();
 }

@@ -23,9 +23,8 @@ public:
 
     /// Shows a new phase at once.
     void Begin(const QString& phase, qint64 total);
-    void Step(qint64 bytes);
-    /// Shows what has been counted since, when it is time to.
-    void Tick();
+    /// Shows what has been counted, when it is time to.
+    void Show(qint64 count, qint64 bytes);
     /// Removes the line.
     void Clear();
     bool IsActive() const { return m_active; }

@@ -3,15 +3,19 @@
 #include "Report.h"
 
 #include "Console.h"
-#include "Paths.h"
+#include "Words.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QJsonArray>
-#include <QtCore/QMap>
 
 #include <algorithm>
 
 namespace Halvern::Cli {
+
+using Jobs::Conflict;
+using Jobs::ConflictKind;
+using Jobs::FileResult;
+using Jobs::Outcome;
+using Jobs::Summary;
 
 namespace {
 
@@ -26,75 +30,32 @@ QString Printable(QString text)
     return text;
 }
 
+/// As it is, or relative to the folder when it lies below that.
 QString Shown(const QString& path, const QString& folder)
 {
-    const bool below = !folder.isEmpty() && path.size() > folder.size() && IsInFolder(path, folder);
-    const QString shown = below ? path.mid(folder.size() + (folder.endsWith(u'/') ? 0 : 1)) : path;
+    const QString prefix = folder.endsWith(u'/') ? folder : folder + u'/';
+    const bool below = !folder.isEmpty() && path.size() > prefix.size() &&
+                       path.startsWith(prefix, Qt::CaseInsensitive);
+    const QString shown = below ? path.mid(prefix.size()) : path;
     return Printable(QDir::toNativeSeparators(shown));
 }
 
-QString Word(FileStatus status)
-{
-    if (status == FileStatus::InPlace)
-        return QStringLiteral("in place");
-    return status == FileStatus::NotDone ? QStringLiteral("not done") : StatusName(status);
-}
-
-/// In brackets behind the paths.
-QString Remark(const FileOutcome& outcome, const ReportFolders& folders)
+/// In brackets after the paths.
+QString Remark(const FileResult& result, const ReportFolders& folders)
 {
     QStringList remarks;
-    if (outcome.status == FileStatus::Missing && !outcome.linkedFrom.isEmpty()) {
+    if (result.outcome == Outcome::Missing && !result.linkedFrom.isEmpty()) {
         QStringList from;
-        for (const QString& path : outcome.linkedFrom)
+        for (const QString& path : result.linkedFrom)
             from.append(Shown(path, folders.current));
         remarks.append(QStringLiteral("linked from ") + from.join(QStringLiteral(", ")));
     }
-    if (outcome.status == FileStatus::Locked)
+    if (result.outcome == Outcome::Locked)
         remarks.append(QStringLiteral("links pending"));
-    if (outcome.moved && outcome.status != FileStatus::Moved)
+    if (result.sourceDeleted && result.outcome != Outcome::Moved)
         remarks.append(QStringLiteral("source deleted"));
     return remarks.isEmpty() ? QString()
                              : QStringLiteral(" (") + remarks.join(QStringLiteral("; ")) + u')';
-}
-
-bool ShowsTarget(const FileOutcome& outcome)
-{
-    switch (outcome.status) {
-    case FileStatus::Missing:
-    case FileStatus::Url:
-    case FileStatus::Skipped:
-    case FileStatus::InPlace:
-        return false;
-    case FileStatus::Copied:
-    case FileStatus::Moved:
-    case FileStatus::Replaced:
-    case FileStatus::Renamed:
-    case FileStatus::Kept:
-    case FileStatus::Unchanged:
-    case FileStatus::Locked:
-    case FileStatus::Failed:
-    case FileStatus::NotDone:
-        return !outcome.target.isEmpty();
-    }
-    return false;
-}
-
-QString KindName(ConflictKind kind)
-{
-    switch (kind) {
-    case ConflictKind::TargetTaken:
-        return QStringLiteral("target-taken");
-    case ConflictKind::CannotRename:
-        return QStringLiteral("cannot-rename");
-    case ConflictKind::FolderInTheWay:
-        return QStringLiteral("folder-in-the-way");
-    case ConflictKind::FileInTheWay:
-        return QStringLiteral("file-in-the-way");
-    case ConflictKind::SameTarget:
-        return QStringLiteral("same-target");
-    }
-    return {};
 }
 
 QString Explanation(const Conflict& conflict, const ReportFolders& folders)
@@ -112,15 +73,6 @@ QString Explanation(const Conflict& conflict, const ReportFolders& folders)
         return QStringLiteral("also wanted by ") + Shown(conflict.other, folders.current);
     }
     return {};
-}
-
-/// How many files have each status, in the order of the enumeration.
-QMap<FileStatus, int> Counts(const QList<FileOutcome>& outcomes)
-{
-    QMap<FileStatus, int> counts;
-    for (const FileOutcome& outcome : outcomes)
-        ++counts[outcome.status];
-    return counts;
 }
 
 /// Which option would let the import go on.
@@ -143,57 +95,67 @@ void PrintText(const ImportReport& report, Console& console)
 {
     for (const Conflict& conflict : report.conflicts)
         console.ProblemLine(TextOf(conflict, report.folders));
-    for (const FileOutcome& outcome : report.files) {
-        if (IsProblem(outcome))
-            console.ProblemLine(TextOf(outcome, report.folders));
+    for (const FileResult& result : report.result.files) {
+        if (result.IsProblem())
+            console.ProblemLine(TextOf(result, report.folders));
         else
-            console.Line(TextOf(outcome, report.folders));
+            console.Line(TextOf(result, report.folders));
     }
     if (report.conflicts.isEmpty())
-        console.Line(CountLine(report.files, report.folders));
+        console.Line(CountLine(report.result.summary, report.folders));
+    Print(report.result.summary.registrationFaults, console);
 }
 
 void PrintJson(const ImportReport& report, Console& console)
 {
+    const Summary& summary = report.result.summary;
     for (const Conflict& conflict : report.conflicts)
         console.Json(JsonOf(conflict));
-    for (const FileOutcome& outcome : report.files)
-        console.Json(JsonOf(outcome));
-    for (const QString& problem : report.problems)
-        console.Json(JsonProblem(problem));
-    if (!report.databaseError.isEmpty())
-        console.Json(JsonProblem(report.databaseError));
-    console.Json(JsonSummary(report.files, report.conflicts.size(), report.Result()));
+    for (const FileResult& result : report.result.files)
+        console.Json(JsonOf(result));
+    for (const FileLink::Problem& problem : summary.problems)
+        console.Json(JsonProblem(problem.text));
+    if (!summary.databaseError.isEmpty())
+        console.Json(JsonProblem(summary.databaseError));
+    Print(summary.registrationFaults, console);
+    console.Json(JsonOf(summary));
 }
 
 } // namespace
 
-ExitCode ImportReport::Result() const
+bool ShowsTarget(const FileResult& result)
 {
-    QList<ExitCode> codes;
-    for (const FileOutcome& outcome : files)
-        codes.append(ExitCodeOf(outcome));
-    if (!conflicts.isEmpty())
-        codes.append(ExitCode::Collisions);
-    if (!problems.isEmpty())
-        codes.append(pluginProblem ? ExitCode::PluginOrDatabase : ExitCode::Failed);
-    if (!databaseError.isEmpty())
-        codes.append(ExitCode::PluginOrDatabase);
-    if (cancelled)
-        codes.append(ExitCode::Cancelled);
-    return MostSerious(codes);
+    switch (result.outcome) {
+    case Outcome::Missing:
+    case Outcome::Url:
+    case Outcome::Skipped:
+    case Outcome::InPlace:
+        return false;
+    case Outcome::Copied:
+    case Outcome::Moved:
+    case Outcome::Replaced:
+    case Outcome::Renamed:
+    case Outcome::Kept:
+    case Outcome::Unchanged:
+    case Outcome::Locked:
+    case Outcome::Failed:
+    case Outcome::NotDone:
+        return !result.target.isEmpty();
+    }
+    return false;
 }
 
-QString TextOf(const FileOutcome& outcome, const ReportFolders& folders)
+QString TextOf(const FileResult& result, const ReportFolders& folders)
 {
-    QString line = Word(outcome.status).leftJustified(StatusWidth) +
-                   (outcome.status == FileStatus::Url ? Printable(outcome.source)
-                                                      : Shown(outcome.source, folders.current));
-    if (ShowsTarget(outcome))
-        line += QStringLiteral(" -> ") + Shown(outcome.target, folders.cloud);
-    line += Remark(outcome, folders);
-    if (!outcome.reason.isEmpty())
-        line += QStringLiteral(": ") + Printable(outcome.reason);
+    QString line = WordOf(result.outcome).leftJustified(StatusWidth) +
+                   (result.outcome == Outcome::Url ? Printable(result.source)
+                                                   : Shown(result.source, folders.current));
+    if (ShowsTarget(result))
+        line += QStringLiteral(" -> ") + Shown(result.target, folders.cloud);
+    line += Remark(result, folders);
+    const QString reason = ReasonOf(result);
+    if (!reason.isEmpty())
+        line += QStringLiteral(": ") + Printable(reason);
     return line;
 }
 
@@ -205,67 +167,31 @@ QString TextOf(const Conflict& conflict, const ReportFolders& folders)
            Explanation(conflict, folders);
 }
 
-QString CountLine(const QList<FileOutcome>& outcomes, const ReportFolders& folders)
+QString CountLine(const Summary& summary, const ReportFolders& folders)
 {
     QStringList parts;
-    const QMap<FileStatus, int> counts = Counts(outcomes);
-    for (auto it = counts.begin(); it != counts.end(); ++it)
-        parts.append(QStringLiteral("%1 %2").arg(it.value()).arg(Word(it.key())));
-    const auto problems = std::count_if(outcomes.begin(), outcomes.end(), [](const auto& outcome) {
-        return IsProblem(outcome) && outcome.status != FileStatus::Failed;
-    });
+    for (auto it = summary.counts.begin(); it != summary.counts.end(); ++it)
+        parts.append(QStringLiteral("%1 %2").arg(it.value()).arg(WordOf(it.key())));
+    const qint64 problems = summary.filesWithProblems - summary.Count(Outcome::Failed);
     if (problems > 0)
         parts.append(QStringLiteral("%1 with problems").arg(problems));
     if (parts.isEmpty())
         parts.append(QStringLiteral("no files"));
-    return QStringLiteral("%1; cloud cache folder %2")
-        .arg(parts.join(QStringLiteral(", ")), QDir::toNativeSeparators(folders.cloud));
+    return parts.join(QStringLiteral(", ")) + QStringLiteral("; cloud cache folder ") +
+           QDir::toNativeSeparators(folders.cloud);
 }
 
-QJsonObject JsonOf(const FileOutcome& outcome)
+void Print(const QList<Jobs::RegistrationFault>& faults, Console& console)
 {
-    QJsonObject object{{QStringLiteral("event"), QStringLiteral("file")},
-                       {QStringLiteral("status"), StatusName(outcome.status)},
-                       {QStringLiteral("source"), outcome.source}};
-    if (ShowsTarget(outcome))
-        object.insert(QStringLiteral("target"), outcome.target);
-    if (outcome.moved)
-        object.insert(QStringLiteral("moved"), true);
-    if (!outcome.linkedFrom.isEmpty())
-        object.insert(QStringLiteral("linkedFrom"), QJsonArray::fromStringList(outcome.linkedFrom));
-    if (!outcome.reason.isEmpty())
-        object.insert(QStringLiteral("reason"), outcome.reason);
-    return object;
-}
-
-QJsonObject JsonOf(const Conflict& conflict)
-{
-    QJsonObject object{{QStringLiteral("event"), QStringLiteral("conflict")},
-                       {QStringLiteral("kind"), KindName(conflict.kind)},
-                       {QStringLiteral("source"), conflict.source},
-                       {QStringLiteral("target"), conflict.target},
-                       {QStringLiteral("selected"), conflict.selected}};
-    if (!conflict.other.isEmpty())
-        object.insert(QStringLiteral("other"), conflict.other);
-    return object;
-}
-
-QJsonObject JsonSummary(const QList<FileOutcome>& outcomes, qsizetype conflicts, ExitCode exitCode)
-{
-    QJsonObject counted;
-    const QMap<FileStatus, int> counts = Counts(outcomes);
-    for (auto it = counts.begin(); it != counts.end(); ++it)
-        counted.insert(StatusName(it.key()), it.value());
-    return {{QStringLiteral("event"), QStringLiteral("summary")},
-            {QStringLiteral("files"), outcomes.size()},
-            {QStringLiteral("counts"), counted},
-            {QStringLiteral("conflicts"), conflicts},
-            {QStringLiteral("exitCode"), int(exitCode)}};
-}
-
-QJsonObject JsonProblem(const QString& text)
-{
-    return {{QStringLiteral("event"), QStringLiteral("problem")}, {QStringLiteral("text"), text}};
+    for (const Jobs::RegistrationFault& fault : faults) {
+        console.Json(JsonOf(fault));
+        const QString line =
+            Printable(QDir::toNativeSeparators(fault.file) + QStringLiteral(": ") + fault.text);
+        if (fault.isBroken)
+            console.Error(line);
+        else
+            console.Note(QStringLiteral("warning: ") + line);
+    }
 }
 
 void Print(const ImportReport& report, Console& console)
@@ -274,10 +200,11 @@ void Print(const ImportReport& report, Console& console)
         PrintJson(report, console);
     else
         PrintText(report, console);
-    for (const QString& problem : report.problems)
-        console.Error(problem);
-    if (!report.databaseError.isEmpty())
-        console.Error(QStringLiteral("sync database: ") + report.databaseError);
+    const Summary& summary = report.result.summary;
+    for (const FileLink::Problem& problem : summary.problems)
+        console.Error(problem.text);
+    if (!summary.databaseError.isEmpty())
+        console.Error(QStringLiteral("sync database: ") + summary.databaseError);
     if (!report.conflicts.isEmpty())
         console.Note(Hint(report.conflicts));
 }

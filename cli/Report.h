@@ -2,9 +2,9 @@
 
 #pragma once
 
-#include "Conflicts.h"
 #include "ExitCode.h"
-#include "Outcome.h"
+
+#include "corsync/JobResult.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
@@ -25,28 +25,26 @@ struct ReportFolders
 /// All that there is to tell about an import.
 struct ImportReport
 {
-    QList<FileOutcome> files;
-    QList<Conflict> conflicts;
-    /// What went wrong without belonging to a file.
-    QStringList problems;
-    bool pluginProblem = false;
-    /// Empty: the sync database works.
-    QString databaseError;
-    bool cancelled = false;
+    Jobs::JobResult result;
+    QList<Jobs::Conflict> conflicts;
     ReportFolders folders;
-
-    ExitCode Result() const;
 };
 
-QString TextOf(const FileOutcome& outcome, const ReportFolders& folders);
-QString TextOf(const Conflict& conflict, const ReportFolders& folders);
+QString TextOf(const Jobs::FileResult& result, const ReportFolders& folders);
+QString TextOf(const Jobs::Conflict& conflict, const ReportFolders& folders);
 /// "3 copied, 1 missing; cloud cache folder /home/x/Corsync".
-QString CountLine(const QList<FileOutcome>& outcomes, const ReportFolders& folders);
+QString CountLine(const Jobs::Summary& summary, const ReportFolders& folders);
 
-QJsonObject JsonOf(const FileOutcome& outcome);
-QJsonObject JsonOf(const Conflict& conflict);
-QJsonObject JsonSummary(const QList<FileOutcome>& outcomes, qsizetype conflicts, ExitCode exitCode);
+QJsonObject JsonOf(const Jobs::FileResult& result);
+QJsonObject JsonOf(const Jobs::Conflict& conflict);
+QJsonObject JsonOf(const Jobs::Summary& summary);
 QJsonObject JsonProblem(const QString& text);
+/// A warning, or a problem when nothing came of the file.
+QJsonObject JsonOf(const Jobs::RegistrationFault& fault);
+void Print(const QList<Jobs::RegistrationFault>& faults, Console& console);
+
+/// False for an outcome that puts nothing at the target.
+bool ShowsTarget(const Jobs::FileResult& result);
 
 void Print(const ImportReport& report, Console& console);
 

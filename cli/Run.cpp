@@ -14,27 +14,34 @@ namespace Halvern::Cli {
 
 namespace {
 
-ExitCode RunCommand(const Options& options, const LogSetup& log, Console& console)
+ExitCode RunCommand(const Options& options, const Jobs::CancelToken& cancel, Console& console)
 {
     const auto run = [&](const auto& command) {
         using Command = std::decay_t<decltype(command)>;
         if constexpr (std::is_same_v<Command, ImportOptions>)
-            return RunImport(command, options.common, log, console);
+            return RunImport(command, options.common, cancel, console);
         else if constexpr (std::is_same_v<Command, LinksOptions>)
-            return RunLinks(command, options.common, log, console);
+            return RunLinks(command, options.common, cancel, console);
         else
-            return RunPlugins(command, options.common, log, console);
+            return RunPlugins(command, options.common, cancel, console);
     };
     return std::visit(run, options.command);
 }
 
-ExitCode Report(const CommandError& error, Console& console)
+ExitCode Report(ExitCode code, const QString& text, Console& console)
 {
     console.Json({{QStringLiteral("event"), QStringLiteral("error")},
-                  {QStringLiteral("text"), error.Text()},
-                  {QStringLiteral("exitCode"), int(error.Code())}});
-    console.Error(error.Text());
-    return error.Code();
+                  {QStringLiteral("text"), text},
+                  {QStringLiteral("exitCode"), int(code)}});
+    console.Error(text);
+    return code;
+}
+
+ExitCode Report(const Jobs::JobError& error, Console& console)
+{
+    const bool isTarget = error.Kind() == Jobs::JobErrorKind::TargetRefused;
+    return Report(ExitCodeOf(error.Kind()),
+                  isTarget ? QStringLiteral("--to ") + error.Text() : error.Text(), console);
 }
 
 } // namespace
@@ -49,12 +56,14 @@ int Run(const QStringList& arguments)
         return int(parsed.exitCode);
     }
     Console console(parsed.options->common.json, parsed.options->common.quiet);
-    WatchForCancel();
+    const Jobs::CancelToken& cancel = WatchForCancel();
     try {
         const LogSetup log(parsed.options->common.log);
-        return int(RunCommand(*parsed.options, log, console));
-    } catch (const CommandError& error) {
+        return int(RunCommand(*parsed.options, cancel, console));
+    } catch (const Jobs::JobError& error) {
         return int(Report(error, console));
+    } catch (const UsageError& error) {
+        return int(Report(ExitCode::Usage, error.Text(), console));
     }
 }
 

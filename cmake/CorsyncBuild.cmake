@@ -22,21 +22,3 @@ if(CORSYNC_COVERAGE)
   add_compile_options(--coverage -fprofile-abs-path)
   add_link_options(--coverage)
 endif()
-
-# A format plug-in: its library where the plug-in manager looks for it beside the program, and its
-# registration file (configured with @PLUGIN_MODULE@, the library's file name) likewise.
-function(corsync_add_plugin target registration)
-  set_target_properties(${target} PROPERTIES
-    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/SyncPlugins
-    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/SyncPlugins)
-  add_dependencies(plugins ${target})
-  # Their exports are checked.
-  set_property(GLOBAL APPEND PROPERTY CORSYNC_PLUGINS ${target})
-  set(PLUGIN_MODULE ${CMAKE_SHARED_MODULE_PREFIX}${target}${CMAKE_SHARED_MODULE_SUFFIX})
-  get_filename_component(name ${registration} NAME_WLE)
-  configure_file(${registration} ${CMAKE_BINARY_DIR}/bin/SyncPluginRegFiles/${name} @ONLY)
-  install(TARGETS ${target} LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR}/SyncPlugins
-                            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}/SyncPlugins)
-  install(FILES ${CMAKE_BINARY_DIR}/bin/SyncPluginRegFiles/${name}
-          DESTINATION ${CMAKE_INSTALL_BINDIR}/SyncPluginRegFiles)
-endfunction()

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # One room of the module CorsyncFileLink, compiled once for the library and for the tests.
-set(CORSYNC_MODULE_OPTIONS "" CACHE STRING "Further compiler options of the module's sources")
+set(CORSYNC_MODULE_OPTIONS "" CACHE STRING "Further compiler options of the module's sources and of base/")
 option(CORSYNC_MODULE_PRECOMPILE "Precompile the headers of libraries for the module's sources")
 function(corsync_module_room name)
   set(target corsync_${name}_objects)
@@ -9,7 +9,7 @@ function(corsync_module_room name)
   target_compile_options(${target} PRIVATE ${CORSYNC_MODULE_OPTIONS})
   target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${target} PRIVATE corsync_build
-                                  PUBLIC Qt6::Core Qt6::Xml log4cplus::log4cplus CorsyncServices)
+                                  PUBLIC corsync_base Qt6::Core Qt6::Xml log4cplus::log4cplus CorsyncServices)
   if(CORSYNC_MODULE_PRECOMPILE)
     target_precompile_headers(${target} PRIVATE
       <QtCore/QDateTime> <QtCore/QDir> <QtCore/QFile> <QtCore/QFileInfo> <QtCore/QHash>

@@ -1,16 +1,16 @@
 # SPDX-License-Identifier: Apache-2.0
 # The zip for Windows users; windows/package.sh makes it.
 #
-#   README.txt
+#   README.txt LICENSE NOTICE
 #   bin/       corsync.exe, every DLL that it needs, SyncPlugins/ and SyncPluginRegFiles/
 #   docs/      what users, host programmers and plug-in authors read
 #   examples/  programs that build against what is in the zip
 #   include/   the public headers
-#   lib/       import libraries for host programmers
+#   lib/       import libraries for host programmers, and the CMake package that names them
 #   licences/  the licence texts of everything that is in the zip
 
 configure_file(windows/README.txt ${CMAKE_BINARY_DIR}/README.txt @ONLY NEWLINE_STYLE WIN32)
-install(FILES ${CMAKE_BINARY_DIR}/README.txt DESTINATION .)
+install(FILES ${CMAKE_BINARY_DIR}/README.txt LICENSE NOTICE DESTINATION .)
 install(FILES docs/operations.md docs/formats.md docs/embedding.md docs/plugin-authors.md CHANGELOG.md
         DESTINATION docs)
 install(DIRECTORY examples/host examples/plugin-template DESTINATION examples)

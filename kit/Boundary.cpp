@@ -3,35 +3,20 @@
 #include "pluginkit/Boundary.h"
 
 #include "pluginkit/FormatError.h"
+#include "pluginkit/Utf.h"
 
 #include <new>
 #include <string>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
+using SyncPlugin::IFileLayoutContext;
 using SyncPlugin::IFileLinkResolverContext;
+using SyncPlugin::IFileMapping;
 using SyncPlugin::IPluginLogger;
 using SyncPlugin::WideChar;
-
-void Log(IPluginLogger* logger, std::string_view action, const WideChar* file,
-         std::string_view reason) noexcept
-{
-    try {
-        if (!logger)
-            return;
-        WideString message = ToUtf16Lossy("Failed to ");
-        message += ToUtf16Lossy(action);
-        message += WideChar(' ');
-        message += file ? WideView(file) : WideView();
-        message += ToUtf16Lossy(": ");
-        message += ToUtf16Lossy(reason);
-        logger->LogError(message.c_str());
-    } catch (...) {
-        // No memory for the message either; the false result has to do.
-    }
-}
 
 /// The reason with its position. Called while an exception is being handled.
 std::string ReasonOfCurrentException()
@@ -52,34 +37,64 @@ std::string ReasonOfCurrentException()
     }
 }
 
-} // namespace
-
-bool RunGuarded(IFileLinkResolverContext* context, std::string_view action, const WideChar* file,
-                const std::function<void()>& work) noexcept
+/// Called while an exception is being handled. The parts that are asked for may throw as well.
+template <typename Context, typename FileName>
+void LogCurrentException(Context* context, std::string_view action, const FileName& fileName)
 {
-    IPluginLogger* logger = nullptr;
-    try {
-        logger = context ? context->GetLogger() : nullptr;
-    } catch (...) {
-        // A host without a logger: the result has to do.
-    }
-    return RunLogged(logger, action, file, work);
+    const std::string reason = ReasonOfCurrentException();
+    IPluginLogger* logger = context ? context->GetLogger() : nullptr;
+    if (!logger)
+        return;
+    WideString message = ToUtf16Lossy("Failed to ");
+    message += ToUtf16Lossy(action);
+    message += WideChar(' ');
+    message += fileName();
+    message += ToUtf16Lossy(": ");
+    message += ToUtf16Lossy(reason);
+    logger->LogError(message.c_str());
 }
 
-bool RunLogged(IPluginLogger* logger, std::string_view action, const WideChar* file,
-               const std::function<void()>& work) noexcept
+template <typename Context, typename FileName>
+bool Run(Context* context, std::string_view action, const FileName& fileName,
+         const Work& work) noexcept
 {
     try {
         work();
         return true;
     } catch (...) {
         try {
-            Log(logger, action, file, ReasonOfCurrentException());
+            LogCurrentException(context, action, fileName);
         } catch (...) {
-            Log(logger, action, file, {});
+            // No memory for the message, or a host without a logger: the result has to do.
         }
         return false;
     }
 }
 
-} // namespace Halvern::Formats
+WideString SourceOf(IFileMapping* mapping)
+{
+    if (!mapping)
+        return {};
+    WideString source(mapping->GetSourceFile(nullptr, 0) + 1, WideChar(0));
+    mapping->GetSourceFile(source.data(), static_cast<int>(source.size()));
+    source.pop_back();
+    return source;
+}
+
+} // namespace
+
+bool RunGuarded(IFileLinkResolverContext* context, std::string_view action, const WideChar* file,
+                Work work) noexcept
+{
+    return Run(
+        context, action, [file] { return file ? WideString(file) : WideString(); }, work);
+}
+
+bool RunGuarded(IFileLayoutContext* context, std::string_view action, IFileMapping* mapping,
+                Work work) noexcept
+{
+    return Run(
+        context, action, [mapping] { return SourceOf(mapping); }, work);
+}
+
+} // namespace Halvern::PluginKit

@@ -9,7 +9,7 @@
 #include <array>
 #include <utility>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 Compression CompressionOf(const InputFile& file)
 {
@@ -128,4 +128,4 @@ std::string Compressed(Compression compression, std::string_view bytes)
     return result;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -60,4 +60,4 @@ std::unique_ptr<Compressor::Encoder> MakeEncoder(Compression compression)
     return std::make_unique<PlainEncoder>();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -4,7 +4,7 @@
 
 #include "pluginkit/Compression.h"
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// One method of compression, as a Decompressor drives it.
 class Decompressor::Decoder
@@ -34,4 +34,4 @@ std::unique_ptr<Compressor::Encoder> MakeGzipEncoder();
 std::unique_ptr<Decompressor::Decoder> MakeZstdDecoder();
 std::unique_ptr<Compressor::Encoder> MakeZstdEncoder();
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -3,13 +3,14 @@
 #include "pluginkit/DocumentResolver.h"
 
 #include "pluginkit/Boundary.h"
-#include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"
+#include "pluginkit/LinkPaths.h"
+#include "pluginkit/Utf.h"
 
 #include <span>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -133,17 +134,17 @@ void DocumentResolver::RewriteLinks(const WideChar* file, const FileLinkInfo* li
 }
 
 bool DocumentResolver::GetFileLinks(const WideChar* file, FileLinkInfo** links, int* count,
-                                    IFileLinkResolverContext* context)
+                                    IFileLinkResolverContext* context) noexcept
 {
     return RunGuarded(context, "read the file links of", file,
                       [&] { ReadLinks(file, links, count); });
 }
 
 bool DocumentResolver::RepathFileLinks(const WideChar* file, const FileLinkInfo* links, int count,
-                                       IFileLinkResolverContext* context)
+                                       IFileLinkResolverContext* context) noexcept
 {
     return RunGuarded(context, "rewrite the file links of", file,
                       [&] { RewriteLinks(file, links, count); });
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

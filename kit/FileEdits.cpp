@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -39,4 +39,4 @@ void ReplaceSpans(InputFile& file, std::vector<FileEdit> edits)
     replacement.Commit();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

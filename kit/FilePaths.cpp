@@ -5,7 +5,7 @@
 #include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 bool IsAbsolutePath(const std::filesystem::path& path)
 {
@@ -28,4 +28,4 @@ std::filesystem::path NormalPath(const std::filesystem::path& path)
     return text += normal.native();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -74,4 +74,4 @@ void FileScanner::SkipBlockComment(std::uint64_t begin)
     throw FormatError("a comment without an end", begin);
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -2,14 +2,15 @@
 
 #include "pluginkit/FileUri.h"
 
-#include "pluginkit/FilePaths.h"
+#include "base/PathText.h"
+#include "kit/NamedThings.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/PercentCoding.h"
-#include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -37,26 +38,9 @@ std::string SchemeOf(std::string_view uri)
     return scheme;
 }
 
-bool IsDrive(std::string_view path)
-{
-    return path.size() >= 2 && IsLetter(path[0]) && path[1] == ':';
-}
-
 bool IsSlash(char c)
 {
     return c == '/' || c == '\\';
-}
-
-/// A name with a NUL must not reach the system, which would take only what is before it.
-bool FileExists(const std::filesystem::path& folder, std::string_view path)
-{
-    return path.find('\0') == std::string_view::npos && Platform::Exists(PathIn(folder, path));
-}
-
-/// True where a backslash is a letter and something is named with it.
-bool IsNamedWithBackslashes(std::string_view path, const std::filesystem::path& folder)
-{
-    return std::filesystem::path::preferred_separator != '\\' && FileExists(folder, path);
 }
 
 std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
@@ -66,8 +50,8 @@ std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
     std::string decoded = PercentDecode(raw);
     if (!IsUtf8(decoded))
         return std::string(raw);
-    const bool isRaw = decoded.find('\0') == std::string::npos && !FileExists(folder, decoded) &&
-                       FileExists(folder, raw);
+    const bool isRaw = decoded.find('\0') == std::string::npos && !NamesAnything(decoded, folder) &&
+                       NamesAnything(raw, folder);
     return isRaw ? std::string(raw) : decoded;
 }
 
@@ -75,7 +59,7 @@ std::string Decoded(std::string_view raw, const std::filesystem::path& folder)
 std::string DecodedWithSlashes(std::string_view raw, const std::filesystem::path& folder)
 {
     std::string path = Decoded(raw, folder);
-    if (raw.find('\\') == std::string_view::npos || IsNamedWithBackslashes(path, folder))
+    if (raw.find('\\') == std::string_view::npos || WithSlashes(path, folder) == path)
         return path;
     std::string slashes(raw);
     std::replace(slashes.begin(), slashes.end(), '\\', '/');
@@ -91,11 +75,11 @@ std::string FileUriPath(std::string_view rest)
         host = rest.substr(2, end - 2);
         rest.remove_prefix(end);
     }
-    if (IsDrive(host)) // "file://D:/x", one slash short
+    if (Base::HasDrive(host)) // "file://D:/x", one slash short
         return host + std::string(rest);
     if (!host.empty() && host != "localhost")
         return "//" + host + std::string(rest);
-    if (rest.starts_with('/') && IsDrive(rest.substr(1)))
+    if (rest.starts_with('/') && Base::HasDrive(rest.substr(1)))
         rest.remove_prefix(1);
     return std::string(rest);
 }
@@ -104,7 +88,7 @@ std::string FileUriPath(std::string_view rest)
 std::string DriveWithSlashes(std::string_view path)
 {
     std::string result(path);
-    const bool drive = IsDrive(path) && path.size() > 2 && IsSlash(path[2]);
+    const bool drive = Base::HasDrive(path) && path.size() > 2 && IsSlash(path[2]);
     if (drive || path.starts_with("\\\\"))
         std::replace(result.begin(), result.end(), '\\', '/');
     return result;
@@ -140,7 +124,7 @@ std::string UriOfPath(std::string_view given)
         return "file:" + encoded;
     if (path.starts_with('/'))
         return "file://" + encoded;
-    if (IsDrive(path) && path.size() > 2 && path[2] == '/')
+    if (Base::HasDrive(path) && path.size() > 2 && path[2] == '/')
         return "file:///" + encoded;
     // A ":" in the first segment would read as the end of a scheme.
     if (encoded.find(':') < encoded.find('/'))
@@ -148,36 +132,4 @@ std::string UriOfPath(std::string_view given)
     return encoded;
 }
 
-bool NamesFolder(std::string_view path, const std::filesystem::path& folder)
-{
-    if (path.find('\0') != std::string_view::npos)
-        return false;
-    const std::string_view name = path.substr(path.rfind('/') + 1);
-    return name.empty() || name == "." || name == ".." || Platform::IsFolder(PathIn(folder, path));
-}
-
-bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder)
-{
-    return path.find('\0') == std::string_view::npos && Platform::IsFile(PathIn(folder, path));
-}
-
-std::string WithSlashes(std::string path, const std::filesystem::path& folder)
-{
-    if (path.find('\\') != std::string::npos && !IsNamedWithBackslashes(path, folder))
-        std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
-}
-
-std::string_view WithoutDot(std::string_view path)
-{
-    while (path.starts_with("./"))
-        path.remove_prefix(2);
-    return path;
-}
-
-bool IsSamePath(std::string_view a, std::string_view b)
-{
-    return WithoutDot(a) == WithoutDot(b);
-}
-
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -9,7 +9,7 @@
 
 #include <zlib.h>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -122,4 +122,4 @@ std::unique_ptr<Compressor::Encoder> MakeGzipEncoder()
     return std::make_unique<GzipEncoder>();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -2,19 +2,22 @@
 
 #include "pluginkit/InputFile.h"
 
+#include "kit/InputFileState.h"
 #include "pluginkit/FormatError.h"
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 InputFile::InputFile(const std::filesystem::path& path)
-    : m_path(path), m_handle(Platform::OpenForReading(path))
+    : m_path(path), m_state(std::make_unique<State>())
 {
+    m_state->handle = Platform::OpenForReading(path);
     try {
-        m_stamp = Platform::StampOf(m_handle);
+        m_state->stamp = Platform::StampOf(m_state->handle);
     } catch (...) {
-        Platform::Close(m_handle);
+        Close();
         throw;
     }
+    m_size = m_state->stamp.size;
 }
 
 InputFile::~InputFile()
@@ -24,15 +27,15 @@ InputFile::~InputFile()
 
 void InputFile::Close() noexcept
 {
-    if (m_handle != Platform::NoHandle)
-        Platform::Close(m_handle);
-    m_handle = Platform::NoHandle;
+    if (m_state->handle != Platform::NoHandle)
+        Platform::Close(m_state->handle);
+    m_state->handle = Platform::NoHandle;
 }
 
 void InputFile::ReadAt(std::uint64_t offset, char* buffer, std::size_t size) const
 {
     while (size > 0) {
-        const std::size_t got = Platform::ReadSome(m_handle, offset, buffer, size);
+        const std::size_t got = Platform::ReadSome(m_state->handle, offset, buffer, size);
         if (got == 0)
             throw FormatError("the file ends unexpectedly", offset);
         offset += got;
@@ -50,4 +53,4 @@ std::string InputFile::Read(std::uint64_t offset, std::uint64_t size) const
     return bytes;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -75,4 +75,4 @@ void LinkArray::HandOver(FileLinkInfo** links, int* count)
     m_capacity = m_count = 0;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

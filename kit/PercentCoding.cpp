@@ -2,7 +2,7 @@
 
 #include "pluginkit/PercentCoding.h"
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -63,4 +63,4 @@ std::string PercentEncodePath(std::string_view text)
     return result;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

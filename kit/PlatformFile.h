@@ -9,13 +9,13 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Tells one state of a file from another.
 struct FileStamp
 {
     std::uint64_t size = 0;
-    /// Last modification, in the platform's own unit.
+    /// Last modification, in nanoseconds since 1970.
     std::int64_t modified = 0;
     std::uint64_t volume = 0;
     std::uint64_t id = 0;
@@ -23,7 +23,7 @@ struct FileStamp
     bool operator==(const FileStamp&) const = default;
 };
 
-/// The calls that differ per platform. Those that can fail throw FormatError with the system's own
+/// What base/ does with files, for formats: what can fail throws FormatError with the system's own
 /// text.
 namespace Platform {
 
@@ -67,4 +67,4 @@ bool IsNetworkPath(const std::filesystem::path& path);
 
 } // namespace Platform
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -2,6 +2,7 @@
 
 #include "pluginkit/ReplacementFile.h"
 
+#include "kit/InputFileState.h"
 #include "pluginkit/FormatError.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@
 #include <thread>
 #include <utility>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -33,36 +34,82 @@ std::string TemporaryName()
 
 } // namespace
 
-ReplacementFile::ReplacementFile(InputFile& source)
-    : m_source(source), m_file(Platform::Resolved(source.Path()))
+struct ReplacementFile::State
 {
-    CreateTemporary();
+    std::filesystem::path file;
+    std::filesystem::path temporary;
+    Platform::Handle handle = Platform::NoHandle;
+
+    explicit State(const std::filesystem::path& source) : file(Platform::Resolved(source)) {}
+    ~State();
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+
+    void CreateTemporary();
+    void Close() noexcept;
+    void RequireUnchanged(const FileStamp& stamp) const;
+    void TakePlace(const FileStamp& stamp) const;
+};
+
+ReplacementFile::State::~State()
+{
+    Close();
+    if (!temporary.empty())
+        Platform::Remove(temporary); // Commit may have made it as read-only as the original
 }
 
-ReplacementFile::~ReplacementFile()
-{
-    if (m_handle != Platform::NoHandle)
-        Platform::Close(m_handle);
-    if (!m_temporary.empty())
-        Platform::Remove(m_temporary); // Commit may have made it as read-only as the original
-}
-
-void ReplacementFile::CreateTemporary()
+void ReplacementFile::State::CreateTemporary()
 {
     constexpr int attempts = 100;
-    for (int i = 0; i < attempts && m_handle == Platform::NoHandle; ++i) {
-        std::filesystem::path candidate = m_file.parent_path() / TemporaryName();
-        m_handle = Platform::CreateExclusively(candidate);
-        if (m_handle != Platform::NoHandle)
-            m_temporary = std::move(candidate);
+    for (int i = 0; i < attempts && handle == Platform::NoHandle; ++i) {
+        std::filesystem::path candidate = file.parent_path() / TemporaryName();
+        handle = Platform::CreateExclusively(candidate);
+        if (handle != Platform::NoHandle)
+            temporary = std::move(candidate);
     }
-    if (m_handle == Platform::NoHandle)
+    if (handle == Platform::NoHandle)
         throw FormatError("a temporary file cannot be made: every name tried is taken");
 }
 
+void ReplacementFile::State::Close() noexcept
+{
+    if (handle != Platform::NoHandle)
+        Platform::Close(handle);
+    handle = Platform::NoHandle;
+}
+
+void ReplacementFile::State::RequireUnchanged(const FileStamp& stamp) const
+{
+    if (InputFile(file).m_state->stamp != stamp)
+        throw FormatError("the file was changed by someone else meanwhile");
+}
+
+void ReplacementFile::State::TakePlace(const FileStamp& stamp) const
+{
+    const auto end = std::chrono::steady_clock::now() + Patience;
+    for (;;) {
+        try {
+            RequireUnchanged(stamp);
+            return Platform::RenameOver(temporary, file);
+        } catch (const HeldError&) {
+            if (std::chrono::steady_clock::now() >= end)
+                throw;
+        }
+        std::this_thread::sleep_for(20ms);
+    }
+}
+
+ReplacementFile::ReplacementFile(InputFile& source)
+    : m_source(source), m_state(std::make_unique<State>(source.Path()))
+{
+    m_state->CreateTemporary();
+}
+
+ReplacementFile::~ReplacementFile() = default;
+
 void ReplacementFile::Write(std::string_view bytes)
 {
-    Platform::WriteAll(m_handle, bytes);
+    Platform::WriteAll(m_state->handle, bytes);
 }
 
 void ReplacementFile::CopyFromSource(std::uint64_t offset, std::uint64_t size)
@@ -77,36 +124,14 @@ void ReplacementFile::CopyFromSource(std::uint64_t offset, std::uint64_t size)
     }
 }
 
-void ReplacementFile::RequireUnchanged() const
-{
-    if (InputFile(m_file).Stamp() != m_source.Stamp())
-        throw FormatError("the file was changed by someone else meanwhile");
-}
-
 void ReplacementFile::Commit()
 {
-    Platform::CopyPermissions(m_file, m_temporary, m_handle);
-    Platform::FlushToDisk(m_handle);
-    Platform::Close(m_handle);
-    m_handle = Platform::NoHandle;
+    Platform::CopyPermissions(m_state->file, m_state->temporary, m_state->handle);
+    Platform::FlushToDisk(m_state->handle);
+    m_state->Close();
     m_source.Close();
-    TakePlace();
-    m_temporary.clear();
+    m_state->TakePlace(m_source.m_state->stamp);
+    m_state->temporary.clear();
 }
 
-void ReplacementFile::TakePlace() const
-{
-    const auto end = std::chrono::steady_clock::now() + Patience;
-    for (;;) {
-        try {
-            RequireUnchanged();
-            return Platform::RenameOver(m_temporary, m_file);
-        } catch (const HeldError&) {
-            if (std::chrono::steady_clock::now() >= end)
-                throw;
-        }
-        std::this_thread::sleep_for(20ms);
-    }
-}
-
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -39,4 +39,4 @@ std::string ApplyEdits(std::string_view text, std::vector<TextEdit> edits)
     return result.append(text.substr(done));
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

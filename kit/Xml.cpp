@@ -14,7 +14,7 @@
 #include <memory>
 #include <stdexcept>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -323,4 +323,4 @@ void ReadXml(std::string_view text, XmlVisitor& visitor)
     Reader(text, visitor).Run();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

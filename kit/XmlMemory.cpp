@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdlib>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -104,4 +104,4 @@ void XmlMemory::Free(void* memory)
     std::free(header);
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

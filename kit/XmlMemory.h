@@ -6,7 +6,7 @@
 
 #include <expat.h>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// The memory that the XML parser may take for one document. The parser keeps much more for a name,
 /// an attribute or an entity than it has bytes, and a small packed file can hold millions of them.
@@ -43,4 +43,4 @@ private:
     XmlMemory* const m_outer;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

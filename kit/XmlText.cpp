@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -168,4 +168,4 @@ std::string EscapeXmlAttribute(std::string_view text)
     return escaped;
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -6,8 +6,9 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -78,7 +79,7 @@ ZipDirectory::ZipDirectory(const InputFile& file)
 {
     ReadTail(file);
     ReadRecords(file);
-    CheckNames();
+    SortNames();
     FindPlaces(file);
 }
 
@@ -139,6 +140,7 @@ std::size_t ZipDirectory::AddEntry(std::size_t at)
     entry.name = m_records.substr(at + RecordSize, nameSize);
     entry.flags = ZipShort(m_records, at + 8);
     entry.method = ZipShort(m_records, at + 10);
+    entry.checksum = ZipLong(m_records, at + 16);
     entry.compressedSize = ZipLong(m_records, at + 20);
     entry.size = ZipLong(m_records, at + 24);
     entry.offset = ZipLong(m_records, at + 42);
@@ -148,16 +150,18 @@ std::size_t ZipDirectory::AddEntry(std::size_t at)
     return at + recordSize;
 }
 
-void ZipDirectory::CheckNames() const
+void ZipDirectory::SortNames()
 {
-    std::vector<std::string_view> names;
-    names.reserve(m_entries.size());
-    for (const ZipEntry& entry : m_entries)
-        names.push_back(entry.name);
-    std::sort(names.begin(), names.end());
-    const auto twin = std::adjacent_find(names.begin(), names.end());
-    if (twin != names.end())
-        throw FormatError("two entries are named " + std::string(*twin), m_recordsOffset);
+    const auto name = [&](std::size_t i) -> const std::string& { return m_entries[i].name; };
+    m_byName.resize(m_entries.size());
+    std::iota(m_byName.begin(), m_byName.end(), std::size_t(0));
+    std::sort(m_byName.begin(), m_byName.end(),
+              [&](std::size_t a, std::size_t b) { return name(a) < name(b); });
+    const auto twin =
+        std::adjacent_find(m_byName.begin(), m_byName.end(),
+                           [&](std::size_t a, std::size_t b) { return name(a) == name(b); });
+    if (twin != m_byName.end())
+        throw FormatError("two entries are named " + name(*twin), m_recordsOffset);
 }
 
 /// How many bytes a descriptor takes: its signature may be left out.
@@ -212,9 +216,12 @@ void ZipDirectory::FindPlaces(const InputFile& file)
 
 const ZipEntry* ZipDirectory::Find(std::string_view name) const
 {
-    const auto found = std::find_if(m_entries.begin(), m_entries.end(),
-                                    [&](const ZipEntry& entry) { return entry.name == name; });
-    return found == m_entries.end() ? nullptr : &*found;
+    const auto found = std::lower_bound(
+        m_byName.begin(), m_byName.end(), name,
+        [&](std::size_t i, std::string_view wanted) { return m_entries[i].name < wanted; });
+    if (found == m_byName.end() || m_entries[*found].name != name)
+        return nullptr;
+    return &m_entries[*found];
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// One file inside a ZIP archive, as the central directory describes it.
 struct ZipEntry
@@ -17,17 +17,18 @@ struct ZipEntry
     std::string name;
     std::uint16_t flags = 0;
     std::uint16_t method = 0;
+    std::uint32_t checksum = 0;
     std::uint32_t compressedSize = 0;
     std::uint32_t size = 0;
     /// Of the local header, in the file.
     std::uint64_t offset = 0;
     std::uint64_t dataOffset = 0;
-    /// Behind the data and, when there is one, the descriptor.
+    /// After the data and, when there is one, the descriptor.
     std::uint64_t end = 0;
     /// Of the record, inside the central directory.
     std::size_t recordOffset = 0;
 
-    /// The sizes stand behind the data, not in the local header.
+    /// The sizes stand after the data, not in the local header.
     bool HasDescriptor() const { return (flags & 0x0008U) != 0; }
 };
 
@@ -48,19 +49,21 @@ public:
     /// The bytes of the central directory.
     const std::string& Records() const { return m_records; }
     std::uint64_t RecordsOffset() const { return m_recordsOffset; }
-    /// The bytes behind it: the end record and the archive's comment.
+    /// The bytes after it: the end record and the archive's comment.
     const std::string& Tail() const { return m_tail; }
 
 private:
     void ReadTail(const InputFile& file);
     void ReadRecords(const InputFile& file);
     std::size_t AddEntry(std::size_t at);
-    void CheckNames() const;
+    void SortNames();
     void CheckAgreement(std::string_view localHeader, const ZipEntry& entry) const;
     std::uint64_t DescriptorSize(const InputFile& file, const ZipEntry& entry) const;
     void FindPlaces(const InputFile& file);
 
     std::vector<ZipEntry> m_entries;
+    /// Places in m_entries.
+    std::vector<std::size_t> m_byName;
     std::string m_records;
     std::uint64_t m_recordsOffset = 0;
     std::string m_tail;
@@ -77,4 +80,4 @@ void SetZipLong(std::string& bytes, std::size_t at, std::uint32_t number);
 /// entry of that name.
 std::string ReadLocalHeader(const InputFile& file, const ZipEntry& entry);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

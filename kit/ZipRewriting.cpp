@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "kit/ZipArchiveState.h"
+#include "kit/ZipCodec.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/ReplacementFile.h"
-#include "pluginkit/ZipArchive.h"
-
-#include <zlib.h>
 
 #include <algorithm>
 #include <limits>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
-
-constexpr std::uint16_t Deflated = 8;
 
 /// An entry's bytes from its local header on, as they are going to be.
 struct NewEntry
@@ -32,34 +29,6 @@ struct NewEntry
     }
 };
 
-/// Without the wrapping that zlib puts around its streams, as ZIP wants it.
-std::string Deflate(const std::string& content)
-{
-    constexpr int rawWindow = -15;
-    constexpr int memoryLevel = 8;
-    z_stream stream = {};
-    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, rawWindow, memoryLevel,
-                     Z_DEFAULT_STRATEGY) != Z_OK)
-        throw std::bad_alloc();
-    std::string bytes(deflateBound(&stream, static_cast<uLong>(content.size())), '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
-    stream.avail_in = static_cast<uInt>(content.size());
-    stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
-    stream.avail_out = static_cast<uInt>(bytes.size());
-    const int result = deflate(&stream, Z_FINISH);
-    bytes.resize(bytes.size() - stream.avail_out);
-    deflateEnd(&stream);
-    if (result != Z_STREAM_END)
-        throw FormatError("the content cannot be compressed");
-    return bytes;
-}
-
-std::uint32_t Checksum(const std::string& content)
-{
-    const auto* bytes = reinterpret_cast<const Bytef*>(content.data());
-    return static_cast<std::uint32_t>(crc32(0, bytes, static_cast<uInt>(content.size())));
-}
-
 std::uint16_t WithoutDescriptor(std::uint16_t flags)
 {
     return static_cast<std::uint16_t>(flags & ~0x0008U);
@@ -69,8 +38,8 @@ NewEntry MakeEntry(const InputFile& file, const ZipEntry& old, const std::string
 {
     if (content.size() > std::numeric_limits<std::uint32_t>::max() / 2)
         throw FormatError(old.name + " would grow beyond 2 GiB");
-    NewEntry entry{&old, ReadLocalHeader(file, old), {}, Checksum(content), 0};
-    entry.data = old.method == Deflated ? Deflate(content) : content;
+    NewEntry entry{&old, ReadLocalHeader(file, old), {}, ZipChecksum(content), 0};
+    entry.data = old.method == ZipDeflated ? Deflate(content) : content;
     entry.size = static_cast<std::uint32_t>(content.size());
     SetZipShort(entry.header, 6, WithoutDescriptor(ZipShort(entry.header, 6)));
     SetZipLong(entry.header, 14, entry.checksum);
@@ -122,11 +91,13 @@ std::string NewRecords(const ZipDirectory& directory, const std::vector<NewEntry
 
 void ZipArchive::Replace(const std::map<std::string, std::string>& contents)
 {
-    const std::vector<NewEntry> entries = MakeEntries(m_file, m_directory, contents);
-    const std::string records = NewRecords(m_directory, entries);
-    std::string tail = m_directory.Tail();
-    SetZipLong(tail, 16, Moved(m_directory.RecordsOffset(), entries));
-    ReplacementFile replacement(m_file);
+    InputFile& file = m_state->file;
+    const ZipDirectory& directory = m_state->directory;
+    const std::vector<NewEntry> entries = MakeEntries(file, directory, contents);
+    const std::string records = NewRecords(directory, entries);
+    std::string tail = directory.Tail();
+    SetZipLong(tail, 16, Moved(directory.RecordsOffset(), entries));
+    ReplacementFile replacement(file);
     std::uint64_t done = 0;
     for (const NewEntry& entry : entries) {
         replacement.CopyFromSource(done, entry.old->offset - done);
@@ -134,10 +105,10 @@ void ZipArchive::Replace(const std::map<std::string, std::string>& contents)
         replacement.Write(entry.data);
         done = entry.old->end;
     }
-    replacement.CopyFromSource(done, m_directory.RecordsOffset() - done);
+    replacement.CopyFromSource(done, directory.RecordsOffset() - done);
     replacement.Write(records);
     replacement.Write(tail);
     replacement.Commit();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

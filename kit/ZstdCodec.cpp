@@ -8,7 +8,7 @@
 
 #include <zstd.h>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -86,4 +86,4 @@ std::unique_ptr<Compressor::Encoder> MakeZstdEncoder()
     return std::make_unique<ZstdEncoder>();
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -2,6 +2,10 @@
 
 #include "services/BaseStore.h"
 
+#include "base/FileCopy.h"
+#include "base/FileHandle.h"
+#include "base/FileRenaming.h"
+#include "base/FileStatus.h"
 #include "services/Paths.h"
 #include "services/Platform.h"
 
@@ -13,12 +17,14 @@
 #include <QtCore/QRegularExpression>
 
 #include <atomic>
+#include <string>
+#include <string_view>
 
 namespace Halvern::SyncServices {
 
 namespace {
 
-constexpr qint64 bufferSize = 1 << 18;
+constexpr std::size_t bufferSize = 1 << 18;
 
 /// Several times as fast as SHA-256 in Qt, and as strong.
 constexpr auto contentHash = QCryptographicHash::Blake2b_256;
@@ -49,30 +55,49 @@ QString ShortSuffix(const QString& path)
     return suffix.isEmpty() || suffix.toUtf8().size() > 32 ? QString() : u'.' + suffix;
 }
 
-/// Hashes the rest of `source`; the bytes also go to `target` unless it is null. Empty on failure.
-QByteArray HashRest(QFile& source, QFile* target)
+/// An open file, closed at the end of its life.
+class OpenFile
+{
+public:
+    OpenFile() = default;
+    ~OpenFile() { Close(); }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    qint64 Size() const { return static_cast<qint64>(Base::ReadFileStatus(handle).size); }
+    void Close()
+    {
+        if (handle != Base::NoHandle)
+            Base::Close(handle);
+        handle = Base::NoHandle;
+    }
+
+    Base::Handle handle = Base::NoHandle;
+};
+
+/// Hashes `source`; the bytes also go to `target` unless it is null. Empty on failure.
+QByteArray HashAll(const OpenFile& source, const OpenFile* target)
 {
     QCryptographicHash hash(contentHash);
-    QByteArray buffer(bufferSize, Qt::Uninitialized);
-    for (;;) {
-        const qint64 size = source.read(buffer.data(), buffer.size());
-        if (size < 0)
+    std::string buffer(bufferSize, '\0');
+    std::size_t got = 0;
+    for (quint64 offset = 0;; offset += got) {
+        if (!Base::ReadSome(source.handle, offset, buffer.data(), buffer.size(), got))
             return {};
-        if (size == 0)
+        if (got == 0)
             return hash.result();
-        const QByteArrayView bytes(buffer.constData(), size);
-        hash.addData(bytes);
-        if (target != nullptr && target->write(bytes.data(), size) != size)
+        hash.addData(QByteArrayView(buffer.data(), static_cast<qsizetype>(got)));
+        if (target != nullptr &&
+            !Base::WriteAll(target->handle, std::string_view(buffer).substr(0, got)))
             return {};
     }
 }
 
 /// The hash of the content that `target` then holds; empty on failure.
-QByteArray CopyContent(QFile& source, QFile& target)
+QByteArray CopyContent(const OpenFile& source, const OpenFile& target)
 {
-    if (Platform::CloneFile(source, target))
-        return target.seek(0) ? HashRest(target, nullptr) : QByteArray();
-    return HashRest(source, &target);
+    return Base::CloneBytes(source.handle, target.handle) ? HashAll(target, nullptr)
+                                                          : HashAll(source, &target);
 }
 
 /// A file that is gone at the end of the scope, unless it was renamed before.
@@ -82,22 +107,33 @@ public:
     explicit TemporaryFile(const QString& folder)
     {
         static std::atomic<quint64> counter{0};
-        file.setFileName(JoinPath(folder, QStringLiteral("%1-%2-%3.part")
-                                              .arg(QDateTime::currentMSecsSinceEpoch())
-                                              .arg(QCoreApplication::applicationPid())
-                                              .arg(counter++)));
+        path = JoinPath(folder, QStringLiteral("%1-%2-%3.part")
+                                    .arg(QDateTime::currentMSecsSinceEpoch())
+                                    .arg(QCoreApplication::applicationPid())
+                                    .arg(counter++));
     }
-    ~TemporaryFile() { file.remove(); }
+    ~TemporaryFile()
+    {
+        if (!m_made)
+            return;
+        file.Close();
+        Base::RemoveFile(Platform::NativePath(path));
+    }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    bool Open()
+    bool Make()
     {
-        return file.open(QFile::ReadWrite | QFile::NewOnly | QFile::Unbuffered,
-                         QFile::ReadOwner | QFile::WriteOwner);
+        m_made = Base::CreateExclusively(Platform::NativePath(path), file.handle) &&
+                 file.handle != Base::NoHandle;
+        return m_made;
     }
 
-    QFile file;
+    QString path;
+    OpenFile file;
+
+private:
+    bool m_made = false;
 };
 
 void SetModifiedNow(const QString& path)
@@ -114,20 +150,21 @@ BaseStore::BaseStore(const QString& folder, qint64 limit) : m_folder(folder), m_
 bool BaseStore::Save(const QString& path)
 {
     const std::lock_guard lock(m_mutex);
-    QFile source;
-    if (m_folder.isEmpty() || m_limit <= 0 || !Platform::OpenRegularFile(path, source) ||
-        source.size() > m_limit)
+    OpenFile source;
+    if (m_folder.isEmpty() || m_limit <= 0 ||
+        !Base::OpenForReading(Platform::NativePath(path), source.handle, Base::Links::Refuse) ||
+        source.Size() > m_limit)
         return false;
     QString reason;
     TemporaryFile copy(m_folder);
-    if (!Platform::MakeFolder(m_folder, &reason) || !copy.Open())
+    if (!Platform::MakeFolder(m_folder, &reason) || !copy.Make())
         return false;
     const QByteArray hash = CopyContent(source, copy.file);
-    const qint64 size = copy.file.size();
-    copy.file.close();
-    if (hash.isEmpty() || copy.file.error() != QFile::NoError || size > m_limit)
+    const qint64 size = copy.file.Size();
+    copy.file.Close();
+    if (hash.isEmpty() || size > m_limit)
         return false;
-    return Keep(copy.file.fileName(),
+    return Keep(copy.path,
                 PathHash(path) + u'-' + QString::fromLatin1(hash.toHex()) + ShortSuffix(path),
                 size);
 }
@@ -142,7 +179,7 @@ bool BaseStore::Keep(const QString& temporary, const QString& name, qint64 size)
     // A power cut may have left a copy without its bytes; then the new one replaces it.
     if (existing.isFile() && existing.size() == size)
         SetModifiedNow(existing.filePath());
-    else if (!Platform::Rename(temporary, PathOf(name)))
+    else if (!Base::Rename(Platform::NativePath(temporary), Platform::NativePath(PathOf(name))))
         return false;
     Record(name, size);
     RemoveOldest();

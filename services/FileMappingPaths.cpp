@@ -4,6 +4,9 @@
 
 #include "syncservices/FileMapping.h"
 
+#include "base/FileStatus.h"
+#include "base/SamePath.h"
+#include "base/Units.h"
 #include "services/Paths.h"
 #include "services/Platform.h"
 #include "syncservices/FolderManager.h"
@@ -15,28 +18,31 @@ namespace Halvern::SyncServices {
 
 namespace {
 
-using Platform::FileIdentity;
+using Base::FileStatus;
+using Base::Units;
 using SyncFolderManagerLib::FolderManager;
 
-FileIdentity Identify(const QString& path)
+FileStatus Identify(const QString& path)
 {
-    return path.isEmpty() || IsUrlLike(path) ? FileIdentity() : Platform::ReadFileIdentity(path);
+    return path.isEmpty() || IsUrlLike(path) ? FileStatus()
+                                             : Base::ReadFileStatus(Platform::NativePath(path));
 }
 
 /// Two paths lead to one file. Hard links are two files here: replacing one leaves the other alone.
 bool IsOneFile(const QString& first, const QString& second)
 {
     // The target is asked first: it usually does not exist, and then nothing else is.
-    const FileIdentity b = Identify(second);
-    if (!b.exists)
+    const FileStatus b = Identify(second);
+    if (!b.Exists())
         return false;
-    const FileIdentity a = Identify(first);
-    if (!a.exists || a.device != b.device || a.index != b.index)
+    const FileStatus a = Identify(first);
+    if (!a.Exists() || a.device != b.device || a.index != b.index)
         return false;
     // Without a second name it is one file, even where the canonical paths differ (a folder mounted
     // twice, a disk that ignores letter case). Size and time guard against file systems that make
     // up their numbers.
-    if ((a.names == 1 || a.isFolder) && a.size == b.size && a.modified == b.modified)
+    if ((a.names == 1 || a.kind == Base::FileKind::Folder) && a.size == b.size &&
+        a.modified == b.modified)
         return true;
     return QFileInfo(first).canonicalFilePath() == QFileInfo(second).canonicalFilePath();
 }
@@ -95,7 +101,7 @@ private:
 
 bool FileMapping::IsFolder() const
 {
-    return HasFlag(Folder) || Identify(m_source).isFolder;
+    return HasFlag(Folder) || Identify(m_source).kind == Base::FileKind::Folder;
 }
 
 bool FileMapping::AreSourceAndTargetSame() const
@@ -104,12 +110,12 @@ bool FileMapping::AreSourceAndTargetSame() const
         return false;
     const QString source = QDir::cleanPath(m_source);
     const QString target = QDir::cleanPath(m_target);
-    return source.compare(target, Platform::FileNameCase()) == 0 || IsOneFile(source, target);
+    return Base::IsSamePath(Units(source), Units(target)) || IsOneFile(source, target);
 }
 
 bool FileMapping::ExistsInTarget() const
 {
-    return Identify(m_target).exists;
+    return Identify(m_target).Exists();
 }
 
 bool FileMapping::IsSourceFileInCloudCacheFolder() const

@@ -2,7 +2,10 @@
 
 #include "services/Paths.h"
 
-#include "services/Platform.h"
+#include "base/CaseFolding.h"
+#include "base/PathText.h"
+#include "base/SamePath.h"
+#include "base/Units.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -11,46 +14,42 @@
 
 namespace Halvern::SyncServices {
 
+namespace {
+
+using Base::Units;
+
+QString Text(std::u16string_view text)
+{
+    return QStringView(text).toString();
+}
+
+} // namespace
+
 bool IsUrlLike(const QString& path)
 {
-    return !path.startsWith(u'/') && path.indexOf(u':') >= 2;
+    return Base::IsUrlLike(Units(path));
 }
 
 QString PathKey(const QString& path)
 {
-    return QDir::cleanPath(path).toCaseFolded();
+    const QString cleaned = QDir::cleanPath(path);
+    return Text(Base::FoldCase(Units(cleaned)));
 }
 
 std::optional<QString> PathBelow(const QString& folder, const QString& path)
 {
-    if (folder.isEmpty() || !path.startsWith(folder, Qt::CaseInsensitive))
-        return std::nullopt;
-    if (path.size() == folder.size())
-        return QString();
-    if (folder.endsWith(u'/'))
-        return path.mid(folder.size());
-    if (path.at(folder.size()) != u'/')
-        return std::nullopt;
-    return path.mid(folder.size() + 1);
+    const std::optional<std::u16string_view> below = Base::PathBelow(Units(folder), Units(path));
+    return below ? std::optional(Text(*below)) : std::nullopt;
 }
 
 QString JoinPath(const QString& folder, const QString& below)
 {
-    if (below.isEmpty())
-        return folder;
-    return folder.endsWith(u'/') ? folder + below : folder + u'/' + below;
+    return Text(Base::JoinPath(Units(folder), Units(below)));
 }
 
 QString ParentPath(const QString& path)
 {
-    const qsizetype slash = path.lastIndexOf(u'/');
-    if (slash < 0 || path.size() == 1 || (slash == 1 && path.startsWith(u'/')))
-        return {};
-    if (slash == 0)
-        return QStringLiteral("/");
-    // The root of a drive keeps its slash: C:/a lies in C:/.
-    const QString parent = path.left(path.at(slash - 1) == u':' ? slash + 1 : slash);
-    return parent == path ? QString() : parent;
+    return Text(Base::ParentPath(Units(path)));
 }
 
 QString PathFault(const ServicesSettings& settings)
@@ -61,7 +60,7 @@ QString PathFault(const ServicesSettings& settings)
         {"baseStoreFolder", settings.baseStoreFolder},
         {"serviceFolder", settings.serviceFolder}};
     for (const auto& [key, path] : paths) {
-        if (Platform::IsDriveRelative(path))
+        if (Base::IsDriveRelative(Units(path)))
             return QStringLiteral("The path of %1 is not absolute: %2. In a settings file write / "
                                   "or \\\\ between folders, since a single \\ is lost.")
                 .arg(QString::fromLatin1(key), path);

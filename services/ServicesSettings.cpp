@@ -154,7 +154,8 @@ ServicesSettings ServicesSettings::LoadOrCreate(const QString& file, QString* er
     SetError(error, QString());
     ServicesSettings settings = Defaults();
     if (!QFileInfo::exists(file)) {
-        settings.Save(file, error);
+        // The defaults serve without a file, too; `error` says that there is none.
+        static_cast<void>(settings.Save(file, error));
         return settings;
     }
     const QSettings source(file, QSettings::IniFormat);

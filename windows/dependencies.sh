@@ -185,22 +185,11 @@ build_expat() {
     install_licence expat "$1" expat/COPYING
 }
 
-# With zlib's compression alone, and without encryption.
-build_libzip() {
-    get_source libzip "$2"
-    local options=(-DBUILD_SHARED_LIBS=OFF) feature
-    for feature in COMMONCRYPTO GNUTLS MBEDTLS OPENSSL WINDOWS_CRYPTO BZIP2 LZMA; do
-        options+=("-DENABLE_$feature=OFF")
-    done
-    for feature in TOOLS REGRESS EXAMPLES DOC; do
-        options+=("-DBUILD_$feature=OFF")
-    done
-    cmake_build libzip "$work/libzip" "$1" "${options[@]}"
-    # Neither of its descriptions names zlib, which a program that links the static library needs.
-    sed -i 's/^include(.*libzip-targets/find_package(ZLIB REQUIRED)\n&/' \
-        "$1/lib/cmake/libzip/libzip-config.cmake"
-    pkgconfig "$1" libzip "$(sed -n 's/^Version: *//p' "$1/lib/pkgconfig/libzip.pc")" -lzip zlib
-    install_licence libzip "$1" LICENSE
+build_utf8proc() {
+    get_source utf8proc "$2"
+    cmake_build utf8proc "$work/utf8proc" "$1" -DBUILD_SHARED_LIBS=OFF \
+        -DUTF8PROC_ENABLE_TESTING=OFF
+    install_licence utf8proc "$1" LICENSE.md
 }
 
 # pkgconfig PREFIX NAME VERSION LIBRARIES PACKAGES: a description that stays true where the folder is moved.
@@ -225,6 +214,12 @@ build_rapidjson_dev() {
     mkdir -p "$1/include"
     cp -r /usr/include/rapidjson "$1/include/"
     install_copyright rapidjson-dev "$1"
+}
+
+build_libutfcpp_dev() {
+    mkdir -p "$1/include"
+    cp -r /usr/include/utf8cpp "$1/include/"
+    install_copyright libutfcpp-dev "$1"
 }
 
 # install_licence PACKAGE PREFIX FILE...: the licence texts for the zip, and Debian's summary.
@@ -273,12 +268,13 @@ dependency log4cplus "$(version_of liblog4cplus-dev)"
 dependency sqlite3 "$(version_of libsqlite3-dev)"
 dependency sqlitecpp "$(version_of libsqlitecpp-dev)" "${prefixes[-1]}"
 dependency zlib "$(version_of zlib1g-dev)"
-dependency libzip "$(version_of libzip-dev)" "${prefixes[-1]}"
 dependency libzstd "$(version_of libzstd-dev)"
 dependency expat "$(version_of libexpat1-dev)"
 dependency googletest "$(version_of googletest)"
 dependency libcli11-dev "$(version_of libcli11-dev)"
 dependency rapidjson-dev "$(version_of rapidjson-dev)"
+dependency utf8proc "$(version_of libutf8proc-dev)"
+dependency libutfcpp-dev "$(version_of libutfcpp-dev)"
 
 printf 'set(CORSYNC_WINDOWS_PREFIXES\n' >build/windows-dependencies.cmake.new
 printf '  "%s"\n' "${prefixes[@]}" >>build/windows-dependencies.cmake.new

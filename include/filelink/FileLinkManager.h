@@ -3,6 +3,7 @@
 #pragma once
 
 #include "filelink/Export.h"
+#include "filelink/Problem.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -23,11 +24,16 @@ struct PluginDescription
     QString service;
     /// Extensions without dots; "*" is every type.
     QStringList fileTypes;
+    /// As registered; it ranks nothing: plug-ins are asked in the order of registration.
     quint32 priority = 0;
+    /// Absolute path of the file that registers it.
+    QString registrationFile;
 };
 
 /// The module's process-wide entry. The host initialises the module through it once, from the
-/// thread that starts the program, before it makes an importer.
+/// thread that starts the program, before it makes an importer. Nothing in it is locked: no two
+/// threads may be in it, or in an importer and in it, at once. A failure is a result, never an
+/// exception.
 class FILELINK_EXPORT FileLinkManager
 {
 public:
@@ -36,7 +42,8 @@ public:
     /// Undoes it at the last call: plug-ins are unloaded, the services stop. An excess call is
     /// ignored. No importer may be alive then.
     static void Uninitialize();
-    /// Null while not initialised. Requires for every member: the instance is not null.
+    /// Null while not initialised. The module owns the object; it lives until the last
+    /// Uninitialize. Requires for every member: the instance is not null.
     static FileLinkManager* GetInstance();
 
     /// Folders searched for plug-in libraries. Given before the first use of a plug-in they replace
@@ -48,15 +55,20 @@ public:
     /// The registered plug-ins in registration order. Reads registration files when that has not
     /// happened yet, but loads no library.
     QList<PluginDescription> GetPlugins();
-    /// Loads the library of a registered plug-in and creates its service once. False with the
-    /// reason in `error` (may be null).
-    bool LoadPlugin(const QString& module, QString* error);
+    /// What the registration files say that does not do what their authors mean, in the order in
+    /// which they were read: problems of the kind Registration, about the file, naming the plug-in
+    /// where there is one. Reads registration files when that has not happened yet.
+    [[nodiscard]] QList<Problem> GetRegistrationProblems();
+    /// Loads the library of a registered plug-in and creates its service once. `module` is the
+    /// PluginDescription's. False with the reason in `error` (may be null), which stays as it is on
+    /// success.
+    [[nodiscard]] bool LoadPlugin(const QString& module, QString* error);
     /// Unloads every plug-in library; they are loaded again on their next use. False when one
-    /// could not be unloaded.
-    bool UnloadAllPlugins();
+    /// could not be unloaded: it stays loaded, the others are gone.
+    [[nodiscard]] bool UnloadAllPlugins();
     /// Forgets what the current user copied earlier. Importers that are alive keep what they have
-    /// read.
-    bool DeleteFileCopyHistory();
+    /// read. False when the database could not be changed or there is none.
+    [[nodiscard]] bool DeleteFileCopyHistory();
 
 private:
     struct Holder;

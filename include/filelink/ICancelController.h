@@ -4,7 +4,8 @@
 
 namespace Halvern::FileLink {
 
-/// Lets a host stop a job. The host implements it; the module only asks.
+/// Lets a host stop a job. The host implements it; the module only asks, and shares it with the
+/// host for as long as an importer holds it.
 class ICancelController
 {
 public:

@@ -10,7 +10,10 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
+
+// Compressed files. Needs Corsync::PluginKitCompression, and with it zlib and zstd. Failures are
+// FormatErrors; one object belongs to one thread at a time.
 
 enum class Compression
 {
@@ -89,4 +92,4 @@ private:
 /// One gzip member or one zstd frame.
 std::string Compressed(Compression compression, std::string_view bytes);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// One reference that a file holds.
 struct DocumentLink
@@ -21,7 +21,12 @@ struct DocumentLink
 /// New paths by link id.
 using NewPaths = std::map<std::string, std::string>;
 
-/// A file of one format, read. Failures are FormatErrors.
+/// A file of one format, read: what a plug-in's author writes. The constructor reads the file; it
+/// and everything here say that something failed by throwing a FormatError, with the byte offset
+/// where that is known. Never trust a length, an offset or a depth that the file states, and keep
+/// memory and recursion within bounds.
+///
+/// A document is made for each call of the host and lives in one thread.
 class Document
 {
 public:
@@ -55,4 +60,4 @@ public:
     virtual void Rewrite(const NewPaths& paths) = 0;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// The bytes [begin, end) of a file give way to `replacement`; with begin == end it is put in.
 struct FileEdit
@@ -24,4 +24,4 @@ struct FileEdit
 /// anything else fails (FormatError), the file is as it was. Closes the file.
 void ReplaceSpans(InputFile& file, std::vector<FileEdit> edits);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

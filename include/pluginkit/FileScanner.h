@@ -9,13 +9,15 @@
 #include <optional>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Goes through a file once, from its first byte to its last, with one block of it in memory:
 ///
 ///     FileScanner scanner(file);
 ///     while (const std::optional<char> c = scanner.Next())
 ///         ...
+///
+/// Where the file cannot be read any further, every function here throws FormatError.
 class FileScanner
 {
 public:
@@ -42,7 +44,7 @@ public:
     /// Goes on to the next byte that is one of `bytes`, which stays there, and says whether there
     /// is one.
     bool SkipTo(std::string_view bytes);
-    /// At the "*" behind a "/": goes on to what comes behind the next "*/". Throws a FormatError
+    /// At the "*" after a "/": goes on to what comes after the next "*/". Throws a FormatError
     /// with `begin`, the comment's own place, when there is none.
     void SkipBlockComment(std::uint64_t begin);
 
@@ -59,4 +61,4 @@ private:
     std::size_t m_at = 0;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
+
+// Links that are written as URIs. Text is UTF-8. No function fails: what is no URI is taken for the
+// path that it looks like. Only a lack of memory throws.
 
 /// True when a uri names a file: not when it is empty, a mere fragment, embedded data, or has a
 /// scheme other than "file".
@@ -31,20 +33,4 @@ std::string PathOfUri(std::string_view uri, const std::filesystem::path& folder)
 /// characters that JSON would have to escape.
 std::string UriOfPath(std::string_view path);
 
-/// True when a path, for a document in `folder`, can only be a folder: such a name is no link.
-bool NamesFolder(std::string_view path, const std::filesystem::path& folder);
-
-/// True when a path, for a document in `folder`, is that of a file that is there.
-bool NamesExistingFile(std::string_view path, const std::filesystem::path& folder);
-
-/// A path that a program for Windows may have written, with slashes. Not on Windows, a backslash is
-/// a letter where something in `folder` is named with it.
-std::string WithSlashes(std::string path, const std::filesystem::path& folder);
-
-/// The path without a leading "./".
-std::string_view WithoutDot(std::string_view path);
-
-/// True when both paths are the same text apart from a leading "./".
-bool IsSamePath(std::string_view a, std::string_view b);
-
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

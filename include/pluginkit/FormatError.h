@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Why a file could not be read or rewritten. Thrown inside a plug-in only: RunGuarded turns it
 /// into a log line and a false result before it could reach the host.
@@ -33,4 +33,4 @@ public:
     using FormatError::FormatError;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

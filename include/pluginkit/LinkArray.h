@@ -8,7 +8,10 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
+
+// Between the records of links that cross the contract and text. DocumentResolver uses these; who
+// implements the contract without it needs them, too.
 
 /// Longest text of a link, in UTF-16 units.
 inline constexpr std::size_t MaxLinkUnits = SyncPlugin::MaxLinkText - 1;
@@ -38,4 +41,4 @@ private:
     std::size_t m_count = 0;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

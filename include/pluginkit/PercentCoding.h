@@ -5,9 +5,11 @@
 #include <string>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
-/// The bytes that percent-encoded text stands for. A "%" without two hexadecimal digits behind it
+// Parts of URIs; FileUri.h does whole ones. Only a lack of memory throws.
+
+/// The bytes that percent-encoded text stands for. A "%" without two hexadecimal digits after it
 /// stands for itself, as lenient readers have it.
 std::string PercentDecode(std::string_view text);
 
@@ -15,4 +17,4 @@ std::string PercentDecode(std::string_view text);
 /// stay, "/" included; every other byte becomes "%XX".
 std::string PercentEncodePath(std::string_view text);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

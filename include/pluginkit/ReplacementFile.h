@@ -4,9 +4,12 @@
 
 #include "pluginkit/InputFile.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <string_view>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 /// Writes the next content of a file beside it and puts it in the file's place in one step:
 ///
@@ -39,14 +42,10 @@ public:
     static constexpr std::size_t CopyBufferSize = std::size_t(256) * 1024;
 
 private:
-    void CreateTemporary();
-    void RequireUnchanged() const;
-    void TakePlace() const;
+    struct State;
 
     InputFile& m_source;
-    std::filesystem::path m_file;
-    std::filesystem::path m_temporary;
-    Platform::Handle m_handle = Platform::NoHandle;
+    std::unique_ptr<State> m_state;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

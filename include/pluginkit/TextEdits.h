@@ -7,7 +7,9 @@
 #include <string_view>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
+
+// For text in memory; FileEdits.h changes files of any size.
 
 /// The bytes [begin, end) give way to `replacement`.
 struct TextEdit
@@ -21,4 +23,4 @@ struct TextEdit
 /// Edits that overlap or reach beyond the text throw std::invalid_argument.
 std::string ApplyEdits(std::string_view text, std::vector<TextEdit> edits);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -7,7 +7,10 @@
 #include <string_view>
 #include <vector>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
+
+// XML in UTF-8 with the byte offsets of what it holds, so that it can be changed in place (see
+// TextEdits.h). Needs Corsync::PluginKitXml, and with it expat. Failures are FormatErrors.
 
 /// An attribute as it was written into a tag. Name and value are gone when the visitor returns.
 struct XmlAttribute
@@ -44,7 +47,7 @@ class XmlVisitor
 public:
     virtual ~XmlVisitor() = default;
     virtual void Start(const XmlElement& element) = 0;
-    /// `begin` is where the end tag begins; behind the start tag if that one closes itself.
+    /// `begin` is where the end tag begins; after the start tag if that one closes itself.
     virtual void End(std::string_view name, std::size_t begin) = 0;
     /// A processing instruction, "<?target data?>". `begin` and `end` are the bytes of `data`.
     virtual void Instruction(std::string_view target, std::size_t begin, std::size_t end);
@@ -83,4 +86,4 @@ XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t 
 /// Text as the value of an attribute, whichever quotation marks surround it.
 std::string EscapeXmlAttribute(std::string_view text);
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -2,50 +2,55 @@
 
 #pragma once
 
-#include "kit/ZipDirectory.h"
+#include "pluginkit/InputFile.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
-struct zip;
+namespace Halvern::PluginKit {
 
-namespace Halvern::Formats {
-
-/// A ZIP archive whose entries are read, and replaced without a trace on the others.
+/// A ZIP archive whose entries are read, and replaced without a trace on the others. Entries are
+/// stored or deflated; archives that go on in another file, need the 64-bit records or hold two
+/// entries of one name are refused. Failures throw FormatError. One object belongs to one thread at
+/// a time.
+///
+/// Beside what it is asked for it holds the archive's directory in memory, of 64 MiB at most.
+///
+/// Needs Corsync::PluginKitZip, and with it zlib.
 class ZipArchive
 {
 public:
-    /// `file` must live as long as the archive. Throws FormatError unless every record agrees with
-    /// the others.
+    /// Reads the directory; throws unless every record agrees with the entry that it describes, and
+    /// no two entries overlap. `file` must live as long as the archive.
     explicit ZipArchive(InputFile& file);
     ~ZipArchive();
     ZipArchive(const ZipArchive&) = delete;
     ZipArchive& operator=(const ZipArchive&) = delete;
 
-    const ZipDirectory& Directory() const { return m_directory; }
+    /// The entries in the order of the directory, folders included. Bytes as the archive has them,
+    /// which need not be UTF-8.
+    std::vector<std::string> Names() const;
 
     /// What the entry holds, or nothing when the archive has no such entry. Throws when it is
-    /// larger than `maxSize`, before memory is taken for it, and when its checksum is wrong.
+    /// larger than `maxSize` bytes, before memory is taken for it, and when its checksum is wrong.
     std::optional<std::string> Read(const std::string& name, std::uint64_t maxSize) const;
 
-    /// Puts an archive with new contents for some entries in the place of the file. All other bytes
-    /// stay, and so do the order, times, attributes and comments of these entries; sizes,
-    /// checksums and offsets follow. They get no descriptors behind their data, which not every
-    /// reader of streams can cope with.
+    /// Puts an archive with new contents for some entries in the place of the file, and closes the
+    /// file; see ReplacementFile. All other bytes stay, and so do the order, times, attributes and
+    /// comments of these entries; sizes, checksums and offsets follow. They get no descriptors
+    /// after their data, which not every reader of streams can cope with. Called once, last: the
+    /// archive that this object knows is gone.
     ///
     /// Requires: every name is in the archive.
     void Replace(const std::map<std::string, std::string>& contents);
 
 private:
-    InputFile& m_file;
-    ZipDirectory m_directory;
-    struct Closer
-    {
-        void operator()(zip* archive) const noexcept;
-    };
-    std::unique_ptr<zip, Closer> m_zip;
+    struct State;
+    std::unique_ptr<State> m_state;
 };
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -24,7 +24,8 @@ public:
     virtual ~IFileLayout() = default;
     /// Sets target paths on `mapping` and, through its children, on the files it links. Files left
     /// without a target get the host's default place. True when paths were assigned.
-    virtual bool AssignTargetPaths(IFileMapping* mapping, IFileLayoutContext* context) = 0;
+    [[nodiscard]] virtual bool AssignTargetPaths(IFileMapping* mapping,
+                                                 IFileLayoutContext* context) = 0;
 };
 
 /// Made by the export "CreateSyncPluginFactory"; lives for one creation.
@@ -33,7 +34,7 @@ class ISyncPluginFactory
 public:
     virtual ~ISyncPluginFactory() = default;
     /// A new object, owned by the host from then on, or null.
-    virtual IFileLayout* CreateFileLayout() = 0;
+    [[nodiscard]] virtual IFileLayout* CreateFileLayout() = 0;
 };
 
 } // namespace Halvern::SyncPlugin

@@ -26,17 +26,17 @@ public:
     virtual ~IFileLinkResolver() = default;
 
     /// Reports every link that `file`, the absolute path of an existing file, holds.
-    /// On true `*links` is an array of `*count` records made with `new[]`, which the host frees with
-    /// `delete[]`; with no links the count is 0 and the array may be null.
-    /// On false the host frees nothing. The file is never changed.
-    virtual bool GetFileLinks(const WideChar* file, FileLinkInfo** links, int* count,
-                              IFileLinkResolverContext* context) = 0;
+    /// On true `*links` is an array of `*count` records made with `new[]`, which the host frees
+    /// with `delete[]`; with no links the count is 0 and the array may be null. On false the host
+    /// frees nothing. The file is never changed.
+    [[nodiscard]] virtual bool GetFileLinks(const WideChar* file, FileLinkInfo** links, int* count,
+                                            IFileLinkResolverContext* context) = 0;
 
     /// Rewrites, inside `file`, each link named by `referenceId` so that it points at `path`.
     /// The array belongs to the host and is valid during the call only. True when every link given
     /// now stands in the file.
-    virtual bool RepathFileLinks(const WideChar* file, const FileLinkInfo* links, int count,
-                                 IFileLinkResolverContext* context) = 0;
+    [[nodiscard]] virtual bool RepathFileLinks(const WideChar* file, const FileLinkInfo* links,
+                                               int count, IFileLinkResolverContext* context) = 0;
 };
 
 /// Made by the export "CreateFileLinkResolverFactory"; lives for one creation.
@@ -45,7 +45,7 @@ class IFileLinkResolverFactory
 public:
     virtual ~IFileLinkResolverFactory() = default;
     /// A new object, owned by the host from then on, or null.
-    virtual IFileLinkResolver* CreateFileLinkResolver() = 0;
+    [[nodiscard]] virtual IFileLinkResolver* CreateFileLinkResolver() = 0;
 };
 
 } // namespace Halvern::SyncPlugin

@@ -69,7 +69,7 @@ public:
     virtual unsigned int GetFlag() = 0;
     virtual void SetFlag(unsigned int flags, bool on) = 0;
     /// A new iterator before the first child; the caller deletes it.
-    virtual IFileMappingIterator* GetChildren() = 0;
+    [[nodiscard]] virtual IFileMappingIterator* GetChildren() = 0;
     /// Null on a root.
     virtual IFileMapping* GetParent() = 0;
     virtual IFileMapping* GetRoot() = 0;

@@ -18,12 +18,22 @@
 /// keep the enumeration's type.
 #define SYNCSERVICES_BIT_OPERATORS(Enum)                                                           \
     constexpr Enum operator|(Enum a, Enum b)                                                       \
-    { return static_cast<Enum>(static_cast<quint32>(a) | static_cast<quint32>(b)); }               \
+    {                                                                                              \
+        return static_cast<Enum>(static_cast<quint32>(a) | static_cast<quint32>(b));               \
+    }                                                                                              \
     constexpr Enum operator&(Enum a, Enum b)                                                       \
-    { return static_cast<Enum>(static_cast<quint32>(a) & static_cast<quint32>(b)); }               \
+    {                                                                                              \
+        return static_cast<Enum>(static_cast<quint32>(a) & static_cast<quint32>(b));               \
+    }                                                                                              \
     constexpr Enum operator~(Enum a)                                                               \
-    { return static_cast<Enum>(~static_cast<quint32>(a)); }                                        \
+    {                                                                                              \
+        return static_cast<Enum>(~static_cast<quint32>(a));                                        \
+    }                                                                                              \
     constexpr Enum& operator|=(Enum& a, Enum b)                                                    \
-    { return a = a | b; }                                                                          \
+    {                                                                                              \
+        return a = a | b;                                                                          \
+    }                                                                                              \
     constexpr Enum& operator&=(Enum& a, Enum b)                                                    \
-    { return a = a & b; }
+    {                                                                                              \
+        return a = a & b;                                                                          \
+    }

@@ -22,6 +22,7 @@ struct FileLink
     /// Cloud id of the referenced file's item; empty while unresolved.
     QString CloudItemId;
 
+    /// True when all members are equal; paths letter by letter.
     bool operator==(const FileLink&) const = default;
 };
 

@@ -16,7 +16,9 @@ class FileSet;
 namespace Halvern::SyncServices {
 
 /// One source path paired with one target path, with flags and the links found in both files.
-/// Mappings are shared through std::shared_ptr and used from one thread at a time.
+/// Mappings are shared through std::shared_ptr and used from one thread at a time. A mapping is a
+/// record: nothing that is set here touches the disk or the database. Times are those of the file
+/// system, sizes are in bytes.
 class SYNCSERVICES_EXPORT FileMapping
 {
 public:
@@ -62,23 +64,30 @@ public:
     /// The names of the set flags in ascending order of value, joined by ", ".
     QString GetFlagName() const;
 
+    /// Absolute path of the file or folder that is imported, or what a link leads to.
     QString GetSourceFile() const;
     void SetSourceFile(const QString& path);
+    /// Absolute path that the copy gets; empty while not assigned.
     QString GetTargetFile() const;
     /// With `replace` false a target that is already set stays and the result is false; otherwise
     /// the target becomes `path` (empty clears it) and the result is true.
     bool SetTargetFile(const QString& path, bool replace);
+    /// True when a target is assigned, whether or not it exists.
     bool HasTargetFile() const;
 
-    /// The source is a folder: flagged `Folder`, or a directory on the disk.
+    /// True when the source is a folder: flagged `Folder`, or a directory on the disk.
     bool IsFolder() const;
-    /// Source and target name the same file: equal paths, or two paths that lead (through symbolic
-    /// links or letter case) to one existing file.
+    /// True when source and target name the same file: equal paths, or two paths that lead (through
+    /// symbolic links or letter case) to one existing file.
     bool AreSourceAndTargetSame() const;
+    /// True when a file or folder has the target path now.
     bool ExistsInTarget() const;
+    /// True when the path is the cloud cache folder or lies in it; false while FolderManager is not
+    /// initialised.
     bool IsSourceFileInCloudCacheFolder() const;
     bool IsTargetFileInCloudCacheFolder() const;
 
+    /// The links of the source (target) file in the order of the file, as last set.
     QList<FileLink> GetSourceFileLinks() const;
     void SetSourceFileLinks(const QList<FileLink>& links);
     void ClearSourceFileLinks();
@@ -100,12 +109,14 @@ public:
     QDateTime GetTargetFileLastModified() const;
     qint64 GetSourceFileSize() const;
     qint64 GetTargetFileSize() const;
+    /// Read the file's time and size from the disk.
     void UpdateSourceFileProperties();
     void UpdateTargetFileProperties();
     /// For the sync database, which restores what an earlier job recorded.
     void SetSourceFileProperties(const QDateTime& lastModified, qint64 size);
     void SetTargetFileProperties(const QDateTime& lastModified, qint64 size);
 
+    /// When the copy was made; invalid when it was not.
     QDateTime GetCopyDate() const;
     void SetCopyDate(const QDateTime& date);
 
@@ -114,9 +125,10 @@ public:
     /// authentication id and file set stay. Null changes nothing.
     void CopyFrom(const FileMapping* other, bool keepTarget, bool skipLinks);
 
-    /// The set that owns the mapping; not owning.
+    /// The set that the mapping is a member of, or null; not owning. See FileSet for its lifetime.
     Halvern::FileLink::FileSet* GetFileSet() const;
     void SetFileSet(Halvern::FileLink::FileSet* fileSet);
+    /// The user's authentication configuration that the mapping was made for.
     int GetAuthenticationId() const;
 
     /// Number of times that any mapping's source (target) path was changed in this process: an

@@ -16,7 +16,8 @@ namespace Halvern::SyncFolderManagerLib {
 /// Login state, cloud cache folder and sync database: one object per process.
 ///
 /// `Configure`, `Initialize` and `Uninitialize` belong to the thread that starts and stops the
-/// program; the members may be called from any thread in between.
+/// program; the members may be called from any thread in between. A failure is a result or
+/// GetLastError(), never an exception.
 class SYNCSERVICES_EXPORT FolderManager
 {
 public:
@@ -29,12 +30,15 @@ public:
     /// Ends the object; settings given by Configure are forgotten. Without Initialize it does
     /// nothing.
     static void Uninitialize();
-    /// Null when not initialised.
+    /// Null when not initialised. The library owns the object; it lives until Uninitialize.
     static FolderManager* GetInstance();
 
+    /// True when the settings say so. False also when the settings file could not be read: nothing
+    /// must be brought to a folder that the user did not choose.
     bool IsLoggedIn() const;
-    /// The cleaned, absolute cloud cache folder; with `create` it is made when missing. Empty when
-    /// none is configured.
+    /// The cleaned, absolute cloud cache folder. With `create` it is made when missing; whether
+    /// that worked is for the caller to see. Empty when none is configured, or when it could not be
+    /// made at the start.
     QString GetCloudCacheFolderPath(bool create) const;
     /// True for the cloud cache folder and every path below it, also when reached through a
     /// symbolic link. Relative paths and the empty path are not in it.
@@ -43,19 +47,25 @@ public:
     /// cleaned. Other paths come back cleaned.
     QString ConvertCloudCacheFolderPath(const QString& path,
                                         SyncServices::Global::CloudCacheFolderPathType type) const;
-    /// Null when the database could not be opened.
+    /// Null when the database could not be opened. Who keeps the pointer keeps the database open,
+    /// beyond Uninitialize as well.
     std::shared_ptr<SyncServices::SyncDatabase> GetSyncDatabase() const;
-    /// Puts the host's own store (or a decorated one) in place of the embedded database.
+    /// Puts the host's own store (or a decorated one) in place of the embedded database, shared
+    /// until the next call or Uninitialize. Null takes the database away.
     void SetSyncDatabase(std::shared_ptr<SyncServices::SyncDatabase> database);
     /// The root item of the cloud cache folder when `path` is that folder or lies in it, made on
-    /// first use; null otherwise.
+    /// first use; null otherwise, without a database and when it could not be written. One object
+    /// for all callers, which must not change it.
     std::shared_ptr<SyncServices::SyncItem> GetSyncRootFolder(const QString& path);
     /// The cloud path of a local path in the cloud cache folder, such as "/Demo/scene.gltf"; with
-    /// `withRoot` the cloud root stands in front. False, `cloudPath` empty, for other paths.
-    bool GetCloudPath(const QString& localPath, bool withRoot, QString& cloudPath) const;
+    /// `withRoot` the cloud root stands in front. True when the path has one; false, `cloudPath`
+    /// empty, for paths outside.
+    [[nodiscard]] bool GetCloudPath(const QString& localPath, bool withRoot,
+                                    QString& cloudPath) const;
 
+    /// What Initialize started with; does not change until Uninitialize, which ends the reference.
     const SyncServices::ServicesSettings& GetSettings() const;
-    /// Why Initialize failed; empty when it did not.
+    /// Why Initialize failed, one sentence; empty when it did not.
     QString GetLastError() const;
 
 private:

@@ -22,7 +22,8 @@ public:
         UpdateSelectedInDatabase = 0x00004,
         /// A linked file whose target is taken: use the existing target.
         KeepExistingLinkedFiles = 0x00400,
-        /// A linked file whose target is taken: copy under a new name (unless the bit above is set).
+        /// A linked file whose target is taken: copy under a new name (unless the bit above is
+        /// set).
         RenameLinkedFiles = 0x00800,
         /// The same two for selected files.
         KeepExistingSelectedFiles = 0x01000,

@@ -26,7 +26,7 @@ public:
 };
 
 /// A folder or file in the cloud cache folder as the sync database records it. A plain record:
-/// nothing is stored until SyncDatabase is told to.
+/// nothing is stored until SyncDatabase is told to. Used from one thread at a time.
 class SYNCSERVICES_EXPORT SyncItem : public FileItem
 {
 public:
@@ -46,10 +46,13 @@ public:
         RepathPending = 0x400,
     };
 
+    /// DO NOT CHANGE THESE VALUES: they are stored in the database.
     enum Kind
     {
         File = 0,
+        /// A folder below the cloud cache folder.
         FolderItem = 1,
+        /// The cloud cache folder itself.
         RootFolder = 2,
     };
 
@@ -57,20 +60,26 @@ public:
     SyncItem(const QString& localPath, const QString& cloudPath, const QString& cloudRoot);
     ~SyncItem() override;
 
+    /// The item's number in the database; -1 while it is not saved.
     int GetId() const;
     void SetId(int id);
     Kind GetKind() const;
     void SetKind(Kind kind);
+    /// Absolute path on this machine.
     QString GetLocalPath() const;
+    /// The path below the cloud root, such as "/Demo/scene.gltf", and that root.
     QString GetCloudPath() const;
     QString GetCloudRoot() const;
     /// The item's id in the cloud. The embedded services assign a random one on the first write.
     QString GetCloudItemId() const;
     void SetCloudItemId(const QString& id);
+    /// User, product and program that the item was written for; see ServicesSettings.
     int GetAuthenticationId() const;
     void SetAuthenticationId(int id);
     int GetProductConfigurationId() const;
     void SetProductConfigurationId(int id);
+    /// Ids of the items of the cloud cache folder and of the folder that the item lies in; -1 for
+    /// none.
     int GetRootFolderId() const;
     void SetRootFolderId(int id);
     int GetParentFolderId() const;
@@ -78,15 +87,17 @@ public:
     QString GetSourceConsumerId() const;
     void SetSourceConsumerId(const QString& id);
 
+    /// The links of the file in its order.
     QList<FileLink> GetFileLinks() const;
     void SetFileLinks(const QList<FileLink>& links);
+    /// Last-modified time that the file had when its links were taken; invalid when never.
     QDateTime GetFileLinksExtractedAtFileDate() const;
     void SetFileLinksExtractedAtFileDate(const QDateTime& date);
 
     SyncOption GetSyncOption() const;
     /// Replaces the whole option word.
     void SetSyncOption(SyncOption options);
-    /// Sets or clears every bit of `options`.
+    /// Sets (`on`) or clears every bit of `options`.
     void SetSyncOption(SyncOption options, bool on);
 
 private:

@@ -16,12 +16,14 @@ namespace Halvern::SyncServices {
 /// share and host must not be empty, so that "//server", "///a/b" and "file:///a" have no server
 /// root. A scheme is a letter followed by at least one letter, digit, "+", "-" or "."; "C://a" is a
 /// drive.
+///
+/// Safe to call from any thread.
 class SYNCSERVICES_EXPORT SyncLibUtil
 {
 public:
     /// True when the extension of `path` (the text after the last dot of its file name) is in
     /// `types`, without regard to letter case. A type may be written "prt", ".prt" or "*.prt"; "*"
-    /// matches every path.
+    /// matches every path. False for an empty list.
     static bool IsInFileTypeList(const QString& path, const QStringList& types);
 
     /// Splits a server path into its root and the rest. With `keepSeparator` the rest begins with

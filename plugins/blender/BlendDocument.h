@@ -4,6 +4,7 @@
 
 #include "LinkFinder.h"
 
+#include "KitNames.h"
 #include "pluginkit/Document.h"
 #include "pluginkit/InputFile.h"
 

@@ -2,6 +2,9 @@
 
 #pragma once
 
+#include "BlendDocument.h"
+
+#include "KitNames.h"
 #include "pluginkit/DocumentResolver.h"
 
 namespace Halvern::Formats::Blender {
@@ -11,10 +14,6 @@ namespace Halvern::Formats::Blender {
 /// A link's reference id is the name of its data block, "IMWood"; that of a member of a set also
 /// tells which member it is. Rewriting changes the bytes of these paths, in place, and where the
 /// path of a text file grows the size of its block; nothing else.
-class BlendResolver : public DocumentResolver
-{
-public:
-    BlendResolver();
-};
+using BlendResolver = DocumentResolverFor<BlendDocument>;
 
 } // namespace Halvern::Formats::Blender

@@ -2,10 +2,6 @@
 
 #include "BlendResolver.h"
 
-#include "syncplugin/SyncPlugin.h"
+#include "pluginkit/Exports.h"
 
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow)
-        Halvern::Formats::ResolverFactory<Halvern::Formats::Blender::BlendResolver>;
-}
+PLUGINKIT_EXPORT_RESOLVER(Halvern::Formats::Blender::BlendResolver);

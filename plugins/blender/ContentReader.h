@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "KitNames.h"
 #include "pluginkit/Compression.h"
 
 #include <memory>

@@ -2,10 +2,12 @@
 
 #include "ContentRewriter.h"
 
+#include "ZstdSeekTable.h"
+
+#include "KitNames.h"
 #include "pluginkit/Compression.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/ReplacementFile.h"
-#include "kit/ZstdSeekTable.h"
 
 #include <algorithm>
 #include <array>

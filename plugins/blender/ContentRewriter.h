@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "KitNames.h"
 #include "pluginkit/FileEdits.h"
 
 namespace Halvern::Formats::Blender {

@@ -2,6 +2,7 @@
 
 #include "Dna.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 
 #include <limits>

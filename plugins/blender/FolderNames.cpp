@@ -2,9 +2,10 @@
 
 #include "FolderNames.h"
 
+#include "KitNames.h"
+#include "base/Directory.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FormatError.h"
-#include "kit/PlatformFile.h"
 
 #include <algorithm>
 
@@ -22,7 +23,7 @@ const std::vector<std::string>& FolderNames::NamesIn(const std::string& folder)
     std::vector<std::string>& names = known->second;
     if (!isNew)
         return names;
-    Platform::VisitNames(PathIn(m_base, folder), [&](const std::string& name) {
+    Base::VisitNames(PathIn(m_base, folder), [&](const std::string& name) {
         names.push_back(name);
         if (++m_count > MaxNames)
             throw FormatError("sequences in folders of more than " + std::to_string(MaxNames) +

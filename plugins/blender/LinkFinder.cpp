@@ -5,6 +5,7 @@
 #include "DataBlock.h"
 #include "StoredPaths.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 

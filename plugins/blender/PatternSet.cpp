@@ -4,8 +4,9 @@
 
 #include "PathText.h"
 
-#include "pluginkit/Companions.h"
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <algorithm>
 
@@ -37,12 +38,12 @@ void PatternSet::AddPartsOnDisk(FolderNames& folders)
 void PatternSet::AddLinks(std::vector<DocumentLink>& links) const
 {
     for (const std::string& part : m_parts)
-        links.push_back({SetMemberId(m_id, part), m_pattern.With(part)});
+        links.push_back({SyncPlugin::SetMemberId(m_id, part), m_pattern.With(part)});
 }
 
 std::optional<std::string> PatternSet::UnlistedPathOf(const std::string& id) const
 {
-    const std::string prefix = SetMemberId(m_id, {});
+    const std::string prefix = SyncPlugin::SetMemberId(m_id, {});
     if (!id.starts_with(prefix) || !IsPart(std::string_view(id).substr(prefix.size())))
         return std::nullopt;
     return m_pattern.With(std::string_view(id).substr(prefix.size()));
@@ -51,7 +52,7 @@ std::optional<std::string> PatternSet::UnlistedPathOf(const std::string& id) con
 /// Part and path of those that are files of this set.
 PatternSet::Members PatternSet::MembersOf(const NewPaths& paths) const
 {
-    const std::string prefix = SetMemberId(m_id, {});
+    const std::string prefix = SyncPlugin::SetMemberId(m_id, {});
     Members members;
     for (auto path = paths.lower_bound(prefix);
          path != paths.end() && path->first.starts_with(prefix); ++path) {

@@ -4,8 +4,9 @@
 
 #include "PathText.h"
 
-#include "pluginkit/Companions.h"
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
+#include "syncplugin/ReferenceIds.h"
 
 namespace Halvern::Formats::Blender {
 
@@ -43,7 +44,7 @@ FolderPath::FolderPath(const std::string& id, StoredText folder, std::vector<Sto
     if (m_names.size() == 1)
         m_ids.push_back(id);
     for (std::size_t i = m_ids.size(); i < m_names.size(); ++i)
-        m_ids.push_back(SetMemberId(id, std::to_string(i)));
+        m_ids.push_back(SyncPlugin::SetMemberId(id, std::to_string(i)));
 }
 
 std::string FolderPath::PathOf(std::size_t index) const

@@ -4,6 +4,7 @@
 
 #include "StoredText.h"
 
+#include "KitNames.h"
 #include "pluginkit/Document.h"
 
 #include <memory>

@@ -4,6 +4,7 @@
 
 #include "PatternSet.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 
 #include <algorithm>

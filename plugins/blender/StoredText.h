@@ -4,6 +4,7 @@
 
 #include "Blocks.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileEdits.h"
 
 #include <optional>

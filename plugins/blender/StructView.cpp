@@ -2,6 +2,7 @@
 
 #include "StructView.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 
 namespace Halvern::Formats::Blender {

@@ -2,6 +2,7 @@
 
 #include "FreecadDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/TextEdits.h"

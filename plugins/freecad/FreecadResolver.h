@@ -2,6 +2,9 @@
 
 #pragma once
 
+#include "FreecadDocument.h"
+
+#include "KitNames.h"
 #include "pluginkit/DocumentResolver.h"
 
 namespace Halvern::Formats::Freecad {
@@ -11,10 +14,6 @@ namespace Halvern::Formats::Freecad {
 ///
 /// Rewriting packs the XML files anew in which a link changes, and leaves everything else in the
 /// archive byte for byte as it was.
-class FreecadResolver : public DocumentResolver
-{
-public:
-    FreecadResolver();
-};
+using FreecadResolver = DocumentResolverFor<FreecadDocument>;
 
 } // namespace Halvern::Formats::Freecad

@@ -2,10 +2,6 @@
 
 #include "FreecadResolver.h"
 
-#include "syncplugin/SyncPlugin.h"
+#include "pluginkit/Exports.h"
 
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow)
-        Halvern::Formats::ResolverFactory<Halvern::Formats::Freecad::FreecadResolver>;
-}
+PLUGINKIT_EXPORT_RESOLVER(Halvern::Formats::Freecad::FreecadResolver);

@@ -2,6 +2,7 @@
 
 #include "GlbContainer.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 

@@ -2,7 +2,9 @@
 
 #include "GltfDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 
 #include "pluginkit/FormatError.h"
 #include "pluginkit/ReplacementFile.h"

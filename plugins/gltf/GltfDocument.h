@@ -5,6 +5,7 @@
 #include "GlbContainer.h"
 #include "UriFinder.h"
 
+#include "KitNames.h"
 #include "pluginkit/Document.h"
 
 #include <filesystem>

@@ -2,6 +2,9 @@
 
 #pragma once
 
+#include "GltfDocument.h"
+
+#include "KitNames.h"
 #include "pluginkit/DocumentResolver.h"
 
 namespace Halvern::Formats::Gltf {
@@ -10,10 +13,6 @@ namespace Halvern::Formats::Gltf {
 ///
 /// A link's reference id is the JSON pointer of its string. Rewriting changes the bytes of those
 /// strings and, in a binary file, the padding behind the JSON and two lengths; nothing else.
-class GltfResolver : public DocumentResolver
-{
-public:
-    GltfResolver();
-};
+using GltfResolver = DocumentResolverFor<GltfDocument>;
 
 } // namespace Halvern::Formats::Gltf

@@ -2,10 +2,6 @@
 
 #include "GltfResolver.h"
 
-#include "syncplugin/SyncPlugin.h"
+#include "pluginkit/Exports.h"
 
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow)
-        Halvern::Formats::ResolverFactory<Halvern::Formats::Gltf::GltfResolver>;
-}
+PLUGINKIT_EXPORT_RESOLVER(Halvern::Formats::Gltf::GltfResolver);

@@ -2,6 +2,7 @@
 
 #include "UriFinder.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
 
 #include "pluginkit/FormatError.h"

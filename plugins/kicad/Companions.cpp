@@ -4,10 +4,12 @@
 
 #include "LinkFinder.h"
 
-#include "pluginkit/Companions.h"
+#include "KitNames.h"
+#include "base/Directory.h"
+#include "base/FileStatus.h"
 #include "pluginkit/FormatError.h"
-#include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +19,7 @@ namespace Halvern::Formats::Kicad {
 namespace {
 
 namespace fs = std::filesystem;
-using Platform::IsFile;
+using Base::IsFile;
 
 constexpr std::size_t MaxLibraryFiles = 100'000;
 constexpr std::array<const char*, 4> Siblings = {"kicad_pro", "kicad_sch", "kicad_pcb",
@@ -41,7 +43,7 @@ bool IsAmong(const std::vector<std::string>& names, const fs::path& file)
     const std::string extension = LowerExtension(file);
     return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
         const fs::path other = file.parent_path() / PathFromUtf8(name);
-        return LowerExtension(other) == extension && Platform::IsSameFile(other, file);
+        return LowerExtension(other) == extension && Base::IsSameFile(other, file);
     });
 }
 
@@ -126,7 +128,7 @@ private:
     void AddFootprints(const std::string& id, const fs::path& folder, const fs::path& below)
     {
         std::vector<std::string> names;
-        Platform::VisitNames(folder, [&](const std::string& name) {
+        Base::VisitNames(folder, [&](const std::string& name) {
             const fs::path file = PathFromUtf8(name);
             if (file.extension() == ".kicad_mod" && IsFile(folder / file))
                 names.push_back(name);
@@ -141,7 +143,7 @@ private:
     {
         if (m_links.size() == MaxLibraryFiles)
             throw FormatError("more than " + std::to_string(MaxLibraryFiles) + " library files");
-        m_links.push_back({CompanionId(id), path});
+        m_links.push_back({SyncPlugin::CompanionId(id), path});
     }
 
     fs::path m_file;

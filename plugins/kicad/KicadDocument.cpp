@@ -6,11 +6,12 @@
 #include "LinkFinder.h"
 #include "ProjectFile.h"
 
-#include "pluginkit/Companions.h"
+#include "KitNames.h"
 #include "pluginkit/FileEdits.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <algorithm>
 
@@ -81,21 +82,21 @@ void KicadDocument::AddStored(StoredPath stored)
     const std::filesystem::path file = PathIn(m_paths.Folder(), *path);
     const std::string set = stored.id;
     if (HasSubstitutes(file)) {
-        stored.id = SetMemberId(set, ModelMember);
+        stored.id = SyncPlugin::SetMemberId(set, ModelMember);
         m_models.emplace(stored.id, *path);
     }
     m_links.push_back({stored.id, *path});
     for (const std::string& name : SubstitutesOf(file))
         m_links.push_back(
-            {SetMemberId(set, name.substr(name.rfind('.') + 1)), Beside(*path, name)});
+            {SyncPlugin::SetMemberId(set, name.substr(name.rfind('.') + 1)), Beside(*path, name)});
     m_stored.push_back(std::move(stored));
 }
 
 std::optional<std::string> KicadDocument::UnlistedPathOf(const std::string& id) const
 {
-    if (id.starts_with(CompanionMark))
-        return m_places.PlaceOf(id.substr(CompanionMark.size()));
-    if (!id.starts_with(SetMark))
+    if (id.starts_with(SyncPlugin::CompanionMark))
+        return m_places.PlaceOf(id.substr(SyncPlugin::CompanionMark.size()));
+    if (!id.starts_with(SyncPlugin::SetMark))
         return {};
     const auto model = m_models.find(SetOf(id) + '#' + std::string(ModelMember));
     if (model == m_models.end())
@@ -106,7 +107,7 @@ std::optional<std::string> KicadDocument::UnlistedPathOf(const std::string& id) 
 std::optional<std::string> KicadDocument::ObstacleTo(const std::string& id,
                                                      const std::string& path) const
 {
-    if (!id.starts_with(CompanionMark))
+    if (!id.starts_with(SyncPlugin::CompanionMark))
         return {};
     return "KiCad finds " + UnlistedPathOf(id).value_or(id) + " by its name; it cannot be " + path;
 }
@@ -119,7 +120,7 @@ void KicadDocument::RequireNamesFit(const NewPaths& paths) const
     for (const DocumentLink& link : m_links)
         all.emplace(link.id, link.path);
     for (const auto& [id, path] : all) {
-        if (!id.starts_with(SetMark))
+        if (!id.starts_with(SyncPlugin::SetMark))
             continue;
         const std::string& model = all.at(SetOf(id) + '#' + std::string(ModelMember));
         if (WithoutExtension(path) != WithoutExtension(model))

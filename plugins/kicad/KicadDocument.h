@@ -5,6 +5,7 @@
 #include "Companions.h"
 #include "StoredPath.h"
 
+#include "KitNames.h"
 #include "pluginkit/Document.h"
 #include "pluginkit/InputFile.h"
 

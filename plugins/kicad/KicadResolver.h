@@ -2,6 +2,9 @@
 
 #pragma once
 
+#include "KicadDocument.h"
+
+#include "KitNames.h"
 #include "pluginkit/DocumentResolver.h"
 
 namespace Halvern::Formats::Kicad {
@@ -9,10 +12,6 @@ namespace Halvern::Formats::Kicad {
 /// Reads and rewrites the links of KiCad's projects (.kicad_pro), schematics (.kicad_sch) and
 /// boards
 /// (.kicad_pcb).
-class KicadResolver : public DocumentResolver
-{
-public:
-    KicadResolver();
-};
+using KicadResolver = DocumentResolverFor<KicadDocument>;
 
 } // namespace Halvern::Formats::Kicad

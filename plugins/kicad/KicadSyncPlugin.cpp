@@ -2,10 +2,6 @@
 
 #include "KicadResolver.h"
 
-#include "syncplugin/SyncPlugin.h"
+#include "pluginkit/Exports.h"
 
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow)
-        Halvern::Formats::ResolverFactory<Halvern::Formats::Kicad::KicadResolver>;
-}
+PLUGINKIT_EXPORT_RESOLVER(Halvern::Formats::Kicad::KicadResolver);

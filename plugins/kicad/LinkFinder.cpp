@@ -2,6 +2,7 @@
 
 #include "LinkFinder.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"
 

@@ -4,6 +4,7 @@
 
 #include "SExpressions.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 
 #include <rapidjson/error/en.h>

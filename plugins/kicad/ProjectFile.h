@@ -4,6 +4,7 @@
 
 #include "StoredPath.h"
 
+#include "KitNames.h"
 #include "pluginkit/InputFile.h"
 
 #include <string>

@@ -2,8 +2,9 @@
 
 #include "StoredPath.h"
 
-#include "pluginkit/FileUri.h"
-#include "kit/PlatformFile.h"
+#include "KitNames.h"
+#include "base/Directory.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ bool HoldsProject(const fs::path& folder)
 {
     bool found = false;
     int count = 0;
-    Platform::VisitNames(folder, [&](const std::string& name) {
+    Base::VisitNames(folder, [&](const std::string& name) {
         found = PathFromUtf8(name).extension() == ".kicad_pro";
         return !found && ++count < MaxEntries;
     });

@@ -2,24 +2,6 @@
 
 #include "SourceTreeLayout.h"
 
-#include "syncplugin/SyncPlugin.h"
+#include "pluginkit/Exports.h"
 
-#include <new>
-
-namespace {
-
-class Factory : public Halvern::SyncPlugin::ISyncPluginFactory
-{
-public:
-    Halvern::SyncPlugin::IFileLayout* CreateFileLayout() override
-    {
-        return new (std::nothrow) Halvern::Formats::Layout::SourceTreeLayout;
-    }
-};
-
-} // namespace
-
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::ISyncPluginFactory* CreateSyncPluginFactory()
-{
-    return new (std::nothrow) Factory;
-}
+PLUGINKIT_EXPORT_LAYOUT(Halvern::Formats::Layout::SourceTreeLayout);

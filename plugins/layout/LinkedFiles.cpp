@@ -2,8 +2,10 @@
 
 #include "LinkedFiles.h"
 
-#include "pluginkit/Companions.h"
-#include "kit/PlatformFile.h"
+#include "KitNames.h"
+#include "base/FileStatus.h"
+#include "pluginkit/Utf.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <map>
 #include <memory>
@@ -35,7 +37,7 @@ std::optional<TreePath> PathOf(IFileMapping& node, Getter getter)
 LinkedFile FileOf(IFileMapping& node, TreePath source)
 {
     LinkedFile file;
-    file.isMissing = !Platform::Exists(PathFromUtf8(source.Text()));
+    file.isMissing = !Base::Exists(PathFromUtf8(source.Text()));
     file.source = std::move(source);
     file.target = PathOf(node, &IFileMapping::GetTargetFile);
     const unsigned int flags = node.GetFlag();
@@ -85,9 +87,9 @@ private:
         const std::optional<std::string> id = TextOf(child, &IFileMapping::GetRefId);
         if (!member || !id || *member == owner)
             return;
-        if (id->starts_with(CompanionMark))
+        if (id->starts_with(SyncPlugin::CompanionMark))
             m_result.bonds.push_back({owner, *member, {}});
-        else if (id->starts_with(SetMark))
+        else if (id->starts_with(SyncPlugin::SetMark))
             m_result.bonds.push_back({owner, *member, id->substr(0, id->rfind('#'))});
     }
 

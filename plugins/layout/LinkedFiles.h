@@ -33,7 +33,7 @@ struct LinkedFile
     SyncPlugin::IFileMapping* node = nullptr;
 };
 
-/// A link by name, or the link to a member of a set; see common/Companions.h.
+/// A link by name, or the link to a member of a set; see syncplugin/ReferenceIds.h.
 struct Bond
 {
     std::size_t owner;

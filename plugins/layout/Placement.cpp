@@ -68,7 +68,7 @@ private:
     /// By the text of the outermost folder.
     std::map<std::string, Origin> m_others;
     /// Names in the target folder, letter case aside.
-    std::set<WideString> m_names;
+    std::set<std::u16string> m_names;
 };
 
 bool Placement::IsProjectFolder(const TreePath& folder) const
@@ -139,13 +139,13 @@ void Placement::UseNamesBesideTop()
 
 void Placement::PlaceProject()
 {
-    std::set<WideString> names;
+    std::set<std::u16string> names;
     for (const LinkedFile& file : m_files)
         if (IsOfProject(file) && !IsBelowTop(file))
             names.insert(CaseKey(m_project.folder.PartsBelow(file.source).front()));
-    const bool isFree = std::none_of(names.begin(), names.end(), [this](const WideString& name) {
-        return m_names.contains(name);
-    });
+    const bool isFree =
+        std::none_of(names.begin(), names.end(),
+                     [this](const std::u16string& name) { return m_names.contains(name); });
     if (isFree)
         m_names.merge(names);
     else

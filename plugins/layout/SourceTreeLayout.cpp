@@ -5,9 +5,11 @@
 #include "Groups.h"
 #include "Placement.h"
 
+#include "KitNames.h"
+#include "base/FileStatus.h"
 #include "pluginkit/Boundary.h"
 #include "pluginkit/FormatError.h"
-#include "kit/PlatformFile.h"
+#include "pluginkit/Utf.h"
 
 namespace Halvern::Formats::Layout {
 
@@ -15,7 +17,7 @@ namespace {
 
 bool ExistsOnDisk(const TreePath& path)
 {
-    return Platform::Exists(PathFromUtf8(path.Text()));
+    return Base::Exists(PathFromUtf8(path.Text()));
 }
 
 void AssignTargets(SyncPlugin::IFileMapping& top)
@@ -29,13 +31,6 @@ void AssignTargets(SyncPlugin::IFileMapping& top)
     ApplyTargets(*linked);
 }
 
-WideString SourceOf(SyncPlugin::IFileMapping& mapping)
-{
-    WideString source(mapping.GetSourceFile(nullptr, 0) + 1, SyncPlugin::WideChar(0));
-    mapping.GetSourceFile(source.data(), static_cast<int>(source.size()));
-    return source;
-}
-
 } // namespace
 
 bool SourceTreeLayout::AssignTargetPaths(SyncPlugin::IFileMapping* mapping,
@@ -43,8 +38,7 @@ bool SourceTreeLayout::AssignTargetPaths(SyncPlugin::IFileMapping* mapping,
 {
     if (!mapping)
         return false;
-    return RunLogged(context ? context->GetLogger() : nullptr, "lay out the links of",
-                     SourceOf(*mapping).c_str(), [&] { AssignTargets(*mapping); });
+    return RunGuarded(context, "lay out the links of", mapping, [&] { AssignTargets(*mapping); });
 }
 
 } // namespace Halvern::Formats::Layout

@@ -18,7 +18,7 @@ TakenPlaces::TakenPlaces(const std::vector<LinkedFile>& files)
 
 bool TakenPlaces::IsInUse(const TreePath& folder) const
 {
-    const WideString start = Key(folder) + SyncPlugin::WideChar('/');
+    const std::u16string start = Key(folder) + u'/';
     const auto first = m_places.lower_bound(start);
     return first != m_places.end() && first->starts_with(start);
 }

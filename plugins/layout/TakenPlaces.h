@@ -27,9 +27,9 @@ public:
     void Take(const TreePath& place) { m_places.insert(Key(place)); }
 
 private:
-    static WideString Key(const TreePath& place) { return CaseKey(place.Text()); }
+    static std::u16string Key(const TreePath& place) { return CaseKey(place.Text()); }
 
-    std::set<WideString> m_places;
+    std::set<std::u16string> m_places;
 };
 
 } // namespace Halvern::Formats::Layout

@@ -2,27 +2,21 @@
 
 #include "TreePath.h"
 
+#include "base/CaseFolding.h"
+#include "base/PathText.h"
+#include "base/Utf.h"
+
 #include <algorithm>
 
 namespace Halvern::Formats::Layout {
 
 namespace {
 
-bool IsLetter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool HasDrive(std::string_view text)
-{
-    return text.size() >= 2 && IsLetter(text[0]) && text[1] == ':';
-}
-
 /// A backslash is a separator on Windows and a letter like any other elsewhere.
 std::string WithSlashes(std::string_view text)
 {
     std::string result(text);
-    if (HasDrive(text) || text.starts_with("\\\\"))
+    if (Base::HasDrive(text) || text.starts_with("\\\\"))
         std::replace(result.begin(), result.end(), '\\', '/');
     return result;
 }
@@ -44,31 +38,13 @@ std::vector<std::string> Split(std::string_view text)
     return parts;
 }
 
-char16_t LowerCase(char16_t c)
-{
-    const auto isIn = [c](char16_t first, char16_t last) { return c >= first && c <= last; };
-    if (isIn(u'A', u'Z') || (isIn(0xC0, 0xDE) && c != 0xD7) || isIn(0x391, 0x3A9) ||
-        isIn(0x410, 0x42F))
-        return static_cast<char16_t>(c + 0x20);
-    if (isIn(0x400, 0x40F))
-        return static_cast<char16_t>(c + 0x50);
-    // Pairs of neighbours; in the middle of the Latin block the capital is the odd one.
-    const bool isEvenCapital = isIn(0x100, 0x137) || isIn(0x14A, 0x177) || isIn(0x460, 0x481) ||
-                               isIn(0x48A, 0x4BF) || isIn(0x4D0, 0x52F) || isIn(0x1E00, 0x1E95) ||
-                               isIn(0x1EA0, 0x1EFF);
-    const bool isOddCapital = isIn(0x139, 0x148) || isIn(0x179, 0x17E) || isIn(0x4C1, 0x4CE);
-    if ((isEvenCapital && c % 2 == 0) || (isOddCapital && c % 2 == 1))
-        return static_cast<char16_t>(c + 1);
-    return c;
-}
-
 } // namespace
 
 std::optional<TreePath> TreePath::Parse(std::string_view text)
 {
     const std::string path = WithSlashes(text);
     TreePath result;
-    if (HasDrive(path)) {
+    if (Base::HasDrive(path)) {
         result.root = path.substr(0, 2);
         result.parts = Split(std::string_view(path).substr(2));
         return result;
@@ -155,12 +131,9 @@ bool TreePath::operator==(const TreePath& other) const
     return parts.size() == other.parts.size() && Contains(other);
 }
 
-WideString CaseKey(std::string_view text)
+std::u16string CaseKey(std::string_view text)
 {
-    WideString key = ToUtf16Lossy(text);
-    for (auto& unit : key)
-        unit = static_cast<SyncPlugin::WideChar>(LowerCase(static_cast<char16_t>(unit)));
-    return key;
+    return Base::FoldCase(Base::ToUtf16Lossy(text));
 }
 
 std::string_view Stem(std::string_view name)

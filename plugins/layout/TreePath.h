@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include "pluginkit/Utf.h"
-
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -45,9 +43,8 @@ private:
     std::size_t CommonParts(const TreePath& other) const;
 };
 
-/// Two texts that differ in letter case only have one key. Covers the alphabets that have cases and
-/// one code unit per letter.
-WideString CaseKey(std::string_view text);
+/// Two texts that differ in letter case only have one key.
+std::u16string CaseKey(std::string_view text);
 
 /// A file name without its last suffix, and the suffix with its dot.
 std::string_view Stem(std::string_view name);

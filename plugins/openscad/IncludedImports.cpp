@@ -4,9 +4,10 @@
 
 #include "ScadText.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <deque>

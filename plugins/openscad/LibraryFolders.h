@@ -16,11 +16,4 @@ std::vector<std::filesystem::path> LibraryFolders();
 /// OpenSCAD, wherever that is.
 bool IsInstalledLibrary(std::string_view name, const std::vector<std::filesystem::path>& folders);
 
-namespace Platform {
-
-/// As they stand, whether or not they exist.
-std::vector<std::filesystem::path> LibraryFolders();
-
-} // namespace Platform
-
 } // namespace Halvern::Formats::OpenScad

@@ -2,15 +2,14 @@
 
 #pragma once
 
+#include "ScadDocument.h"
+
+#include "KitNames.h"
 #include "pluginkit/DocumentResolver.h"
 
 namespace Halvern::Formats::OpenScad {
 
 /// Reads and rewrites the names of files in OpenSCAD models.
-class OpenScadResolver : public DocumentResolver
-{
-public:
-    OpenScadResolver();
-};
+using OpenScadResolver = DocumentResolverFor<ScadDocument>;
 
 } // namespace Halvern::Formats::OpenScad

@@ -6,11 +6,12 @@
 #include "LibraryFolders.h"
 #include "ScadText.h"
 
-#include "pluginkit/Companions.h"
+#include "KitNames.h"
 #include "pluginkit/FileEdits.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
 #include "pluginkit/LinkArray.h"
+#include "pluginkit/LinkPaths.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <unordered_set>
 
@@ -78,7 +79,7 @@ void ScadDocument::AddIncludedImports(std::vector<DocumentLink>& links) const
         own.emplace(WithoutDot(link.path));
     for (std::string& path : ImportsOfIncludedFiles(m_file.Path(), m_references)) {
         const bool isKnown = own.contains(std::string(WithoutDot(path)));
-        std::string id = CompanionId(path);
+        std::string id = SyncPlugin::CompanionId(path);
         // The id says the path. Nobody has to know of one that is too long for it: that import is
         // reported by the file that it stands in.
         if (!isKnown && id.size() <= MaxLinkUnits)
@@ -88,8 +89,8 @@ void ScadDocument::AddIncludedImports(std::vector<DocumentLink>& links) const
 
 std::optional<std::string> ScadDocument::UnlistedPathOf(const std::string& id) const
 {
-    if (id.starts_with(CompanionMark))
-        return id.substr(CompanionMark.size());
+    if (id.starts_with(SyncPlugin::CompanionMark))
+        return id.substr(SyncPlugin::CompanionMark.size());
     const auto reference = m_byId.find(id);
     if (reference == m_byId.end())
         return std::nullopt;
@@ -99,9 +100,9 @@ std::optional<std::string> ScadDocument::UnlistedPathOf(const std::string& id) c
 std::optional<std::string> ScadDocument::ObstacleTo(const std::string& id,
                                                     const std::string& path) const
 {
-    if (!id.starts_with(CompanionMark))
+    if (!id.starts_with(SyncPlugin::CompanionMark))
         return std::nullopt;
-    return id.substr(CompanionMark.size()) +
+    return id.substr(SyncPlugin::CompanionMark.size()) +
            " is named in an included file and has to keep its place, not become " + path;
 }
 

@@ -4,6 +4,7 @@
 
 #include "ScadReferences.h"
 
+#include "KitNames.h"
 #include "pluginkit/Document.h"
 
 #include <filesystem>

@@ -2,6 +2,7 @@
 
 #include "ScadLexer.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 

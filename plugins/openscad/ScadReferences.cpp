@@ -5,6 +5,7 @@
 #include "FileCall.h"
 #include "ScadVariables.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 
 #include <map>

@@ -2,8 +2,9 @@
 
 #include "ScadText.h"
 
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 
 #include <algorithm>
 

@@ -5,6 +5,7 @@
 #include "FileCall.h"
 #include "ScadReferences.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 
 #include <algorithm>

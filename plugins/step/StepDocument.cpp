@@ -4,7 +4,9 @@
 
 #include "StepText.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

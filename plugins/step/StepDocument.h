@@ -4,6 +4,7 @@
 
 #include "ExternalFiles.h"
 
+#include "KitNames.h"
 #include "pluginkit/Document.h"
 #include "pluginkit/FileEdits.h"
 

@@ -2,15 +2,14 @@
 
 #pragma once
 
+#include "StepDocument.h"
+
+#include "KitNames.h"
 #include "pluginkit/DocumentResolver.h"
 
 namespace Halvern::Formats::Step {
 
 /// Reads and rewrites the names of files in STEP exchange files (ISO 10303-21).
-class StepResolver : public DocumentResolver
-{
-public:
-    StepResolver();
-};
+using StepResolver = DocumentResolverFor<StepDocument>;
 
 } // namespace Halvern::Formats::Step

@@ -2,6 +2,7 @@
 
 #include "StepText.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 

@@ -2,6 +2,7 @@
 
 #include "CssLinks.h"
 
+#include "KitNames.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

@@ -2,9 +2,11 @@
 
 #include "SvgDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/ReplacementFile.h"
 #include "pluginkit/TextEdits.h"
 #include "pluginkit/Utf.h"

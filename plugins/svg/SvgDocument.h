@@ -4,6 +4,7 @@
 
 #include "UriReference.h"
 
+#include "KitNames.h"
 #include "pluginkit/Compression.h"
 #include "pluginkit/Document.h"
 #include "pluginkit/InputFile.h"

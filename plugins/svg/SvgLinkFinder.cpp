@@ -4,6 +4,7 @@
 
 #include "CssLinks.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"

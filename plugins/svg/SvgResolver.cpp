@@ -5,6 +5,7 @@
 #include "SvgDocument.h"
 #include "SvgLinkFinder.h"
 
+#include "KitNames.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

@@ -2,9 +2,6 @@
 
 #include "SvgResolver.h"
 
-#include "syncplugin/SyncPlugin.h"
+#include "pluginkit/Exports.h"
 
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow) Halvern::Formats::ResolverFactory<Halvern::Formats::Svg::SvgResolver>;
-}
+PLUGINKIT_EXPORT_RESOLVER(Halvern::Formats::Svg::SvgResolver);

@@ -4,9 +4,10 @@
 
 #include "CssLinks.h"
 
+#include "KitNames.h"
+#include "base/FileStatus.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
-#include "kit/PlatformFile.h"
 #include "pluginkit/Utf.h"
 #include "pluginkit/Xml.h"
 
@@ -48,8 +49,8 @@ std::optional<std::string> PathOf(const UriReference& reference,
     std::string path = PathOfUri(reference.uri, folder);
     if (path.find('\0') != std::string::npos)
         return path; // is refused when it is handed out
-    if (!reference.absolutePath.empty() && !Platform::Exists(PathIn(folder, path)) &&
-        Platform::Exists(PathIn(folder, reference.absolutePath)))
+    if (!reference.absolutePath.empty() && !Base::Exists(PathIn(folder, path)) &&
+        Base::Exists(PathIn(folder, reference.absolutePath)))
         return reference.absolutePath;
     return path;
 }

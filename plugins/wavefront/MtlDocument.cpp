@@ -2,7 +2,8 @@
 
 #include "MtlDocument.h"
 
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

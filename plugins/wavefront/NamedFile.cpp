@@ -2,8 +2,9 @@
 
 #include "NamedFile.h"
 
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 
 #include "Statements.h"
 
+#include "KitNames.h"
 #include "pluginkit/FileEdits.h"
 
 #include <filesystem>

@@ -2,8 +2,9 @@
 
 #include "NamingDocument.h"
 
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 
 namespace Halvern::Formats::Wavefront {
 

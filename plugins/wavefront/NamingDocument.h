@@ -4,6 +4,7 @@
 
 #include "NamedFile.h"
 
+#include "KitNames.h"
 #include "pluginkit/Document.h"
 
 #include <map>

@@ -2,9 +2,10 @@
 
 #include "ObjDocument.h"
 
-#include "pluginkit/Companions.h"
-#include "pluginkit/FileUri.h"
+#include "KitNames.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/Utf.h"
+#include "syncplugin/ReferenceIds.h"
 
 #include <algorithm>
 
@@ -14,7 +15,7 @@ namespace {
 
 std::string Companion()
 {
-    return CompanionId("mtl");
+    return SyncPlugin::CompanionId("mtl");
 }
 
 bool IsLibraryStatement(std::string_view keyword)

@@ -2,6 +2,7 @@
 
 #include "Statements.h"
 
+#include "KitNames.h"
 #include "pluginkit/FormatError.h"
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 #include "MtlDocument.h"
 #include "ObjDocument.h"
 
+#include "KitNames.h"
 #include "pluginkit/Utf.h"
 
 #include <algorithm>

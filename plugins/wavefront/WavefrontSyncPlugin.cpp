@@ -2,10 +2,6 @@
 
 #include "WavefrontResolver.h"
 
-#include "syncplugin/SyncPlugin.h"
+#include "pluginkit/Exports.h"
 
-SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
-{
-    return new (std::nothrow)
-        Halvern::Formats::ResolverFactory<Halvern::Formats::Wavefront::WavefrontResolver>;
-}
+PLUGINKIT_EXPORT_RESOLVER(Halvern::Formats::Wavefront::WavefrontResolver);

@@ -38,8 +38,10 @@ QString PlatformServices::ConvertCloudCacheFolderPath(const QString& path) const
 QString PlatformServices::CloudPath(const QString& path) const
 {
     QString cloudPath;
-    if (const FolderManager* const manager = FolderManager::GetInstance())
-        manager->GetCloudPath(path, false, cloudPath);
+    if (const FolderManager* const manager = FolderManager::GetInstance()) {
+        // Always has one: only targets in the cloud cache folder are asked for.
+        static_cast<void>(manager->GetCloudPath(path, false, cloudPath));
+    }
     return cloudPath;
 }
 

@@ -91,8 +91,14 @@ QList<PluginDescription> FileLinkManager::GetPlugins()
     for (const Plugin* plugin : m_holder->plugins->Plugins())
         descriptions.append({plugin->GetName(), plugin->GetModule(),
                              GetPluginTypeName(plugin->GetType()), plugin->GetFileTypes(),
-                             plugin->GetPriority()});
+                             plugin->GetPriority(), plugin->GetRegistration().file});
     return descriptions;
+}
+
+QList<Problem> FileLinkManager::GetRegistrationProblems()
+{
+    m_holder->plugins->EnsureRegistered();
+    return m_holder->plugins->RegistrationProblems();
 }
 
 bool FileLinkManager::LoadPlugin(const QString& module, QString* error)

@@ -42,6 +42,10 @@ public:
         QString name;
         QStringList fileTypes;
         QString module;
+        /// As written; empty when the file states none. Another version is refused at each load.
+        QString contractVersion;
+        /// The registration file.
+        QString file;
     };
 
     /// `searchPaths` are the folders searched for the library at each load; they must outlive the
@@ -53,7 +57,7 @@ public:
     Plugin& operator=(const Plugin&) = delete;
 
     /// Loads the library unless that has been done. A failed load is tried again at the next call.
-    bool LoadModule();
+    [[nodiscard]] bool LoadModule();
     /// Destroys the service object and unloads the library. True when nothing was loaded.
     bool UnloadModule();
 
@@ -65,7 +69,7 @@ public:
 
     /// Requests the service that the plug-in is registered for. False, with the reason in
     /// GetLastError(), when no new object was made.
-    bool TryService();
+    [[nodiscard]] bool TryService();
 
     quint32 GetPriority() const { return m_registration.priority; }
     PluginType GetType() const { return m_registration.type; }
@@ -73,27 +77,33 @@ public:
     QStringList GetFileTypes() const { return m_registration.fileTypes; }
     /// File name of the library, which names the plug-in in every message.
     QString GetModule() const { return m_registration.module; }
+    const Registration& GetRegistration() const { return m_registration; }
     LoadState GetLoadState() const { return m_loadState; }
     bool IsLoaded() const { return m_library && m_library->isLoaded(); }
-    /// What went wrong in the last load, request or unload, as logged; empty when nothing did.
-    QString GetLastError() const { return m_lastError; }
+    /// What went wrong in the last request and since, as logged, in order; empty when nothing did.
+    QStringList GetErrors() const { return m_errors; }
+    /// The same in one text.
+    QString GetLastError() const { return m_errors.join(QStringLiteral("; ")); }
     /// The stored service objects, without a request.
     SyncPlugin::IFileLinkResolver* GetStoredResolver() const { return m_fileLinkResolver; }
     SyncPlugin::IFileLayout* GetStoredLayout() const { return m_fileLayout; }
 
 private:
     QString FindLibrary() const;
+    /// Loads the library and checks its contract. Why it cannot be used, then nothing is loaded, or
+    /// empty.
+    QString OpenLibrary();
     template <class Factory>
-    Factory* MakeFactory(const char* exportName);
+    Factory* MakeFactory(const char* exportName, QString& error);
     template <class Service, class Factory>
-    void CreateService(const char* exportName, const char* creatorName,
-                       Service* (Factory::*creator)(), Service*& stored);
+    QString CreateService(const char* exportName, const char* creatorName,
+                          Service* (Factory::*creator)(), Service*& stored);
     void DestroyServices();
 
     Registration m_registration;
     const QStringList& m_searchPaths;
     LoadState m_loadState = LoadState::NotLoaded;
-    QString m_lastError;
+    QStringList m_errors;
     std::unique_ptr<QLibrary> m_library;
     // Plain pointers: a replaced object, and those of a module that keeps its objects, are not
     // destroyed.

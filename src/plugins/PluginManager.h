@@ -4,6 +4,8 @@
 
 #include "plugins/Plugin.h"
 #include "plugins/PluginLogger.h"
+
+#include "filelink/Problem.h"
 #include "syncplugin/FileLinkInfo.h"
 
 #include <QtCore/QList>
@@ -49,13 +51,15 @@ public:
     void EnsureRegistered();
     /// Registers what one file declares. True when a declaration was accepted or names a plug-in
     /// that is registered already.
-    bool LoadRegistrationFile(const QString& file);
+    [[nodiscard]] bool LoadRegistrationFile(const QString& file);
 
     /// The plug-ins of a type for the file's extension, best first.
     QList<Plugin*> FindPluginForFile(const QString& file, PluginType type);
     /// The plug-in with the file name of `module`, or null.
     Plugin* FindPluginByModule(const QString& module) const;
     const QList<Plugin*>& Plugins() const { return m_plugins; }
+    /// What the files that were read say without meaning it; nothing of it is logged.
+    const QList<Problem>& RegistrationProblems() const { return m_registrationProblems; }
     const QStringList& SearchPaths() const { return m_searchPaths; }
     const QStringList& RegistrationFolders() const { return m_registrationFolders; }
 
@@ -68,7 +72,8 @@ public:
                                        SyncPlugin::IFileLinkResolverContext* context);
     /// Asks every layout plug-in of the mapping's source, in order. False when there are some and
     /// none assigned paths.
-    bool AssignTargetPaths(std::shared_ptr<FileMappingRef> mapping, FileLayoutContext* context);
+    [[nodiscard]] bool AssignTargetPaths(std::shared_ptr<FileMappingRef> mapping,
+                                         FileLayoutContext* context);
     /// Writes source and target of the mapping and of what it links, level by level, at TRACE.
     void DumpFileMapping(FileMappingRef* mapping);
 
@@ -78,13 +83,17 @@ public:
 
 private:
     void AddDefaultFolders();
+    bool RegisterDeclarations(XmlFiler& filer);
     bool RegisterDeclaration(XmlFiler& filer);
+    void NoteSecondRegistration(const Plugin::Registration& known, XmlFiler filer);
+    void NoteSharedTypes(const Plugin& plugin);
     QList<Plugin*> SearchPlugins(const QString& extension, PluginType type) const;
 
     bool m_registered = false;
     QStringList m_registrationFolders;
     QStringList m_searchPaths;
     QList<Plugin*> m_plugins;
+    QList<Problem> m_registrationProblems;
     QMap<QString, QList<Plugin*>> m_lookupCache;
 };
 

@@ -8,40 +8,46 @@
 
 namespace Halvern::FileLink {
 
-namespace {
+XmlFiler::XmlFiler(TrMode mode) : m_mode(mode) {}
 
-QString UnwrapTrText(const QString& text)
+QString XmlFiler::Unwrapped(const QString& value)
 {
     static const QRegularExpression opening(QStringLiteral("^\\s*tr\\s*\\("),
                                             QRegularExpression::CaseInsensitiveOption |
                                                 QRegularExpression::UseUnicodePropertiesOption);
     static const QRegularExpression closing(QStringLiteral("\\)\\s*$"),
                                             QRegularExpression::UseUnicodePropertiesOption);
-    if (!text.contains(opening) || !text.contains(closing))
-        return text;
-    return QString(text).remove(opening).remove(closing);
+    if (!value.contains(opening) || !value.contains(closing))
+        return value;
+    return QString(value).remove(opening).remove(closing);
 }
-
-} // namespace
-
-XmlFiler::XmlFiler(TrMode mode) : m_mode(mode) {}
 
 bool XmlFiler::Open(const QString& file)
 {
     m_openError.clear();
-    if (!QFile::exists(file))
+    m_failure.clear();
+    if (!QFile::exists(file)) {
+        m_failure = QStringLiteral("The file does not exist");
         return false;
+    }
     QFile input(file);
     if (!input.open(QIODevice::ReadOnly)) {
         m_openError = QStringLiteral("XmlFiler: Failed to open file %1. %2 (Error code: %3)")
                           .arg(file)
                           .arg(input.errorString())
                           .arg(int(input.error()));
+        m_failure = QStringLiteral("The file cannot be read: %1").arg(input.errorString());
         return false;
     }
     QDomDocument document;
-    if (!document.setContent(&input))
+    QString reason;
+    int line = 0;
+    int column = 0;
+    if (!document.setContent(&input, &reason, &line, &column)) {
+        m_failure = QStringLiteral("The file is no XML: %1 (line %2, column %3)")
+                        .arg(reason, QString::number(line), QString::number(column));
         return false;
+    }
     m_document = document;
     m_current = document.documentElement();
     m_file = file;
@@ -101,7 +107,7 @@ QString XmlFiler::GetAttribute(const QString& name, const QString& defaultValue)
     if (element.isNull() || !element.hasAttribute(name))
         return defaultValue;
     const QString value = element.attribute(name);
-    return m_mode == UnwrapTr ? UnwrapTrText(value) : value;
+    return m_mode == UnwrapTr ? Unwrapped(value) : value;
 }
 
 QString XmlFiler::GetPlainAttribute(const QString& name, const QString& defaultValue) const

@@ -11,10 +11,8 @@
 
 namespace Halvern::FileLink {
 
-// What differs between Windows and POSIX. Nothing here logs or throws.
+// Files and folders for texts of Qt: the rules stand in base/. Nothing here logs or throws.
 
-/// On POSIX, a path that begins with one "/"; never on Windows.
-bool IsPosixAbsolutePath(const QString& path);
 /// The absolute folder of a file. On POSIX the folder of D:/t/a.asm is D:/t, not one below the
 /// current folder.
 QString AbsoluteFolderOf(const QString& file);

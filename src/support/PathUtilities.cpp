@@ -2,6 +2,9 @@
 
 #include "support/PathUtilities.h"
 
+#include "base/CaseFolding.h"
+#include "base/PathText.h"
+#include "base/Units.h"
 #include "support/FileOperations.h"
 
 #include <QtCore/QCoreApplication>
@@ -12,6 +15,8 @@
 #include <limits>
 
 namespace Halvern::FileLink {
+
+using Base::Units;
 
 // Hosts pass these as numbers, and so does the selection intake.
 static_assert(int(QDir::Dirs | QDir::Files | QDir::Hidden) == 0x103);
@@ -96,26 +101,22 @@ QString BaseFolder(const QString& base, bool baseIsFile)
 
 bool IsUncPath(const QString& path)
 {
-    const auto isSlash = [](QChar c) { return c == u'/' || c == u'\\'; };
-    return path.size() >= 2 && isSlash(path[0]) && isSlash(path[1]);
+    return Base::IsUncPath(Units(path));
 }
 
 bool IsShareRoot(const QString& path)
 {
-    if (!IsUncPath(path))
-        return false;
-    QString names = path.mid(2);
-    return names.replace(u'\\', u'/').split(u'/', Qt::SkipEmptyParts).size() <= 2;
+    return Base::IsShareRoot(Units(path));
 }
 
 bool IsAbsolutePath(const QString& path)
 {
-    return path.contains(u':') || IsUncPath(path) || IsPosixAbsolutePath(path);
+    return Base::IsAbsolutePath(Units(path));
 }
 
 bool IsLocalPath(const QString& path)
 {
-    return IsPosixAbsolutePath(path) || path.indexOf(u':') <= 1;
+    return Base::IsLocalPath(Units(path));
 }
 
 QString MakeAbsolutePath(const QString& path, const QString& base, bool baseIsFile)
@@ -225,11 +226,11 @@ bool IsPathUnder(const QString& folder, const QString& path)
     const QString child = NormalizeServerPath(path);
     // The POSIX root holds every other local path, and normalising took away their leading slash.
     if (parent == u"/")
-        return IsPosixAbsolutePath(path) && child != parent;
+        return Base::IsPosixAbsolutePath(Units(path)) && child != parent;
     if (QFileInfo(parent).isRoot())
         parent.chop(1);
-    return parent.size() < child.size() && child.startsWith(parent, Qt::CaseInsensitive) &&
-           child[parent.size()] == u'/';
+    return parent.size() < child.size() && child[parent.size()] == u'/' &&
+           Base::StartsWithIgnoringCase(Units(child), Units(parent));
 }
 
 } // namespace Halvern::FileLink

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Line and branch coverage of src/, as ./test --coverage measures it.
+"""Line and branch coverage of src/ and base/, as ./test --coverage measures it.
 
     python3 tests/coverage/report.py --build build/coverage
 
@@ -42,8 +42,8 @@ class File:
 
 
 def measure(build):
-    """What gcov says of each file in src/, by name."""
-    # Of every object: inline functions of src/ may have been run in any.
+    """What gcov says of each file in src/ and base/, by name."""
+    # Of every object: inline functions may have been run in any.
     data = sorted(str(path.relative_to(build)) for path in build.rglob("*.gcda"))
     if not data:
         sys.exit(f"{build} holds no measurement: run its tests first")
@@ -63,7 +63,7 @@ def parse(text):
             # Without the prefix, and so as seen from the root.
             path = (ROOT / match[1]).resolve()
             file = None
-            if path.is_relative_to(ROOT / "src"):
+            if path.is_relative_to(ROOT / "src") or path.is_relative_to(ROOT / "base"):
                 file = files.setdefault(str(path.relative_to(ROOT)), File())
         elif file is None:
             continue

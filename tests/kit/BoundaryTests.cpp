@@ -5,13 +5,17 @@
 #include "pluginkit/Boundary.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"
+#include "pluginkit/Utf.h"
 
+#include <algorithm>
+#include <functional>
 #include <new>
 #include <stdexcept>
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -20,11 +24,56 @@ class Boundary : public ::testing::Test
 protected:
     bool Run(const std::function<void()>& work)
     {
-        const QString file = QStringLiteral("D:/Höhe.gltf");
+        const QString file = u"D:/Höhe.gltf"_s;
         return RunGuarded(&context, "read", Wide(file), work);
     }
 
     RecordingContext context;
+};
+
+/// A mapping that knows its source and nothing else.
+class SourceAlone : public SyncPlugin::IFileMapping
+{
+public:
+    using WideChar = SyncPlugin::WideChar;
+
+    unsigned GetSourceFile(WideChar* buffer, int size) override
+    {
+        const WideString source = ToUtf16("D:/Höhe.asm").value();
+        if (!buffer)
+            return static_cast<unsigned>(source.size());
+        const std::size_t part = std::min(source.size(), static_cast<std::size_t>(size) - 1);
+        *std::copy_n(source.begin(), part, buffer) = 0;
+        return static_cast<unsigned>(part);
+    }
+    unsigned GetRefId(WideChar*, int) override { return 0; }
+    unsigned GetTargetFile(WideChar*, int) override { return 0; }
+    unsigned GetTargetPath(WideChar*, int) override { return 0; }
+    bool SetTargetFile(const WideChar*, bool) override { return false; }
+    unsigned ResolveTargetPath(const WideChar*, WideChar*, int) override { return 0; }
+    bool HasTargetFile() override { return false; }
+    bool ExistsInTarget() override { return false; }
+    unsigned GetTargetRootFolder(WideChar*, int) override { return 0; }
+    bool HasFlag(unsigned) override { return false; }
+    unsigned GetFlag() override { return 0; }
+    void SetFlag(unsigned, bool) override {}
+    SyncPlugin::IFileMappingIterator* GetChildren() override { return nullptr; }
+    IFileMapping* GetParent() override { return nullptr; }
+    IFileMapping* GetRoot() override { return this; }
+    bool ChangeSourceFile(const WideChar*) override { return false; }
+};
+
+class LayoutContext : public SyncPlugin::IFileLayoutContext
+{
+public:
+    explicit LayoutContext(SyncPlugin::IPluginLogger* logger) : m_logger(logger) {}
+    SyncPlugin::IPluginLogger* GetLogger() override
+    {
+        return m_logger ? m_logger : throw std::runtime_error("no logger today");
+    }
+
+private:
+    SyncPlugin::IPluginLogger* m_logger;
 };
 
 /// The text of the FormatError that adding this link throws.
@@ -52,10 +101,9 @@ TEST_F(Boundary, AFailureIsLoggedWithFilePositionAndReason)
 {
     EXPECT_FALSE(Run([] { throw FormatError("no such chunk", 17); }));
     EXPECT_FALSE(Run([] { throw FormatError("not a regular file"); }));
-    EXPECT_EQ(
-        context.lines,
-        (QStringList{QStringLiteral("ERROR Failed to read D:/Höhe.gltf: no such chunk (byte 17)"),
-                     QStringLiteral("ERROR Failed to read D:/Höhe.gltf: not a regular file")}));
+    EXPECT_EQ(context.lines,
+              (QStringList{u"ERROR Failed to read D:/Höhe.gltf: no such chunk (byte 17)"_s,
+                           u"ERROR Failed to read D:/Höhe.gltf: not a regular file"_s}));
 }
 
 TEST_F(Boundary, NoExceptionOfAnyKindGetsOut)
@@ -63,17 +111,40 @@ TEST_F(Boundary, NoExceptionOfAnyKindGetsOut)
     EXPECT_FALSE(Run([] { throw std::bad_alloc(); }));
     EXPECT_FALSE(Run([] { throw std::out_of_range("index"); }));
     EXPECT_FALSE(Run([] { throw 42; }));
-    EXPECT_EQ(context.lines,
-              (QStringList{QStringLiteral("ERROR Failed to read D:/Höhe.gltf: out of memory"),
-                           QStringLiteral("ERROR Failed to read D:/Höhe.gltf: index"),
-                           QStringLiteral("ERROR Failed to read D:/Höhe.gltf: unknown error")}));
+    EXPECT_EQ(context.lines, (QStringList{u"ERROR Failed to read D:/Höhe.gltf: out of memory"_s,
+                                          u"ERROR Failed to read D:/Höhe.gltf: index"_s,
+                                          u"ERROR Failed to read D:/Höhe.gltf: unknown error"_s}));
 }
 
 TEST_F(Boundary, AHostWithoutContextOrFileStillGetsItsAnswer)
 {
-    EXPECT_FALSE(RunGuarded(nullptr, "read", nullptr, [] { throw FormatError("x"); }));
-    EXPECT_FALSE(RunGuarded(&context, "read", nullptr, [] { throw FormatError("x"); }));
-    EXPECT_EQ(context.lines, QStringList{QStringLiteral("ERROR Failed to read : x")});
+    const SyncPlugin::WideChar* file = nullptr;
+    SyncPlugin::IFileLinkResolverContext* noContext = nullptr;
+    EXPECT_FALSE(RunGuarded(noContext, "read", file, [] { throw FormatError("x"); }));
+    EXPECT_FALSE(RunGuarded(&context, "read", file, [] { throw FormatError("x"); }));
+    EXPECT_EQ(context.lines, QStringList{u"ERROR Failed to read : x"_s});
+}
+
+TEST_F(Boundary, ALayoutFailsWithTheSourceOfItsFile)
+{
+    SourceAlone mapping;
+    SyncPlugin::IFileMapping* noMapping = nullptr;
+    LayoutContext layout(&context);
+    const auto fail = [] { throw FormatError("no room", 3); };
+    EXPECT_TRUE(RunGuarded(&layout, "lay out", &mapping, [] {}));
+    EXPECT_FALSE(RunGuarded(&layout, "lay out", &mapping, fail));
+    EXPECT_FALSE(RunGuarded(&layout, "lay out", noMapping, fail));
+    EXPECT_EQ(context.lines,
+              (QStringList{u"ERROR Failed to lay out D:/Höhe.asm: no room (byte 3)"_s,
+                           u"ERROR Failed to lay out : no room (byte 3)"_s}));
+}
+
+TEST_F(Boundary, AHostWhoseLoggerThrowsStillGetsItsAnswer)
+{
+    SourceAlone mapping;
+    LayoutContext layout(nullptr);
+    EXPECT_TRUE(RunGuarded(&layout, "lay out", &mapping, [] {}));
+    EXPECT_FALSE(RunGuarded(&layout, "lay out", &mapping, [] { throw FormatError("no room"); }));
 }
 
 TEST(LinkArray, HandsOverRecordsInOrder)
@@ -86,9 +157,9 @@ TEST(LinkArray, HandsOverRecordsInOrder)
     array.HandOver(&links, &count);
     ASSERT_EQ(count, 2);
     EXPECT_EQ(links[0].size, 1044U);
-    EXPECT_EQ(FromWide(links[0].referenceId), QStringLiteral("/a/uri"));
-    EXPECT_EQ(FromWide(links[0].path), QStringLiteral("Höhe.png"));
-    EXPECT_EQ(FromWide(links[1].path), QStringLiteral("b.png"));
+    EXPECT_EQ(FromWide(links[0].referenceId), u"/a/uri"_s);
+    EXPECT_EQ(FromWide(links[0].path), u"Höhe.png"_s);
+    EXPECT_EQ(FromWide(links[1].path), u"b.png"_s);
     delete[] links;
 }
 

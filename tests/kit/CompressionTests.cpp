@@ -4,7 +4,6 @@
 
 #include "pluginkit/Compression.h"
 #include "pluginkit/FormatError.h"
-#include "kit/ZstdSeekTable.h"
 
 #include <random>
 
@@ -12,7 +11,8 @@ namespace Halvern::Test {
 
 namespace {
 
-using namespace Formats;
+using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 class Compressing : public ::testing::TestWithParam<Compression>
 {
@@ -35,7 +35,7 @@ protected:
 
 private:
     FileTree m_tree;
-    const QString m_name = QStringLiteral("Größe.bin");
+    const QString m_name = u"Größe.bin"_s;
 };
 
 using Gzip = Compressing;
@@ -52,14 +52,6 @@ std::string Content(std::size_t size)
 }
 
 constexpr std::size_t LargerThanEveryBuffer = 1'000'003;
-
-std::string Joined(const std::vector<std::string>& parts)
-{
-    std::string bytes;
-    for (const std::string& part : parts)
-        bytes += part;
-    return bytes;
-}
 
 } // namespace
 
@@ -158,55 +150,11 @@ TEST_F(Zstd, AWindowLargerThanPermittedIsRefused)
                               "decoding");
 }
 
-TEST_F(Zstd, TheTableOfFramesIsFoundAtTheEnd)
-{
-    const std::string first = Compressed(Compression::Zstd, "one ");
-    const std::string second = Compressed(Compression::Zstd, "two");
-    const std::vector<ZstdFrame> frames = {{first.size(), 4}, {second.size(), 3}};
-    const InputFile file = File(Joined({first, second, ZstdSeekTable(frames)}));
-    const auto found = ReadZstdSeekTable(file);
-    ASSERT_TRUE(found);
-    ASSERT_EQ(found->size(), 2U);
-    EXPECT_EQ((*found)[1].size, second.size());
-    EXPECT_EQ((*found)[1].contentSize, 3U);
-    EXPECT_EQ(ReadDecompressed(file, 7), "one two");
-}
-
-TEST_F(Zstd, ATableThatDoesNotCoverTheFileIsNoTable)
-{
-    const std::string frame = Compressed(Compression::Zstd, "one");
-    const auto with = [](std::string bytes, std::size_t fromEnd, char c) {
-        bytes[bytes.size() - fromEnd] = c;
-        return bytes;
-    };
-    const std::string good = frame + ZstdSeekTable({{frame.size(), 3}});
-    ASSERT_TRUE(ReadZstdSeekTable(File(good)));
-    const std::pair<const char*, std::string> rows[] = {
-        {"no table", frame},
-        {"a frame that is too short", frame + ZstdSeekTable({{frame.size() - 1, 3}})},
-        {"a frame beyond the file", frame + ZstdSeekTable({{0xFFFFFFFF, 3}})},
-        {"more frames than there is room", with(good, 9, '\x7F')},
-        {"billions of frames", with(good, 6, '\xFF')},
-        {"check sums", with(good, 5, '\x80')},
-        {"another magic number", with(good, 1, 'x')},
-        {"something in front", "x" + good},
-        {"another size of the table", with(good, 9 + 8 + 4, '\x30')},
-        {"nothing", ""},
-    };
-    for (const auto& [what, bytes] : rows)
-        EXPECT_FALSE(ReadZstdSeekTable(File(bytes))) << what;
-}
-
-TEST_F(Zstd, AFrameBeyondWhatTheTableCanSayIsRefused)
-{
-    EXPECT_THROW(ZstdSeekTable({{std::uint64_t(1) << 32, 0}}), FormatError);
-}
-
 TEST(PlainFiles, AreReadAsTheyAre)
 {
     FileTree tree;
-    tree.File(QStringLiteral("a"), "\x1Fplain");
-    const InputFile file(std::filesystem::path(tree.Path(QStringLiteral("a")).toStdU16String()));
+    tree.File(u"a"_s, "\x1Fplain");
+    const InputFile file(std::filesystem::path(tree.Path(u"a"_s).toStdU16String()));
     EXPECT_EQ(CompressionOf(file), Compression::None);
     EXPECT_EQ(ReadDecompressed(file, 6), "\x1Fplain");
     EXPECT_THROW(ReadDecompressed(file, 5), FormatError);

@@ -2,8 +2,9 @@
 
 #include "FileTree.h"
 
+#include "kit/PlatformFile.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/ReplacementFile.h"
 #include "pluginkit/Utf.h"
 
@@ -15,7 +16,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -4,12 +4,12 @@
 
 #include "FormatFixture.h"
 
+#include "gltf/GltfResolver.h"
 #include "pluginkit/FilePaths.h"
-#include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/LinkPaths.h"
 #include "pluginkit/ReplacementFile.h"
 #include "pluginkit/Utf.h"
-#include "gltf/GltfResolver.h"
 
 #include <QtCore/QTemporaryDir>
 
@@ -23,7 +23,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 

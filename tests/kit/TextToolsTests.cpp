@@ -8,7 +8,7 @@
 
 #include <stdexcept>
 
-namespace Halvern::Formats {
+namespace Halvern::PluginKit {
 
 namespace {
 
@@ -135,4 +135,4 @@ TEST(Utf, BytesThatAreNoUtf8AreReadAsLatin1)
     EXPECT_EQ(Utf8OrLatin1(""), "");
 }
 
-} // namespace Halvern::Formats
+} // namespace Halvern::PluginKit

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "pluginkit/Xml.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/Xml.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@ namespace Halvern::Test {
 
 namespace {
 
-using namespace Formats;
+using namespace PluginKit;
 
 /// Writes down what it is told, every place as the text that stands there.
 class Recorder : public XmlVisitor

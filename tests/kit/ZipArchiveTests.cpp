@@ -12,11 +12,13 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-using Formats::FormatError;
-using Formats::InputFile;
-using Formats::ZipArchive;
+using PluginKit::FormatError;
+using PluginKit::InputFile;
+using PluginKit::ZipArchive;
 
 constexpr std::uint64_t Limit = 1 << 20;
 
@@ -26,7 +28,7 @@ protected:
     InputFile Open(const QByteArray& archive)
     {
         tree.File(m_name, archive);
-        return InputFile(Formats::PathFromUtf8(tree.Path(m_name).toStdString()));
+        return InputFile(PluginKit::PathFromUtf8(tree.Path(m_name).toStdString()));
     }
 
     QByteArray Replaced(const QByteArray& archive,
@@ -54,7 +56,7 @@ protected:
     FileTree tree;
 
 private:
-    const QString m_name = QStringLiteral("a.zip");
+    const QString m_name = u"a.zip"_s;
 };
 
 QByteArray With(QByteArray bytes, qsizetype at, const QByteArray& part)
@@ -141,7 +143,7 @@ TEST_F(ZipFiles, VersionsAndTimesMayDifferBetweenEntryAndDirectory)
 TEST_F(ZipFiles, EntriesLargerThanTheCopysBufferSurvive)
 {
     const QByteArray large =
-        PatternBytes(2 * qint64(Formats::ReplacementFile::CopyBufferSize) + 77);
+        PatternBytes(2 * qint64(PluginKit::ReplacementFile::CopyBufferSize) + 77);
     const auto archive = [&](const QByteArray& content) {
         return Zip({{"0", large, false}, {"1", content}, {"2", large, false}});
     };
@@ -161,9 +163,9 @@ TEST_F(ZipFiles, AFailedReplacementLeavesTheFileAsItWas)
     const QByteArray archive = Zip(TwoFiles);
     InputFile file = Open(archive);
     ZipArchive zip(file);
-    tree.File(QStringLiteral("a.zip"), archive + "more"); // someone else writes meanwhile
+    tree.File(u"a.zip"_s, archive + "more"); // someone else writes meanwhile
     EXPECT_THROW(zip.Replace({{"a.xml", "new"}}), FormatError);
-    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{QStringLiteral("a.zip"), archive + "more"}}));
+    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{u"a.zip"_s, archive + "more"}}));
 }
 
 TEST_F(ZipFiles, DamagedRecordsAreReportedWithTheirPlace)
@@ -265,6 +267,46 @@ TEST_F(ZipFiles, DamagedContentsAreReportedByName)
     };
     for (const auto& row : rows)
         EXPECT_EQ(Failure(row.archive), row.message) << row.what;
+}
+
+TEST_F(ZipFiles, PackedDataThatEndsEarlyIsReported)
+{
+    const QByteArray content = PatternBytes(200'000);
+    const QByteArray good = Zip({{"a.xml", content}});
+    const qsizetype record = good.indexOf("PK\1\2");
+    const qsizetype packed = record - 30 - 5;
+    ASSERT_GT(packed, 2 * 64 * 1024);
+    for (const qsizetype size : {qsizetype(0), qsizetype(64) * 1024, packed - 1}) {
+        const QByteArray shorter = LittleEndian(static_cast<quint32>(size));
+        EXPECT_EQ(Failure(With(With(good, 18, shorter), record + 20, shorter)),
+                  "a.xml cannot be read: Zlib error: buffer error @0")
+            << size;
+    }
+}
+
+TEST_F(ZipFiles, ADeflatedEntryOfNothingAtAllIsEmpty)
+{
+    const QByteArray archive = Zip({{"a.xml", ""}});
+    ASSERT_EQ(archive.mid(8, 2), LittleEndian16(8)) << "deflated";
+    ASSERT_EQ(archive.mid(18, 8), QByteArray(8, '\0')) << "both sizes";
+    EXPECT_EQ(Failure(archive), "read: ");
+}
+
+TEST_F(ZipFiles, AllEntriesCanBeNamedAndRead)
+{
+    std::vector<std::string> names;
+    QList<ZipMember> members;
+    for (int i = 300; i-- > 0;) {
+        names.push_back("parts/" + std::to_string(i));
+        members.append({names.back().c_str(), QByteArray::number(i)});
+    }
+    InputFile file = Open(Zip(members));
+    const ZipArchive archive(file);
+    ASSERT_EQ(archive.Names(), names);
+    for (const std::string& name : names)
+        EXPECT_EQ("parts/" + archive.Read(name, Limit).value_or("nothing"), name);
+    EXPECT_EQ(archive.Read("parts/300", Limit), std::nullopt);
+    EXPECT_EQ(archive.Read("", Limit), std::nullopt);
 }
 
 TEST_F(ZipFiles, ABombIsRefusedWithoutBeingUnpacked)

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 /// What a log record says, and the operation that it names:
 ///
 ///     "INFO FileLinkManagerImp.cpp FileLinkImporterImp::RepathFiles: Repathing file /a/b"
@@ -26,15 +28,14 @@ QString OperationOf(const QString& signature);
 class RecordsOf
 {
 public:
-    explicit RecordsOf(const QString& function,
-                       const QString& file = QStringLiteral("FileLinkManagerImp.cpp"),
+    explicit RecordsOf(const QString& function, const QString& file = u"FileLinkManagerImp.cpp"_s,
                        const QString& logger = {});
 
-    QString Trace(const QString& text) const { return Line(QStringLiteral("TRACE"), text); }
-    QString Debug(const QString& text) const { return Line(QStringLiteral("DEBUG"), text); }
-    QString Info(const QString& text) const { return Line(QStringLiteral("INFO"), text); }
-    QString Warn(const QString& text) const { return Line(QStringLiteral("WARN"), text); }
-    QString Error(const QString& text) const { return Line(QStringLiteral("ERROR"), text); }
+    QString Trace(const QString& text) const { return Line(u"TRACE"_s, text); }
+    QString Debug(const QString& text) const { return Line(u"DEBUG"_s, text); }
+    QString Info(const QString& text) const { return Line(u"INFO"_s, text); }
+    QString Warn(const QString& text) const { return Line(u"WARN"_s, text); }
+    QString Error(const QString& text) const { return Line(u"ERROR"_s, text); }
 
 private:
     QString Line(const QString& level, const QString& text) const;

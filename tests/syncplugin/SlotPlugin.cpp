@@ -104,3 +104,5 @@ SYNCPLUGIN_EXPORT ISyncPluginFactory* CreateSyncPluginFactory()
 {
     return new LayoutFactory;
 }
+
+SYNCPLUGIN_EXPORT_CONTRACT_VERSION();

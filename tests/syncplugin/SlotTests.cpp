@@ -174,3 +174,18 @@ TEST_F(ContractSlots, ALayoutAssignsInSlotOneAndFindsTheOperationsOfAMappingInTh
     EXPECT_THAT(context.Slots(), ElementsAre(1));
     EXPECT_THAT(logger.calls, ElementsAreArray(AllLevels));
 }
+
+TEST_F(ContractSlots, ALibraryStatesWhatItWasBuiltWithThroughAPlainFunction)
+{
+    const auto function =
+        reinterpret_cast<quint64 (*)()>(library.resolve("GetSyncPluginContractVersion"));
+    ASSERT_TRUE(function) << library.errorString().toStdString();
+    // Version 1, records of 1044 bytes, characters of 2, libstdc++, objects laid out as by GCC.
+    EXPECT_EQ(function(), 0x5350'0001'0414'02'11U);
+}
+
+TEST(ReferenceIds, OfCompanionsAndOfMembersOfASetBeginWithTheirMark)
+{
+    EXPECT_EQ(CompanionId("a#b.sch"), "companion:a#b.sch");
+    EXPECT_EQ(SetMemberId("IM#wood", "1001"), "set:IM#wood#1001");
+}

@@ -2,7 +2,8 @@
 
 #include "HeldFile.h"
 
-#include "support/WindowsNames.h"
+#include "base/Units.h"
+#include "base/WindowsApiPath.h"
 
 #include <stdexcept>
 
@@ -13,8 +14,7 @@ namespace Halvern::Test {
 HeldFile::HeldFile(const QString& path, const QString& access, const QString& share,
                    const QString& mode)
 {
-    m_process.start(QStringLiteral(FILE_HOLDER),
-                    {mode, access, share, FileLink::WindowsApiPath(path)});
+    m_process.start(QStringLiteral(FILE_HOLDER), {mode, access, share, ApiPath(path)});
     if (!m_process.waitForReadyRead(60'000))
         throw std::runtime_error("the file could not be held: " + path.toStdString());
 }
@@ -31,16 +31,19 @@ void HeldFile::Release()
         m_process.waitForFinished(60'000);
 }
 
+QString ApiPath(const QString& path)
+{
+    return QStringView(Base::WindowsApiPath(Base::Units(path))).toString();
+}
+
 unsigned long AttributesOf(const QString& path)
 {
-    return ::GetFileAttributesW(
-        reinterpret_cast<const wchar_t*>(FileLink::WindowsApiPath(path).utf16()));
+    return ::GetFileAttributesW(reinterpret_cast<const wchar_t*>(ApiPath(path).utf16()));
 }
 
 void ChangeAttributes(const QString& path, unsigned long attributes)
 {
-    if (!::SetFileAttributesW(
-            reinterpret_cast<const wchar_t*>(FileLink::WindowsApiPath(path).utf16()), attributes))
+    if (!::SetFileAttributesW(reinterpret_cast<const wchar_t*>(ApiPath(path).utf16()), attributes))
         throw std::runtime_error("the attributes could not be set: " + path.toStdString());
 }
 

@@ -217,8 +217,8 @@ TEST_F(DamagedBlend, ACompressedBombIsRefused)
         content.Header().toStdString() +
         content.Block("DATA", {}).replace(4, 4, Machine().Number(0x7FFFFFFF, 4)).toStdString();
     std::string bomb;
-    Formats::Compressor compressor(Formats::Compression::Zstd,
-                                   [&](std::string_view part) { bomb.append(part); });
+    PluginKit::Compressor compressor(PluginKit::Compression::Zstd,
+                                     [&](std::string_view part) { bomb.append(part); });
     compressor.Write(head);
     const std::string zeros(std::size_t(1) << 20, '\0');
     for (int i = 0; i < 300; ++i)
@@ -233,8 +233,8 @@ TEST_F(DamagedBlend, ACompressedBombIsRefused)
 TEST_F(DamagedBlend, ACompressedFileCutOffAnywhereFails)
 {
     const std::string plain = Good().Bytes().toStdString();
-    for (const auto method : {Formats::Compression::Gzip, Formats::Compression::Zstd}) {
-        const QByteArray good = QByteArray::fromStdString(Formats::Compressed(method, plain));
+    for (const auto method : {PluginKit::Compression::Gzip, PluginKit::Compression::Zstd}) {
+        const QByteArray good = QByteArray::fromStdString(PluginKit::Compressed(method, plain));
         for (qsizetype size = 4; size < good.size(); size += 3) {
             const std::string failure = Failure(good.left(size));
             ASSERT_TRUE(failure.starts_with("the compressed data ends unexpectedly (byte "))

@@ -2,16 +2,18 @@
 
 #include "BlendFixture.h"
 
+#include "blender/ZstdSeekTable.h"
 #include "pluginkit/Compression.h"
 #include "pluginkit/InputFile.h"
-#include "kit/ZstdSeekTable.h"
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-using Formats::Compressed;
-using Formats::Compression;
+using PluginKit::Compressed;
+using PluginKit::Compression;
 
 class BlendRewriter : public BlendFixture
 {
@@ -35,8 +37,8 @@ protected:
     }
     QByteArray Content() const
     {
-        const Formats::InputFile input(FilePath());
-        return QByteArray::fromStdString(Formats::ReadDecompressed(input, UINT64_MAX));
+        const PluginKit::InputFile input(FilePath());
+        return QByteArray::fromStdString(PluginKit::ReadDecompressed(input, UINT64_MAX));
     }
 };
 
@@ -44,14 +46,14 @@ protected:
 QByteArray Framed(const QByteArray& content, qsizetype frameSize)
 {
     std::string bytes;
-    std::vector<Formats::ZstdFrame> frames;
+    std::vector<Formats::Blender::ZstdFrame> frames;
     for (qsizetype at = 0; at < content.size(); at += frameSize) {
         const std::string part = content.mid(at, frameSize).toStdString();
         const std::string frame = Compressed(Compression::Zstd, part);
         frames.push_back({frame.size(), part.size()});
         bytes += frame;
     }
-    return QByteArray::fromStdString(bytes + Formats::ZstdSeekTable(frames));
+    return QByteArray::fromStdString(bytes + Formats::Blender::ZstdSeekTable(frames));
 }
 
 } // namespace
@@ -101,8 +103,8 @@ TEST_F(BlendRewriter, PathsAreWrittenAsBlenderReadsThem)
         {u"//server/lib/b.png", "\\\\server\\lib\\b.png"},
     };
     for (const auto& [path, stored] : rows) {
-        const QByteArray after = Rewritten(OneImage("//a.png").Bytes(),
-                                           {{QStringLiteral("IMa"), QString::fromUtf16(path)}});
+        const QByteArray after =
+            Rewritten(OneImage("//a.png").Bytes(), {{u"IMa"_s, QString::fromUtf16(path)}});
         EXPECT_TRUE(after.contains(stored + '\0')) << stored.toStdString();
     }
 }
@@ -111,8 +113,8 @@ TEST_F(BlendRewriter, APathThatDoesNotFitItsFieldFailsByName)
 {
     const QByteArray before = OneImage("//a.png").Bytes();
     const QString fits = QString(37, u'x');
-    EXPECT_TRUE(Rewritten(before, {{QStringLiteral("IMa"), fits}}).contains(QByteArray(37, 'x')));
-    EXPECT_EQ(RewriteFailure(before, {{QStringLiteral("IMa"), fits + u'x'}}),
+    EXPECT_TRUE(Rewritten(before, {{u"IMa"_s, fits}}).contains(QByteArray(37, 'x')));
+    EXPECT_EQ(RewriteFailure(before, {{u"IMa"_s, fits + u'x'}}),
               "the new path of link IMa, //" + std::string(38, 'x') +
                   ", has 40 bytes; the file has room for 39");
 }
@@ -142,7 +144,7 @@ TEST_F(BlendRewriter, ACompressedFileStaysCompressedInTheSameWay)
     for (const auto method : {Compression::Gzip, Compression::Zstd}) {
         Rewritten(QByteArray::fromStdString(Compressed(method, before.Bytes().toStdString())),
                   {L(u"IMa", u"b.png")});
-        EXPECT_EQ(CompressionOf(Formats::InputFile(FilePath())), method);
+        EXPECT_EQ(CompressionOf(PluginKit::InputFile(FilePath())), method);
         EXPECT_TRUE(Content() == after);
     }
 }
@@ -169,8 +171,8 @@ TEST_F(BlendRewriter, APathThatLiesInTwoFramesOrGrowsIsWrittenWhole)
     for (qsizetype size = 1; size < 400; size += 7) {
         Rewritten(Framed(plain, size), {L(u"TXa", u"viel länger als vorher.py")});
         ASSERT_EQ(Read(file), (Links{L(u"TXa", u"viel länger als vorher.py")})) << size;
-        const Formats::InputFile input(FilePath());
-        ASSERT_TRUE(Formats::ReadZstdSeekTable(input)) << size;
+        const PluginKit::InputFile input(FilePath());
+        ASSERT_TRUE(Formats::Blender::ReadZstdSeekTable(input)) << size;
     }
     EXPECT_TRUE(Content().contains("//viel länger als vorher.py"));
     EXPECT_EQ(Content().size(), plain.size() + 16);
@@ -182,7 +184,8 @@ TEST_F(BlendRewriter, ALyingTableOfFramesIsReportedAndTheFileStays)
     const std::string plain = OneImage("//a.png").Bytes().toStdString();
     const std::string frame = Compressed(Compression::Zstd, plain);
     const auto with = [&](std::size_t size) {
-        return QByteArray::fromStdString(frame + Formats::ZstdSeekTable({{frame.size(), size}}));
+        return QByteArray::fromStdString(frame +
+                                         Formats::Blender::ZstdSeekTable({{frame.size(), size}}));
     };
     EXPECT_EQ(RewriteFailure(with(plain.size() - 1), {L(u"IMa", u"b.png")}),
               "a zstd frame holds more than the table of frames says (byte 0)");

@@ -10,6 +10,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using Formats::Layout::HomeFolder;
 using Formats::Layout::PlaceFiles;
 using Formats::Layout::TreePath;
@@ -142,7 +144,7 @@ TEST(Placement, TwoFilesNeverGetOnePlace)
          {"/p/shed/tex/b.png", "/p/shed/Tex/B.png", "/p/shed/TEX/b.PNG", "/p/shed/A.GLTF"})
         plan.Links(source);
     PlaceFiles(plan.linked, {});
-    std::set<Formats::WideString> keys;
+    std::set<std::u16string> keys;
     for (const auto& [source, target] : plan.Targets())
         EXPECT_TRUE(keys.insert(Formats::Layout::CaseKey(target)).second) << target;
     EXPECT_EQ(plan.Target("/p/shed/tex/b.png"), Demo + "tex (2)/b.png");
@@ -179,7 +181,7 @@ TEST(Placement, TheEnvironmentNamesTheHomeFolder)
     const char* const variable = QDir::separator() == u'\\' ? "USERPROFILE" : "HOME";
     const QByteArray before = qgetenv(variable);
     // In the encoding of the system, in which Qt takes the bytes.
-    qputenv(variable, QStringLiteral("/somewhere/größe").toLocal8Bit());
+    qputenv(variable, u"/somewhere/größe"_s.toLocal8Bit());
     const auto home = HomeFolder();
     qputenv(variable, before);
     ASSERT_TRUE(home);

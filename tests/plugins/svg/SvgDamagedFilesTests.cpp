@@ -18,7 +18,7 @@ protected:
     static QByteArray Packed(const QByteArray& text)
     {
         return QByteArray::fromStdString(
-            Formats::Compressed(Formats::Compression::Gzip, text.toStdString()));
+            PluginKit::Compressed(PluginKit::Compression::Gzip, text.toStdString()));
     }
 };
 

@@ -14,15 +14,13 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 constexpr quint32 Seeds = 4000;
 
 QString Head(const QString& linkPath, const QString& refId, qsizetype member, bool closesCycle)
 {
-    return QStringLiteral("%1|%2|%3%4(")
-        .arg(linkPath, refId)
-        .arg(member)
-        .arg(closesCycle ? QStringLiteral("!") : QString());
+    return u"%1|%2|%3%4("_s.arg(linkPath, refId).arg(member).arg(closesCycle ? u"!"_s : QString());
 }
 
 QString Text(const EagerNode& node, const FileMappingList& members)
@@ -122,9 +120,9 @@ TEST_P(RandomLinkTrees, ShowTheLinksOfTheirMakingWhateverChangesLater)
         for (const FileMappingPointer& member : members) {
             member->ClearSourceFileLinks();
             member->ClearTargetFileLinks();
-            member->SetTargetFile(QStringLiteral("D:/elsewhere"), true);
+            member->SetTargetFile(u"D:/elsewhere"_s, true);
             set.RemoveFile(member->GetSourceFile(), false, false);
-            member->SetSourceFile(QStringLiteral("D:/elsewhere"));
+            member->SetSourceFile(u"D:/elsewhere"_s);
         }
         for (qsizetype i = 0; i < roots.size(); ++i)
             ASSERT_EQ(Text(*roots[i], members), Text(*eager.Roots()[size_t(i)], members))
@@ -201,8 +199,7 @@ QStringList CyclesAndRemovals(const FileMappingList& members, const FileMappingL
 {
     QStringList lines = EagerTrees(members, true).CycleLines();
     for (const FileMappingPointer& file : removal)
-        lines.append(QStringLiteral("DEBUG Removing file from selection set: %1")
-                         .arg(file->GetSourceFile()));
+        lines.append(u"DEBUG Removing file from selection set: %1"_s.arg(file->GetSourceFile()));
     return lines;
 }
 

@@ -12,6 +12,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using SyncFolderManagerLib::FolderManager;
@@ -34,9 +36,9 @@ const RecordsOf logTree = Of("LogFileTree");
 const RecordsOf logNode = Of("LogFileTree");
 
 const QString canceled = Of("CheckIfCanceled").Info("Operation canceled");
-const QString waits = QStringLiteral(". File is locked. File will be repathed after it is "
-                                     "unlocked.");
-const QString unsupported = QStringLiteral(". File links not supported for this file type.");
+const QString waits = u". File is locked. File will be repathed after it is "
+                      "unlocked."_s;
+const QString unsupported = u". File links not supported for this file type."_s;
 
 class EndRecords : public CopyingFixture
 {

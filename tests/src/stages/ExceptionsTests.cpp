@@ -16,6 +16,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using FileLink::FileLinkImporter;
 using FileLink::Problem;
 using FileLink::ProblemKind;
@@ -23,7 +25,7 @@ using FileLink::Stage;
 
 namespace {
 
-const QString ended = QStringLiteral("An exception ended the stage: ");
+const QString ended = u"An exception ended the stage: "_s;
 
 /// Throws at one poll.
 class ThrowingController : public FileLink::ICancelController

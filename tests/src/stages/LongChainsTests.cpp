@@ -13,6 +13,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int ChainLength = 100'000;
@@ -21,7 +23,7 @@ constexpr int JobLength = 2'000;
 
 QString Name(int number)
 {
-    return QStringLiteral("%1.tlk").arg(number);
+    return u"%1.tlk"_s.arg(number);
 }
 
 class LongChain : public CopyingFixture

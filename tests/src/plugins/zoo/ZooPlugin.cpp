@@ -32,6 +32,14 @@ enum class Fault
     NegativeCountWithArray,
     ZeroCountWithArray,
     UnterminatedTexts,
+    // What it was built with.
+    StatedVersion,
+    OtherVersion,
+    OtherRecordSize,
+    OtherCompiler,
+    UnknownCompiler,
+    ThrowingVersion,
+    GarbageVersion,
 };
 
 constexpr Fault fault = Fault::ZOO_FAULT;
@@ -132,6 +140,24 @@ public:
     IFileLayout* CreateFileLayout() override { return Create<Layout>(); }
 };
 
+#ifdef ZOO_VERSION_FUNCTION
+std::uint64_t StatedVersion()
+{
+    ThrowWhen(fault == Fault::ThrowingVersion);
+    ContractTerms terms = OwnContractTerms;
+    if (fault == Fault::OtherCompiler) {
+        terms.characterSize = 4;
+        terms.layout = ObjectLayout::Microsoft;
+        terms.runtime = RuntimeLibrary::Microsoft;
+    }
+    if (fault == Fault::UnknownCompiler) {
+        terms.layout = ObjectLayout(9);
+        terms.runtime = RuntimeLibrary(10);
+    }
+    return fault == Fault::GarbageVersion ? 0xDEADBEEF : MakeContractStamp(terms);
+}
+#endif
+
 template <class Factory>
 Factory* MakeFactory()
 {
@@ -144,6 +170,17 @@ Factory* MakeFactory()
 }
 
 } // namespace
+
+#ifdef ZOO_STATES_VERSION
+SYNCPLUGIN_EXPORT_CONTRACT_VERSION();
+#endif
+
+#ifdef ZOO_VERSION_FUNCTION
+SYNCPLUGIN_EXPORT std::uint64_t GetSyncPluginContractVersion()
+{
+    return StatedVersion();
+}
+#endif
 
 SYNCPLUGIN_EXPORT IFileLinkResolverFactory* CreateFileLinkResolverFactory()
 {

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "base/FileResult.h"
+
+namespace Halvern::Base {
+
+std::string FileResult::Text() const
+{
+    if (m_code == 0)
+        return m_what;
+    const std::string reason = SystemErrorText(m_code);
+    return m_what.empty() ? reason : m_what + ": " + reason;
+}
+
+} // namespace Halvern::Base

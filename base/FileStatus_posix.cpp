@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "base/FileStatus.h"
+
+#include <system_error>
+
+#include <sys/stat.h>
+
+namespace Halvern::Base {
+
+namespace {
+
+FileKind KindOf(mode_t mode)
+{
+    if (S_ISREG(mode))
+        return FileKind::File;
+    return S_ISDIR(mode) ? FileKind::Folder : FileKind::Other;
+}
+
+FileStatus StatusOf(const struct stat& info)
+{
+    FileStatus status;
+    status.kind = KindOf(info.st_mode);
+    status.size = static_cast<std::uint64_t>(info.st_size);
+    status.modified = std::int64_t(info.st_mtim.tv_sec) * 1'000'000'000 + info.st_mtim.tv_nsec;
+    status.device = static_cast<std::uint64_t>(info.st_dev);
+    status.index = static_cast<std::uint64_t>(info.st_ino);
+    status.names = static_cast<std::uint64_t>(info.st_nlink);
+    return status;
+}
+
+} // namespace
+
+FileStatus ReadFileStatus(const std::filesystem::path& path)
+{
+    struct stat info = {};
+    return ::stat(path.c_str(), &info) == 0 ? StatusOf(info) : FileStatus();
+}
+
+FileStatus ReadFileStatus(Handle handle)
+{
+    struct stat info = {};
+    return ::fstat(static_cast<int>(handle), &info) == 0 ? StatusOf(info) : FileStatus();
+}
+
+bool Exists(const std::filesystem::path& path)
+{
+    return ReadFileStatus(path).Exists();
+}
+
+bool IsFile(const std::filesystem::path& path)
+{
+    return ReadFileStatus(path).kind == FileKind::File;
+}
+
+bool IsFolder(const std::filesystem::path& path)
+{
+    return ReadFileStatus(path).kind == FileKind::Folder;
+}
+
+std::filesystem::path Resolved(const std::filesystem::path& path)
+{
+    std::error_code error;
+    std::filesystem::path resolved = std::filesystem::canonical(path, error);
+    return error ? path : resolved;
+}
+
+} // namespace Halvern::Base

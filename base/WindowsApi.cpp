@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "base/WindowsApi.h"
+
+#include "base/WindowsApiPath.h"
+
+#include <utility>
+
+namespace Halvern::Base {
+
+static_assert(sizeof(wchar_t) == sizeof(char16_t));
+
+std::wstring ToWide(std::u16string_view text)
+{
+    return {text.begin(), text.end()};
+}
+
+std::u16string_view FromWide(std::wstring_view text) noexcept
+{
+    return {reinterpret_cast<const char16_t*>(text.data()), text.size()};
+}
+
+std::wstring ApiPath(const std::filesystem::path& path)
+{
+    std::wstring full(::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(::GetFullPathNameW(path.c_str(), DWORD(full.size()), full.data(), nullptr));
+    return full.empty() ? path.native() : ToWide(WindowsApiPath(FromWide(full)));
+}
+
+FileResult LastFailure(std::string what)
+{
+    const DWORD code = ::GetLastError();
+    return FileResult::Failed(std::move(what), code, code == ERROR_SHARING_VIOLATION);
+}
+
+bool HasAttribute(const std::wstring& native, DWORD attribute) noexcept
+{
+    const DWORD attributes = ::GetFileAttributesW(native.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
+}
+
+OpenFile::OpenFile(const std::wstring& native, DWORD access, DWORD flags) noexcept
+    : m_handle(::CreateFileW(native.c_str(), access,
+                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                             OPEN_EXISTING, flags, nullptr))
+{}
+
+OpenFile::~OpenFile()
+{
+    if (*this)
+        ::CloseHandle(m_handle);
+}
+
+} // namespace Halvern::Base

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "Options.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Halvern::Cli {
+
+/// The command line as CLI11 knows it, writing into options as it parses. The application is not
+/// moved: its options hold references to the members.
+class CommandLine
+{
+public:
+    CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    /// Throws CLI::ParseError.
+    Options Parse(const QStringList& arguments);
+    const CLI::App& App() const { return m_app; }
+
+private:
+    CLI::Option* AddText(CLI::App& app, const std::string& name, QString& value,
+                         const std::string& help);
+    CLI::Option* AddTexts(CLI::App& app, const std::string& name, QStringList& values,
+                          const std::string& help);
+    CLI::Option* AddPolicy(CLI::App& app, const std::string& name, Jobs::CollisionPolicy& policy,
+                           const std::string& help);
+    void AddCommonOptions(CLI::App& app);
+    void AddPlaces(CLI::App& app);
+    void AddWhat(CLI::App& app);
+    void AddImport();
+    void AddLinks();
+    void AddPlugins();
+
+    CLI::App m_app;
+    CLI::App* m_importCommand = nullptr;
+    CLI::App* m_linksCommand = nullptr;
+    CLI::Option* m_selectedOption = nullptr;
+    CLI::Option* m_linkedOption = nullptr;
+    Jobs::CollisionPolicy m_collisions = Jobs::CollisionPolicy::Stop;
+    CommonOptions m_common;
+    ImportOptions m_import;
+    LinksOptions m_links;
+    PluginsOptions m_plugins;
+    bool m_noLoad = false;
+};
+
+} // namespace Halvern::Cli

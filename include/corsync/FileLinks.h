@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "corsync/CancelToken.h"
+#include "corsync/Export.h"
+#include "corsync/Session.h"
+
+#include "filelink/Problem.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace Halvern::Jobs {
+
+enum class LinkState
+{
+    /// The file that it leads to exists.
+    Found,
+    Missing,
+    /// It leads to no file of this machine.
+    Url,
+};
+
+/// A link inside a file.
+struct StoredLink
+{
+    /// As it stands in the file.
+    QString text;
+    /// The absolute path that it leads to; of a URL the URL.
+    QString file;
+    LinkState state = LinkState::Found;
+};
+
+struct LinksOfFile
+{
+    QString file;
+    /// In the order in which they stand in the file.
+    QList<StoredLink> links;
+    /// Why the file could not be read; empty when it could, or when no plug-in reads such files.
+    QList<FileLink::Problem> problems;
+};
+
+/// Reads the links inside each file; nothing is changed anywhere. A cancel leaves out the files
+/// that were not read until then. Throws JobError before it reads the first: SourceMissing,
+/// SourceRefused for a folder.
+CORSYNCJOBS_EXPORT QList<LinksOfFile> ReadLinks(const Session& session, const QStringList& files,
+                                                const CancelToken* cancel = nullptr);
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace Halvern::Jobs {
+
+/// What happens to a file whose target is taken.
+enum class CollisionPolicy
+{
+    /// Nothing is copied; the conflicts are listed.
+    Stop,
+    /// The file that stands there is used as it is.
+    Keep,
+    /// The file is copied under a new name.
+    Rename,
+    /// The file takes the place of the one that stands there.
+    Replace,
+};
+
+/// What a user wants imported.
+struct ImportRequest
+{
+    /// Files and folders, absolute or relative to the current folder. One that lies in a folder
+    /// that is given too is not taken twice.
+    QStringList sources;
+    /// A folder, absolute in the cloud cache folder or relative to it. Empty: that folder itself.
+    QString target;
+    /// For the files of the sources, and for those that are found through links.
+    CollisionPolicy selectedCollisions = CollisionPolicy::Stop;
+    CollisionPolicy linkedCollisions = CollisionPolicy::Stop;
+    /// Delete each source file that was copied in this job. What it links to is only copied.
+    bool move = false;
+    /// Copy only what the sources link to.
+    bool linksOnly = false;
+    /// Do not follow the links of linked files.
+    bool directLinksOnly = false;
+    /// Extensions whose links are followed, such as "gltf", ".gltf" or "*.gltf"; empty: all.
+    QStringList fileTypes;
+};
+
+} // namespace Halvern::Jobs

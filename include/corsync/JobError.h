@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "corsync/Export.h"
+
+#include <QtCore/QString>
+
+#include <stdexcept>
+
+namespace Halvern::Jobs {
+
+/// What kept a session or a job from being done at all.
+enum class JobErrorKind
+{
+    /// The settings file is broken, or the settings contradict each other.
+    SettingsRefused,
+    /// A plug-in folder that was named is none.
+    PluginFolderMissing,
+    /// The cloud cache folder could not be made.
+    NoCloudFolder,
+    /// The sync database could not be opened.
+    DatabaseNotOpened,
+    /// The process has a session already, or runs the module by itself.
+    SessionTaken,
+    /// The settings say that the user is not logged in, or that the folder is not synced.
+    SyncOff,
+    /// A source or file that was named does not exist.
+    SourceMissing,
+    /// A source or file that exists cannot be taken.
+    SourceRefused,
+    /// The target does not lie in the cloud cache folder, or is a file.
+    TargetRefused,
+    /// The module did not take the selection.
+    SelectionRefused,
+    /// The calls came in an order that makes no sense.
+    WrongOrder,
+};
+
+/// The one exception of this library. Nothing was changed when it is thrown; what goes wrong with
+/// single files is no exception but a part of the result.
+class CORSYNCJOBS_EXPORT JobError : public std::runtime_error
+{
+public:
+    JobError(JobErrorKind kind, const QString& text);
+    ~JobError() override;
+
+    JobErrorKind Kind() const { return m_kind; }
+    /// One sentence for people, without a full stop. It begins with what it is about.
+    const QString& Text() const { return m_text; }
+
+private:
+    JobErrorKind m_kind;
+    QString m_text;
+};
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "corsync/JobError.h"
+
+namespace Halvern::Jobs {
+
+JobError::JobError(JobErrorKind kind, const QString& text)
+    : std::runtime_error(text.toStdString()), m_kind(kind), m_text(text)
+{}
+
+JobError::~JobError() = default;
+
+} // namespace Halvern::Jobs

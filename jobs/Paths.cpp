@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Paths.h"
+
+#include "base/PathText.h"
+#include "base/SamePath.h"
+#include "base/Units.h"
+#include "syncservices/FileMapping.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+namespace Halvern::Jobs {
+
+QString AbsolutePath(const QString& argument)
+{
+    if (argument.isEmpty())
+        return {};
+    const QString path = QDir::current().absoluteFilePath(QDir::fromNativeSeparators(argument));
+    // What has a drive alone, or only begins with a slash, is absolute to QDir, but not to Windows.
+    return QDir::cleanPath(QFileInfo(QDir::cleanPath(path)).absoluteFilePath());
+}
+
+QString PathKey(const QString& path)
+{
+    return QStringView(Base::SamePathKey(Base::Units(path))).toString();
+}
+
+bool IsInFolder(const QString& path, const QString& folder)
+{
+    return Base::PathBelow(Base::Units(folder), Base::Units(path)).has_value();
+}
+
+bool ExistsOnDisk(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.exists() || info.isSymbolicLink() || IsShortcut(path);
+}
+
+bool IsFolder(const QString& path)
+{
+    return QFileInfo(path).isDir() && !IsShortcut(path);
+}
+
+bool IsShortcut(const QString& path)
+{
+    // For Qt every name that ends so is one, also that of a file that does not exist.
+    return QFileInfo(path).isShortcut() &&
+           SyncServices::FileMapping(QString(), path, 0).ExistsInTarget();
+}
+
+bool IsLocalPath(const QString& path)
+{
+    return Base::IsLocalPath(Base::Units(path));
+}
+
+QString ResolveLink(const QString& text, const QString& holder)
+{
+    const QString path = QDir::cleanPath(text);
+    return Base::IsAbsolutePath(Base::Units(path))
+               ? path
+               : QDir::cleanPath(QFileInfo(holder).path() + u'/' + path);
+}
+
+QString WayFrom(const QString& holder, const QString& file)
+{
+    return QDir::cleanPath(QDir(QFileInfo(holder).path()).relativeFilePath(file));
+}
+
+QString FreePath(const QString& path, const std::function<bool(const QString&)>& isTaken)
+{
+    const QFileInfo info(path);
+    const QString suffix = info.suffix().isEmpty() ? QString() : u'.' + info.suffix();
+    const QString base = info.path() + u'/' + info.completeBaseName();
+    for (int number = 2;; ++number) {
+        const QString candidate = base + QStringLiteral(" (%1)").arg(number) + suffix;
+        if (!isTaken(candidate))
+            return candidate;
+    }
+}
+
+} // namespace Halvern::Jobs

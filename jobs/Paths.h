@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <QtCore/QString>
+
+#include <functional>
+
+namespace Halvern::Jobs {
+
+/// An argument as an absolute, cleaned path with forward slashes; empty for an empty argument.
+QString AbsolutePath(const QString& argument);
+/// What tells the files that absolute paths name from each other: on Windows letter case does not.
+QString PathKey(const QString& path);
+/// True when `path` is `folder` or lies below it, without regard to letter case.
+bool IsInFolder(const QString& path, const QString& folder);
+/// True also for a symbolic link that leads nowhere. A shortcut of Windows (.lnk) is the file that
+/// it is, and no folder, whatever it leads to.
+bool ExistsOnDisk(const QString& path);
+bool IsFolder(const QString& path);
+bool IsShortcut(const QString& path);
+/// No URL: no ":" at index 2 or later. On POSIX a path that begins with one "/" is local whatever
+/// else it holds.
+bool IsLocalPath(const QString& path);
+/// The path or URL that a link leads to, as the module finds it.
+QString ResolveLink(const QString& text, const QString& holder);
+/// What the module hands to a plug-in as the new text of a link inside `holder` that leads to
+/// `file`: the way there. A file on another drive keeps its absolute path.
+QString WayFrom(const QString& holder, const QString& file);
+/// The first of "a (2).prt", "a (3).prt" ... beside `path`, "a.prt", that is not taken.
+QString FreePath(const QString& path, const std::function<bool(const QString&)>& isTaken);
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "ProblemBook.h"
+
+#include "corsync/Plan.h"
+
+#include "syncservices/FileMapping.h"
+
+#include <QtCore/QList>
+#include <QtCore/QSet>
+
+namespace Halvern::Jobs {
+
+/// Gives each problem of a job to the files that it is about; what is left is about none.
+class ProblemSorter
+{
+public:
+    explicit ProblemSorter(const ProblemBook& book) : m_book(book) {}
+
+    /// What is to be told about the file, in the order in which it happened. Of a file that is not
+    /// to be there the module says that it misses it; of those only what plug-ins say counts.
+    QList<FileLink::Problem> Of(const SyncServices::FileMapping& file, Outcome outcome);
+    /// The problems that no call of Of took, each text once.
+    QList<FileLink::Problem> OfNoFile() const;
+
+private:
+    const ProblemBook& m_book;
+    QSet<qsizetype> m_taken;
+};
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Selection.h"
+
+#include "Paths.h"
+
+#include "corsync/JobError.h"
+#include "syncservices/FolderManager.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+
+namespace Halvern::Jobs {
+
+using SyncFolderManagerLib::FolderManager;
+
+namespace {
+
+QString CloudFolder()
+{
+    return FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
+}
+
+void RequireAllExist(const QStringList& arguments)
+{
+    QStringList missing;
+    for (const QString& argument : arguments) {
+        const QString path = AbsolutePath(argument);
+        if (!QFileInfo::exists(path) && !IsShortcut(path))
+            missing.append(argument);
+    }
+    if (!missing.isEmpty())
+        throw JobError(
+            JobErrorKind::SourceMissing,
+            QStringLiteral("no such file or folder: %1").arg(missing.join(QStringLiteral(", "))));
+}
+
+/// Why a source that exists cannot be imported; empty when it can.
+QString Objection(const QString& source)
+{
+    const QFileInfo info(source);
+    if (info.isDir() && info.isSymbolicLink())
+        return QStringLiteral("is a symbolic link to a folder; give the folder itself");
+    if (info.isRoot())
+        return QStringLiteral("is a whole drive; give the folders in it");
+    if (FolderManager::GetInstance()->IsCloudCacheFolderPath(source))
+        return QStringLiteral("lies in the cloud cache folder already");
+    if (IsFolder(source) && IsInFolder(CloudFolder(), source))
+        return QStringLiteral("contains the cloud cache folder");
+    return {};
+}
+
+bool IsInAnother(const QString& source, const QStringList& sources)
+{
+    return std::any_of(sources.begin(), sources.end(), [&](const QString& other) {
+        return source != other && source.startsWith(other + u'/');
+    });
+}
+
+} // namespace
+
+QStringList CheckedSources(const QStringList& arguments)
+{
+    RequireAllExist(arguments);
+    QStringList sources;
+    for (const QString& argument : arguments) {
+        const QString source = AbsolutePath(argument);
+        const QString objection = Objection(source);
+        if (!objection.isEmpty())
+            throw JobError(JobErrorKind::SourceRefused, argument + u' ' + objection);
+        sources.append(source);
+    }
+    sources.removeDuplicates();
+    QStringList outermost;
+    for (const QString& source : std::as_const(sources))
+        if (!IsInAnother(source, sources))
+            outermost.append(source);
+    return outermost;
+}
+
+QString CheckedTarget(const QString& argument)
+{
+    const QString cloud = CloudFolder();
+    const QString path = QDir::fromNativeSeparators(argument);
+    const QString target = QDir::cleanPath(QDir::isAbsolutePath(path) ? path : cloud + u'/' + path);
+    if (!FolderManager::GetInstance()->IsCloudCacheFolderPath(target))
+        throw JobError(
+            JobErrorKind::TargetRefused,
+            QStringLiteral("%1 does not lie in the cloud cache folder %2").arg(argument, cloud));
+    if (QFileInfo(target).isFile())
+        throw JobError(JobErrorKind::TargetRefused,
+                       argument + QStringLiteral(" is a file, not a folder"));
+    return target;
+}
+
+} // namespace Halvern::Jobs

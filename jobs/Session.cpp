@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "corsync/Session.h"
+
+#include "FolderCleanup.h"
+#include "Paths.h"
+#include "base/KnownFolders.h"
+#include "base/NativePath.h"
+#include "filelink/FileLinkManager.h"
+#include "syncservices/FolderManager.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QTemporaryDir>
+
+#include <optional>
+
+namespace Halvern::Jobs {
+
+using FileLink::FileLinkManager;
+using SyncFolderManagerLib::FolderManager;
+using SyncServices::ServicesSettings;
+
+namespace {
+
+const QString InMemory = QStringLiteral(":memory:");
+
+QStringList CheckedFolders(const QStringList& folders)
+{
+    QStringList checked;
+    for (const QString& given : folders) {
+        const QString folder = AbsolutePath(given);
+        if (!QFileInfo(folder).isDir())
+            throw JobError(JobErrorKind::PluginFolderMissing,
+                           QStringLiteral("no such plug-in folder: ") + given);
+        checked.append(folder);
+    }
+    return checked;
+}
+
+QString CommonData()
+{
+    return QDir::fromNativeSeparators(
+        QStringView(Base::PathText(Base::CommonDataFolder())).toString());
+}
+
+/// Folders given to the module replace its default ones, so these are named as well.
+void AddPluginFolders(const QStringList& folders)
+{
+    if (folders.isEmpty())
+        return;
+    FileLinkManager* manager = FileLinkManager::GetInstance();
+    const QString program = QCoreApplication::applicationDirPath();
+    manager->AddPluginRegistrationFolders(
+        folders + QStringList{CommonData() + QStringLiteral("/Halvern/Halvern Sync/Plugins"),
+                              program, program + QStringLiteral("/SyncPluginRegFiles")});
+    manager->AddPluginSearchPaths(folders +
+                                  QStringList{program, program + QStringLiteral("/SyncPlugins")});
+}
+
+/// The module runs for as long as this lives.
+class RunningModule
+{
+public:
+    explicit RunningModule(const ServicesSettings& settings)
+    {
+        if (FileLinkManager::GetInstance())
+            throw JobError(JobErrorKind::SessionTaken,
+                           QStringLiteral("the process has a session already"));
+        FolderManager::Configure(settings);
+        FileLinkManager::Initialize();
+    }
+    ~RunningModule() { FileLinkManager::Uninitialize(); }
+    RunningModule(const RunningModule&) = delete;
+    RunningModule& operator=(const RunningModule&) = delete;
+
+    void RequireServices() const
+    {
+        const FolderManager* folders = FolderManager::GetInstance();
+        if (folders->GetSyncDatabase())
+            return;
+        // Without a cloud cache folder the database was not even tried.
+        const bool noFolder = folders->GetCloudCacheFolderPath(false).isEmpty();
+        throw JobError(noFolder ? JobErrorKind::NoCloudFolder : JobErrorKind::DatabaseNotOpened,
+                       folders->GetLastError());
+    }
+};
+
+ServicesSettings WithoutNewDatabase(ServicesSettings settings)
+{
+    if (!QFileInfo::exists(settings.databaseFile))
+        settings.databaseFile = InMemory;
+    return settings;
+}
+
+ServicesSettings ThrowawaySettings(const QString& folder)
+{
+    ServicesSettings settings = ServicesSettings::Defaults();
+    settings.cloudCacheFolder = folder;
+    settings.databaseFile = InMemory;
+    settings.baseStoreFolder.clear();
+    settings.baseStoreLimit = 0;
+    return settings;
+}
+
+} // namespace
+
+struct Session::State
+{
+    SessionUse use;
+    /// What is removed after the module has ended.
+    std::unique_ptr<QTemporaryDir> temporary;
+    std::optional<FolderCleanup> cleanup;
+    std::optional<RunningModule> module;
+
+    void Start(const ServicesSettings& settings, const QStringList& pluginFolders)
+    {
+        if (settings.cloudCacheFolder.isEmpty())
+            throw JobError(JobErrorKind::SettingsRefused,
+                           QStringLiteral("no cloud cache folder is configured"));
+        const QStringList folders = CheckedFolders(pluginFolders);
+        if (use == SessionUse::PlanOnly)
+            cleanup.emplace(settings.cloudCacheFolder);
+        module.emplace(use == SessionUse::PlanOnly ? WithoutNewDatabase(settings) : settings);
+        module->RequireServices();
+        AddPluginFolders(folders);
+    }
+};
+
+Session::Session(const ServicesSettings& settings, const QStringList& pluginFolders, SessionUse use)
+    : m_state(new State{use, nullptr, {}, {}})
+{
+    m_state->Start(settings, pluginFolders);
+}
+
+Session::Session(std::unique_ptr<State> state) : m_state(std::move(state)) {}
+
+std::unique_ptr<Session> Session::Temporary(const QStringList& pluginFolders)
+{
+    std::unique_ptr<State> state(
+        new State{SessionUse::PlanOnly, std::make_unique<QTemporaryDir>(), {}, {}});
+    if (!state->temporary->isValid())
+        throw JobError(JobErrorKind::NoCloudFolder, state->temporary->errorString());
+    state->Start(ThrowawaySettings(state->temporary->path()), pluginFolders);
+    return std::unique_ptr<Session>(new Session(std::move(state)));
+}
+
+Session::~Session() = default;
+
+SessionUse Session::Use() const
+{
+    return m_state->use;
+}
+
+QString Session::CloudFolder() const
+{
+    return FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
+}
+
+} // namespace Halvern::Jobs
