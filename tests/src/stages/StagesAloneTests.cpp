@@ -47,7 +47,7 @@ TEST_F(StagesAlone, IntakeMakesASetOfASelectedFolder)
     tree.File("src/P/a.tlk");
     ASSERT_TRUE(Stages::TakeSelection(context, {Source("P")}, "target", false));
     EXPECT_EQ(Sources(), (QStringList{Source("P"), Source("P/a.tlk")}));
-    EXPECT_EQ(context.Files().last()->GetTargetFile(), Cloud("target/a.tlk"));
+    EXPECT_EQ(context.Files().last()->GetTargetFile(), Cloud("target/P/a.tlk"));
 }
 
 TEST_F(StagesAlone, ExtractionAddsWhatIsLinked)

@@ -260,7 +260,6 @@ TEST(CommonDataFolder, IsAnExistingCleanAbsoluteFolder)
 TEST(PlatformWithoutServices, AnswersWithNothing)
 {
     EXPECT_EQ(CloudCacheFolder(), QString());
-    EXPECT_FALSE(IsInCloudCacheFolder(u"/c"_s));
     EXPECT_EQ(ConvertCloudCacheFolderPath(u"/c/./x"_s), u"/c/x"_s);
     EXPECT_EQ(GetDatabase(), nullptr);
     EXPECT_EQ(GetAuthenticationId(), -1);
