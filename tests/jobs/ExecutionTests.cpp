@@ -32,7 +32,7 @@ protected:
     void PutInTheWay()
     {
         tree.File(u"work/a.tlk"_qs, "link 1 b.tlk\n").File(u"work/b.tlk"_qs, "new b\n");
-        tree.File(u"cloud/a.tlk"_qs, "old a\n").File(u"cloud/b.tlk"_qs, "old b\n");
+        tree.File(u"cloud/a.tlk"_qs, "link 1 b.tlk\nold\n").File(u"cloud/b.tlk"_qs, "old b\n");
     }
     ImportRequest WithPolicy(CollisionPolicy policy) const
     {
@@ -91,10 +91,10 @@ TEST_F(ExecutionOfAPlan, ReplacesKeepsAndRenamesAsThePolicySays)
          {{u"a.tlk"_qs, "link 1 b.tlk\n"}, {u"b.tlk"_qs, "new b\n"}}},
         {CollisionPolicy::Keep,
          {u"kept work/a.tlk -> cloud/a.tlk"_qs, u"kept work/b.tlk -> cloud/b.tlk"_qs},
-         {{u"a.tlk"_qs, "old a\n"}, {u"b.tlk"_qs, "old b\n"}}},
+         {{u"a.tlk"_qs, "link 1 b.tlk\nold\n"}, {u"b.tlk"_qs, "old b\n"}}},
         {CollisionPolicy::Rename,
          {u"renamed work/a.tlk -> cloud/a (2).tlk"_qs, u"renamed work/b.tlk -> cloud/b (2).tlk"_qs},
-         {{u"a.tlk"_qs, "old a\n"},
+         {{u"a.tlk"_qs, "link 1 b.tlk\nold\n"},
           {u"b.tlk"_qs, "old b\n"},
           {u"a (2).tlk"_qs, "link 1 b (2).tlk\n"},
           {u"b (2).tlk"_qs, "new b\n"}}},
