@@ -59,6 +59,29 @@ TEST_F(PluginsCommand, ARegistrationFileThatIsNoneIsAFailureThatNamesIt)
     EXPECT_TRUE(result.err.contains(u"garbage.syncplugin"_s)) << ::testing::PrintToString(result);
 }
 
+TEST_F(PluginsCommand, ARegistrationThatIsDoubtfulIsWarnedOfByItAndByEveryImport)
+{
+    tree.File(u"work/a.tlk"_s)
+        .File(u"plugins/doubtful.syncplugin"_s,
+              Registration(TestLayoutModule(), u"FileLayout"_s, u"xyz, abc"_s));
+    const QStringList import{u"import"_s,         u"a.tlk"_s,
+                             u"--cloud-folder"_s, tree.Path(u"cloud"_s),
+                             u"--database"_s,     tree.Path(u"sync.db"_s),
+                             u"--plugin-path"_s,  tree.Path(u"plugins"_s),
+                             u"--plugin-path"_s,  TestPluginFolder()};
+    for (const CommandResult& result : {Plugins({}), Run(import)}) {
+        EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
+        EXPECT_EQ(result.err.count(u"corsync: warning: "_s), 1)
+            << ::testing::PrintToString(result);
+        EXPECT_TRUE(result.err.contains(u"doubtful.syncplugin"_s));
+    }
+    const QList<QJsonObject> lines = Plugins({u"--json"_s}).Json();
+    EXPECT_EQ(lines[0][u"event"].toString(), u"warning"_s);
+    EXPECT_EQ(lines[0][u"file"].toString(), tree.Path(u"plugins/doubtful.syncplugin"_s));
+    EXPECT_EQ(lines[0][u"plugin"].toString(), TestLayoutModule());
+    EXPECT_FALSE(lines[0][u"text"].toString().isEmpty());
+}
+
 TEST_F(PluginsCommand, LeavesNoTrace)
 {
     const FileTree::Snapshot before = tree.Contents();

@@ -33,7 +33,7 @@ protected:
     void PutInTheWay()
     {
         tree.File(u"work/a.tlk"_s, "link 1 b.tlk\n").File(u"work/b.tlk"_s, "new b\n");
-        tree.File(u"cloud/a.tlk"_s, "old a\n").File(u"cloud/b.tlk"_s, "old b\n");
+        tree.File(u"cloud/a.tlk"_s, "link 1 b.tlk\nold\n").File(u"cloud/b.tlk"_s, "old b\n");
     }
     ImportRequest WithPolicy(CollisionPolicy policy) const
     {
@@ -92,10 +92,10 @@ TEST_F(ExecutionOfAPlan, ReplacesKeepsAndRenamesAsThePolicySays)
          {{u"a.tlk"_s, "link 1 b.tlk\n"}, {u"b.tlk"_s, "new b\n"}}},
         {CollisionPolicy::Keep,
          {u"kept work/a.tlk -> cloud/a.tlk"_s, u"kept work/b.tlk -> cloud/b.tlk"_s},
-         {{u"a.tlk"_s, "old a\n"}, {u"b.tlk"_s, "old b\n"}}},
+         {{u"a.tlk"_s, "link 1 b.tlk\nold\n"}, {u"b.tlk"_s, "old b\n"}}},
         {CollisionPolicy::Rename,
          {u"renamed work/a.tlk -> cloud/a (2).tlk"_s, u"renamed work/b.tlk -> cloud/b (2).tlk"_s},
-         {{u"a.tlk"_s, "old a\n"},
+         {{u"a.tlk"_s, "link 1 b.tlk\nold\n"},
           {u"b.tlk"_s, "old b\n"},
           {u"a (2).tlk"_s, "link 1 b (2).tlk\n"},
           {u"b (2).tlk"_s, "new b\n"}}},
