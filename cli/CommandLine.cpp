@@ -57,9 +57,8 @@ const std::map<std::string, Jobs::CollisionPolicy> Policies = {
     {"rename", Jobs::CollisionPolicy::Rename},
     {"replace", Jobs::CollisionPolicy::Replace}};
 
-const std::map<std::string, ProgressMode> ProgressModes = {{"auto", ProgressMode::Auto},
-                                                           {"always", ProgressMode::Always},
-                                                           {"never", ProgressMode::Never}};
+const std::map<std::string, ProgressMode> ProgressModes = {
+    {"auto", ProgressMode::Auto}, {"always", ProgressMode::Always}, {"never", ProgressMode::Never}};
 
 /// As log4cplus numbers them.
 const std::map<std::string, int> LogLevels = {

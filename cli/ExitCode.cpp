@@ -42,11 +42,18 @@ ExitCode MostSerious(const QList<ExitCode>& codes)
     return worst == codes.end() ? ExitCode::Complete : *worst;
 }
 
+bool HasBroken(const QList<Jobs::RegistrationFault>& faults)
+{
+    return std::any_of(faults.begin(), faults.end(),
+                       [](const Jobs::RegistrationFault& fault) { return fault.isBroken; });
+}
+
 ExitCode ExitCodeOf(const Jobs::Summary& summary)
 {
     const bool pluginFailed =
         summary.pluginFailures > 0 ||
-        std::any_of(summary.problems.begin(), summary.problems.end(), Jobs::IsPluginProblem);
+        std::any_of(summary.problems.begin(), summary.problems.end(), Jobs::IsPluginProblem) ||
+        HasBroken(summary.registrationFaults);
     QList<ExitCode> codes;
     if (summary.Count(Jobs::Outcome::Missing) > 0)
         codes.append(ExitCode::MissingLinks);

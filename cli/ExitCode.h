@@ -39,6 +39,8 @@ enum class ExitCode : int
 /// usage, source missing, cancelled, collisions, plug-in or database, failed, locked, missing
 /// links.
 ExitCode MostSerious(const QList<ExitCode>& codes);
+/// A registration file of which nothing came keeps plug-ins from being used.
+bool HasBroken(const QList<Jobs::RegistrationFault>& faults);
 /// Of a whole import.
 ExitCode ExitCodeOf(const Jobs::Summary& summary);
 /// Of a command that could not begin.

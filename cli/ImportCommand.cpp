@@ -33,7 +33,10 @@ bool WantsProgress(const ImportOptions& options, const CommonOptions& common)
 class ProgressShower : public Jobs::IJobObserver
 {
 public:
-    void PhaseBegun(Jobs::Phase phase, qint64 total) override { m_line.Begin(WordOf(phase), total); }
+    void PhaseBegun(Jobs::Phase phase, qint64 total) override
+    {
+        m_line.Begin(WordOf(phase), total);
+    }
     void Progressed(const Jobs::Progress& progress) override
     {
         m_line.Show(progress.files, progress.bytes);
@@ -59,7 +62,8 @@ ImportReport Import(const ImportOptions& options, const Jobs::Session& session,
     request.sources = ExpandPatterns(request.sources);
     Jobs::ImportJob job(session, request, observer, &cancel);
     job.MakePlan();
-    return {options.dryRun ? job.Preview() : job.Execute(), job.GetPlan().conflicts,
+    return {options.dryRun ? job.Preview() : job.Execute(),
+            job.GetPlan().conflicts,
             {QDir::currentPath(), session.CloudFolder()}};
 }
 
@@ -70,12 +74,12 @@ ExitCode RunImport(const ImportOptions& options, const CommonOptions& common,
 {
     const Jobs::SessionUse use =
         options.dryRun ? Jobs::SessionUse::PlanOnly : Jobs::SessionUse::Import;
-    const Jobs::Session session(Jobs::ResolveSettings(options.places, use), common.pluginPaths, use);
+    const Jobs::Session session(Jobs::ResolveSettings(options.places, use), common.pluginPaths,
+                                use);
     std::optional<ProgressShower> progress;
     if (WantsProgress(options, common))
         progress.emplace();
-    const ImportReport report =
-        Import(options, session, progress ? &*progress : nullptr, cancel);
+    const ImportReport report = Import(options, session, progress ? &*progress : nullptr, cancel);
     progress.reset();
     Print(report, console);
     TellHowItEnded(report.result.summary, options, console);

@@ -12,6 +12,6 @@ class Console;
 
 /// `corsync import`. Throws Jobs::JobError when it cannot begin.
 ExitCode RunImport(const ImportOptions& options, const CommonOptions& common,
-          const Jobs::CancelToken& cancel, Console& console);
+                   const Jobs::CancelToken& cancel, Console& console);
 
 } // namespace Halvern::Cli

@@ -12,6 +12,6 @@ class Console;
 
 /// `corsync links`. Changes nothing anywhere. Throws Jobs::JobError when it cannot begin.
 ExitCode RunLinks(const LinksOptions& options, const CommonOptions& common,
-          const Jobs::CancelToken& cancel, Console& console);
+                  const Jobs::CancelToken& cancel, Console& console);
 
 } // namespace Halvern::Cli

@@ -75,8 +75,8 @@ protected:
     {
         const QString line = QStringLiteral("%1 %2 %3 %4\n")
                                  .arg(QDateTime::currentDateTime().toString(Qt::ISODateWithMs),
-                                      LevelName(event.getLogLevel()),
-                                      Text(event.getLoggerName()), Text(event.getMessage()));
+                                      LevelName(event.getLogLevel()), Text(event.getLoggerName()),
+                                      Text(event.getMessage()));
         m_device->write(line.toUtf8());
     }
 
@@ -89,8 +89,7 @@ LogSetup::LogSetup(const LogOptions& options)
     std::unique_ptr<QIODevice> file = options.file.isEmpty() ? nullptr : OpenLogFile(options.file);
     const int fileLevel = file ? options.fileLevel : log4cplus::OFF_LOG_LEVEL;
     const int screenLevel = ScreenLevel(options.verbosity);
-    log4cplus::Logger::getRoot().setLogLevel(
-        std::min(fileLevel, screenLevel));
+    log4cplus::Logger::getRoot().setLogLevel(std::min(fileLevel, screenLevel));
     if (file)
         AddLineWriter(std::move(file), fileLevel);
     if (screenLevel != log4cplus::OFF_LOG_LEVEL)

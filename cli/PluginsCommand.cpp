@@ -50,7 +50,9 @@ ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common,
 {
     const auto session = Jobs::Session::Temporary(common.pluginPaths);
     const QList<Jobs::PluginStatus> plugins = Jobs::ListPlugins(*session, options.load);
-    QList<ExitCode> codes;
+    const QList<Jobs::RegistrationFault> faults = Jobs::ListRegistrationFaults(*session);
+    Print(faults, console);
+    QList<ExitCode> codes{HasBroken(faults) ? ExitCode::PluginOrDatabase : ExitCode::Complete};
     for (const Jobs::PluginStatus& status : plugins) {
         if (console.IsJson())
             PrintJson(status, console);

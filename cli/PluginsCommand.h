@@ -12,6 +12,6 @@ class Console;
 
 /// `corsync plugins`. Changes nothing anywhere. Throws Jobs::JobError when it cannot begin.
 ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common,
-          const Jobs::CancelToken& cancel, Console& console);
+                    const Jobs::CancelToken& cancel, Console& console);
 
 } // namespace Halvern::Cli

@@ -103,6 +103,7 @@ void PrintText(const ImportReport& report, Console& console)
     }
     if (report.conflicts.isEmpty())
         console.Line(CountLine(report.result.summary, report.folders));
+    Print(report.result.summary.registrationFaults, console);
 }
 
 void PrintJson(const ImportReport& report, Console& console)
@@ -116,6 +117,7 @@ void PrintJson(const ImportReport& report, Console& console)
         console.Json(JsonProblem(problem.text));
     if (!summary.databaseError.isEmpty())
         console.Json(JsonProblem(summary.databaseError));
+    Print(summary.registrationFaults, console);
     console.Json(JsonOf(summary));
 }
 
@@ -177,6 +179,19 @@ QString CountLine(const Summary& summary, const ReportFolders& folders)
         parts.append(QStringLiteral("no files"));
     return parts.join(QStringLiteral(", ")) + QStringLiteral("; cloud cache folder ") +
            QDir::toNativeSeparators(folders.cloud);
+}
+
+void Print(const QList<Jobs::RegistrationFault>& faults, Console& console)
+{
+    for (const Jobs::RegistrationFault& fault : faults) {
+        console.Json(JsonOf(fault));
+        const QString line =
+            Printable(QDir::toNativeSeparators(fault.file) + QStringLiteral(": ") + fault.text);
+        if (fault.isBroken)
+            console.Error(line);
+        else
+            console.Note(QStringLiteral("warning: ") + line);
+    }
 }
 
 void Print(const ImportReport& report, Console& console)

@@ -39,6 +39,9 @@ QJsonObject JsonOf(const Jobs::FileResult& result);
 QJsonObject JsonOf(const Jobs::Conflict& conflict);
 QJsonObject JsonOf(const Jobs::Summary& summary);
 QJsonObject JsonProblem(const QString& text);
+/// A warning, or a problem when nothing came of the file.
+QJsonObject JsonOf(const Jobs::RegistrationFault& fault);
+void Print(const QList<Jobs::RegistrationFault>& faults, Console& console);
 
 /// False for an outcome that puts nothing at the target.
 bool ShowsTarget(const Jobs::FileResult& result);

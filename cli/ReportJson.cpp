@@ -51,6 +51,17 @@ QJsonObject JsonOf(const Jobs::Summary& summary)
             {QStringLiteral("exitCode"), int(ExitCodeOf(summary))}};
 }
 
+QJsonObject JsonOf(const Jobs::RegistrationFault& fault)
+{
+    QJsonObject object{{QStringLiteral("event"),
+                        fault.isBroken ? QStringLiteral("problem") : QStringLiteral("warning")},
+                       {QStringLiteral("file"), fault.file},
+                       {QStringLiteral("text"), fault.text}};
+    if (!fault.plugin.isEmpty())
+        object.insert(QStringLiteral("plugin"), fault.plugin);
+    return object;
+}
+
 QJsonObject JsonProblem(const QString& text)
 {
     return {{QStringLiteral("event"), QStringLiteral("problem")}, {QStringLiteral("text"), text}};

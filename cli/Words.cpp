@@ -158,9 +158,10 @@ QString WordOf(Jobs::Phase phase)
 
 QString Sentence(const QList<Problem>& problems)
 {
-    const bool explained = std::any_of(problems.begin(), problems.end(), [](const Problem& problem) {
-        return problem.kind == ProblemKind::PluginMessage;
-    });
+    const bool explained =
+        std::any_of(problems.begin(), problems.end(), [](const Problem& problem) {
+            return problem.kind == ProblemKind::PluginMessage;
+        });
     QStringList texts;
     for (const Problem& problem : problems)
         if (!(explained && IsExplainedByPlugin(problem)))

@@ -70,8 +70,7 @@ void ImportJob::State::WritePlan()
     plan.problems = sorter.OfNoFile();
 }
 
-JobResult ImportJob::State::Result(QList<FileResult> files,
-                                   QList<FileLink::Problem> problems) const
+JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Problem> problems) const
 {
     if (!plan.conflicts.isEmpty())
         files.clear();
@@ -81,6 +80,7 @@ JobResult ImportJob::State::Result(QList<FileResult> files,
     JobResult result{std::move(files), {}};
     result.summary = Summarize(result.files);
     result.summary.problems = std::move(problems);
+    result.summary.registrationFaults = ListRegistrationFaults(session);
     result.summary.conflicts = plan.conflicts.size();
     result.summary.databaseError = run.DatabaseError();
     result.summary.cancelled = run.State().cancelled;
@@ -140,7 +140,8 @@ JobResult ImportJob::Execute()
     }
     // What the importer does at its end may fail, too.
     state.run.Finish();
-    JobResult result = state.Result(maker.MakeAll(), maker.ProblemsOfNoFile());
+    QList<FileResult> results = maker.MakeAll();
+    JobResult result = state.Result(std::move(results), maker.ProblemsOfNoFile());
     state.control->Rethrow();
     return result;
 }

@@ -26,7 +26,7 @@ Result JobDatabase::Noted(Result result)
 }
 
 std::shared_ptr<SyncItem> JobDatabase::GetSyncItem(const QString& localPath, bool exactPath,
-                                                        int authenticationId, FileItem::Depth depth)
+                                                   int authenticationId, FileItem::Depth depth)
 {
     return m_store->GetSyncItem(localPath, exactPath, authenticationId, depth);
 }
@@ -55,8 +55,8 @@ bool JobDatabase::AddOrUpdateFileConfiguration(std::shared_ptr<SyncItem> item)
     return !m_writable || Noted(m_store->AddOrUpdateFileConfiguration(std::move(item)));
 }
 
-QList<std::shared_ptr<SyncItem>>
-JobDatabase::GetFilesWithSyncOption(int folderId, SyncItem::SyncOption option)
+QList<std::shared_ptr<SyncItem>> JobDatabase::GetFilesWithSyncOption(int folderId,
+                                                                     SyncItem::SyncOption option)
 {
     return m_store->GetFilesWithSyncOption(folderId, option);
 }

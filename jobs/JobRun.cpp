@@ -81,11 +81,12 @@ void JobRun::ConnectSignals()
                          m_state.moved.insert(source);
                          onCopied(source, target);
                      });
-    QObject::connect(m_importer.get(), &FileLinkImporter::FileModified, [this](const QString& file) {
-        m_state.modified.insert(file);
-        if (m_stream)
-            m_stream->Modified(file);
-    });
+    QObject::connect(m_importer.get(), &FileLinkImporter::FileModified,
+                     [this](const QString& file) {
+                         m_state.modified.insert(file);
+                         if (m_stream)
+                             m_stream->Modified(file);
+                     });
 }
 
 template <typename Stage>
@@ -114,8 +115,8 @@ void JobRun::Plan(const QStringList& sources, const QString& target)
         throw JobError(JobErrorKind::SelectionRefused,
                        QStringLiteral("the selection could not be read"));
     m_state.files = m_importer->GetFileSet();
-    if (!Run(Phase::ReadingLinks, 0, [&] { m_importer->ExtractFileLinks(); }) ||
-        !AssignTargets() || !MarkCollisions())
+    if (!Run(Phase::ReadingLinks, 0, [&] { m_importer->ExtractFileLinks(); }) || !AssignTargets() ||
+        !MarkCollisions())
         return;
     m_state.wantedTargets = TargetsOf(*m_state.files);
     if (!AssignOtherTargets())

@@ -16,10 +16,11 @@ bool IsRenamed(const FileMapping& file, const JobState& job)
     return job.wantedTargets.value(&file, file.GetTargetFile()) != file.GetTargetFile();
 }
 
+/// A file that was rewritten this moment may still carry the flag.
 bool IsLocked(const FileMapping& file, const JobState& job)
 {
     return job.executed && !job.cancelled && file.HasFlag(FileMapping::NeedsRepath) &&
-           file.ExistsInTarget();
+           !job.modified.contains(file.GetTargetFile()) && file.ExistsInTarget();
 }
 
 bool IsMoved(const FileMapping& file, const JobState& job)

@@ -2,8 +2,7 @@
 
 #include "Paths.h"
 
-#include "Platform.h"
-
+#include "base/PathText.h"
 #include "base/SamePath.h"
 #include "base/Units.h"
 #include "syncservices/FileMapping.h"
@@ -52,15 +51,15 @@ bool IsShortcut(const QString& path)
 
 bool IsLocalPath(const QString& path)
 {
-    return IsPosixAbsolutePath(path) || path.indexOf(u':') <= 1;
+    return Base::IsLocalPath(Base::Units(path));
 }
 
 QString ResolveLink(const QString& text, const QString& holder)
 {
     const QString path = QDir::cleanPath(text);
-    const bool isAbsolute =
-        path.contains(u':') || path.startsWith(QLatin1String("//")) || IsPosixAbsolutePath(path);
-    return isAbsolute ? path : QDir::cleanPath(QFileInfo(holder).path() + u'/' + path);
+    return Base::IsAbsolutePath(Base::Units(path))
+               ? path
+               : QDir::cleanPath(QFileInfo(holder).path() + u'/' + path);
 }
 
 QString WayFrom(const QString& holder, const QString& file)

@@ -16,7 +16,6 @@ using PlaceInPlan = QHash<const SyncServices::FileMapping*, qsizetype>;
 
 /// Writes down as data what the flags of the files say after planning; `places` is filled in.
 /// Requires job.files.
-QList<PlannedFile> DescribeFiles(const JobState& job, ProblemSorter& problems,
-                                 PlaceInPlan& places);
+QList<PlannedFile> DescribeFiles(const JobState& job, ProblemSorter& problems, PlaceInPlan& places);
 
 } // namespace Halvern::Jobs

@@ -32,7 +32,8 @@ void RequireAllExist(const QStringList& arguments)
             missing.append(argument);
     }
     if (!missing.isEmpty())
-        throw JobError(JobErrorKind::SourceMissing,
+        throw JobError(
+            JobErrorKind::SourceMissing,
             QStringLiteral("no such file or folder: %1").arg(missing.join(QStringLiteral(", "))));
 }
 
@@ -85,9 +86,9 @@ QString CheckedTarget(const QString& argument)
     const QString path = QDir::fromNativeSeparators(argument);
     const QString target = QDir::cleanPath(QDir::isAbsolutePath(path) ? path : cloud + u'/' + path);
     if (!FolderManager::GetInstance()->IsCloudCacheFolderPath(target))
-        throw JobError(JobErrorKind::TargetRefused,
-                       QStringLiteral("%1 does not lie in the cloud cache folder %2")
-                           .arg(argument, cloud));
+        throw JobError(
+            JobErrorKind::TargetRefused,
+            QStringLiteral("%1 does not lie in the cloud cache folder %2").arg(argument, cloud));
     if (QFileInfo(target).isFile())
         throw JobError(JobErrorKind::TargetRefused,
                        argument + QStringLiteral(" is a file, not a folder"));

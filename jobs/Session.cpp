@@ -4,12 +4,13 @@
 
 #include "FolderCleanup.h"
 #include "Paths.h"
-#include "Platform.h"
-
+#include "base/KnownFolders.h"
+#include "base/NativePath.h"
 #include "filelink/FileLinkManager.h"
 #include "syncservices/FolderManager.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
 
@@ -38,6 +39,12 @@ QStringList CheckedFolders(const QStringList& folders)
     return checked;
 }
 
+QString CommonData()
+{
+    return QDir::fromNativeSeparators(
+        QStringView(Base::PathText(Base::CommonDataFolder())).toString());
+}
+
 /// Folders given to the module replace its default ones, so these are named as well.
 void AddPluginFolders(const QStringList& folders)
 {
@@ -46,7 +53,7 @@ void AddPluginFolders(const QStringList& folders)
     FileLinkManager* manager = FileLinkManager::GetInstance();
     const QString program = QCoreApplication::applicationDirPath();
     manager->AddPluginRegistrationFolders(
-        folders + QStringList{CommonDataFolder() + QStringLiteral("/Halvern/Halvern Sync/Plugins"),
+        folders + QStringList{CommonData() + QStringLiteral("/Halvern/Halvern Sync/Plugins"),
                               program, program + QStringLiteral("/SyncPluginRegFiles")});
     manager->AddPluginSearchPaths(folders +
                                   QStringList{program, program + QStringLiteral("/SyncPlugins")});
@@ -109,6 +116,9 @@ struct Session::State
 
     void Start(const ServicesSettings& settings, const QStringList& pluginFolders)
     {
+        if (settings.cloudCacheFolder.isEmpty())
+            throw JobError(JobErrorKind::SettingsRefused,
+                           QStringLiteral("no cloud cache folder is configured"));
         const QStringList folders = CheckedFolders(pluginFolders);
         if (use == SessionUse::PlanOnly)
             cleanup.emplace(settings.cloudCacheFolder);
@@ -146,11 +156,6 @@ SessionUse Session::Use() const
 QString Session::CloudFolder() const
 {
     return FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
-}
-
-QList<FileLink::Problem> Session::RegistrationProblems() const
-{
-    return {};
 }
 
 } // namespace Halvern::Jobs

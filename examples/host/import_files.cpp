@@ -1,86 +1,59 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A small host program. It imports files with everything they link and prints what it copied:
+// A host of the job library: imports files with everything they link, and tells what it does.
 //
 //     import_files CLOUD_FOLDER DATABASE FOLDER_BELOW FILE...
 //
-// Plug-ins are found beside the program, as corsync finds its own. Ends with 0 when every file
-// given is in its place.
+// Plug-ins are found beside the program. Ends with 0 when all is well, with 1 otherwise.
 
-#include "filelink/FileLinkImporter.h"
-#include "filelink/FileLinkManager.h"
-#include "syncservices/FolderManager.h"
+#include "corsync/ImportJob.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QDir>
 
 #include <cstdio>
 
-using namespace Halvern;
-using FileLink::FileLinkImporter;
-using FileLink::FileLinkManager;
-using SyncFolderManagerLib::FolderManager;
-using SyncServices::FileMapping;
-
-namespace {
+using namespace Halvern::Jobs;
 
 void Print(const QString& line)
 {
     std::puts(line.toUtf8().constData());
 }
 
-bool IsInPlace(const FileMapping& file)
+struct Teller : IJobObserver
 {
-    return file.HasFlagAny(FileMapping::Copied | FileMapping::Unchanged);
+    void FileDone(const FileResult& result) override
+    {
+        Print(result.linksRewritten ? result.target + ": links rewritten"
+                                    : result.source + " -> " + result.target);
+    }
+    void ProblemFound(const Halvern::FileLink::Problem& problem) override
+    {
+        Print(problem.file + ": " + problem.text);
+    }
+};
+
+int Import(const QStringList& arguments)
+{
+    const Session session(ResolveSettings({{}, arguments[0], arguments[1]}, SessionUse::Import));
+    ImportRequest request;
+    request.target = arguments[2];
+    request.sources = arguments.mid(3);
+    Teller teller;
+    ImportJob job(session, request, &teller);
+    for (const Conflict& conflict : job.MakePlan().conflicts)
+        Print(conflict.target + " is taken; nothing is copied");
+    const Summary summary = job.Execute().summary;
+    return summary.executed && summary.filesWithProblems == 0 ? 0 : 1;
 }
-
-/// A lone file would get the folder's name if there were no such folder.
-void MakeFolder(const QString& folder)
-{
-    QDir(FolderManager::GetInstance()->GetCloudCacheFolderPath(true)).mkpath(folder);
-}
-
-/// False when a file that was asked for is missing from the cloud cache folder.
-bool Import(const QStringList& sources, const QString& folder)
-{
-    MakeFolder(folder);
-    FileLinkImporter importer;
-    QObject::connect(
-        &importer, &FileLinkImporter::FileCopied,
-        [](const QString& source, const QString& target) { Print(source + " -> " + target); });
-    if (!importer.CopyToCloudCacheFolder(sources, folder, false, SyncServices::Global::NoCopyOption,
-                                         {}))
-        return false;
-    bool complete = true;
-    for (const auto& file : importer.GetFileSet()->GetFiles())
-        if (sources.contains(file->GetSourceFile()))
-            complete = complete && IsInPlace(*file);
-    return complete;
-} // The importer remembers what it copied when it is destroyed.
-
-} // namespace
 
 int main(int argc, char* argv[])
 {
     const QCoreApplication application(argc, argv);
-    QStringList arguments;
-    for (const QString& argument : QCoreApplication::arguments().mid(1))
-        arguments.append(QDir::fromNativeSeparators(argument));
-    if (arguments.size() < 4) {
-        Print("import_files CLOUD_FOLDER DATABASE FOLDER_BELOW FILE...");
-        return 2;
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    try {
+        return arguments.size() < 4 ? 2 : Import(arguments);
+    } catch (const JobError& error) {
+        Print(error.Text());
+        return 1;
     }
-
-    SyncServices::ServicesSettings settings;
-    settings.cloudCacheFolder = arguments[0];
-    settings.databaseFile = arguments[1];
-    FolderManager::Configure(settings);
-    FileLinkManager::Initialize();
-    bool complete = false;
-    if (FolderManager::GetInstance()->GetSyncDatabase())
-        complete = Import(arguments.mid(3), arguments[2]);
-    else
-        Print(FolderManager::GetInstance()->GetLastError());
-    FileLinkManager::Uninitialize();
-    return complete ? 0 : 1;
 }

@@ -42,9 +42,9 @@ struct LinksOfFile
     QList<FileLink::Problem> problems;
 };
 
-/// Reads the links inside each file; nothing is changed anywhere. A cancel leaves out the files that
-/// were not read until then. Throws JobError before it reads the first: SourceMissing, SourceRefused
-/// for a folder.
+/// Reads the links inside each file; nothing is changed anywhere. A cancel leaves out the files
+/// that were not read until then. Throws JobError before it reads the first: SourceMissing,
+/// SourceRefused for a folder.
 CORSYNCJOBS_EXPORT QList<LinksOfFile> ReadLinks(const Session& session, const QStringList& files,
                                                 const CancelToken* cancel = nullptr);
 

@@ -41,9 +41,9 @@ public:
     const Plan& GetPlan() const;
     /// What Execute will answer when nothing goes wrong and nobody cancels. Requires a plan.
     JobResult Preview() const;
-    /// Does what the plan says, unless there are conflicts or the job was cancelled, and records it.
-    /// Throws JobError(WrongOrder) without a plan, when called twice, and in a session that is for
-    /// plans only.
+    /// Does what the plan says, unless there are conflicts or the job was cancelled, and records
+    /// it. Throws JobError(WrongOrder) without a plan, when called twice, and in a session that is
+    /// for plans only.
     JobResult Execute();
 
 private:

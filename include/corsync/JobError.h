@@ -17,7 +17,7 @@ enum class JobErrorKind
     SettingsRefused,
     /// A plug-in folder that was named is none.
     PluginFolderMissing,
-    /// There is no cloud cache folder, or it could not be made.
+    /// The cloud cache folder could not be made.
     NoCloudFolder,
     /// The sync database could not be opened.
     DatabaseNotOpened,

@@ -46,9 +46,9 @@ public:
     virtual void PhaseBegun(Phase phase, qint64 total);
     /// Comes often, at least once for each file: cheap work only.
     virtual void Progressed(const Progress& progress);
-    /// What became of a file, while the plan is executed. Each file comes once during Copying, in the
-    /// order of the plan, and again when a later phase changes what can be said about it: its links
-    /// were rewritten, or could not be. The last one counts.
+    /// What became of a file, while the plan is executed. Each file comes once during Copying, in
+    /// the order of the plan, and again when a later phase changes what can be said about it: its
+    /// links were rewritten, or could not be. The last one counts.
     virtual void FileDone(const FileResult& result);
     /// Something went wrong, in planning or execution. The results hold every problem as well.
     virtual void ProblemFound(const FileLink::Problem& problem);

@@ -4,6 +4,7 @@
 
 #include "corsync/Export.h"
 #include "corsync/Plan.h"
+#include "corsync/Plugins.h"
 
 #include "filelink/Problem.h"
 
@@ -45,11 +46,14 @@ struct Summary
 {
     /// How many files have each outcome; none is 0.
     QMap<Outcome, qint64> counts;
-    /// Files that failed or are in place with a problem, and those of them on which a plug-in failed.
+    /// Files that failed or are in place with a problem, and those of them on which a plug-in
+    /// failed.
     qint64 filesWithProblems = 0;
     qint64 pluginFailures = 0;
     /// Problems of no single file, each text once.
     QList<FileLink::Problem> problems;
+    /// Registration files of plug-ins that do not do what their authors mean.
+    QList<RegistrationFault> registrationFaults;
     /// Why the sync database failed during this job; empty: it did not.
     QString databaseError;
     /// Conflicts of the plan; with any, nothing was done.

@@ -27,6 +27,22 @@ struct PluginStatus
     QString error;
 };
 
+/// A registration file that does not do what its author means.
+struct RegistrationFault
+{
+    QString file;
+    /// File name of the library that it is about; may be empty.
+    QString plugin;
+    /// One sentence for people, without a full stop.
+    QString text;
+    /// Nothing came of the file: what it stands for is missing. Otherwise something in it is not
+    /// used, or not as it was meant.
+    bool isBroken = false;
+};
+
+/// In the order in which the files were read. Loads no library.
+CORSYNCJOBS_EXPORT QList<RegistrationFault> ListRegistrationFaults(const Session& session);
+
 /// The registered plug-ins, in the order in which they are asked. With `load` each library is
 /// loaded and its service created once.
 CORSYNCJOBS_EXPORT QList<PluginStatus> ListPlugins(const Session& session, bool load);

@@ -6,9 +6,6 @@
 #include "corsync/JobError.h"
 #include "corsync/Settings.h"
 
-#include "filelink/Problem.h"
-
-#include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -23,8 +20,8 @@ class CORSYNCJOBS_EXPORT Session
 {
 public:
     /// `pluginFolders` hold registration files and libraries of plug-ins; they are searched before
-    /// the default folders. Throws JobError: SessionTaken, PluginFolderMissing, NoCloudFolder,
-    /// DatabaseNotOpened.
+    /// the default folders. Throws JobError: SettingsRefused without a cloud cache folder, SessionTaken,
+    /// PluginFolderMissing, NoCloudFolder, DatabaseNotOpened.
     explicit Session(const SyncServices::ServicesSettings& settings,
                      const QStringList& pluginFolders = {}, SessionUse use = SessionUse::Import);
     /// A session that leaves no trace, for reading links and listing plug-ins: its cloud cache
@@ -37,9 +34,6 @@ public:
     SessionUse Use() const;
     /// Absolute, with forward slashes.
     QString CloudFolder() const;
-    /// What registration files of plug-ins say that their authors cannot have meant. The files are
-    /// read on the first use of plug-ins, this one if there was none.
-    QList<FileLink::Problem> RegistrationProblems() const;
 
 private:
     struct State;

@@ -26,6 +26,8 @@ struct PluginDescription
     QStringList fileTypes;
     /// As registered; it ranks nothing: plug-ins are asked in the order of registration.
     quint32 priority = 0;
+    /// Absolute path of the file that registers it.
+    QString registrationFile;
 };
 
 /// The module's process-wide entry. The host initialises the module through it once, from the

@@ -91,7 +91,7 @@ QList<PluginDescription> FileLinkManager::GetPlugins()
     for (const Plugin* plugin : m_holder->plugins->Plugins())
         descriptions.append({plugin->GetName(), plugin->GetModule(),
                              GetPluginTypeName(plugin->GetType()), plugin->GetFileTypes(),
-                             plugin->GetPriority()});
+                             plugin->GetPriority(), plugin->GetRegistration().file});
     return descriptions;
 }
 

@@ -66,19 +66,20 @@ QString Plugin::FindLibrary() const
 
 bool Plugin::LoadModule()
 {
-    m_lastError.clear();
+    m_errors.clear();
     if (IsLoaded())
         return true;
     if (GetModule().isEmpty())
         return false;
-    m_lastError = OpenLibrary();
-    if (m_lastError.isEmpty()) {
+    const QString error = OpenLibrary();
+    if (error.isEmpty()) {
         m_loadState = LoadState::Loaded;
         FILELINK_LOG(LogLevel::Info, QStringLiteral("Plugin %1 loaded").arg(GetModule()));
         return true;
     }
     m_loadState = LoadState::Failed;
-    FILELINK_LOG(LogLevel::Error, m_lastError);
+    m_errors.append(error);
+    FILELINK_LOG(LogLevel::Error, error);
     return false;
 }
 
@@ -113,10 +114,10 @@ bool Plugin::UnloadModule()
         m_loadState = LoadState::NotLoaded;
         return true;
     }
-    m_lastError = QStringLiteral("Failed to unload plugin %1. Error %2.")
-                      .arg(GetModule())
-                      .arg(m_library->errorString());
-    FILELINK_LOG(LogLevel::Error, m_lastError);
+    m_errors.append(QStringLiteral("Failed to unload plugin %1. Error %2.")
+                        .arg(GetModule())
+                        .arg(m_library->errorString()));
+    FILELINK_LOG(LogLevel::Error, m_errors.last());
     return false;
 }
 
@@ -127,53 +128,58 @@ void Plugin::DestroyServices()
 }
 
 template <class Factory>
-Factory* Plugin::MakeFactory(const char* exportName)
+Factory* Plugin::MakeFactory(const char* exportName, QString& error)
 {
     using Function = Factory* (*)();
     const auto function = reinterpret_cast<Function>(m_library->resolve(exportName));
     if (!function) {
-        m_lastError = QStringLiteral("Exported function %1 not found in plugin %2")
-                          .arg(QString::fromLatin1(exportName))
-                          .arg(GetModule());
+        error = QStringLiteral("Exported function %1 not found in plugin %2")
+                    .arg(QString::fromLatin1(exportName))
+                    .arg(GetModule());
         return nullptr;
     }
-    const auto factory = CallPlugin(GetModule(), exportName, function, m_lastError);
+    const auto factory = CallPlugin(GetModule(), exportName, function, error);
     if (!factory)
         return nullptr;
     // The resolver's export is named for layouts, too: log filters rely on this one text.
     if (!*factory)
-        m_lastError = QStringLiteral("Plugin %1 returned NULL in %2")
-                          .arg(GetModule())
-                          .arg(QString::fromLatin1(ResolverExport));
+        error = QStringLiteral("Plugin %1 returned NULL in %2")
+                    .arg(GetModule())
+                    .arg(QString::fromLatin1(ResolverExport));
     return *factory;
 }
 
 template <class Service, class Factory>
-void Plugin::CreateService(const char* exportName, const char* creatorName,
-                           Service* (Factory::*creator)(), Service*& stored)
+QString Plugin::CreateService(const char* exportName, const char* creatorName,
+                              Service* (Factory::*creator)(), Service*& stored)
 {
-    Factory* factory = MakeFactory<Factory>(exportName);
+    QString error;
+    Factory* factory = MakeFactory<Factory>(exportName, error);
     if (!factory)
-        return;
+        return error;
     const auto create = [&] { return (factory->*creator)(); };
     MarkAbandoned(stored);
-    const auto service = CallPlugin(GetModule(), creatorName, create, m_lastError);
+    const auto service = CallPlugin(GetModule(), creatorName, create, error);
     delete factory;
     if (service && !*service)
-        m_lastError = QStringLiteral("Plugin %1 returned NULL in %2")
-                          .arg(GetModule())
-                          .arg(QString::fromLatin1(creatorName));
+        error = QStringLiteral("Plugin %1 returned NULL in %2")
+                    .arg(GetModule())
+                    .arg(QString::fromLatin1(creatorName));
     stored = service.value_or(nullptr);
+    return error;
 }
 
 IFileLinkResolver* Plugin::GetFileLinkResolver()
 {
     if (GetType() != PluginType::FileLinkResolver || !LoadModule())
         return nullptr;
-    CreateService(ResolverExport, "CreateFileLinkResolver",
-                  &IFileLinkResolverFactory::CreateFileLinkResolver, m_fileLinkResolver);
-    if (!m_lastError.isEmpty())
-        FILELINK_LOG(LogLevel::Error, m_lastError);
+    const QString error =
+        CreateService(ResolverExport, "CreateFileLinkResolver",
+                      &IFileLinkResolverFactory::CreateFileLinkResolver, m_fileLinkResolver);
+    if (!error.isEmpty()) {
+        m_errors.append(error);
+        FILELINK_LOG(LogLevel::Error, error);
+    }
     if (!m_fileLinkResolver) {
         UnloadModule();
         m_loadState = LoadState::Failed;
@@ -185,10 +191,12 @@ IFileLayout* Plugin::GetFileLayout()
 {
     if (GetType() != PluginType::FileLayout || !LoadModule())
         return nullptr;
-    CreateService(LayoutExport, "CreateFileLayout", &ISyncPluginFactory::CreateFileLayout,
-                  m_fileLayout);
-    if (!m_lastError.isEmpty())
-        FILELINK_LOG(LogLevel::Error, m_lastError);
+    const QString error = CreateService(LayoutExport, "CreateFileLayout",
+                                        &ISyncPluginFactory::CreateFileLayout, m_fileLayout);
+    if (!error.isEmpty()) {
+        m_errors.append(error);
+        FILELINK_LOG(LogLevel::Error, error);
+    }
     if (!m_fileLayout) {
         m_loadState = LoadState::Failed;
         UnloadModule();
@@ -200,7 +208,7 @@ bool Plugin::TryService()
 {
     const bool made = GetType() == PluginType::FileLayout ? GetFileLayout() != nullptr
                                                           : GetFileLinkResolver() != nullptr;
-    return made && m_lastError.isEmpty();
+    return made && m_errors.isEmpty();
 }
 
 } // namespace Halvern::FileLink

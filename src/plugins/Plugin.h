@@ -80,8 +80,10 @@ public:
     const Registration& GetRegistration() const { return m_registration; }
     LoadState GetLoadState() const { return m_loadState; }
     bool IsLoaded() const { return m_library && m_library->isLoaded(); }
-    /// What went wrong in the last load, request or unload, as logged; empty when nothing did.
-    QString GetLastError() const { return m_lastError; }
+    /// What went wrong in the last request and since, as logged, in order; empty when nothing did.
+    QStringList GetErrors() const { return m_errors; }
+    /// The same in one text.
+    QString GetLastError() const { return m_errors.join(QStringLiteral("; ")); }
     /// The stored service objects, without a request.
     SyncPlugin::IFileLinkResolver* GetStoredResolver() const { return m_fileLinkResolver; }
     SyncPlugin::IFileLayout* GetStoredLayout() const { return m_fileLayout; }
@@ -92,16 +94,16 @@ private:
     /// empty.
     QString OpenLibrary();
     template <class Factory>
-    Factory* MakeFactory(const char* exportName);
+    Factory* MakeFactory(const char* exportName, QString& error);
     template <class Service, class Factory>
-    void CreateService(const char* exportName, const char* creatorName,
-                       Service* (Factory::*creator)(), Service*& stored);
+    QString CreateService(const char* exportName, const char* creatorName,
+                          Service* (Factory::*creator)(), Service*& stored);
     void DestroyServices();
 
     Registration m_registration;
     const QStringList& m_searchPaths;
     LoadState m_loadState = LoadState::NotLoaded;
-    QString m_lastError;
+    QStringList m_errors;
     std::unique_ptr<QLibrary> m_library;
     // Plain pointers: a replaced object, and those of a module that keeps its objects, are not
     // destroyed.

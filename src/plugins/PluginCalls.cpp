@@ -66,7 +66,8 @@ IFileLinkResolver* TakeResolver(Plugin& plugin, CallProblems& problems, ProblemK
 {
     problems.SetPlugin(plugin.GetModule());
     IFileLinkResolver* const resolver = plugin.GetFileLinkResolver();
-    if (const QString error = plugin.GetLastError(); !error.isEmpty())
+    const QStringList errors = plugin.GetErrors();
+    for (const QString& error : errors)
         problems.Report(ProblemKind::PluginFault, error);
     if (!resolver)
         problems.Report(without);

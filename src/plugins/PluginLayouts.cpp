@@ -43,7 +43,8 @@ bool PluginManager::AssignTargetPaths(std::shared_ptr<FileMappingRef> mapping,
     for (Plugin* plugin : plugins) {
         problems.SetPlugin(plugin->GetModule());
         IFileLayout* layout = plugin->GetFileLayout();
-        if (const QString fault = plugin->GetLastError(); !fault.isEmpty())
+        const QStringList faults = plugin->GetErrors();
+        for (const QString& fault : faults)
             problems.Report(ProblemKind::PluginFault, fault);
         if (!layout)
             continue;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 using namespace Halvern::Cli;
+using Halvern::Jobs::CollisionPolicy;
 
 namespace {
 
@@ -28,13 +29,14 @@ ImportOptions ParseImport(const QStringList& arguments)
 TEST(CommandLine, AnImportWithoutOptionsStopsAtCollisionsAndFollowsEveryType)
 {
     const ImportOptions options = ParseImport({u"a.gltf"_qs, u"b c.gltf"_qs});
-    EXPECT_EQ(options.sources, (QStringList{u"a.gltf"_qs, u"b c.gltf"_qs}));
-    EXPECT_EQ(options.selectedCollisions, CollisionPolicy::Stop);
-    EXPECT_EQ(options.linkedCollisions, CollisionPolicy::Stop);
-    EXPECT_TRUE(options.types.isEmpty());
-    EXPECT_TRUE(options.to.isEmpty());
+    EXPECT_EQ(options.request.sources, (QStringList{u"a.gltf"_qs, u"b c.gltf"_qs}));
+    EXPECT_EQ(options.request.selectedCollisions, CollisionPolicy::Stop);
+    EXPECT_EQ(options.request.linkedCollisions, CollisionPolicy::Stop);
+    EXPECT_TRUE(options.request.fileTypes.isEmpty());
+    EXPECT_TRUE(options.request.target.isEmpty());
     EXPECT_EQ(options.progress, ProgressMode::Auto);
-    EXPECT_FALSE(options.move || options.linksOnly || options.directLinksOnly || options.dryRun);
+    EXPECT_FALSE(options.request.move || options.request.linksOnly ||
+                 options.request.directLinksOnly || options.dryRun);
 }
 
 TEST(CommandLine, OptionsMayStandBeforeAndAfterTheSources)
@@ -42,10 +44,11 @@ TEST(CommandLine, OptionsMayStandBeforeAndAfterTheSources)
     const ImportOptions options = ParseImport(
         {u"--move"_qs, u"--to"_qs, u"Demo"_qs, u"a.gltf"_qs, u"--types"_qs, u"gltf, .glb"_qs,
          u"b.gltf"_qs, u"--links-only"_qs, u"--direct-links-only"_qs, u"-n"_qs});
-    EXPECT_EQ(options.sources, (QStringList{u"a.gltf"_qs, u"b.gltf"_qs}));
-    EXPECT_EQ(options.types, (QStringList{u"gltf"_qs, u".glb"_qs}));
-    EXPECT_EQ(options.to, u"Demo"_qs);
-    EXPECT_TRUE(options.move && options.linksOnly && options.directLinksOnly && options.dryRun);
+    EXPECT_EQ(options.request.sources, (QStringList{u"a.gltf"_qs, u"b.gltf"_qs}));
+    EXPECT_EQ(options.request.fileTypes, (QStringList{u"gltf"_qs, u".glb"_qs}));
+    EXPECT_EQ(options.request.target, u"Demo"_qs);
+    EXPECT_TRUE(options.request.move && options.request.linksOnly &&
+                options.request.directLinksOnly && options.dryRun);
 }
 
 TEST(CommandLine, AnOwnCollisionPolicyOutranksTheCommonOneInAnyOrder)
@@ -55,8 +58,8 @@ TEST(CommandLine, AnOwnCollisionPolicyOutranksTheCommonOneInAnyOrder)
                                          QStringList{u"a"_qs, u"--linked-collisions"_qs, u"keep"_qs,
                                                      u"--collisions"_qs, u"rename"_qs}}) {
         const ImportOptions options = ParseImport(arguments);
-        EXPECT_EQ(options.selectedCollisions, CollisionPolicy::Rename);
-        EXPECT_EQ(options.linkedCollisions, CollisionPolicy::Keep);
+        EXPECT_EQ(options.request.selectedCollisions, CollisionPolicy::Rename);
+        EXPECT_EQ(options.request.linkedCollisions, CollisionPolicy::Keep);
     }
 }
 
@@ -66,7 +69,8 @@ TEST(CommandLine, ARepeatedPluginPathTakesOneFolderEachAndNoSources)
         Parse({u"import"_qs, u"--plugin-path"_qs, u"p"_qs, u"--plugin-path"_qs, u"q"_qs, u"a"_qs});
     ASSERT_TRUE(parsed.options);
     EXPECT_EQ(parsed.options->common.pluginPaths, (QStringList{u"p"_qs, u"q"_qs}));
-    EXPECT_EQ(std::get<ImportOptions>(parsed.options->command).sources, QStringList{u"a"_qs});
+    EXPECT_EQ(std::get<ImportOptions>(parsed.options->command).request.sources,
+              QStringList{u"a"_qs});
 }
 
 TEST(CommandLine, VerbosityCountsAndLogLevelsAreNamed)
@@ -81,7 +85,7 @@ TEST(CommandLine, VerbosityCountsAndLogLevelsAreNamed)
 
 TEST(CommandLine, AFileWhoseNameBeginsWithADashComesAfterTwoDashes)
 {
-    EXPECT_EQ(ParseImport({u"--"_qs, u"-a.gltf"_qs}).sources, QStringList{u"-a.gltf"_qs});
+    EXPECT_EQ(ParseImport({u"--"_qs, u"-a.gltf"_qs}).request.sources, QStringList{u"-a.gltf"_qs});
 }
 
 TEST(CommandLine, PluginsAreLoadedUnlessToldOtherwise)

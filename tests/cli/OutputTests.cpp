@@ -87,6 +87,33 @@ TEST_F(CommandOutput, GoesIntoALogFileThatGrowsWithEveryRun)
     EXPECT_FALSE(twice.mid(once.size()).contains(" INFO "));
 }
 
+TEST_F(CommandOutput, ShowsPathsThatHoldPlaceholdersAsTheyAre)
+{
+    tree.File(u"work/%1/top %2.tlk"_qs, "link 1 %3.tlk\nlink 2 gone %1.tlk\nnorepath\n")
+        .File(u"work/%1/%3.tlk"_qs, "fail\n")
+        .File(u"cloud/Demo %2/%3.tlk"_qs, "old %1\n")
+        .File(u"plugins/%1 %2.syncplugin"_qs, "<SyncPlugins");
+    const QStringList arguments{u"%1/top %2.tlk"_qs, u"--to"_qs, u"Demo %2"_qs};
+    EXPECT_EQ(Import(arguments).Lines(),
+              QStringList{u"conflict   %1/%3.tlk -> Demo %2/%3.tlk: a file stands there"_qs});
+    const CommandResult result = Import(arguments + QStringList{u"--collisions"_qs, u"replace"_qs});
+    EXPECT_EQ(result.exitCode, 7);
+    EXPECT_EQ(
+        result.Lines().mid(0, 3),
+        (QStringList{
+            u"copied     %1/top %2.tlk -> Demo %2/top %2.tlk: test resolver: told not to repath"_qs,
+            u"replaced   %1/%3.tlk -> Demo %2/%3.tlk: test resolver: told to fail"_qs,
+            u"missing    %1/gone %1.tlk (linked from %1/top %2.tlk)"_qs}))
+        << ::testing::PrintToString(result);
+    EXPECT_TRUE(result.err.contains(u"plugins/%1 %2.syncplugin: "_qs))
+        << ::testing::PrintToString(result);
+    const CommandResult error = Import({u"%1/no %2.tlk"_qs, u"--to"_qs, u"%3"_qs});
+    EXPECT_EQ(error.err, u"corsync: no such file or folder: %1/no %2.tlk\n"_qs);
+    EXPECT_EQ(Import({u"%1"_qs, u"--to"_qs, u"../%2 %1"_qs}).err,
+              u"corsync: --to ../%2 %1 does not lie in the cloud cache folder "_qs +
+                  tree.Path(u"cloud"_qs) + u'\n');
+}
+
 TEST_F(CommandOutput, OfHelpAndVersionIsReadableWithoutAnyFolder)
 {
     EXPECT_EQ(Run({u"--version"_qs}).out.left(8), u"corsync "_qs);

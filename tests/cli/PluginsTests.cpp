@@ -57,6 +57,29 @@ TEST_F(PluginsCommand, ARegistrationFileThatIsNoneIsAFailureThatNamesIt)
     EXPECT_TRUE(result.err.contains(u"garbage.syncplugin"_qs)) << ::testing::PrintToString(result);
 }
 
+TEST_F(PluginsCommand, ARegistrationThatIsDoubtfulIsWarnedOfByItAndByEveryImport)
+{
+    tree.File(u"work/a.tlk"_qs)
+        .File(u"plugins/doubtful.syncplugin"_qs,
+              Registration(TestLayoutModule(), u"FileLayout"_qs, u"xyz, abc"_qs));
+    const QStringList import{u"import"_qs,         u"a.tlk"_qs,
+                             u"--cloud-folder"_qs, tree.Path(u"cloud"_qs),
+                             u"--database"_qs,     tree.Path(u"sync.db"_qs),
+                             u"--plugin-path"_qs,  tree.Path(u"plugins"_qs),
+                             u"--plugin-path"_qs,  TestPluginFolder()};
+    for (const CommandResult& result : {Plugins({}), Run(import)}) {
+        EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
+        EXPECT_EQ(result.err.count(u"corsync: warning: "_qs), 1)
+            << ::testing::PrintToString(result);
+        EXPECT_TRUE(result.err.contains(u"doubtful.syncplugin"_qs));
+    }
+    const QList<QJsonObject> lines = Plugins({u"--json"_qs}).Json();
+    EXPECT_EQ(lines[0][u"event"].toString(), u"warning"_qs);
+    EXPECT_EQ(lines[0][u"file"].toString(), tree.Path(u"plugins/doubtful.syncplugin"_qs));
+    EXPECT_EQ(lines[0][u"plugin"].toString(), TestLayoutModule());
+    EXPECT_FALSE(lines[0][u"text"].toString().isEmpty());
+}
+
 TEST_F(PluginsCommand, LeavesNoTrace)
 {
     const FileTree::Snapshot before = tree.Contents();

@@ -4,8 +4,6 @@
 
 #include "CommandFixture.h"
 
-#include "Paths.h"
-
 #include "syncservices/ServicesSettings.h"
 
 #include <QtCore/QDir>
@@ -67,16 +65,6 @@ TEST_F(CloudFolderOnWindows, WhosePathLostItsBackslashesInTheSettingsIsAUsageErr
         Run({u"import"_qs, u"a.tlk"_qs, u"--settings"_qs, tree.Path(u"settings.ini"_qs)});
     EXPECT_EQ(result.exitCode, 2) << ::testing::PrintToString(result);
     EXPECT_TRUE(result.err.contains(u"cloudCacheFolder"_qs)) << ::testing::PrintToString(result);
-}
-
-TEST(HostPathsOnWindows, GetTheDriveAndTheFolderThatTheyLeaveOut)
-{
-    const QString here = QDir::currentPath();
-    const QString drive = here.left(2);
-    EXPECT_EQ(Host::AbsolutePath(u"\\Sync\\a"_qs), drive + u"/Sync/a"_qs);
-    EXPECT_EQ(Host::AbsolutePath(drive + u"a\\b"_qs), here + u"/a/b"_qs);
-    EXPECT_EQ(Host::AbsolutePath(u"\\\\server\\share\\a"_qs), u"//server/share/a"_qs);
-    EXPECT_EQ(Host::AbsolutePath(u"D:\\a\\..\\b."_qs), u"D:/b."_qs);
 }
 
 } // namespace Halvern::Test

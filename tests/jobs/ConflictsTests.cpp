@@ -8,7 +8,7 @@
 
 namespace Halvern::Test {
 
-using namespace Host;
+using namespace Jobs;
 using SyncServices::FileMapping;
 
 namespace {
@@ -27,10 +27,10 @@ protected:
 
     QList<Conflict> Settle(CollisionPolicy selected, CollisionPolicy linked)
     {
-        ImportOptions options;
-        options.selectedCollisions = selected;
-        options.linkedCollisions = linked;
-        return SettleTargets(files, options, {});
+        ImportRequest request;
+        request.selectedCollisions = selected;
+        request.linkedCollisions = linked;
+        return SettleTargets(files, request, {});
     }
     QList<Conflict> Settle(CollisionPolicy policy) { return Settle(policy, policy); }
 

@@ -8,9 +8,9 @@
 
 #include <gtest/gtest.h>
 
-using namespace Halvern::Cli;
+using namespace Halvern::Jobs;
 
-TEST(HostPaths, ArgumentsBecomeAbsoluteAndLoseTrailingSlashesAndDots)
+TEST(JobPaths, ArgumentsBecomeAbsoluteAndLoseTrailingSlashesAndDots)
 {
     const QString here = QDir::currentPath();
     EXPECT_EQ(AbsolutePath(u"."_qs), here);
@@ -20,7 +20,7 @@ TEST(HostPaths, ArgumentsBecomeAbsoluteAndLoseTrailingSlashesAndDots)
     EXPECT_EQ(AbsolutePath(QString()), QString());
 }
 
-TEST(HostPaths, AFolderHoldsItselfAndWhatLiesBelowButNotASiblingWithItsNameInFront)
+TEST(JobPaths, AFolderHoldsItselfAndWhatLiesBelowButNotASiblingWithItsNameInFront)
 {
     EXPECT_TRUE(IsInFolder(u"/a/b"_qs, u"/a/b"_qs));
     EXPECT_TRUE(IsInFolder(u"/a/B/c"_qs, u"/a/b"_qs));
@@ -29,7 +29,7 @@ TEST(HostPaths, AFolderHoldsItselfAndWhatLiesBelowButNotASiblingWithItsNameInFro
     EXPECT_FALSE(IsInFolder(u"/a"_qs, u"/a/b"_qs));
 }
 
-TEST(HostPaths, AFreeNameCountsUpFromTwoBeforeTheLastSuffix)
+TEST(JobPaths, AFreeNameCountsUpFromTwoBeforeTheLastSuffix)
 {
     const auto none = [](const QString&) { return false; };
     EXPECT_EQ(FreePath(u"/t/a.tar.gz"_qs, none), u"/t/a.tar (2).gz"_qs);

@@ -38,7 +38,8 @@ protected:
         const QString file = QStringLiteral("one.syncplugin");
         tree.File(file, text);
         log.Clear();
-        static_cast<void>(fresh.LoadRegistrationFile(tree.Path(file)));
+        const bool isLoaded = fresh.LoadRegistrationFile(tree.Path(file));
+        EXPECT_TRUE(isLoaded || !fresh.RegistrationProblems().isEmpty()) << "without a reason";
         EXPECT_EQ(log.Lines(), QStringList());
         return Texts(fresh.RegistrationProblems(), tree.Path(file));
     }
