@@ -71,8 +71,7 @@ TEST_F(PluginsCommand, ARegistrationThatIsDoubtfulIsWarnedOfByItAndByEveryImport
                              u"--plugin-path"_s,  TestPluginFolder()};
     for (const CommandResult& result : {Plugins({}), Run(import)}) {
         EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
-        EXPECT_EQ(result.err.count(u"corsync: warning: "_s), 1)
-            << ::testing::PrintToString(result);
+        EXPECT_EQ(result.err.count(u"corsync: warning: "_s), 1) << ::testing::PrintToString(result);
         EXPECT_TRUE(result.err.contains(u"doubtful.syncplugin"_s));
     }
     const QList<QJsonObject> lines = Plugins({u"--json"_s}).Json();

@@ -7,7 +7,7 @@
 
 namespace Halvern::Test {
 
-using namespace Formats;
+using namespace PluginKit;
 using namespace Formats::Step;
 
 namespace {
