@@ -117,13 +117,8 @@ compiler=x86_64-w64-mingw32-g++-posix
     -isystem "$qt/include/QtCore" -L "$package/lib" -lCorsyncJobs -lCorsyncFileLink -lCorsyncServices \
     -L "$qt/lib" -lQt6Core
 cmake -S "$package/examples/plugin-template" -B "$work/plugin" -DCMAKE_SYSTEM_NAME=Windows \
-<<<<<<< HEAD
     -DCMAKE_PREFIX_PATH="$package" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" >"$work/plugin.out"
-=======
-    -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" \
-    -DCMAKE_PREFIX_PATH="$package" >"$work/plugin.out"
->>>>>>> k
 cmake --build "$work/plugin" >>"$work/plugin.out"
 cp "$work/plugin/PathListSyncPlugin.dll" "$package/bin/SyncPlugins/"
 registered="$CORSYNC_WINE_PREFIX/drive_c/ProgramData/Halvern/Halvern Sync/Plugins"
