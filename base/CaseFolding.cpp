@@ -14,7 +14,7 @@ namespace {
 /// Turkish only: its small letter is a dot more than one character, and no other form is common.
 constexpr char32_t CapitalIWithDot = 0x130;
 
-/// The character at `at`, which moves behind it.
+/// The character at `at`, which moves past it.
 char32_t NextCharacter(std::u16string_view text, std::size_t& at) noexcept
 {
     const char32_t high = text[at++];

@@ -33,7 +33,8 @@ FileResult Rename(const std::filesystem::path& from, const std::filesystem::path
 
 FileResult RenameOver(const std::filesystem::path& temporary, const std::filesystem::path& file)
 {
-    const std::filesystem::path folder = file.parent_path(); // no memory for it afterwards is too late
+    const std::filesystem::path folder =
+        file.parent_path(); // no memory for it afterwards is too late
     FileResult renamed = Rename(temporary, file);
     if (renamed)
         FlushFolder(folder);

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Makes the sample project garden-shed/ and the damaged files in bad/, beside this script.
+"""Makes the sample projects garden-shed/ and lost-poster/ and the damaged files in bad/, beside this script.
 
 The same files come out every time. Nothing but Python's standard library is needed.
 """
@@ -14,6 +14,7 @@ import zlib
 
 HERE = pathlib.Path(__file__).resolve().parent
 SHED = HERE / "garden-shed"
+LOST = HERE / "lost-poster"
 BAD = HERE / "bad"
 
 
@@ -49,6 +50,17 @@ def tiles(x, y):
     shift = 4 if (y // 8) % 2 else 0
     edge = y % 8 == 0 or (x + shift) % 8 == 0
     return (90, 36, 30) if edge else (168, 70 + y % 8 * 3, 52)
+
+
+def poster_picture(x, y):
+    if min(x, y) < 3 or max(x, y) > 60:
+        return (240, 236, 220)
+    return (236, 196, 60) if math.hypot(x - 32, y - 26) < 14 else (70 + y, 130 + y, 200 - y * 2)
+
+
+def cork(x, y):
+    speck = (x * 7 + y * 13 + x * y) % 11
+    return (190 - speck * 4, 146 - speck * 3, 96 - speck * 2)
 
 
 def height_map(x, y):
@@ -187,6 +199,7 @@ def make_textures():
     write(SHED / "textures/Planks.png", png(64, planks))
     write(SHED / "textures/Roof tiles.png", png(64, tiles))
     write(SHED / "textures/Höhe über Grund.png", png(32, height_map))
+    write(SHED / "textures/Poster (spring).png", png(64, poster_picture))
     write(SHED / "lights/Lantern.ies",
           b"IESNA:LM-63-2002\r\nTILT=NONE\r\n1 300 1 3 1 1 2 0 0 0\r\n1 1 4\r\n"
           b"0 45 90\r\n0\r\n300 200 0\r\n")
@@ -202,8 +215,7 @@ def make_shed():
     tiled = shed.material("Roof tiles", shed.image("../textures/Roof%20tiles.png"))
     ground = shed.material("Ground",
                            shed.image("../textures/H%C3%B6he%20%C3%BCber%20Grund.png"))
-    # On purpose there is no such file.
-    poster = shed.material("Poster", shed.image("../textures/Poster%20%28lost%29.png"))
+    poster = shed.material("Poster", shed.image("../textures/Poster%20%28spring%29.png"))
     dot = base64.b64encode(png(2, lambda x, y: (200, 180, 40))).decode()
     handle = shed.material("Handle", shed.image("data:image/png;base64," + dot))
 
@@ -244,6 +256,19 @@ def make_lantern():
     write(SHED / "Lantern.glb", glb(lantern.json, data))
 
 
+def make_lost_poster():
+    board = Document()
+    back = board.material("Cork", board.image("pictures/Cork.png"))
+    # On purpose there is no such file.
+    poster = board.material("Poster", board.image("pictures/Poster%20%28lost%29.png"))
+    write(LOST / "pictures/Cork.png", png(32, cork))
+    write(LOST / "geometry/Board.bin",
+          board.shape("Board", box(1.2, 0.9, 0.02), "geometry/Board.bin", back, (0, 1, 0)))
+    write(LOST / "geometry/Poster.bin",
+          board.shape("Poster", box(0.4, 0.6, 0.01), "geometry/Poster.bin", poster, (0, 1.1, 0.015)))
+    write(LOST / "Notice board.gltf", board.text())
+
+
 def make_bad():
     small = {"asset": {"version": "2.0"}, "images": [{"uri": "a.png"}]}
     whole = glb(small, b"\1\2\3\4" * 4)
@@ -258,12 +283,13 @@ def make_bad():
 
 
 def main():
-    for folder in (SHED, BAD):
+    for folder in (SHED, LOST, BAD):
         shutil.rmtree(folder, ignore_errors=True)
     make_textures()
     make_shed()
     make_bench()
     make_lantern()
+    make_lost_poster()
     make_bad()
 
 

@@ -2,6 +2,7 @@
 
 #include "pluginkit/FileUri.h"
 
+#include "base/PathText.h"
 #include "kit/NamedThings.h"
 #include "pluginkit/LinkPaths.h"
 #include "pluginkit/PercentCoding.h"
@@ -35,11 +36,6 @@ std::string SchemeOf(std::string_view uri)
     std::transform(scheme.begin(), scheme.end(), scheme.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     return scheme;
-}
-
-bool IsDrive(std::string_view path)
-{
-    return path.size() >= 2 && IsLetter(path[0]) && path[1] == ':';
 }
 
 bool IsSlash(char c)
@@ -79,11 +75,11 @@ std::string FileUriPath(std::string_view rest)
         host = rest.substr(2, end - 2);
         rest.remove_prefix(end);
     }
-    if (IsDrive(host)) // "file://D:/x", one slash short
+    if (Base::HasDrive(host)) // "file://D:/x", one slash short
         return host + std::string(rest);
     if (!host.empty() && host != "localhost")
         return "//" + host + std::string(rest);
-    if (rest.starts_with('/') && IsDrive(rest.substr(1)))
+    if (rest.starts_with('/') && Base::HasDrive(rest.substr(1)))
         rest.remove_prefix(1);
     return std::string(rest);
 }
@@ -92,7 +88,7 @@ std::string FileUriPath(std::string_view rest)
 std::string DriveWithSlashes(std::string_view path)
 {
     std::string result(path);
-    const bool drive = IsDrive(path) && path.size() > 2 && IsSlash(path[2]);
+    const bool drive = Base::HasDrive(path) && path.size() > 2 && IsSlash(path[2]);
     if (drive || path.starts_with("\\\\"))
         std::replace(result.begin(), result.end(), '\\', '/');
     return result;
@@ -128,7 +124,7 @@ std::string UriOfPath(std::string_view given)
         return "file:" + encoded;
     if (path.starts_with('/'))
         return "file://" + encoded;
-    if (IsDrive(path) && path.size() > 2 && path[2] == '/')
+    if (Base::HasDrive(path) && path.size() > 2 && path[2] == '/')
         return "file:///" + encoded;
     // A ":" in the first segment would read as the end of a scheme.
     if (encoded.find(':') < encoded.find('/'))

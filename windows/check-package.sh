@@ -4,7 +4,7 @@
 # new Wine prefix as README.txt says.
 #
 # - Every library that a program or library wants is in the zip or part of Windows, every plug-in loads.
-# - The sample project is imported. The copies must be those of the Linux run byte for byte, and the
+# - The sample projects are imported. The copies must be those of the Linux run byte for byte, and the
 #   database must say the same.
 # - A host program and a plug-in, built from what is in the zip and Qt alone, work with it.
 set -euo pipefail
@@ -75,9 +75,10 @@ import() {
         --cloud-folder "$drive$work/run/cloud" --database "$drive$work/run/sync.db" \
         "$drive$PWD/examples/garden-shed/scene/Shed.gltf" \
         "$drive$PWD/examples/garden-shed/scene/Work bench.gltf" \
-        "$drive$PWD/examples/garden-shed/Lantern.glb" >"$work/$name.out" 2>"$work/$name.err" </dev/null ||
+        "$drive$PWD/examples/garden-shed/Lantern.glb" \
+        "$drive$PWD/examples/lost-poster/Notice board.gltf" >"$work/$name.out" 2>"$work/$name.err" </dev/null ||
         code=$?
-    # One link of the sample is missing on purpose.
+    # The poster is lost on purpose.
     [ "$code" -eq 4 ] || { cat "$work/$name.out" "$work/$name.err" >&2; echo "$name: exit code $code" >&2; return 1; }
     mv "$work/run" "$work/$name"
     rm -rf "$work/home"
@@ -116,8 +117,8 @@ compiler=x86_64-w64-mingw32-g++-posix
     -isystem "$qt/include/QtCore" -L "$package/lib" -lCorsyncJobs -lCorsyncFileLink -lCorsyncServices \
     -L "$qt/lib" -lQt6Core
 cmake -S "$package/examples/plugin-template" -B "$work/plugin" -DCMAKE_SYSTEM_NAME=Windows \
-    -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" \
-    -DCMAKE_PREFIX_PATH="$package" >"$work/plugin.out"
+    -DCMAKE_PREFIX_PATH="$package" -DCMAKE_CXX_COMPILER="$compiler" \
+    -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" >"$work/plugin.out"
 cmake --build "$work/plugin" >>"$work/plugin.out"
 cp "$work/plugin/PathListSyncPlugin.dll" "$package/bin/SyncPlugins/"
 registered="$CORSYNC_WINE_PREFIX/drive_c/ProgramData/Halvern/Halvern Sync/Plugins"

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Compares the tests that ran under Wine (the last ./test --windows) with those of the Linux build (the
-# last ./test), and both with docs/platforms.md, which has to give a reason for each test that only
-# one of them has, and the number of tests that each runs.
+# last ./test), and both with tests/platforms.txt, which has to give a reason for each test that only
+# one of them has.
 #
-#   check-platforms.sh           fails when the table is not complete or says too much
+#   check-platforms.sh           fails when the list is not complete or says too much
 #   check-platforms.sh --list    prints the tests that only one system has
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
@@ -31,15 +31,15 @@ if [ "${1:-}" = --list ]; then
     cat "$work/one"
     exit
 fi
-sed -n 's/^| `\([^`]*\)` | \(Linux\|Windows\) | [^ |].*/\1 \2/p' docs/platforms.md | sort >"$work/table"
-missing=$(comm -23 "$work/one" "$work/table")
-extra=$(comm -13 "$work/one" "$work/table")
-[ -z "$missing" ] || { echo "Not in docs/platforms.md:"; echo "$missing"; } >&2
-[ -z "$extra" ] || { echo "In docs/platforms.md, but not so:"; echo "$extra"; } >&2
+list=tests/platforms.txt
+wrong=$(grep -v '^#' "$list" | awk -F'\t' 'NF != 3 || $1 == "" || $3 == "" || ($2 != "Linux" && $2 != "Windows")')
+[ -z "$wrong" ] || { echo "$list: not a test, a system and a reason:"; echo "$wrong"; } >&2
+grep -v '^#' "$list" | awk -F'\t' '{ print $1, $2 }' | sort >"$work/list"
+missing=$(comm -23 "$work/one" "$work/list")
+extra=$(comm -13 "$work/one" "$work/list")
+[ -z "$missing" ] || { echo "Not in $list:"; echo "$missing"; } >&2
+[ -z "$extra" ] || { echo "In $list, but not so:"; echo "$extra"; } >&2
 number() { wc -l <"$work/$1" | sed ':next; s/\B[0-9]\{3\}\>/,&/; t next'; }
-totals="$(number linux) tests run on Linux and $(number windows) on Windows"
-wrong=
-grep -qF "$totals" docs/platforms.md || wrong="docs/platforms.md has to say: $totals"
-[ -z "$wrong" ] || echo "$wrong" >&2
-echo "$totals, $(comm -12 "$work/linux" "$work/windows" | wc -l) of them the same."
-[ -z "$missing$extra$wrong" ]
+echo "$(number linux) tests run on Linux and $(number windows) on Windows," \
+    "$(comm -12 "$work/linux" "$work/windows" | wc -l) of them the same."
+[ -z "$wrong$missing$extra" ]

@@ -58,13 +58,12 @@ constexpr std::uint64_t MakeContractStamp(const ContractTerms& terms)
            std::uint64_t(terms.runtime) << 4 | std::uint64_t(terms.layout);
 }
 
-#ifdef _MSC_VER
-inline constexpr ObjectLayout OwnObjectLayout = ObjectLayout::Microsoft;
-#else
-inline constexpr ObjectLayout OwnObjectLayout = ObjectLayout::Itanium;
-#endif
+// Where a pointer to a member function has two parts, tables of virtual functions are those of GCC.
+inline constexpr ObjectLayout OwnObjectLayout = sizeof(void(FileLinkInfo::*)()) == 2 * sizeof(void*)
+                                                    ? ObjectLayout::Itanium
+                                                    : ObjectLayout::Microsoft;
 
-#if defined(_MSC_VER)
+#if defined(_MSVC_STL_VERSION)
 inline constexpr RuntimeLibrary OwnRuntimeLibrary = RuntimeLibrary::Microsoft;
 #elif defined(_LIBCPP_VERSION) && defined(_UCRT)
 inline constexpr RuntimeLibrary OwnRuntimeLibrary = RuntimeLibrary::LibCppOnUcrt;

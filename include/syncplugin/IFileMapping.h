@@ -33,8 +33,9 @@ class IFileMappingIterator
 public:
     virtual ~IFileMappingIterator() = default;
     virtual bool HasNext() = 0;
-    /// Requires: HasNext().
+    /// Null after the last child, however often it is asked.
     virtual IFileMapping* Next() = 0;
+    /// Goes back to before the first child.
     virtual void ToFront() = 0;
 };
 

@@ -8,7 +8,11 @@ namespace Halvern::FileLink {
 
 FileCopyHistory::~FileCopyHistory()
 {
-    Save();
+    // A database may throw, a destructor must not.
+    try {
+        Save();
+    } catch (...) {
+    }
 }
 
 void FileCopyHistory::SetDatabase(std::shared_ptr<SyncDatabase> database)
@@ -65,14 +69,13 @@ bool FileCopyHistory::Save()
 {
     if (m_added.isEmpty() && m_updated.isEmpty())
         return true;
+    // Before the call: what it throws must not make a second attempt.
+    const Entries added = std::exchange(m_added, {});
+    const Entries updated = std::exchange(m_updated, {});
+    m_history.insert(added);
+    m_history.insert(updated);
     const std::shared_ptr<SyncDatabase> database = Database();
-    const bool saved =
-        database && database->AddAndUpdateFileCopyHistory(m_added.values(), m_updated.values());
-    m_history.insert(m_added);
-    m_history.insert(m_updated);
-    m_added.clear();
-    m_updated.clear();
-    return saved;
+    return database && database->AddAndUpdateFileCopyHistory(added.values(), updated.values());
 }
 
 bool FileCopyHistory::DeleteAll()

@@ -79,8 +79,8 @@ unsigned int AnswerString(const QString& text, SyncPlugin::WideChar* buffer, int
 
 QString FromPluginString(const SyncPlugin::WideChar* text)
 {
-    // Not fromUtf16, which takes a byte order mark away and replaces lone surrogates: both may stand
-    // in file names.
+    // Not fromUtf16, which takes a byte order mark away and replaces lone surrogates: both may
+    // stand in file names.
     return text ? QString(reinterpret_cast<const QChar*>(text)) : QString();
 }
 
@@ -90,9 +90,12 @@ FileMappingRef::FileMappingRef(QString linkPath, QString refId, FileMappingPoint
 
 FileMappingRef::~FileMappingRef()
 {
-    // One after the other: a long chain of links would overflow the stack if each node destroyed
-    // the next.
-    QList<Pointer> pending = std::move(m_children);
+    DestroyOneByOne(std::move(m_children));
+}
+
+/// A long chain of links would overflow the stack if each node destroyed the next.
+void FileMappingRef::DestroyOneByOne(QList<Pointer> pending)
+{
     while (!pending.isEmpty()) {
         const Pointer node = pending.takeLast();
         if (node.use_count() == 1) {
@@ -126,6 +129,15 @@ const QList<FileMappingRef::Pointer>& FileMappingRef::Children(const QSet<int>& 
     return m_children;
 }
 
+void FileMappingRef::ForgetChildren()
+{
+    if (!m_grown)
+        return;
+    m_grown = false;
+    DestroyOneByOne(std::move(m_children));
+    m_children.clear();
+}
+
 template <typename IsAbove>
 void FileMappingRef::GrowChildren(IsAbove isAbove)
 {
@@ -152,14 +164,16 @@ bool FileMappingRef::IsAncestorPath(int pathNumber) const
 FileMappingRef* FileMappingRef::Root()
 {
     FileMappingRef* node = this;
-    while (node->m_parent)
-        node = node->m_parent;
+    // More than one step only where a tree was added to another.
+    while (node->m_top)
+        node = node->m_top;
     return node;
 }
 
 void FileMappingRef::AddChild(const Pointer& child)
 {
     child->m_parent = this;
+    child->m_top = m_top ? m_top : this;
     m_children.append(child);
 }
 
@@ -282,7 +296,7 @@ bool FileMappingRefIterator::HasNext()
 
 SyncPlugin::IFileMapping* FileMappingRefIterator::Next()
 {
-    return m_children[m_next++].get();
+    return HasNext() ? m_children[m_next++].get() : nullptr;
 }
 
 void FileMappingRefIterator::ToFront()

@@ -40,11 +40,14 @@ public:
     const QList<Pointer>& Children();
     /// The same for a caller who knows the path numbers of this node and of those above it.
     const QList<Pointer>& Children(const QSet<int>& pathsAbove);
+    /// Frees the nodes below, for a caller who alone knows of them. They grow again when asked for.
+    void ForgetChildren();
     int PathNumber() const { return m_pathNumber; }
     FileMappingRef* Parent() const { return m_parent; }
     FileMappingRef* Root();
     /// The link through which this node was reached closes a cycle.
     bool ClosesCycle() const { return m_closesCycle; }
+    /// Appends a node that has no parent yet, with what is below it.
     void AddChild(const Pointer& child);
     /// Lets the node grow its children from a graph.
     void SetGraph(std::shared_ptr<const LinkGraph> graph);
@@ -76,6 +79,7 @@ private:
     template <typename IsAbove>
     void GrowChildren(IsAbove isAbove);
     bool IsAncestorPath(int pathNumber) const;
+    static void DestroyOneByOne(QList<Pointer> pending);
 
     /// Number of the node's path in the graph; -1 without a graph.
     int m_pathNumber = -1;
@@ -85,6 +89,8 @@ private:
     QString m_targetBaseFolder;
     QList<Pointer> m_children;
     FileMappingRef* m_parent = nullptr;
+    /// The root when this node was added: a way up in one step, from whatever depth.
+    FileMappingRef* m_top = nullptr;
     std::shared_ptr<const LinkGraph> m_graph;
     bool m_grown = false;
     bool m_closesCycle = false;

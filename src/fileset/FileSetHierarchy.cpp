@@ -5,21 +5,13 @@
 #include "support/Logging.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace Halvern::FileLink {
 
 namespace {
 
 constexpr char LogSourceFile[] = "FileSetImp.cpp";
-
-// Nodes visited in search of circular references. Many cycles among shared files close along more
-// paths than anybody can read.
-constexpr int MaxNodesSearchedForCycles = 100'000;
-
-QString PathOfNode(const FileMappingRef& node)
-{
-    return PathOf(*node.Mapping(), node.Graph()->Side());
-}
 
 bool Links(FileMappingRef& node, const FileMapping* mapping)
 {
@@ -30,13 +22,26 @@ bool Links(FileMappingRef& node, const FileMapping* mapping)
 
 } // namespace
 
+/// How much further to look. Many cycles among shared files close along more paths than anybody can
+/// read.
+struct FileSetImp::CycleSearch
+{
+    /// Nodes of the trees to visit.
+    int nodes = 100'000;
+    int lines = 100'000;
+
+    bool HasEnded() const { return lines < 0; }
+    bool WasCutShort() const { return nodes <= 0 || lines < 0; }
+};
+
 FileSetImp::NodeList FileSetImp::GetFileLinkHierarchy(bool useSourceLinks) const
 {
     const auto graph = std::make_shared<const LinkGraph>(
         m_files, useSourceLinks ? PathSide::Source : PathSide::Target);
     const QString baseFolder = ConvertCloudCacheFolderPath(m_targetRootFolder);
+    const bool reportsCycles = ModuleLogger().isEnabledFor(LogLevel::Info);
     NodeList roots;
-    int remaining = MaxNodesSearchedForCycles;
+    CycleSearch search;
     for (const FileMappingPointer& file : m_files) {
         if (file->IsFolder() || !file->HasFlag(FileMapping::Selected))
             continue;
@@ -44,48 +49,53 @@ FileSetImp::NodeList FileSetImp::GetFileLinkHierarchy(bool useSourceLinks) const
         root->SetTargetBaseFolder(baseFolder);
         root->SetGraph(graph);
         roots.append(root);
-        CreateFileLinkHierarchy(root, remaining);
+        if (reportsCycles && !search.HasEnded())
+            CreateFileLinkHierarchy(*file, *graph, search);
     }
-    if (remaining <= 0)
+    if (search.WasCutShort())
         FILELINK_LOG(LogLevel::Info,
                      QStringLiteral("Too many circular references. Further ones are not listed."));
     return roots;
 }
 
-void FileSetImp::CreateFileLinkHierarchy(const NodePointer& root, int& remaining)
+void FileSetImp::CreateFileLinkHierarchy(const FileMapping& root, const LinkGraph& graph,
+                                         CycleSearch& search)
 {
     struct Frame
     {
-        FileMappingRef* node;
+        const FileMapping* file;
+        LinkGraph::EdgeList links;
         qsizetype next = 0;
     };
-    QList<Frame> frames;
+    // The nodes themselves are made when somebody asks for them: the lines need only the way down.
+    std::vector<Frame> frames;
     QSet<int> open;
-    // Where no cycle lies below there is nothing to report, and children are made on demand.
-    const auto enter = [&](FileMappingRef* node) {
-        if (!node->Graph()->LeadsToCycle(node->Mapping().get()) || --remaining <= 0)
+    const auto enter = [&](const FileMapping* file) {
+        if (!graph.LeadsToCycle(file) || --search.nodes <= 0)
             return;
-        frames.append(Frame{node});
-        open.insert(node->PathNumber());
+        frames.push_back({file, graph.LinksOf(file)});
+        open.insert(graph.PathNumberOf(file));
     };
-    enter(root.get());
-    while (!frames.isEmpty()) {
-        FileMappingRef& node = *frames.last().node;
-        const QList<NodePointer>& children = node.Children(open);
-        if (frames.last().next == children.size()) {
-            open.remove(node.PathNumber());
-            frames.removeLast();
+    enter(&root);
+    while (!frames.empty()) {
+        Frame& frame = frames.back();
+        if (frame.next == frame.links.size()) {
+            open.remove(graph.PathNumberOf(frame.file));
+            frames.pop_back();
             continue;
         }
-        FileMappingRef& child = *children[frames.last().next++];
-        if (!child.ClosesCycle())
-            enter(&child);
-        else
-            FILELINK_LOG(LogLevel::Info,
-                         QStringLiteral("Circular reference detected. File link %1 in %2 leads to "
-                                        "circular reference.")
-                             .arg(PathOfNode(child))
-                             .arg(PathOfNode(node)));
+        const FileMapping* const linked = frame.links[frame.next++].target.get();
+        if (!open.contains(graph.PathNumberOf(linked))) {
+            enter(linked);
+            continue;
+        }
+        if (--search.lines < 0)
+            return;
+        FILELINK_LOG(LogLevel::Info,
+                     QStringLiteral("Circular reference detected. File link %1 in %2 leads to "
+                                    "circular reference.")
+                         .arg(PathOf(*linked, graph.Side()))
+                         .arg(PathOf(*frame.file, graph.Side())));
     }
 }
 

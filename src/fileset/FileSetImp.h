@@ -41,6 +41,8 @@ public:
 
     bool IsEmpty() const;
     QString GetTargetRootFolder() const;
+    /// For a set over another folder than the platform's.
+    void SetTargetRootFolder(const QString& folder) { m_targetRootFolder = folder; }
     bool HasFilesWhichSupportFileLinks() const;
     int GetCount() const;
     int GetFileCount() const;
@@ -61,11 +63,12 @@ public:
     void ChangeSourceFileLinks(const QString& from, const QString& to);
 
 private:
-    /// Makes a tree as far as there are cycles in it, and reports those.
-    static void CreateFileLinkHierarchy(const NodePointer& root, int& remaining);
-    static void CollectOrphanedLinkedFiles(const FileMappingPointer& mapping,
-                                           const LinkGraph& graph, FileMappingList& removal,
-                                           QSet<const FileMapping*>& removed);
+    struct CycleSearch;
+    class Removal;
+
+    /// Reports the cycles that a root's tree holds.
+    static void CreateFileLinkHierarchy(const FileMapping& root, const LinkGraph& graph,
+                                        CycleSearch& search);
     void RemoveMembers(const FileMappingList& leaving);
     const PathIndex& Index(PathSide side) const;
 

@@ -5,6 +5,7 @@
 #include "support/Logging.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace Halvern::FileLink {
 
@@ -12,17 +13,17 @@ namespace {
 
 constexpr char LogSourceFile[] = "FileSetImp.cpp";
 
-using RemovedSet = QSet<const FileMapping*>;
+using MappingSet = QSet<const FileMapping*>;
 
-bool AllRemoved(const QList<const FileMapping*>& parents, const RemovedSet& removed)
+bool AreAllIn(const MappingSet& set, const QList<const FileMapping*>& files)
 {
-    return std::all_of(parents.cbegin(), parents.cend(),
-                       [&](const FileMapping* parent) { return removed.contains(parent); });
+    return std::all_of(files.cbegin(), files.cend(),
+                       [&](const FileMapping* file) { return set.contains(file); });
 }
 
-RemovedSet SetOf(const FileMappingList& files)
+MappingSet SetOf(const FileMappingList& files)
 {
-    RemovedSet set;
+    MappingSet set;
     for (const FileMappingPointer& file : files)
         set.insert(file.get());
     return set;
@@ -38,6 +39,70 @@ std::shared_ptr<const LinkGraph> GraphOf(const FileSetImp::NodeList& roots)
 
 } // namespace
 
+/// Files that are to leave the set, in the order in which they were found.
+class FileSetImp::Removal
+{
+public:
+    Removal(const LinkGraph& graph, const FileMappingList& files)
+        : m_graph(graph), m_files(files), m_set(SetOf(files))
+    {}
+
+    const FileMappingList& Files() const { return m_files; }
+    /// Adds the files below `holder` that only leaving files link.
+    void AddOrphansBelow(const FileMappingPointer& holder);
+
+private:
+    bool IsOrphan(const FileMapping* file);
+    void Add(const FileMappingPointer& file)
+    {
+        m_files.append(file);
+        m_set.insert(file.get());
+    }
+
+    const LinkGraph& m_graph;
+    FileMappingList m_files;
+    MappingSet m_set;
+    /// How many of a file's parents are known to leave, from the first one on: a file that
+    /// thousands link is not compared with all of them each time.
+    QHash<const FileMapping*, qsizetype> m_leavingParents;
+};
+
+bool FileSetImp::Removal::IsOrphan(const FileMapping* file)
+{
+    const QList<const FileMapping*> parents = m_graph.ParentsOf(file);
+    qsizetype& leaving = m_leavingParents[file];
+    while (leaving < parents.size() && m_set.contains(parents[leaving]))
+        ++leaving;
+    return leaving == parents.size();
+}
+
+void FileSetImp::Removal::AddOrphansBelow(const FileMappingPointer& holder)
+{
+    struct Frame
+    {
+        LinkGraph::EdgeList links;
+        qsizetype next = 0;
+    };
+    std::vector<Frame> frames;
+    const auto enter = [&](const FileMappingPointer& file) {
+        if (!file->IsFolder())
+            frames.push_back({m_graph.LinksOf(file.get())});
+    };
+    enter(holder);
+    while (!frames.empty()) {
+        Frame& frame = frames.back();
+        if (frame.next == frame.links.size()) {
+            frames.pop_back();
+            continue;
+        }
+        const FileMappingPointer linked = frame.links[frame.next++].target;
+        if (m_set.contains(linked.get()) || !IsOrphan(linked.get()))
+            continue;
+        Add(linked);
+        enter(linked);
+    }
+}
+
 bool FileSetImp::RemoveFile(const QString& sourcePath, bool removeLinkedFiles,
                             bool keepSelectedFiles)
 {
@@ -49,10 +114,10 @@ bool FileSetImp::RemoveFile(const QString& sourcePath, bool removeLinkedFiles,
         removal.append(GetFilesInFolder(mapping));
     if (removeLinkedFiles) {
         const std::shared_ptr<const LinkGraph> graph = GraphOf(GetFileLinkHierarchy(true));
-        RemovedSet removed = SetOf(removal);
-        const FileMappingList snapshot = removal;
-        for (const FileMappingPointer& file : snapshot)
-            CollectOrphanedLinkedFiles(file, *graph, removal, removed);
+        Removal found(*graph, removal);
+        for (const FileMappingPointer& file : std::as_const(removal))
+            found.AddOrphansBelow(file);
+        removal = found.Files();
     }
     FileMappingList leaving;
     for (const FileMappingPointer& file : std::as_const(removal)) {
@@ -67,39 +132,9 @@ bool FileSetImp::RemoveFile(const QString& sourcePath, bool removeLinkedFiles,
     return true;
 }
 
-void FileSetImp::CollectOrphanedLinkedFiles(const FileMappingPointer& mapping,
-                                            const LinkGraph& graph, FileMappingList& removal,
-                                            RemovedSet& removed)
-{
-    struct Frame
-    {
-        LinkGraph::EdgeList links;
-        qsizetype next = 0;
-    };
-    QList<Frame> frames;
-    const auto enter = [&](const FileMappingPointer& file) {
-        if (!file->IsFolder())
-            frames.append(Frame{graph.LinksOf(file.get())});
-    };
-    enter(mapping);
-    while (!frames.isEmpty()) {
-        Frame& frame = frames.last();
-        if (frame.next == frame.links.size()) {
-            frames.removeLast();
-            continue;
-        }
-        const FileMappingPointer linked = frame.links[frame.next++].target;
-        if (removed.contains(linked.get()) || !AllRemoved(graph.ParentsOf(linked.get()), removed))
-            continue;
-        removal.append(linked);
-        removed.insert(linked.get());
-        enter(linked);
-    }
-}
-
 void FileSetImp::RemoveMembers(const FileMappingList& leaving)
 {
-    const RemovedSet set = SetOf(leaving);
+    const MappingSet set = SetOf(leaving);
     m_files.removeIf([&](const FileMappingPointer& file) { return set.contains(file.get()); });
     for (const FileMappingPointer& file : leaving) {
         m_members.remove(file.get());
@@ -123,18 +158,20 @@ bool FileSetImp::DropFileLinks(const FileMappingList& files, bool keepSelectedFi
         return true;
 
     const std::shared_ptr<const LinkGraph> graph = GraphOf(GetFileLinkHierarchy(true));
-    const RemovedSet holderSet = SetOf(holders);
-    FileMappingList removal;
-    RemovedSet removed;
+    const MappingSet holderSet = SetOf(holders);
+    MappingSet seen;
+    FileMappingList candidates;
     for (const FileMappingPointer& file : std::as_const(linked)) {
-        if (removed.contains(file.get()) || !AllRemoved(graph->ParentsOf(file.get()), holderSet))
+        if (seen.contains(file.get()))
             continue;
-        removal.append(file);
-        removed.insert(file.get());
+        seen.insert(file.get());
+        if (AreAllIn(holderSet, graph->ParentsOf(file.get())))
+            candidates.append(file);
     }
-    const FileMappingList candidates = removal;
-    for (const FileMappingPointer& file : candidates)
-        CollectOrphanedLinkedFiles(file, *graph, removal, removed);
+    Removal found(*graph, candidates);
+    for (const FileMappingPointer& file : std::as_const(candidates))
+        found.AddOrphansBelow(file);
+    FileMappingList removal = found.Files();
     if (keepSelectedFiles)
         removal.removeIf(
             [](const FileMappingPointer& file) { return file->HasFlag(FileMapping::Selected); });

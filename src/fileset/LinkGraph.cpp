@@ -119,8 +119,7 @@ LinkGraph::LinkGraph(const FileMappingList& files, PathSide side) : m_side(side)
     for (const FileMappingPointer& file : files) {
         if (file->IsFolder() || !file->HasFlag(FileMapping::Selected))
             continue;
-        if (side == PathSide::Source
-            && files[members.sources.Find(file->GetSourceFile())] != file)
+        if (side == PathSide::Source && files[members.sources.Find(file->GetSourceFile())] != file)
             repeated.append(file);
         else
             Reach(file, members, closed);
@@ -189,8 +188,8 @@ LinkGraph::EdgeList LinkGraph::ResolveLinks(const FileMapping& mapping,
                                             const Members& members) const
 {
     const QString base = PathOf(mapping, m_side);
-    const FileLinkList links
-        = m_side == PathSide::Source ? mapping.GetSourceFileLinks() : mapping.GetTargetFileLinks();
+    const FileLinkList links =
+        m_side == PathSide::Source ? mapping.GetSourceFileLinks() : mapping.GetTargetFileLinks();
     EdgeList edges;
     for (const SyncServices::FileLink& link : links) {
         const bool wasAbsolute = IsAbsolutePath(QDir::cleanPath(link.Path));

@@ -33,9 +33,10 @@ public:
     /// A member's links to members, in link order; empty for mappings that no tree of a selected
     /// file shows with children.
     EdgeList LinksOf(const FileMapping* mapping) const;
-    /// The members that link `mapping` and that a selected file reaches, each once. Exact for source
-    /// links. Among targets, several of which may be equal, a chain of links may close a cycle on
-    /// its way to a member: such a member is named here though no tree shows it with children.
+    /// The members that link `mapping` and that a selected file reaches, each once. Exact for
+    /// source links. Among targets, several of which may be equal, a chain of links may close a
+    /// cycle on its way to a member: such a member is named here though no tree shows it with
+    /// children.
     QList<const FileMapping*> ParentsOf(const FileMapping* mapping) const;
 
     /// A number for a reached mapping's path: mappings with one path, letter case aside, share it.

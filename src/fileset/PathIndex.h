@@ -11,7 +11,11 @@
 namespace Halvern::FileLink {
 
 /// Which of a mapping's two paths is meant.
-enum class PathSide { Source, Target };
+enum class PathSide
+{
+    Source,
+    Target
+};
 
 QString PathOf(const FileMapping& mapping, PathSide side);
 

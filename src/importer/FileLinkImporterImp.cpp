@@ -2,10 +2,18 @@
 
 #include "importer/FileLinkImporterImp.h"
 
-#include "fileset/FileSetImp.h"
-#include "support/Problems.h"
-
-#include <QtCore/QDir>
+#include "importer/FileLinkExtractorImp.h"
+#include "importer/PlatformServices.h"
+#include "stages/CollisionMarking.h"
+#include "stages/CollisionResolution.h"
+#include "stages/Copying.h"
+#include "stages/DatabaseUpdate.h"
+#include "stages/DeferredRepathing.h"
+#include "stages/FileReplacement.h"
+#include "stages/Repathing.h"
+#include "stages/SelectionIntake.h"
+#include "stages/TargetAssignment.h"
+#include "stages/TargetLinks.h"
 
 #include <utility>
 
@@ -16,101 +24,160 @@ constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
 }
 
 FileLinkImporterImp::FileLinkImporterImp(std::shared_ptr<ICancelController> controller)
-    : m_cancelController(std::move(controller)), m_copyHistory(std::make_unique<FileCopyHistory>())
-{}
+    : m_copyHistory(std::make_unique<FileCopyHistory>()),
+      m_services(std::make_shared<PlatformServices>())
+{
+    m_context.cancelController = std::move(controller);
+    m_context.history = m_copyHistory.get();
+    m_context.services = m_services;
+    m_context.signals.folderCreated = [this](const QString& folder) {
+        Q_EMIT FolderCreated(folder);
+    };
+    m_context.signals.fileCopied = [this](const QString& source, const QString& target) {
+        Q_EMIT FileCopied(source, target);
+    };
+    m_context.signals.fileMoved = [this](const QString& source, const QString& target) {
+        Q_EMIT FileMoved(source, target);
+    };
+    m_context.signals.fileModified = [this](const QString& file) { Q_EMIT FileModified(file); };
+}
 
 FileLinkImporterImp::~FileLinkImporterImp()
 {
-    // Nothing that a database or a sink throws may leave a destructor.
-    try {
-        if (!m_copyHistory->Save())
-            Report(Stage::UpdateSyncDatabase, ProblemKind::NotRecorded, QString(),
-                   QStringLiteral("What was copied could not be remembered"));
-    } catch (...) {
-        FILELINK_LOG(LogLevel::Error, QStringLiteral("Failed to save the copy history"));
-    }
-}
-
-void FileLinkImporterImp::SetCopyOption(CopyOption option, bool on)
-{
-    m_copyOptions = on ? m_copyOptions | option : m_copyOptions & ~option;
-}
-
-bool FileLinkImporterImp::CheckIfCanceled() const
-{
-    if (!m_cancelController || !m_cancelController->IsCancelRequested())
+    RunStage(m_context, Stage::UpdateSyncDatabase, FILELINK_FUNCTION, [this] {
+        if (m_copyHistory->Save())
+            return true;
+        m_context.Report(Stage::UpdateSyncDatabase, ProblemKind::NotRecorded, QString(),
+                         QStringLiteral("What was copied could not be remembered"));
         return false;
-    FILELINK_LOG(LogLevel::Info, QStringLiteral("Operation canceled"));
-    return true;
+    });
 }
 
 void FileLinkImporterImp::SetProblemSink(std::shared_ptr<IProblemSink> sink)
 {
-    m_problems = std::move(sink);
+    m_context.problems = std::move(sink);
 }
 
 void FileLinkImporterImp::SetSyncDatabase(std::shared_ptr<SyncDatabase> database)
 {
-    m_database = std::move(database);
-    m_copyHistory->SetDatabase(m_database);
+    m_services->SetDatabase(database);
+    m_copyHistory->SetDatabase(std::move(database));
 }
 
-std::shared_ptr<SyncDatabase> FileLinkImporterImp::Database() const
+void FileLinkImporterImp::SetCopyOption(CopyOption option, bool on)
 {
-    return m_database ? m_database : GetDatabase();
+    m_context.options = on ? m_context.options | option : m_context.options & ~option;
 }
 
-/// Another database has another item for the same folder.
-std::shared_ptr<SyncItem> FileLinkImporterImp::RootItem() const
+bool FileLinkImporterImp::CheckIfCanceled() const
 {
-    FolderManager* const manager = FolderManager::GetInstance();
-    if (!manager)
-        return nullptr;
-    const QString root = m_fileSet->GetTargetRootFolder();
-    if (!m_database)
-        return manager->GetSyncRootFolder(root);
-    if (!manager->IsCloudCacheFolderPath(root))
-        return nullptr;
-    return m_database->AddRootFolder(root, manager->GetSettings().cloudRoot, GetAuthenticationId());
+    return m_context.IsCanceled();
 }
 
-void FileLinkImporterImp::Report(Stage stage, ProblemKind kind, const QString& file,
-                                 const QString& text) const
+bool FileLinkImporterImp::Initialize(const QStringList& sources, QString target, bool targetIsFile,
+                                     CopyOption options, const QStringList& fileTypes)
 {
-    ReportProblem(m_problems.get(), {stage, kind, file, text, {}});
+    m_context.options = options;
+    m_context.fileTypes = fileTypes;
+    return Stages::TakeSelection(m_context, sources, target, targetIsFile);
 }
 
-bool FileLinkImporterImp::HasFilesWhichSupportFileLinks() const
+bool FileLinkImporterImp::ExtractFileLinks()
 {
-    return m_fileSet && m_fileSet->HasFilesWhichSupportFileLinks();
+    if (!m_context.HasFilesWhichSupportFileLinks()) {
+        FILELINK_LOG(LogLevel::Info,
+                     QStringLiteral("File link extraction skipped for the entire file set. File "
+                                    "set doesn't have any file which supports file links."));
+        return true;
+    }
+    FileLinkExtractorImp extractor(m_context);
+    return extractor.ExtractFileLinks(m_context.fileSet.get(),
+                                      !m_context.HasOption(Global::DirectLinksOnly),
+                                      m_context.fileTypes);
 }
 
-FileMappingList FileLinkImporterImp::Files() const
+bool FileLinkImporterImp::AssignTargetPaths()
 {
-    return m_fileSet ? m_fileSet->GetFiles() : FileMappingList();
+    return Stages::AssignTargetPaths(m_context);
 }
 
-QList<FileLinkImporterImp::NodePointer> FileLinkImporterImp::Hierarchy(bool useSourceLinks) const
+bool FileLinkImporterImp::MarkCollisions()
 {
-    const FileSetImp* const set = FileSetImp::Of(m_fileSet.get());
-    return set ? set->GetFileLinkHierarchy(useSourceLinks) : QList<NodePointer>();
+    return Stages::MarkCollisions(m_context);
 }
 
-bool FileLinkImporterImp::HasOption(CopyOption option) const
+bool FileLinkImporterImp::MarkCollisions(const FileMappingPointer& mapping)
 {
-    return (m_copyOptions & option) == option;
+    return Stages::MarkCollision(m_context, mapping);
 }
 
-FileLinkImporterImp::SourceList::SourceList(FileMappingList list) : files(std::move(list))
+bool FileLinkImporterImp::ResolveCollisions()
 {
-    for (int i = 0; i < files.size(); ++i)
-        index.Add(files[i]->GetSourceFile(), i);
+    return Stages::ResolveCollisions(m_context);
 }
 
-FileMappingPointer FileLinkImporterImp::SourceList::Find(const QString& path) const
+bool FileLinkImporterImp::AssignUniqueTargetName(const FileMappingPointer& mapping)
 {
-    const int found = index.Find(QDir::cleanPath(path));
-    return found < 0 ? nullptr : files[found];
+    return Stages::AssignUniqueTargetName(m_context, mapping);
+}
+
+bool FileLinkImporterImp::CopyFiles()
+{
+    return Stages::CopyFiles(m_context);
+}
+
+bool FileLinkImporterImp::CopyFile(const FileMappingPointer& mapping, bool deleteSource)
+{
+    return Stages::CopyFile(m_context, mapping, deleteSource);
+}
+
+bool FileLinkImporterImp::CreateFolder(const QString& path, bool hidden)
+{
+    return Stages::CreateFolder(m_context, path, hidden, path);
+}
+
+bool FileLinkImporterImp::ComputeTargetFileLinks()
+{
+    return RunStage(m_context, Stage::CopyFiles, FILELINK_FUNCTION,
+                    [this] { return Stages::ComputeTargetFileLinks(m_context); });
+}
+
+bool FileLinkImporterImp::RepathFiles()
+{
+    return Stages::RepathFiles(m_context);
+}
+
+bool FileLinkImporterImp::RepathFile(const FileMappingPointer& mapping)
+{
+    return Stages::RepathMapping(m_context, mapping);
+}
+
+bool FileLinkImporterImp::RepathFile(const QString& path,
+                                     const QList<SyncPlugin::FileLinkInfo>& links)
+{
+    return RunStage(m_context, Stage::RepathFiles, Operation::RepathFile,
+                    [&] { return Stages::RepathFile(m_context, path, links); });
+}
+
+bool FileLinkImporterImp::RepathFile(const QString& path, const FileLinkList& links)
+{
+    return RunStage(m_context, Stage::RepathFiles, Operation::RepathFile,
+                    [&] { return Stages::RepathFile(m_context, path, links); });
+}
+
+bool FileLinkImporterImp::RepathFiles(int folderId)
+{
+    return Stages::RepathFolder(m_context, folderId);
+}
+
+bool FileLinkImporterImp::RepathFiles(const QList<std::shared_ptr<SyncItem>>& items)
+{
+    return Stages::RepathPendingItems(m_context, items);
+}
+
+bool FileLinkImporterImp::UpdateSyncDatabase()
+{
+    return Stages::UpdateSyncDatabase(m_context);
 }
 
 } // namespace Halvern::FileLink

@@ -1,32 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "importer/FileLinkExtractorImp.h"
 #include "importer/FileLinkImporterImp.h"
-#include "support/Logging.h"
-
-#include "syncservices/SyncManager.h"
-#include "syncservices/SyncPrivate.h"
+#include "importer/PlatformServices.h"
 
 namespace Halvern::FileLink {
-
-using SyncServices::SyncManager;
-using SyncServices::SyncPrivate;
 
 namespace {
 
 constexpr char LogSourceFile[] = "FileLinkManagerImp.cpp";
-
-bool IsLoggedIn()
-{
-    const FolderManager* manager = FolderManager::GetInstance();
-    return manager && manager->IsLoggedIn();
-}
-
-bool IsSyncEnabled()
-{
-    const SyncManager* manager = SyncManager::GetInstance();
-    return manager && manager->IsCloudCacheFolderSyncEnabled();
-}
 
 Global::CopyOption CopyOptionOf(SyncItem::SyncOption option)
 {
@@ -45,7 +26,7 @@ Global::CopyOption CopyOptionOf(SyncItem::SyncOption option)
 bool FileLinkImporterImp::CopyToCloudCacheFolder(const QStringList& sources, const QString& target,
                                                  CopyOption options, const QStringList& fileTypes)
 {
-    if (!IsLoggedIn() || !IsSyncEnabled())
+    if (!PlatformServices::IsLoggedIn() || !PlatformServices::IsSyncEnabled())
         return false;
     if (!Initialize(sources, target, true, options, fileTypes))
         return false;
@@ -54,7 +35,7 @@ bool FileLinkImporterImp::CopyToCloudCacheFolder(const QStringList& sources, con
     AssignTargetPaths();
     MarkCollisions();
     // Whatever policy the options hold, no colliding file is replaced or left out here.
-    for (const FileMappingPointer& mapping : Files())
+    for (const FileMappingPointer& mapping : m_context.Files())
         if (mapping->HasFlag(FileMapping::Collision) && !mapping->IsFolder())
             mapping->SetFlag(FileMapping::RenameOnCollision, true);
     ResolveCollisions();
@@ -85,19 +66,28 @@ bool FileLinkImporterImp::ExtractAndImportFileLinksOfCloudFiles(
         return true;
     if (files.size() != options.size())
         return false;
+    return RunStage(m_context, Stage::Intake, Operation::ImportCloudFiles,
+                    [&] { return ImportCloudFiles(files, options); });
+}
+
+bool FileLinkImporterImp::ImportCloudFiles(const QStringList& files,
+                                           const QList<SyncItem::SyncOption>& options)
+{
     if (CheckIfCanceled())
         return false;
-    const QStringList fileTypes = SyncPrivate::GetSupportedFileTypesForFileLinks();
+    const QStringList fileTypes = PlatformServices::SupportedFileTypes();
     for (qsizetype i = 0; i < files.size(); ++i) {
         if (CheckIfCanceled())
             return false;
         const QString& file = files[i];
         if (options[i] & SyncItem::ImportLinkedFiles) {
-            FILELINK_LOG(LogLevel::Info, QStringLiteral("Processing file links in %1").arg(file));
+            FILELINK_LOG_FOR(Operation::ImportCloudFiles, LogLevel::Info,
+                             QStringLiteral("Processing file links in %1").arg(file));
             CopyFileLinksToCloudCacheFolder(QString(), file, CopyOptionOf(options[i]), fileTypes);
         } else {
-            FILELINK_LOG(LogLevel::Info,
-                         QStringLiteral("Updating file links of file %1 in database").arg(file));
+            FILELINK_LOG_FOR(
+                Operation::ImportCloudFiles, LogLevel::Info,
+                QStringLiteral("Updating file links of file %1 in database").arg(file));
             UpdateDatabaseOfCloudFile(file, fileTypes);
         }
     }
@@ -107,7 +97,7 @@ bool FileLinkImporterImp::ExtractAndImportFileLinksOfCloudFiles(
 bool FileLinkImporterImp::UpdateDatabaseOfCloudFile(const QString& file,
                                                     const QStringList& fileTypes)
 {
-    if (!IsSyncEnabled())
+    if (!PlatformServices::IsSyncEnabled())
         return false;
     if (!Initialize(QStringList(), file, true,
                     Global::RecordSelectedInDatabase | Global::ServicesCopyOption, fileTypes))
@@ -117,21 +107,6 @@ bool FileLinkImporterImp::UpdateDatabaseOfCloudFile(const QString& file,
     ComputeTargetFileLinks();
     UpdateSyncDatabase();
     return true;
-}
-
-bool FileLinkImporterImp::ExtractFileLinks()
-{
-    if (!HasFilesWhichSupportFileLinks()) {
-        FILELINK_LOG(LogLevel::Info,
-                     QStringLiteral("File link extraction skipped for the entire file set. File "
-                                    "set doesn't have any file which supports file links."));
-        return true;
-    }
-    FileLinkExtractorImp extractor(m_cancelController, m_copyHistory.get());
-    extractor.SetProblemSink(m_problems);
-    extractor.SetSyncDatabase(m_database);
-    return extractor.ExtractFileLinks(m_fileSet.get(), !HasOption(Global::DirectLinksOnly),
-                                      m_fileTypes);
 }
 
 } // namespace Halvern::FileLink

@@ -21,8 +21,8 @@ namespace {
 constexpr char LogSourceFile[] = "InternalServices.cpp";
 
 // Made when the module is loaded, before any exported function can run.
-const log4cplus::Logger moduleLogger
-    = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("CorsyncFileLink"));
+const log4cplus::Logger moduleLogger =
+    log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("CorsyncFileLink"));
 
 log4cplus::tstring ToLogString(const QString& text)
 {
@@ -35,8 +35,8 @@ log4cplus::tstring ToLogString(const QString& text)
 
 bool IsKnownLevel(int level)
 {
-    return level == LogLevel::Info || level == LogLevel::Warn || level == LogLevel::Error
-        || level == LogLevel::Fatal || level == LogLevel::Debug || level == LogLevel::Trace;
+    return level == LogLevel::Info || level == LogLevel::Warn || level == LogLevel::Error ||
+           level == LogLevel::Fatal || level == LogLevel::Debug || level == LogLevel::Trace;
 }
 
 } // namespace
@@ -60,7 +60,12 @@ LogFinally::LogFinally(const log4cplus::Logger* logger, int level, QString messa
 
 LogFinally::~LogFinally()
 {
-    Log();
+    // A line that cannot be written must not end the process, least of all while a stage ends with
+    // an exception.
+    try {
+        Log();
+    } catch (...) {
+    }
 }
 
 void LogFinally::Log()

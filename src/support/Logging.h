@@ -6,11 +6,7 @@
 
 #include <log4cplus/logger.h>
 
-#ifdef _MSC_VER
-#define FILELINK_FUNCTION __FUNCSIG__
-#else
 #define FILELINK_FUNCTION __PRETTY_FUNCTION__
-#endif
 
 /// Writes one line to a logger. The text is an expression that is evaluated only when the level is
 /// enabled. Records name the source file that the translation unit states in a constant of its own,

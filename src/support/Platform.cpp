@@ -14,12 +14,6 @@ QString CloudCacheFolder()
     return manager ? manager->GetCloudCacheFolderPath(false) : QString();
 }
 
-bool IsInCloudCacheFolder(const QString& path)
-{
-    const FolderManager* manager = FolderManager::GetInstance();
-    return manager && manager->IsCloudCacheFolderPath(path);
-}
-
 QString ConvertCloudCacheFolderPath(const QString& path)
 {
     const FolderManager* manager = FolderManager::GetInstance();

@@ -29,7 +29,6 @@ using FileLinkList = QList<SyncServices::FileLink>;
 // or could not open their database.
 
 QString CloudCacheFolder();
-bool IsInCloudCacheFolder(const QString& path);
 /// The form of a cloud cache folder path that stages store.
 QString ConvertCloudCacheFolderPath(const QString& path);
 /// May be null.

@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int Files = 3000;
@@ -19,16 +21,15 @@ protected:
     CancelledImport()
     {
         for (int i = 0; i < Files; ++i)
-            tree.File(u"work/proj/%1.tlk"_qs.arg(i, 5, 10, QChar(u'0')),
-                      "link 1 ../lib/part.tlk\n");
-        tree.File(u"work/lib/part.tlk"_qs, "part\n");
+            tree.File(u"work/proj/%1.tlk"_s.arg(i, 5, 10, QChar(u'0')), "link 1 ../lib/part.tlk\n");
+        tree.File(u"work/lib/part.tlk"_s, "part\n");
     }
 
     /// Sends the signal once the progress line shows the phase.
     CommandResult ImportAndSend(int signal, const QByteArray& phase, int times = 1) const
     {
         QProcess process;
-        Prepare(process, ImportArguments({u"proj"_qs, u"--progress"_qs, u"always"_qs}));
+        Prepare(process, ImportArguments({u"proj"_s, u"--progress"_s, u"always"_s}));
         process.setReadChannel(QProcess::StandardError);
         process.start();
         QByteArray seen;
@@ -42,14 +43,14 @@ protected:
 
     void ExpectTheNextImportToFinish() const
     {
-        const CommandResult next = Import({u"proj"_qs});
+        const CommandResult next = Import({u"proj"_s});
         EXPECT_EQ(next.exitCode, 0) << next.err.toStdString();
-        EXPECT_EQ(next.Lines().filter(u"failed"_qs), QStringList());
+        EXPECT_EQ(next.Lines().filter(u"failed"_s), QStringList());
         const FileTree::Snapshot cloud = Cloud();
         EXPECT_EQ(cloud.size(), Files + 1);
         EXPECT_EQ(cloud.values().count("link 1 lib/part.tlk\n"), Files);
         const PluginCallLog calls;
-        EXPECT_EQ(Import({u"proj"_qs}).exitCode, 0);
+        EXPECT_EQ(Import({u"proj"_s}).exitCode, 0);
         EXPECT_EQ(calls.Calls(), QStringList());
     }
 };
@@ -60,14 +61,14 @@ TEST_F(CancelledImport, WhileCopyingTellsWhatIsDoneAndTheNextOneFinishesIt)
 {
     const CommandResult result = ImportAndSend(SIGINT, "Copying");
     EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
-    EXPECT_TRUE(result.err.contains(u"cancelled"_qs));
+    EXPECT_TRUE(result.err.contains(u"cancelled"_s));
     const FileTree::Snapshot cloud = Cloud();
     EXPECT_LT(cloud.size(), Files);
     // A folder that is still empty stands in the snapshot, too.
     const auto copied = std::count_if(cloud.keyBegin(), cloud.keyEnd(),
                                       [](const QString& name) { return !name.endsWith(u'/'); });
-    EXPECT_EQ(result.Lines().filter(u"not done "_qs).size(), Files + 1 - copied);
-    EXPECT_EQ(QStringList(cloud.keys()).filter(u".tmp"_qs), QStringList());
+    EXPECT_EQ(result.Lines().filter(u"not done "_s).size(), Files + 1 - copied);
+    EXPECT_EQ(QStringList(cloud.keys()).filter(u".tmp"_s), QStringList());
     ExpectTheNextImportToFinish();
 }
 
@@ -76,7 +77,7 @@ TEST_F(CancelledImport, WhileRewritingLinksLeavesNoCopyWithOldLinksForGood)
     const CommandResult result = ImportAndSend(SIGINT, "Rewriting links", 2);
     EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
     EXPECT_EQ(Cloud().size(), Files + 1);
-    EXPECT_TRUE(result.out.contains(u"its links are not rewritten yet"_qs));
+    EXPECT_TRUE(result.out.contains(u"its links are not rewritten yet"_s));
     ExpectTheNextImportToFinish();
 }
 
@@ -84,7 +85,7 @@ TEST_F(CancelledImport, BeforeCopyingLeavesNothing)
 {
     const CommandResult result = ImportAndSend(SIGTERM, "Reading links");
     EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
-    EXPECT_TRUE(result.err.contains(u"nothing was copied"_qs));
+    EXPECT_TRUE(result.err.contains(u"nothing was copied"_s));
     EXPECT_EQ(Cloud().size(), 0);
 }
 

@@ -5,6 +5,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The copy of work/top.tlk is in place; the part that it links gets another name in the next
@@ -14,24 +16,24 @@ class ImportWhileACopyIsOpen : public CommandFixture
 protected:
     ImportWhileACopyIsOpen()
     {
-        tree.File(u"work/top.tlk"_qs, "link 1 part.tlk\n").File(u"work/part.tlk"_qs, "v1\n");
-        EXPECT_EQ(Import({u"top.tlk"_qs}).exitCode, 0);
-        tree.File(u"work/part.tlk"_qs, "v2\n")
-            .Touch(u"work/part.tlk"_qs, QDateTime::currentDateTime().addSecs(60));
+        tree.File(u"work/top.tlk"_s, "link 1 part.tlk\n").File(u"work/part.tlk"_s, "v1\n");
+        EXPECT_EQ(Import({u"top.tlk"_s}).exitCode, 0);
+        tree.File(u"work/part.tlk"_s, "v2\n")
+            .Touch(u"work/part.tlk"_s, QDateTime::currentDateTime().addSecs(60));
     }
-    QByteArray Top() const { return tree.Read(u"cloud/top.tlk"_qs); }
+    QByteArray Top() const { return tree.Read(u"cloud/top.tlk"_s); }
 };
 
 } // namespace
 
 TEST_F(ImportWhileACopyIsOpen, DefersTheLinksAndTheNextImportRewritesThem)
 {
-    const QStringList arguments{u"top.tlk"_qs, u"--linked-collisions"_qs, u"rename"_qs};
+    const QStringList arguments{u"top.tlk"_s, u"--linked-collisions"_s, u"rename"_s};
     {
-        const FileLock lock(tree.Path(u"cloud/top.tlk"_qs));
+        const FileLock lock(tree.Path(u"cloud/top.tlk"_s));
         const CommandResult result = Import(arguments);
         EXPECT_EQ(result.exitCode, 5);
-        EXPECT_TRUE(result.Has(u"locked     top.tlk -> top.tlk (links pending)"_qs))
+        EXPECT_TRUE(result.Has(u"locked     top.tlk -> top.tlk (links pending)"_s))
             << ::testing::PrintToString(result);
         EXPECT_EQ(Top(), "link 1 part.tlk\n");
         // Still open: nothing is lost by trying again.

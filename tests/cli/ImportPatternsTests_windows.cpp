@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class ImportOfPatterns : public CommandFixture
@@ -15,63 +17,61 @@ class ImportOfPatterns : public CommandFixture
 protected:
     ImportOfPatterns()
     {
-        tree.File(u"work/proj/b1.tlk"_qs, "b1")
-            .File(u"work/proj/A.TLK"_qs, "A")
-            .File(u"work/proj/b22.tlk"_qs, "b22")
-            .File(u"work/proj/b1.tlkx"_qs, "b1x")
-            .File(u"work/proj/plain"_qs, "plain")
-            .File(u"work/proj/sub/deep.tlk"_qs, "deep");
+        tree.File(u"work/proj/b1.tlk"_s, "b1")
+            .File(u"work/proj/A.TLK"_s, "A")
+            .File(u"work/proj/b22.tlk"_s, "b22")
+            .File(u"work/proj/b1.tlkx"_s, "b1x")
+            .File(u"work/proj/plain"_s, "plain")
+            .File(u"work/proj/sub/deep.tlk"_s, "deep");
     }
 };
 
-const QString NothingCopied = QStringLiteral("corsync: no such file or folder: ");
+const QString NothingCopied = u"corsync: no such file or folder: "_s;
 
 } // namespace
 
 TEST_F(ImportOfPatterns, TakesTheNamesThatAStarMatchesWhateverTheirCase)
 {
-    for (const QString& pattern : {u"proj/*.tlk"_qs, u"proj\\*.Tlk"_qs}) {
+    for (const QString& pattern : {u"proj/*.tlk"_s, u"proj\\*.Tlk"_s}) {
         const CommandResult result = Import({pattern});
         EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
         EXPECT_EQ(Cloud(), (FileTree::Snapshot{
-                               {u"A.TLK"_qs, "A"}, {u"b1.tlk"_qs, "b1"}, {u"b22.tlk"_qs, "b22"}}));
+                               {u"A.TLK"_s, "A"}, {u"b1.tlk"_s, "b1"}, {u"b22.tlk"_s, "b22"}}));
         EXPECT_EQ(result.Lines().size(), 4) << ::testing::PrintToString(result);
     }
 }
 
 TEST_F(ImportOfPatterns, TakesOneCharacterForAQuestionMarkInTheCurrentFolder)
 {
-    tree.File(u"work/c1.tlk"_qs, "c1")
-        .File(u"work/c22.tlk"_qs, "c22")
-        .File(u"work/cä.tlk"_qs, "cä");
-    EXPECT_EQ(Import({u"c?.tlk"_qs}).exitCode, 0);
-    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"c1.tlk"_qs, "c1"}, {u"cä.tlk"_qs, "cä"}}));
+    tree.File(u"work/c1.tlk"_s, "c1").File(u"work/c22.tlk"_s, "c22").File(u"work/cä.tlk"_s, "cä");
+    EXPECT_EQ(Import({u"c?.tlk"_s}).exitCode, 0);
+    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"c1.tlk"_s, "c1"}, {u"cä.tlk"_s, "cä"}}));
 }
 
 TEST_F(ImportOfPatterns, TakesFoldersAndNamesWithoutADotForStarDotStarButNothingHidden)
 {
-    const QString hidden = tree.Path(u"work/proj/b22.tlk"_qs);
+    const QString hidden = tree.Path(u"work/proj/b22.tlk"_s);
     ASSERT_TRUE(SetFileAttributesW(reinterpret_cast<const wchar_t*>(hidden.utf16()),
                                    FILE_ATTRIBUTE_HIDDEN));
-    EXPECT_EQ(Import({u"proj/*.*"_qs}).exitCode, 0);
-    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"A.TLK"_qs, "A"},
-                                           {u"b1.tlk"_qs, "b1"},
-                                           {u"b1.tlkx"_qs, "b1x"},
-                                           {u"plain"_qs, "plain"},
-                                           {u"sub/deep.tlk"_qs, "deep"}}));
+    EXPECT_EQ(Import({u"proj/*.*"_s}).exitCode, 0);
+    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"A.TLK"_s, "A"},
+                                           {u"b1.tlk"_s, "b1"},
+                                           {u"b1.tlkx"_s, "b1x"},
+                                           {u"plain"_s, "plain"},
+                                           {u"sub/deep.tlk"_s, "deep"}}));
 }
 
 TEST_F(ImportOfPatterns, TakesEveryOtherCharacterAsItIs)
 {
-    tree.File(u"work/x[1]+ (a).tlk"_qs, "x1").File(u"work/x1 a.tlk"_qs, "other");
-    EXPECT_EQ(Import({u"x[1]+ (a)*"_qs}).exitCode, 0);
-    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"x[1]+ (a).tlk"_qs, "x1"}}));
+    tree.File(u"work/x[1]+ (a).tlk"_s, "x1").File(u"work/x1 a.tlk"_s, "other");
+    EXPECT_EQ(Import({u"x[1]+ (a)*"_s}).exitCode, 0);
+    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"x[1]+ (a).tlk"_s, "x1"}}));
 }
 
 TEST_F(ImportOfPatterns, SaysNoSuchFileForOneThatMatchesNothing)
 {
-    for (const QString& pattern : {u"proj/*.gone"_qs, u"pro?/b1.tlk"_qs, u"gone/*"_qs}) {
-        const CommandResult result = Import({u"proj/b1.tlk"_qs, pattern});
+    for (const QString& pattern : {u"proj/*.gone"_s, u"pro?/b1.tlk"_s, u"gone/*"_s}) {
+        const CommandResult result = Import({u"proj/b1.tlk"_s, pattern});
         EXPECT_EQ(result.exitCode, 3);
         EXPECT_EQ(result.err, NothingCopied + pattern + u'\n');
     }
@@ -80,11 +80,11 @@ TEST_F(ImportOfPatterns, SaysNoSuchFileForOneThatMatchesNothing)
 
 TEST_F(ImportOfPatterns, AreReadByLinksAsWell)
 {
-    const CommandResult result = Run({u"links"_qs, u"--plugin-path"_qs, tree.Path(u"plugins"_qs),
-                                      u"--plugin-path"_qs, TestPluginFolder(), u"proj/b*.tlk"_qs});
+    const CommandResult result = Run({u"links"_s, u"--plugin-path"_s, tree.Path(u"plugins"_s),
+                                      u"--plugin-path"_s, TestPluginFolder(), u"proj/b*.tlk"_s});
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
-    EXPECT_EQ(result.Lines(), (QStringList{tree.Path(u"work/proj/b1.tlk"_qs) + u": no links"_qs,
-                                           tree.Path(u"work/proj/b22.tlk"_qs) + u": no links"_qs}));
+    EXPECT_EQ(result.Lines(), (QStringList{tree.Path(u"work/proj/b1.tlk"_s) + u": no links"_s,
+                                           tree.Path(u"work/proj/b22.tlk"_s) + u": no links"_s}));
 }
 
 } // namespace Halvern::Test

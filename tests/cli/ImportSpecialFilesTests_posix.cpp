@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Names and kinds of files that only POSIX systems have.
@@ -18,35 +20,35 @@ class ImportOfSpecialFiles : public CommandFixture
 
 TEST_F(ImportOfSpecialFiles, ASymbolicLinkToAFolderIsNoSource)
 {
-    ASSERT_TRUE(QFile::link(tree.Path(u"work"_qs), tree.Path(u"work/loop"_qs)));
-    for (const QString& source : {u"loop"_qs, u"loop/"_qs}) {
+    ASSERT_TRUE(QFile::link(tree.Path(u"work"_s), tree.Path(u"work/loop"_s)));
+    for (const QString& source : {u"loop"_s, u"loop/"_s}) {
         const CommandResult result = Import({source});
         EXPECT_EQ(result.exitCode, 2);
-        EXPECT_TRUE(result.err.contains(u"symbolic link to a folder"_qs));
+        EXPECT_TRUE(result.err.contains(u"symbolic link to a folder"_s));
     }
 }
 
 TEST_F(ImportOfSpecialFiles, WhatIsLeftOutOfAFolderIsTold)
 {
-    tree.File(u"work/proj/a.tlk"_qs).File(u"work/other/o.tlk"_qs);
-    ASSERT_TRUE(QFile::link(tree.Path(u"work/other"_qs), tree.Path(u"work/proj/link"_qs)));
-    ASSERT_TRUE(QFile::link(tree.Path(u"work/nowhere"_qs), tree.Path(u"work/proj/dead"_qs)));
-    ASSERT_EQ(mkfifo(QFile::encodeName(tree.Path(u"work/proj/pipe"_qs)).constData(), 0600), 0);
-    const CommandResult result = Import({u"proj"_qs});
+    tree.File(u"work/proj/a.tlk"_s).File(u"work/other/o.tlk"_s);
+    ASSERT_TRUE(QFile::link(tree.Path(u"work/other"_s), tree.Path(u"work/proj/link"_s)));
+    ASSERT_TRUE(QFile::link(tree.Path(u"work/nowhere"_s), tree.Path(u"work/proj/dead"_s)));
+    ASSERT_EQ(mkfifo(QFile::encodeName(tree.Path(u"work/proj/pipe"_s)).constData(), 0600), 0);
+    const CommandResult result = Import({u"proj"_s});
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
-    EXPECT_TRUE(result.Has(u"skipped    proj/link: a symbolic link to a folder"_qs));
-    EXPECT_TRUE(result.Has(u"skipped    proj/dead: a symbolic link that leads nowhere"_qs));
-    EXPECT_TRUE(result.Has(u"skipped    proj/pipe: neither a file nor a folder"_qs));
+    EXPECT_TRUE(result.Has(u"skipped    proj/link: a symbolic link to a folder"_s));
+    EXPECT_TRUE(result.Has(u"skipped    proj/dead: a symbolic link that leads nowhere"_s));
+    EXPECT_TRUE(result.Has(u"skipped    proj/pipe: neither a file nor a folder"_s));
 }
 
 TEST_F(ImportOfSpecialFiles, AFileWhoseNameHoldsAColonIsAFailure)
 {
-    tree.File(u"work/proj/a.tlk"_qs).File(u"work/proj/10:30.tlk"_qs);
-    const CommandResult result = Import({u"proj"_qs});
+    tree.File(u"work/proj/a.tlk"_s).File(u"work/proj/10:30.tlk"_s);
+    const CommandResult result = Import({u"proj"_s});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(result.Has(u"failed     proj/10:30.tlk: its path holds a \":\""_qs))
+    EXPECT_TRUE(result.Has(u"failed     proj/10:30.tlk: its path holds a \":\""_s))
         << ::testing::PrintToString(result);
-    EXPECT_TRUE(tree.Exists(u"cloud/proj/a.tlk"_qs));
+    EXPECT_TRUE(tree.Exists(u"cloud/proj/a.tlk"_s));
 }
 
 } // namespace Halvern::Test

@@ -7,19 +7,20 @@
 #include <gtest/gtest.h>
 
 using namespace Halvern::Cli;
+using namespace Qt::StringLiterals;
 using Halvern::Jobs::CollisionPolicy;
 
 namespace {
 
 ParsedCommandLine Parse(QStringList arguments)
 {
-    arguments.prepend(u"corsync"_qs);
+    arguments.prepend(u"corsync"_s);
     return ParseCommandLine(arguments);
 }
 
 ImportOptions ParseImport(const QStringList& arguments)
 {
-    const ParsedCommandLine parsed = Parse(QStringList{u"import"_qs} + arguments);
+    const ParsedCommandLine parsed = Parse(QStringList{u"import"_s} + arguments);
     EXPECT_TRUE(parsed.options) << parsed.error.toStdString();
     return parsed.options ? std::get<ImportOptions>(parsed.options->command) : ImportOptions();
 }
@@ -28,8 +29,8 @@ ImportOptions ParseImport(const QStringList& arguments)
 
 TEST(CommandLine, AnImportWithoutOptionsStopsAtCollisionsAndFollowsEveryType)
 {
-    const ImportOptions options = ParseImport({u"a.gltf"_qs, u"b c.gltf"_qs});
-    EXPECT_EQ(options.request.sources, (QStringList{u"a.gltf"_qs, u"b c.gltf"_qs}));
+    const ImportOptions options = ParseImport({u"a.gltf"_s, u"b c.gltf"_s});
+    EXPECT_EQ(options.request.sources, (QStringList{u"a.gltf"_s, u"b c.gltf"_s}));
     EXPECT_EQ(options.request.selectedCollisions, CollisionPolicy::Stop);
     EXPECT_EQ(options.request.linkedCollisions, CollisionPolicy::Stop);
     EXPECT_TRUE(options.request.fileTypes.isEmpty());
@@ -41,22 +42,22 @@ TEST(CommandLine, AnImportWithoutOptionsStopsAtCollisionsAndFollowsEveryType)
 
 TEST(CommandLine, OptionsMayStandBeforeAndAfterTheSources)
 {
-    const ImportOptions options = ParseImport(
-        {u"--move"_qs, u"--to"_qs, u"Demo"_qs, u"a.gltf"_qs, u"--types"_qs, u"gltf, .glb"_qs,
-         u"b.gltf"_qs, u"--links-only"_qs, u"--direct-links-only"_qs, u"-n"_qs});
-    EXPECT_EQ(options.request.sources, (QStringList{u"a.gltf"_qs, u"b.gltf"_qs}));
-    EXPECT_EQ(options.request.fileTypes, (QStringList{u"gltf"_qs, u".glb"_qs}));
-    EXPECT_EQ(options.request.target, u"Demo"_qs);
+    const ImportOptions options =
+        ParseImport({u"--move"_s, u"--to"_s, u"Demo"_s, u"a.gltf"_s, u"--types"_s, u"gltf, .glb"_s,
+                     u"b.gltf"_s, u"--links-only"_s, u"--direct-links-only"_s, u"-n"_s});
+    EXPECT_EQ(options.request.sources, (QStringList{u"a.gltf"_s, u"b.gltf"_s}));
+    EXPECT_EQ(options.request.fileTypes, (QStringList{u"gltf"_s, u".glb"_s}));
+    EXPECT_EQ(options.request.target, u"Demo"_s);
     EXPECT_TRUE(options.request.move && options.request.linksOnly &&
                 options.request.directLinksOnly && options.dryRun);
 }
 
 TEST(CommandLine, AnOwnCollisionPolicyOutranksTheCommonOneInAnyOrder)
 {
-    for (const QStringList& arguments : {QStringList{u"a"_qs, u"--collisions"_qs, u"rename"_qs,
-                                                     u"--linked-collisions"_qs, u"keep"_qs},
-                                         QStringList{u"a"_qs, u"--linked-collisions"_qs, u"keep"_qs,
-                                                     u"--collisions"_qs, u"rename"_qs}}) {
+    for (const QStringList& arguments :
+         {QStringList{u"a"_s, u"--collisions"_s, u"rename"_s, u"--linked-collisions"_s, u"keep"_s},
+          QStringList{u"a"_s, u"--linked-collisions"_s, u"keep"_s, u"--collisions"_s,
+                      u"rename"_s}}) {
         const ImportOptions options = ParseImport(arguments);
         EXPECT_EQ(options.request.selectedCollisions, CollisionPolicy::Rename);
         EXPECT_EQ(options.request.linkedCollisions, CollisionPolicy::Keep);
@@ -66,49 +67,49 @@ TEST(CommandLine, AnOwnCollisionPolicyOutranksTheCommonOneInAnyOrder)
 TEST(CommandLine, ARepeatedPluginPathTakesOneFolderEachAndNoSources)
 {
     const ParsedCommandLine parsed =
-        Parse({u"import"_qs, u"--plugin-path"_qs, u"p"_qs, u"--plugin-path"_qs, u"q"_qs, u"a"_qs});
+        Parse({u"import"_s, u"--plugin-path"_s, u"p"_s, u"--plugin-path"_s, u"q"_s, u"a"_s});
     ASSERT_TRUE(parsed.options);
-    EXPECT_EQ(parsed.options->common.pluginPaths, (QStringList{u"p"_qs, u"q"_qs}));
+    EXPECT_EQ(parsed.options->common.pluginPaths, (QStringList{u"p"_s, u"q"_s}));
     EXPECT_EQ(std::get<ImportOptions>(parsed.options->command).request.sources,
-              QStringList{u"a"_qs});
+              QStringList{u"a"_s});
 }
 
 TEST(CommandLine, VerbosityCountsAndLogLevelsAreNamed)
 {
-    const ParsedCommandLine parsed = Parse({u"links"_qs, u"-vv"_qs, u"--log-file"_qs, u"l"_qs,
-                                            u"--log-level"_qs, u"debug"_qs, u"a"_qs});
+    const ParsedCommandLine parsed = Parse(
+        {u"links"_s, u"-vv"_s, u"--log-file"_s, u"l"_s, u"--log-level"_s, u"debug"_s, u"a"_s});
     ASSERT_TRUE(parsed.options);
     EXPECT_EQ(parsed.options->common.log.verbosity, 2);
     EXPECT_EQ(parsed.options->common.log.fileLevel, 10000);
-    EXPECT_EQ(parsed.options->common.log.file, u"l"_qs);
+    EXPECT_EQ(parsed.options->common.log.file, u"l"_s);
 }
 
 TEST(CommandLine, AFileWhoseNameBeginsWithADashComesAfterTwoDashes)
 {
-    EXPECT_EQ(ParseImport({u"--"_qs, u"-a.gltf"_qs}).request.sources, QStringList{u"-a.gltf"_qs});
+    EXPECT_EQ(ParseImport({u"--"_s, u"-a.gltf"_s}).request.sources, QStringList{u"-a.gltf"_s});
 }
 
 TEST(CommandLine, PluginsAreLoadedUnlessToldOtherwise)
 {
-    EXPECT_TRUE(std::get<PluginsOptions>(Parse({u"plugins"_qs}).options->command).load);
+    EXPECT_TRUE(std::get<PluginsOptions>(Parse({u"plugins"_s}).options->command).load);
     EXPECT_FALSE(
-        std::get<PluginsOptions>(Parse({u"plugins"_qs, u"--no-load"_qs}).options->command).load);
+        std::get<PluginsOptions>(Parse({u"plugins"_s, u"--no-load"_s}).options->command).load);
 }
 
 TEST(CommandLine, HelpAndVersionGoToStandardOutputAndAreNoFailure)
 {
     for (const QStringList& arguments :
-         {QStringList{u"--help"_qs}, QStringList{u"import"_qs, u"--help"_qs},
-          QStringList{u"links"_qs, u"-h"_qs}, QStringList{u"plugins"_qs, u"-h"_qs},
-          QStringList{u"--version"_qs}}) {
+         {QStringList{u"--help"_s}, QStringList{u"import"_s, u"--help"_s},
+          QStringList{u"links"_s, u"-h"_s}, QStringList{u"plugins"_s, u"-h"_s},
+          QStringList{u"--version"_s}}) {
         const ParsedCommandLine parsed = Parse(arguments);
         EXPECT_FALSE(parsed.options);
         EXPECT_EQ(parsed.exitCode, ExitCode::Complete);
         EXPECT_FALSE(parsed.output.isEmpty());
         EXPECT_TRUE(parsed.error.isEmpty());
     }
-    EXPECT_TRUE(Parse({u"import"_qs, u"--help"_qs}).output.contains(u"--linked-collisions"_qs));
-    EXPECT_TRUE(Parse({u"--help"_qs}).output.contains(u"Examples:"_qs));
+    EXPECT_TRUE(Parse({u"import"_s, u"--help"_s}).output.contains(u"--linked-collisions"_s));
+    EXPECT_TRUE(Parse({u"--help"_s}).output.contains(u"Examples:"_s));
 }
 
 TEST(CommandLine, AWrongOptionGivesTwoLinesThatNameIt)
@@ -119,14 +120,14 @@ TEST(CommandLine, AWrongOptionGivesTwoLinesThatNameIt)
         QString named;
     };
     const QList<Row> rows = {
-        {{u"import"_qs, u"a"_qs, u"--nope"_qs}, u"--nope"_qs},
-        {{u"import"_qs, u"a"_qs, u"--collisions"_qs, u"burn"_qs}, u"burn"_qs},
-        {{u"import"_qs, u"a"_qs, u"--progress"_qs, u"maybe"_qs}, u"maybe"_qs},
-        {{u"import"_qs, u"a"_qs, u"--to"_qs}, u"--to"_qs},
-        {{u"import"_qs}, u"SOURCE"_qs},
-        {{u"links"_qs}, u"FILE"_qs},
-        {{u"bogus"_qs}, u"bogus"_qs},
-        {{}, u"command"_qs},
+        {{u"import"_s, u"a"_s, u"--nope"_s}, u"--nope"_s},
+        {{u"import"_s, u"a"_s, u"--collisions"_s, u"burn"_s}, u"burn"_s},
+        {{u"import"_s, u"a"_s, u"--progress"_s, u"maybe"_s}, u"maybe"_s},
+        {{u"import"_s, u"a"_s, u"--to"_s}, u"--to"_s},
+        {{u"import"_s}, u"SOURCE"_s},
+        {{u"links"_s}, u"FILE"_s},
+        {{u"bogus"_s}, u"bogus"_s},
+        {{}, u"command"_s},
     };
     for (const Row& row : rows) {
         const ParsedCommandLine parsed = Parse(row.arguments);

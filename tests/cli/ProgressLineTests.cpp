@@ -7,21 +7,22 @@
 #include <gtest/gtest.h>
 
 using namespace Halvern::Cli;
+using namespace Qt::StringLiterals;
 
 TEST(Progress, ShowsPhaseCountTotalAndBytes)
 {
-    EXPECT_EQ(RenderProgress(u"Copying"_qs, 12, 340, 1200000, 80),
-              u"Copying 12/340 files, 1.2 MB"_qs);
+    EXPECT_EQ(RenderProgress(u"Copying"_s, 12, 340, 1200000, 80),
+              u"Copying 12/340 files, 1.2 MB"_s);
 }
 
 TEST(Progress, LeavesOutWhatIsNotKnown)
 {
-    EXPECT_EQ(RenderProgress(u"Reading links"_qs, 0, 0, 0, 80), u"Reading links"_qs);
-    EXPECT_EQ(RenderProgress(u"Rewriting links"_qs, 3, 0, 0, 80), u"Rewriting links 3 files"_qs);
-    EXPECT_EQ(RenderProgress(u"Copying"_qs, 0, 2, 0, 80), u"Copying 0/2 files"_qs);
+    EXPECT_EQ(RenderProgress(u"Reading links"_s, 0, 0, 0, 80), u"Reading links"_s);
+    EXPECT_EQ(RenderProgress(u"Rewriting links"_s, 3, 0, 0, 80), u"Rewriting links 3 files"_s);
+    EXPECT_EQ(RenderProgress(u"Copying"_s, 0, 2, 0, 80), u"Copying 0/2 files"_s);
 }
 
 TEST(Progress, IsNeverWiderThanTheTerminal)
 {
-    EXPECT_EQ(RenderProgress(u"Copying"_qs, 12, 340, 1, 10), u"Copying 12"_qs);
+    EXPECT_EQ(RenderProgress(u"Copying"_s, 12, 340, 1, 10), u"Copying 12"_s);
 }

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class SettingsOfTheCommand : public CommandFixture
@@ -14,9 +16,9 @@ protected:
     QString SettingsFile() const
     {
         SyncServices::ServicesSettings settings;
-        settings.cloudCacheFolder = tree.Path(u"my cloud"_qs);
-        settings.databaseFile = tree.Path(u"data/my.db"_qs);
-        const QString file = tree.Path(u"settings.ini"_qs);
+        settings.cloudCacheFolder = tree.Path(u"my cloud"_s);
+        settings.databaseFile = tree.Path(u"data/my.db"_s);
+        const QString file = tree.Path(u"settings.ini"_s);
         QString error;
         EXPECT_TRUE(settings.Save(file, &error)) << error.toStdString();
         return file;
@@ -27,61 +29,61 @@ protected:
 
 TEST_F(SettingsOfTheCommand, NeitherWrittenNorReadWhenFolderAndDatabaseAreGiven)
 {
-    tree.File(u"work/a.tlk"_qs);
-    const CommandResult result = Import({u"a.tlk"_qs});
+    tree.File(u"work/a.tlk"_s);
+    const CommandResult result = Import({u"a.tlk"_s});
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
-    EXPECT_EQ(tree.Contents(u"home"_qs), FileTree::Snapshot());
+    EXPECT_EQ(tree.Contents(u"home"_s), FileTree::Snapshot());
 }
 
 TEST_F(SettingsOfTheCommand, AFileGivenNamesFolderAndDatabase)
 {
-    tree.File(u"work/a.tlk"_qs);
-    const CommandResult result = Run({u"import"_qs, u"a.tlk"_qs, u"--settings"_qs, SettingsFile()});
+    tree.File(u"work/a.tlk"_s);
+    const CommandResult result = Run({u"import"_s, u"a.tlk"_s, u"--settings"_s, SettingsFile()});
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
-    EXPECT_TRUE(tree.Exists(u"my cloud/a.tlk"_qs));
-    EXPECT_TRUE(tree.Exists(u"data/my.db"_qs));
-    EXPECT_EQ(tree.Contents(u"home"_qs), FileTree::Snapshot());
+    EXPECT_TRUE(tree.Exists(u"my cloud/a.tlk"_s));
+    EXPECT_TRUE(tree.Exists(u"data/my.db"_s));
+    EXPECT_EQ(tree.Contents(u"home"_s), FileTree::Snapshot());
 }
 
 TEST_F(SettingsOfTheCommand, ACloudFolderGivenAloneHasADatabaseOfItsOwnOutsideOfIt)
 {
-    tree.File(u"work/a.tlk"_qs);
-    const QStringList arguments{u"import"_qs,   u"a.tlk"_qs,          u"--settings"_qs,
-                                SettingsFile(), u"--cloud-folder"_qs, tree.Path(u"other"_qs)};
+    tree.File(u"work/a.tlk"_s);
+    const QStringList arguments{u"import"_s,    u"a.tlk"_s,          u"--settings"_s,
+                                SettingsFile(), u"--cloud-folder"_s, tree.Path(u"other"_s)};
     EXPECT_EQ(Run(arguments).exitCode, 0);
-    EXPECT_EQ(tree.Contents(u"other"_qs), (FileTree::Snapshot{{u"a.tlk"_qs, "work/a.tlk"}}));
-    EXPECT_FALSE(tree.Exists(u"data/my.db"_qs));
+    EXPECT_EQ(tree.Contents(u"other"_s), (FileTree::Snapshot{{u"a.tlk"_s, "work/a.tlk"}}));
+    EXPECT_FALSE(tree.Exists(u"data/my.db"_s));
     // The second run finds what the first one recorded.
-    EXPECT_TRUE(Run(arguments).out.startsWith(u"unchanged"_qs));
+    EXPECT_TRUE(Run(arguments).out.startsWith(u"unchanged"_s));
 }
 
 TEST_F(SettingsOfTheCommand, ADatabaseInTheCloudFolderIsRefused)
 {
-    tree.File(u"work/a.tlk"_qs);
+    tree.File(u"work/a.tlk"_s);
     const CommandResult result =
-        Run({u"import"_qs, u"a.tlk"_qs, u"--cloud-folder"_qs, tree.Path(u"cloud"_qs),
-             u"--database"_qs, tree.Path(u"cloud/sync.db"_qs)});
+        Run({u"import"_s, u"a.tlk"_s, u"--cloud-folder"_s, tree.Path(u"cloud"_s), u"--database"_s,
+             tree.Path(u"cloud/sync.db"_s)});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_FALSE(tree.Exists(u"cloud"_qs));
+    EXPECT_FALSE(tree.Exists(u"cloud"_s));
 }
 
 TEST_F(SettingsOfTheCommand, ABrokenFileIsAUsageErrorThatNamesIt)
 {
-    tree.File(u"work/a.tlk"_qs).File(u"settings.ini"_qs, "[General]\nloggedIn=maybe\n");
+    tree.File(u"work/a.tlk"_s).File(u"settings.ini"_s, "[General]\nloggedIn=maybe\n");
     const CommandResult result =
-        Run({u"import"_qs, u"a.tlk"_qs, u"--settings"_qs, tree.Path(u"settings.ini"_qs)});
+        Run({u"import"_s, u"a.tlk"_s, u"--settings"_s, tree.Path(u"settings.ini"_s)});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_TRUE(result.err.contains(u"settings.ini"_qs)) << ::testing::PrintToString(result);
-    EXPECT_TRUE(result.err.contains(u"loggedIn"_qs));
+    EXPECT_TRUE(result.err.contains(u"settings.ini"_s)) << ::testing::PrintToString(result);
+    EXPECT_TRUE(result.err.contains(u"loggedIn"_s));
 }
 
 TEST_F(SettingsOfTheCommand, ThatSayNotLoggedInKeepFilesFromBeingImported)
 {
-    tree.File(u"work/a.tlk"_qs).File(u"settings.ini"_qs, "[General]\nloggedIn=false\n");
+    tree.File(u"work/a.tlk"_s).File(u"settings.ini"_s, "[General]\nloggedIn=false\n");
     const CommandResult result =
-        Import({u"a.tlk"_qs, u"--settings"_qs, tree.Path(u"settings.ini"_qs)});
+        Import({u"a.tlk"_s, u"--settings"_s, tree.Path(u"settings.ini"_s)});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(result.err.contains(u"not logged in"_qs));
+    EXPECT_TRUE(result.err.contains(u"not logged in"_s));
     EXPECT_EQ(Cloud(), FileTree::Snapshot());
 }
 

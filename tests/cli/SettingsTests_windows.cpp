@@ -10,25 +10,27 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class CloudFolderOnWindows : public CommandFixture
 {
 protected:
-    CloudFolderOnWindows() { tree.File(u"work/a.tlk"_qs); }
+    CloudFolderOnWindows() { tree.File(u"work/a.tlk"_s); }
 
     CommandResult ImportTo(const QString& cloudFolder) const
     {
-        return Run({u"import"_qs, u"a.tlk"_qs, u"--settings"_qs, tree.Path(u"settings.ini"_qs),
-                    u"--cloud-folder"_qs, cloudFolder});
+        return Run({u"import"_s, u"a.tlk"_s, u"--settings"_s, tree.Path(u"settings.ini"_s),
+                    u"--cloud-folder"_s, cloudFolder});
     }
     void WriteSettings(const QString& cloudFolder) const
     {
         SyncServices::ServicesSettings settings;
         settings.cloudCacheFolder = cloudFolder;
-        settings.databaseFile = tree.Path(u"data/my.db"_qs);
+        settings.databaseFile = tree.Path(u"data/my.db"_s);
         QString error;
-        EXPECT_TRUE(settings.Save(tree.Path(u"settings.ini"_qs), &error)) << error.toStdString();
+        EXPECT_TRUE(settings.Save(tree.Path(u"settings.ini"_s), &error)) << error.toStdString();
     }
 };
 
@@ -36,35 +38,35 @@ protected:
 
 TEST_F(CloudFolderOnWindows, HasOneDatabaseHoweverItsNameIsTyped)
 {
-    WriteSettings(tree.Path(u"my cloud"_qs));
-    EXPECT_EQ(ImportTo(tree.Path(u"Sync"_qs)).exitCode, 0);
-    for (const QString& folder : {u"sYNC"_qs, u"SYNC"_qs, u"Sync"_qs}) {
+    WriteSettings(tree.Path(u"my cloud"_s));
+    EXPECT_EQ(ImportTo(tree.Path(u"Sync"_s)).exitCode, 0);
+    for (const QString& folder : {u"sYNC"_s, u"SYNC"_s, u"Sync"_s}) {
         const CommandResult result = ImportTo(QDir::toNativeSeparators(tree.Path(folder)));
-        EXPECT_TRUE(result.out.startsWith(u"unchanged"_qs)) << ::testing::PrintToString(result);
+        EXPECT_TRUE(result.out.startsWith(u"unchanged"_s)) << ::testing::PrintToString(result);
     }
 }
 
 TEST_F(CloudFolderOnWindows, KnowsASourceHoweverItsNameIsTyped)
 {
-    EXPECT_EQ(Import({u"a.tlk"_qs}).exitCode, 0);
-    const CommandResult result = Import({u"A.TLK"_qs});
-    EXPECT_TRUE(result.out.startsWith(u"unchanged"_qs)) << ::testing::PrintToString(result);
+    EXPECT_EQ(Import({u"a.tlk"_s}).exitCode, 0);
+    const CommandResult result = Import({u"A.TLK"_s});
+    EXPECT_TRUE(result.out.startsWith(u"unchanged"_s)) << ::testing::PrintToString(result);
 }
 
 TEST_F(CloudFolderOnWindows, ThatTheSettingsNameHasTheirDatabaseHoweverItsNameIsTyped)
 {
-    WriteSettings(QDir::toNativeSeparators(tree.Path(u"My Cloud"_qs)));
-    EXPECT_EQ(ImportTo(tree.Path(u"my cloud"_qs)).exitCode, 0);
-    EXPECT_TRUE(tree.Exists(u"data/my.db"_qs));
+    WriteSettings(QDir::toNativeSeparators(tree.Path(u"My Cloud"_s)));
+    EXPECT_EQ(ImportTo(tree.Path(u"my cloud"_s)).exitCode, 0);
+    EXPECT_TRUE(tree.Exists(u"data/my.db"_s));
 }
 
 TEST_F(CloudFolderOnWindows, WhosePathLostItsBackslashesInTheSettingsIsAUsageError)
 {
-    tree.File(u"settings.ini"_qs, "[General]\ncloudCacheFolder=D:\\Sync\\Work\n");
+    tree.File(u"settings.ini"_s, "[General]\ncloudCacheFolder=D:\\Sync\\Work\n");
     const CommandResult result =
-        Run({u"import"_qs, u"a.tlk"_qs, u"--settings"_qs, tree.Path(u"settings.ini"_qs)});
+        Run({u"import"_s, u"a.tlk"_s, u"--settings"_s, tree.Path(u"settings.ini"_s)});
     EXPECT_EQ(result.exitCode, 2) << ::testing::PrintToString(result);
-    EXPECT_TRUE(result.err.contains(u"cloudCacheFolder"_qs)) << ::testing::PrintToString(result);
+    EXPECT_TRUE(result.err.contains(u"cloudCacheFolder"_s)) << ::testing::PrintToString(result);
 }
 
 } // namespace Halvern::Test

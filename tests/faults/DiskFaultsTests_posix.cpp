@@ -2,9 +2,9 @@
 
 // Whole imports to disks that are full and folders that are closed.
 
-#include "../copying/CopyingFixture.h"
-#include "../copying/OrdinaryRights.h"
-#include "../copying/SmallDisk.h"
+#include "CopyingFixture.h"
+#include "OrdinaryRights.h"
+#include "SmallDisk.h"
 
 #include <sys/stat.h>
 

@@ -20,6 +20,7 @@
 namespace {
 
 using namespace Halvern;
+using namespace Qt::StringLiterals;
 using SyncServices::Global;
 
 /// Ends the process at a poll, as hard as a kill from outside does: nothing is flushed or unwound.
@@ -42,8 +43,8 @@ private:
 SyncServices::ServicesSettings SettingsFor(const QString& tree)
 {
     SyncServices::ServicesSettings settings;
-    settings.cloudCacheFolder = tree + QStringLiteral("/cloud");
-    settings.databaseFile = tree + QStringLiteral("/sync.db");
+    settings.cloudCacheFolder = tree + u"/cloud"_s;
+    settings.databaseFile = tree + u"/sync.db"_s;
     settings.authenticationConfigurationId = 7;
     return settings;
 }
@@ -76,10 +77,10 @@ int main(int argc, char** argv)
     SyncFolderManagerLib::FolderManager::Configure(SettingsFor(tree));
     FileLink::FileLinkManager::Initialize();
     FileLink::FileLinkManager* const manager = FileLink::FileLinkManager::GetInstance();
-    manager->AddPluginRegistrationFolders({tree + QStringLiteral("/plugins")});
+    manager->AddPluginRegistrationFolders({tree + u"/plugins"_s});
     manager->AddPluginSearchPaths({arguments[2]});
     const bool move = arguments[4].toInt() != 0;
-    const bool done = Import(arguments.mid(5), tree + QStringLiteral("/cloud/T"),
+    const bool done = Import(arguments.mid(5), tree + u"/cloud/T"_s,
                              move ? Global::MoveFiles : Global::NoCopyOption, arguments[3].toInt());
     FileLink::FileLinkManager::Uninitialize();
     return done ? 0 : 1;

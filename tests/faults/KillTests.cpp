@@ -23,6 +23,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int Assemblies = 5;
@@ -42,8 +44,8 @@ protected:
         QByteArray rewritten;
     };
 
-    static QString AssemblyName(int a) { return QStringLiteral("asm%1.tlk").arg(a); }
-    static QString PartName(int a, int p) { return QStringLiteral("p%1_%2.tlk").arg(a).arg(p); }
+    static QString AssemblyName(int a) { return u"asm%1.tlk"_s.arg(a); }
+    static QString PartName(int a, int p) { return u"p%1_%2.tlk"_s.arg(a).arg(p); }
 
     /// A fresh tree: assemblies in src, each with parts in lib, and one part that all link.
     void Build(bool withOldTargets)
@@ -213,7 +215,7 @@ private:
     {
         if (name.section('/', -1).startsWith(".copy-") || name.endsWith('/'))
             return;
-        static const QRegularExpression parked(QStringLiteral("^(.+?)(_[0-9]+)?\\.tmp$"));
+        static const QRegularExpression parked(u"^(.+?)(_[0-9]+)?\\.tmp$"_s);
         const QString target = parked.match(name).captured(1);
         if (expected.contains(target)) {
             EXPECT_TRUE(IsWhole(content, expected[target]));

@@ -2,8 +2,8 @@
 
 // Whole imports in which something goes wrong between or within the stages.
 
-#include "../copying/CopyingFixture.h"
-#include "../copying/WatchedDatabase.h"
+#include "CopyingFixture.h"
+#include "WatchedDatabase.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 

@@ -7,6 +7,7 @@
 namespace Halvern::Test {
 
 using namespace Jobs;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -51,17 +52,17 @@ protected:
     CancelOfAJob()
     {
         for (int i = 0; i < Files; ++i)
-            tree.File(u"work/proj/%1.tlk"_qs.arg(i, 2, 10, QChar(u'0')), "link 1 ../lib/p.tlk\n");
-        tree.File(u"work/lib/p.tlk"_qs, "part\n");
+            tree.File(u"work/proj/%1.tlk"_s.arg(i, 2, 10, QChar(u'0')), "link 1 ../lib/p.tlk\n");
+        tree.File(u"work/lib/p.tlk"_s, "part\n");
     }
 
     void ExpectTheNextJobToFinish()
     {
-        const JobResult next = Import(Request({u"proj"_qs}));
+        const JobResult next = Import(Request({u"proj"_s}));
         EXPECT_FALSE(next.summary.cancelled);
         EXPECT_EQ(next.summary.filesWithProblems, 0);
-        EXPECT_EQ(tree.Contents(u"cloud"_qs).values().count("link 1 lib/p.tlk\n"), Files);
-        EXPECT_EQ(Import(Request({u"proj"_qs})).summary.Count(Outcome::Unchanged), Files + 1);
+        EXPECT_EQ(tree.Contents(u"cloud"_s).values().count("link 1 lib/p.tlk\n"), Files);
+        EXPECT_EQ(Import(Request({u"proj"_s})).summary.Count(Outcome::Unchanged), Files + 1);
     }
 };
 
@@ -74,14 +75,14 @@ TEST_F(CancelOfAJob, InPlanningLeavesNothingAndNeverExecutes)
         Begin();
         CancelToken token;
         CancellingObserver observer(token, phase);
-        ImportJob job(*session, Request({u"proj"_qs}), &observer, &token);
+        ImportJob job(*session, Request({u"proj"_s}), &observer, &token);
         EXPECT_FALSE(job.MakePlan().complete) << int(phase);
         EXPECT_EQ(observer.phases.last(), phase);
         const JobResult result = job.Execute();
         EXPECT_TRUE(result.summary.cancelled);
         EXPECT_FALSE(result.summary.executed);
         EXPECT_EQ(result.summary.Count(Outcome::Copied), 0) << int(phase);
-        EXPECT_EQ(tree.Contents(u"cloud"_qs), FileTree::Snapshot()) << int(phase);
+        EXPECT_EQ(tree.Contents(u"cloud"_s), FileTree::Snapshot()) << int(phase);
     }
     ExpectTheNextJobToFinish();
 }
@@ -89,14 +90,14 @@ TEST_F(CancelOfAJob, InPlanningLeavesNothingAndNeverExecutes)
 TEST_F(CancelOfAJob, BetweenPlanAndExecutionLeavesNothing)
 {
     CancelToken token;
-    ImportJob job(Begin(), Request({u"proj"_qs}), nullptr, &token);
+    ImportJob job(Begin(), Request({u"proj"_s}), nullptr, &token);
     EXPECT_TRUE(job.MakePlan().complete);
     std::thread([&] { token.Cancel(); }).join();
     const JobResult result = job.Execute();
     EXPECT_TRUE(result.summary.cancelled);
     EXPECT_FALSE(result.summary.executed);
     EXPECT_EQ(result.summary.Count(Outcome::NotDone), Files + 1);
-    EXPECT_EQ(tree.Contents(u"cloud"_qs), FileTree::Snapshot());
+    EXPECT_EQ(tree.Contents(u"cloud"_s), FileTree::Snapshot());
 }
 
 TEST_F(CancelOfAJob, WhileCopyingTellsWhatIsDoneAndWhatIsNot)
@@ -104,7 +105,7 @@ TEST_F(CancelOfAJob, WhileCopyingTellsWhatIsDoneAndWhatIsNot)
     Begin();
     CancelToken token;
     CancellingAfterFiles observer(token, 5);
-    ImportJob job(*session, Request({u"proj"_qs}), &observer, &token);
+    ImportJob job(*session, Request({u"proj"_s}), &observer, &token);
     job.MakePlan();
     const JobResult result = job.Execute();
     EXPECT_TRUE(result.summary.cancelled);
@@ -124,7 +125,7 @@ TEST_F(CancelOfAJob, InEachPhaseOfTheExecutionIsMadeGoodByTheNextJob)
         CancelToken token;
         CancellingObserver observer(token, phase);
         {
-            ImportJob job(*session, Request({u"proj"_qs}), &observer, &token);
+            ImportJob job(*session, Request({u"proj"_s}), &observer, &token);
             job.MakePlan();
             const JobResult result = job.Execute();
             EXPECT_TRUE(result.summary.cancelled) << int(phase);
@@ -138,7 +139,7 @@ TEST_F(CancelOfAJob, InEachPhaseOfTheExecutionIsMadeGoodByTheNextJob)
 TEST_F(CancelOfAJob, AfterItsLastPollStopsNothing)
 {
     CancelToken token;
-    ImportJob job(Begin(), Request({u"proj"_qs}), nullptr, &token);
+    ImportJob job(Begin(), Request({u"proj"_s}), nullptr, &token);
     job.MakePlan();
     const JobResult result = job.Execute();
     token.Cancel();

@@ -7,12 +7,14 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 QString OutcomeName(Jobs::Outcome outcome)
 {
-    static const QStringList names{u"copied"_qs,  u"moved"_qs,     u"replaced"_qs, u"renamed"_qs,
-                                   u"kept"_qs,    u"unchanged"_qs, u"in place"_qs, u"skipped"_qs,
-                                   u"locked"_qs,  u"missing"_qs,   u"url"_qs,      u"failed"_qs,
-                                   u"not done"_qs};
+    static const QStringList names{u"copied"_s,  u"moved"_s,     u"replaced"_s, u"renamed"_s,
+                                   u"kept"_s,    u"unchanged"_s, u"in place"_s, u"skipped"_s,
+                                   u"locked"_s,  u"missing"_s,   u"url"_s,      u"failed"_s,
+                                   u"not done"_s};
     return names.at(int(outcome));
 }
 
@@ -20,15 +22,16 @@ QStringList LinesOf(const QList<Jobs::FileResult>& results, const FileTree& tree
 {
     QStringList lines;
     for (const Jobs::FileResult& result : results) {
-        QString line = OutcomeName(result.outcome) + u' ' + result.source + u" -> "_qs + result.target;
+        QString line =
+            OutcomeName(result.outcome) + u' ' + result.source + u" -> "_s + result.target;
         if (result.sourceDeleted)
-            line += u" (source deleted)"_qs;
+            line += u" (source deleted)"_s;
         if (!result.linkedFrom.isEmpty())
-            line += u" linked from "_qs + result.linkedFrom.join(u", "_qs);
+            line += u" linked from "_s + result.linkedFrom.join(u", "_s);
         if (result.remark != Jobs::Remark::None)
-            line += u" remark "_qs + QString::number(int(result.remark));
+            line += u" remark "_s + QString::number(int(result.remark));
         for (const FileLink::Problem& problem : result.problems)
-            line += u": "_qs + problem.text;
+            line += u": "_s + problem.text;
         lines.append(line.replace(tree.Path() + u'/', QString()));
     }
     return lines;
@@ -36,21 +39,21 @@ QStringList LinesOf(const QList<Jobs::FileResult>& results, const FileTree& tree
 
 JobsFixture::JobsFixture()
 {
-    tree.Folder(u"work"_qs);
-    RegisterTestResolver(tree, u"plugins"_qs);
+    tree.Folder(u"work"_s);
+    RegisterTestResolver(tree, u"plugins"_s);
 }
 
 SyncServices::ServicesSettings JobsFixture::Settings() const
 {
     SyncServices::ServicesSettings settings;
-    settings.cloudCacheFolder = tree.Path(u"cloud"_qs);
-    settings.databaseFile = tree.Path(u"sync.db"_qs);
+    settings.cloudCacheFolder = tree.Path(u"cloud"_s);
+    settings.databaseFile = tree.Path(u"sync.db"_s);
     return settings;
 }
 
 QStringList JobsFixture::PluginFolders() const
 {
-    return {tree.Path(u"plugins"_qs), TestPluginFolder(), QStringLiteral(PLUGIN_REGISTRATIONS),
+    return {tree.Path(u"plugins"_s), TestPluginFolder(), QStringLiteral(PLUGIN_REGISTRATIONS),
             QStringLiteral(PLUGIN_LIBRARIES)};
 }
 
@@ -63,7 +66,7 @@ Jobs::Session& JobsFixture::Begin(Jobs::SessionUse use)
 void JobsFixture::StartOver()
 {
     session.reset();
-    for (const QString& name : {u"cloud"_qs, u"sync.db"_qs, u"sync.db-wal"_qs, u"sync.db-shm"_qs})
+    for (const QString& name : {u"cloud"_s, u"sync.db"_s, u"sync.db-wal"_s, u"sync.db-shm"_s})
         if (tree.Exists(name))
             tree.Remove(name);
 }
@@ -75,7 +78,7 @@ void JobsFixture::TakeGardenShed()
     while (files.hasNext()) {
         QFile file(files.next());
         ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-        tree.File(u"work/shed"_qs + file.fileName().mid(from.size()), file.readAll());
+        tree.File(u"work/shed"_s + file.fileName().mid(from.size()), file.readAll());
     }
 }
 
@@ -83,7 +86,7 @@ Jobs::ImportRequest JobsFixture::Request(const QStringList& sources, const QStri
 {
     Jobs::ImportRequest request;
     for (const QString& source : sources)
-        request.sources.append(tree.Path(u"work/"_qs + source));
+        request.sources.append(tree.Path(u"work/"_s + source));
     request.target = target;
     return request;
 }

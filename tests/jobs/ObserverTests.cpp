@@ -9,6 +9,7 @@
 namespace Halvern::Test {
 
 using namespace Jobs;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -17,12 +18,12 @@ class ObserverOfAJob : public JobsFixture
 protected:
     ObserverOfAJob()
     {
-        tree.File(u"work/a.tlk"_qs, "link 1 lib/b.tlk\nlink 2 gone.tlk\n")
-            .File(u"work/lib/b.tlk"_qs, "bb")
-            .File(u"work/x/c.tlk"_qs, "link 1 ../lib/b.tlk\n")
-            .File(u"work/z.tlk"_qs, "fail\n");
+        tree.File(u"work/a.tlk"_s, "link 1 lib/b.tlk\nlink 2 gone.tlk\n")
+            .File(u"work/lib/b.tlk"_s, "bb")
+            .File(u"work/x/c.tlk"_s, "link 1 ../lib/b.tlk\n")
+            .File(u"work/z.tlk"_s, "fail\n");
     }
-    ImportRequest All() const { return Request({u"a.tlk"_qs, u"x/c.tlk"_qs, u"z.tlk"_qs}); }
+    ImportRequest All() const { return Request({u"a.tlk"_s, u"x/c.tlk"_s, u"z.tlk"_s}); }
 
     NotingObserver notes;
 };
@@ -94,7 +95,7 @@ TEST_F(ObserverOfAJob, IsToldAgainWhenTheLinksOfAFileWereRewritten)
     for (const FileResult& result : later)
         if (result.linksRewritten)
             rewritten.append(result.source);
-    EXPECT_TRUE(rewritten.contains(tree.Path(u"work/x/c.tlk"_qs)));
+    EXPECT_TRUE(rewritten.contains(tree.Path(u"work/x/c.tlk"_s)));
     EXPECT_EQ(QSet<QString>(rewritten.begin(), rewritten.end()).size(), rewritten.size());
 }
 
@@ -102,7 +103,7 @@ TEST_F(ObserverOfAJob, IsToldProblemsWhenTheyHappen)
 {
     ImportJob job(Begin(), All(), &notes);
     job.MakePlan();
-    EXPECT_TRUE(notes.problems.contains(u"test resolver: told to fail"_qs));
+    EXPECT_TRUE(notes.problems.contains(u"test resolver: told to fail"_s));
 }
 
 TEST_F(ObserverOfAJob, SeesProgressGrowToTheTotal)
@@ -120,8 +121,8 @@ TEST_F(ObserverOfAJob, SeesProgressGrowToTheTotal)
     EXPECT_EQ(last.files, 4);
     EXPECT_EQ(last.total, 4);
     EXPECT_EQ(last.bytes,
-              tree.Read(u"work/a.tlk"_qs).size() + tree.Read(u"work/lib/b.tlk"_qs).size() +
-                  tree.Read(u"work/x/c.tlk"_qs).size() + tree.Read(u"work/z.tlk"_qs).size());
+              tree.Read(u"work/a.tlk"_s).size() + tree.Read(u"work/lib/b.tlk"_s).size() +
+                  tree.Read(u"work/x/c.tlk"_s).size() + tree.Read(u"work/z.tlk"_s).size());
 }
 
 TEST_F(ObserverOfAJob, ThatThrowsStopsTheJobWhichIsFinishedByTheNextOne)
@@ -140,7 +141,7 @@ TEST_F(ObserverOfAJob, ThatThrowsStopsTheJobWhichIsFinishedByTheNextOne)
         const JobResult next = Import(All());
         EXPECT_EQ(next.summary.Count(Outcome::Failed), 0) << int(phase);
         EXPECT_EQ(next.summary.conflicts, 0) << int(phase);
-        EXPECT_EQ(tree.Read(u"cloud/c.tlk"_qs), "link 1 lib/b.tlk\n") << int(phase);
+        EXPECT_EQ(tree.Read(u"cloud/c.tlk"_s), "link 1 lib/b.tlk\n") << int(phase);
         EXPECT_EQ(Import(All()).summary.Count(Outcome::Unchanged), 4) << int(phase);
     }
 }

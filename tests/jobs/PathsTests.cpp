@@ -9,32 +9,33 @@
 #include <gtest/gtest.h>
 
 using namespace Halvern::Jobs;
+using namespace Qt::StringLiterals;
 
 TEST(JobPaths, ArgumentsBecomeAbsoluteAndLoseTrailingSlashesAndDots)
 {
     const QString here = QDir::currentPath();
-    EXPECT_EQ(AbsolutePath(u"."_qs), here);
-    EXPECT_EQ(AbsolutePath(u"./"_qs), here);
-    EXPECT_EQ(AbsolutePath(u"project/"_qs), here + u"/project"_qs);
-    EXPECT_EQ(AbsolutePath(u"a/../b//c.gltf"_qs), here + u"/b/c.gltf"_qs);
+    EXPECT_EQ(AbsolutePath(u"."_s), here);
+    EXPECT_EQ(AbsolutePath(u"./"_s), here);
+    EXPECT_EQ(AbsolutePath(u"project/"_s), here + u"/project"_s);
+    EXPECT_EQ(AbsolutePath(u"a/../b//c.gltf"_s), here + u"/b/c.gltf"_s);
     EXPECT_EQ(AbsolutePath(QString()), QString());
 }
 
 TEST(JobPaths, AFolderHoldsItselfAndWhatLiesBelowButNotASiblingWithItsNameInFront)
 {
-    EXPECT_TRUE(IsInFolder(u"/a/b"_qs, u"/a/b"_qs));
-    EXPECT_TRUE(IsInFolder(u"/a/B/c"_qs, u"/a/b"_qs));
-    EXPECT_TRUE(IsInFolder(u"/a"_qs, u"/"_qs));
-    EXPECT_FALSE(IsInFolder(u"/a/bc"_qs, u"/a/b"_qs));
-    EXPECT_FALSE(IsInFolder(u"/a"_qs, u"/a/b"_qs));
+    EXPECT_TRUE(IsInFolder(u"/a/b"_s, u"/a/b"_s));
+    EXPECT_TRUE(IsInFolder(u"/a/B/c"_s, u"/a/b"_s));
+    EXPECT_TRUE(IsInFolder(u"/a"_s, u"/"_s));
+    EXPECT_FALSE(IsInFolder(u"/a/bc"_s, u"/a/b"_s));
+    EXPECT_FALSE(IsInFolder(u"/a"_s, u"/a/b"_s));
 }
 
 TEST(JobPaths, AFreeNameCountsUpFromTwoBeforeTheLastSuffix)
 {
     const auto none = [](const QString&) { return false; };
-    EXPECT_EQ(FreePath(u"/t/a.tar.gz"_qs, none), u"/t/a.tar (2).gz"_qs);
-    EXPECT_EQ(FreePath(u"/t/README"_qs, none), u"/t/README (2)"_qs);
-    EXPECT_EQ(FreePath(u"/t/%1.prt"_qs, none), u"/t/%1 (2).prt"_qs);
-    const auto two = [](const QString& path) { return path == u"/t/a (2).prt"_qs; };
-    EXPECT_EQ(FreePath(u"/t/a.prt"_qs, two), u"/t/a (3).prt"_qs);
+    EXPECT_EQ(FreePath(u"/t/a.tar.gz"_s, none), u"/t/a.tar (2).gz"_s);
+    EXPECT_EQ(FreePath(u"/t/README"_s, none), u"/t/README (2)"_s);
+    EXPECT_EQ(FreePath(u"/t/%1.prt"_s, none), u"/t/%1 (2).prt"_s);
+    const auto two = [](const QString& path) { return path == u"/t/a (2).prt"_s; };
+    EXPECT_EQ(FreePath(u"/t/a.prt"_s, two), u"/t/a (3).prt"_s);
 }

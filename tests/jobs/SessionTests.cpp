@@ -10,6 +10,7 @@
 namespace Halvern::Test {
 
 using namespace Jobs;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -42,75 +43,75 @@ protected:
 
 TEST_F(SessionOfAHost, SaysWhyItCannotBegin)
 {
-    EXPECT_EQ(KindOf([&] { Session(Settings(), {tree.Path(u"nope"_qs)}); }),
+    EXPECT_EQ(KindOf([&] { Session(Settings(), {tree.Path(u"nope"_s)}); }),
               JobErrorKind::PluginFolderMissing);
     SyncServices::ServicesSettings noFolder = Settings();
     noFolder.cloudCacheFolder.clear();
     EXPECT_EQ(KindOf([&] { Session{noFolder}; }), JobErrorKind::SettingsRefused);
-    tree.File(u"file"_qs);
-    noFolder.cloudCacheFolder = tree.Path(u"file/cloud"_qs);
+    tree.File(u"file"_s);
+    noFolder.cloudCacheFolder = tree.Path(u"file/cloud"_s);
     EXPECT_EQ(KindOf([&] { Session{noFolder}; }), JobErrorKind::NoCloudFolder);
-    tree.File(u"broken.db"_qs, QByteArray(8192, 'x'));
+    tree.File(u"broken.db"_s, QByteArray(8192, 'x'));
     SyncServices::ServicesSettings broken = Settings();
-    broken.databaseFile = tree.Path(u"broken.db"_qs);
+    broken.databaseFile = tree.Path(u"broken.db"_s);
     EXPECT_EQ(KindOf([&] { Session{broken}; }), JobErrorKind::DatabaseNotOpened);
-    EXPECT_EQ(tree.Read(u"broken.db"_qs), QByteArray(8192, 'x'));
+    EXPECT_EQ(tree.Read(u"broken.db"_s), QByteArray(8192, 'x'));
     // None of these stands in the way of the next.
-    EXPECT_EQ(Begin().CloudFolder(), tree.Path(u"cloud"_qs));
+    EXPECT_EQ(Begin().CloudFolder(), tree.Path(u"cloud"_s));
 }
 
 TEST_F(SessionOfAHost, IsTheOnlyOneOfItsProcess)
 {
     Begin();
     EXPECT_EQ(KindOf([&] { Session{Settings()}; }), JobErrorKind::SessionTaken);
-    tree.File(u"work/a.tlk"_qs);
-    EXPECT_EQ(Import(Request({u"a.tlk"_qs})).summary.Count(Outcome::Copied), 1);
+    tree.File(u"work/a.tlk"_s);
+    EXPECT_EQ(Import(Request({u"a.tlk"_s})).summary.Count(Outcome::Copied), 1);
 }
 
 TEST_F(SessionOfAHost, RefusesRequestsThatCannotBe)
 {
-    tree.File(u"work/a.tlk"_qs).File(u"cloud/in.tlk"_qs);
+    tree.File(u"work/a.tlk"_s).File(u"cloud/in.tlk"_s);
     Begin();
-    EXPECT_EQ(KindOfPlan(Request({u"nope.tlk"_qs})), JobErrorKind::SourceMissing);
-    EXPECT_EQ(KindOfPlan(Request({u"../cloud/in.tlk"_qs})), JobErrorKind::SourceRefused);
-    EXPECT_EQ(KindOfPlan(Request({u".."_qs})), JobErrorKind::SourceRefused);
-    EXPECT_EQ(KindOfPlan(Request({u"a.tlk"_qs}, tree.Path(u"elsewhere"_qs))),
+    EXPECT_EQ(KindOfPlan(Request({u"nope.tlk"_s})), JobErrorKind::SourceMissing);
+    EXPECT_EQ(KindOfPlan(Request({u"../cloud/in.tlk"_s})), JobErrorKind::SourceRefused);
+    EXPECT_EQ(KindOfPlan(Request({u".."_s})), JobErrorKind::SourceRefused);
+    EXPECT_EQ(KindOfPlan(Request({u"a.tlk"_s}, tree.Path(u"elsewhere"_s))),
               JobErrorKind::TargetRefused);
-    EXPECT_EQ(KindOfPlan(Request({u"a.tlk"_qs}, u"in.tlk"_qs)), JobErrorKind::TargetRefused);
+    EXPECT_EQ(KindOfPlan(Request({u"a.tlk"_s}, u"in.tlk"_s)), JobErrorKind::TargetRefused);
 }
 
 TEST_F(SessionOfAHost, OfAUserWhoIsNotLoggedInImportsNothing)
 {
-    tree.File(u"work/a.tlk"_qs);
+    tree.File(u"work/a.tlk"_s);
     SyncServices::ServicesSettings settings = Settings();
     settings.loggedIn = false;
     session.emplace(settings, PluginFolders());
-    EXPECT_EQ(KindOfPlan(Request({u"a.tlk"_qs})), JobErrorKind::SyncOff);
+    EXPECT_EQ(KindOfPlan(Request({u"a.tlk"_s})), JobErrorKind::SyncOff);
     session.reset();
     settings.loggedIn = true;
     settings.cloudCacheFolderSyncEnabled = false;
     session.emplace(settings, PluginFolders());
-    EXPECT_EQ(KindOfPlan(Request({u"a.tlk"_qs})), JobErrorKind::SyncOff);
+    EXPECT_EQ(KindOfPlan(Request({u"a.tlk"_s})), JobErrorKind::SyncOff);
 }
 
 TEST_F(SessionOfAHost, ResolvesPlacesWithoutASettingsFileWhenBothAreGiven)
 {
-    const Places places{{}, tree.Path(u"my cloud/"_qs), tree.Path(u"x/my.db"_qs)};
+    const Places places{{}, tree.Path(u"my cloud/"_s), tree.Path(u"x/my.db"_s)};
     const auto settings = ResolveSettings(places, SessionUse::Import);
-    EXPECT_EQ(settings.cloudCacheFolder, tree.Path(u"my cloud"_qs));
-    EXPECT_EQ(settings.databaseFile, tree.Path(u"x/my.db"_qs));
-    const Places inside{{}, tree.Path(u"cloud"_qs), tree.Path(u"cloud/sync.db"_qs)};
+    EXPECT_EQ(settings.cloudCacheFolder, tree.Path(u"my cloud"_s));
+    EXPECT_EQ(settings.databaseFile, tree.Path(u"x/my.db"_s));
+    const Places inside{{}, tree.Path(u"cloud"_s), tree.Path(u"cloud/sync.db"_s)};
     EXPECT_EQ(KindOf([&] { ResolveSettings(inside, SessionUse::Import); }),
               JobErrorKind::SettingsRefused);
 }
 
 TEST_F(SessionOfAHost, ForPlansMakesNoSettingsFile)
 {
-    const Places places{tree.Path(u"settings.ini"_qs), tree.Path(u"cloud"_qs), {}};
+    const Places places{tree.Path(u"settings.ini"_s), tree.Path(u"cloud"_s), {}};
     ResolveSettings(places, SessionUse::PlanOnly);
-    EXPECT_FALSE(tree.Exists(u"settings.ini"_qs));
+    EXPECT_FALSE(tree.Exists(u"settings.ini"_s));
     ResolveSettings(places, SessionUse::Import);
-    EXPECT_TRUE(tree.Exists(u"settings.ini"_qs));
+    EXPECT_TRUE(tree.Exists(u"settings.ini"_s));
 }
 
 TEST_F(SessionOfAHost, ReadsLinksAndChangesNothing)
@@ -120,16 +121,16 @@ TEST_F(SessionOfAHost, ReadsLinksAndChangesNothing)
     {
         const auto temporary = Session::Temporary(PluginFolders());
         const LinksOfFile scene =
-            ReadLinks(*temporary, {tree.Path(u"work/shed/scene/Shed.gltf"_qs)}).first();
+            ReadLinks(*temporary, {tree.Path(u"work/shed/scene/Shed.gltf"_s)}).first();
         ASSERT_EQ(scene.links.size(), 12);
         EXPECT_TRUE(scene.problems.isEmpty());
         const auto missing =
             std::count_if(scene.links.begin(), scene.links.end(),
                           [](const StoredLink& link) { return link.state == LinkState::Missing; });
         EXPECT_EQ(missing, 1);
-        EXPECT_EQ(KindOf([&] { ReadLinks(*temporary, {tree.Path(u"nope"_qs)}); }),
+        EXPECT_EQ(KindOf([&] { ReadLinks(*temporary, {tree.Path(u"nope"_s)}); }),
                   JobErrorKind::SourceMissing);
-        EXPECT_EQ(KindOf([&] { ReadLinks(*temporary, {tree.Path(u"work"_qs)}); }),
+        EXPECT_EQ(KindOf([&] { ReadLinks(*temporary, {tree.Path(u"work"_s)}); }),
                   JobErrorKind::SourceRefused);
     }
     EXPECT_EQ(tree.Contents(), before);
@@ -137,17 +138,17 @@ TEST_F(SessionOfAHost, ReadsLinksAndChangesNothing)
 
 TEST_F(SessionOfAHost, LeavesOutTheLinksOfFilesThatACancelCameBefore)
 {
-    tree.File(u"work/a.tlk"_qs, "link 1 b.tlk\n");
+    tree.File(u"work/a.tlk"_s, "link 1 b.tlk\n");
     const auto temporary = Session::Temporary(PluginFolders());
     CancelToken token;
     token.Cancel();
-    EXPECT_TRUE(ReadLinks(*temporary, {tree.Path(u"work/a.tlk"_qs)}, &token).isEmpty());
+    EXPECT_TRUE(ReadLinks(*temporary, {tree.Path(u"work/a.tlk"_s)}, &token).isEmpty());
 }
 
 TEST_F(SessionOfAHost, ListsPluginsAndTellsWhichDoNotLoad)
 {
-    tree.File(u"plugins/broken.syncplugin"_qs,
-              Registration(u"NoSuchLibrary.so"_qs, u"FileLayout"_qs, u"xyz"_qs));
+    tree.File(u"plugins/broken.syncplugin"_s,
+              Registration(u"NoSuchLibrary.so"_s, u"FileLayout"_s, u"xyz"_s));
     Begin();
     const auto stateOf = [](const QList<PluginStatus>& plugins, const QString& module) {
         const auto found = std::find_if(plugins.begin(), plugins.end(), [&](const auto& status) {
@@ -160,26 +161,26 @@ TEST_F(SessionOfAHost, ListsPluginsAndTellsWhichDoNotLoad)
     EXPECT_EQ(stateOf(listed, TestResolverModule()).state, PluginState::NotTried);
     const QList<PluginStatus> loaded = ListPlugins(*session, true);
     EXPECT_EQ(stateOf(loaded, TestResolverModule()).state, PluginState::Loads);
-    const PluginStatus broken = stateOf(loaded, u"NoSuchLibrary.so"_qs);
+    const PluginStatus broken = stateOf(loaded, u"NoSuchLibrary.so"_s);
     EXPECT_EQ(broken.state, PluginState::Fails);
-    EXPECT_TRUE(broken.error.contains(u"NoSuchLibrary.so"_qs));
-    EXPECT_EQ(broken.plugin.registrationFile, tree.Path(u"plugins/broken.syncplugin"_qs));
+    EXPECT_TRUE(broken.error.contains(u"NoSuchLibrary.so"_s));
+    EXPECT_EQ(broken.plugin.registrationFile, tree.Path(u"plugins/broken.syncplugin"_s));
 }
 
 TEST_F(SessionOfAHost, TellsRegistrationsThatAreBrokenFromThoseThatAreDoubtful)
 {
-    tree.File(u"plugins/garbage.syncplugin"_qs, "<SyncPlugins")
-        .File(u"plugins/none.syncplugin"_qs, "<SyncPlugins/>")
-        .File(u"plugins/blank.syncplugin"_qs,
-              Registration(u"Other.so"_qs, u"FileLayout"_qs, u"xyz, abc"_qs));
+    tree.File(u"plugins/garbage.syncplugin"_s, "<SyncPlugins")
+        .File(u"plugins/none.syncplugin"_s, "<SyncPlugins/>")
+        .File(u"plugins/blank.syncplugin"_s,
+              Registration(u"Other.so"_s, u"FileLayout"_s, u"xyz, abc"_s));
     Begin();
     QStringList broken, doubtful;
     for (const RegistrationFault& fault : ListRegistrationFaults(*session)) {
         EXPECT_FALSE(fault.text.isEmpty());
         (fault.isBroken ? broken : doubtful).append(QFileInfo(fault.file).fileName());
     }
-    EXPECT_EQ(broken, (QStringList{u"garbage.syncplugin"_qs, u"none.syncplugin"_qs}));
-    EXPECT_EQ(doubtful, QStringList{u"blank.syncplugin"_qs});
+    EXPECT_EQ(broken, (QStringList{u"garbage.syncplugin"_s, u"none.syncplugin"_s}));
+    EXPECT_EQ(doubtful, QStringList{u"blank.syncplugin"_s});
 }
 
 } // namespace Halvern::Test

@@ -65,6 +65,7 @@ namespace Halvern::Test {
 namespace {
 
 using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 /// A file that is one path.
 class OnePath : public Document
@@ -126,7 +127,7 @@ protected:
     static constexpr const char* Old = "../a folder with a name of some length/old.png";
 
     FileTree tree;
-    const QString m_name = QStringLiteral("a.one");
+    const QString m_name = u"a.one"_s;
     const QString file = tree.Path(m_name);
     SilentHost host;
     DocumentResolverFor<OnePath> resolver;

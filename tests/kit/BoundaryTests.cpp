@@ -15,6 +15,7 @@
 namespace Halvern::Test {
 
 using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -23,7 +24,7 @@ class Boundary : public ::testing::Test
 protected:
     bool Run(const std::function<void()>& work)
     {
-        const QString file = QStringLiteral("D:/Höhe.gltf");
+        const QString file = u"D:/Höhe.gltf"_s;
         return RunGuarded(&context, "read", Wide(file), work);
     }
 
@@ -100,10 +101,9 @@ TEST_F(Boundary, AFailureIsLoggedWithFilePositionAndReason)
 {
     EXPECT_FALSE(Run([] { throw FormatError("no such chunk", 17); }));
     EXPECT_FALSE(Run([] { throw FormatError("not a regular file"); }));
-    EXPECT_EQ(
-        context.lines,
-        (QStringList{QStringLiteral("ERROR Failed to read D:/Höhe.gltf: no such chunk (byte 17)"),
-                     QStringLiteral("ERROR Failed to read D:/Höhe.gltf: not a regular file")}));
+    EXPECT_EQ(context.lines,
+              (QStringList{u"ERROR Failed to read D:/Höhe.gltf: no such chunk (byte 17)"_s,
+                           u"ERROR Failed to read D:/Höhe.gltf: not a regular file"_s}));
 }
 
 TEST_F(Boundary, NoExceptionOfAnyKindGetsOut)
@@ -111,10 +111,9 @@ TEST_F(Boundary, NoExceptionOfAnyKindGetsOut)
     EXPECT_FALSE(Run([] { throw std::bad_alloc(); }));
     EXPECT_FALSE(Run([] { throw std::out_of_range("index"); }));
     EXPECT_FALSE(Run([] { throw 42; }));
-    EXPECT_EQ(context.lines,
-              (QStringList{QStringLiteral("ERROR Failed to read D:/Höhe.gltf: out of memory"),
-                           QStringLiteral("ERROR Failed to read D:/Höhe.gltf: index"),
-                           QStringLiteral("ERROR Failed to read D:/Höhe.gltf: unknown error")}));
+    EXPECT_EQ(context.lines, (QStringList{u"ERROR Failed to read D:/Höhe.gltf: out of memory"_s,
+                                          u"ERROR Failed to read D:/Höhe.gltf: index"_s,
+                                          u"ERROR Failed to read D:/Höhe.gltf: unknown error"_s}));
 }
 
 TEST_F(Boundary, AHostWithoutContextOrFileStillGetsItsAnswer)
@@ -123,7 +122,7 @@ TEST_F(Boundary, AHostWithoutContextOrFileStillGetsItsAnswer)
     SyncPlugin::IFileLinkResolverContext* noContext = nullptr;
     EXPECT_FALSE(RunGuarded(noContext, "read", file, [] { throw FormatError("x"); }));
     EXPECT_FALSE(RunGuarded(&context, "read", file, [] { throw FormatError("x"); }));
-    EXPECT_EQ(context.lines, QStringList{QStringLiteral("ERROR Failed to read : x")});
+    EXPECT_EQ(context.lines, QStringList{u"ERROR Failed to read : x"_s});
 }
 
 TEST_F(Boundary, ALayoutFailsWithTheSourceOfItsFile)
@@ -136,8 +135,8 @@ TEST_F(Boundary, ALayoutFailsWithTheSourceOfItsFile)
     EXPECT_FALSE(RunGuarded(&layout, "lay out", &mapping, fail));
     EXPECT_FALSE(RunGuarded(&layout, "lay out", noMapping, fail));
     EXPECT_EQ(context.lines,
-              (QStringList{QStringLiteral("ERROR Failed to lay out D:/Höhe.asm: no room (byte 3)"),
-                           QStringLiteral("ERROR Failed to lay out : no room (byte 3)")}));
+              (QStringList{u"ERROR Failed to lay out D:/Höhe.asm: no room (byte 3)"_s,
+                           u"ERROR Failed to lay out : no room (byte 3)"_s}));
 }
 
 TEST_F(Boundary, AHostWhoseLoggerThrowsStillGetsItsAnswer)
@@ -158,9 +157,9 @@ TEST(LinkArray, HandsOverRecordsInOrder)
     array.HandOver(&links, &count);
     ASSERT_EQ(count, 2);
     EXPECT_EQ(links[0].size, 1044U);
-    EXPECT_EQ(FromWide(links[0].referenceId), QStringLiteral("/a/uri"));
-    EXPECT_EQ(FromWide(links[0].path), QStringLiteral("Höhe.png"));
-    EXPECT_EQ(FromWide(links[1].path), QStringLiteral("b.png"));
+    EXPECT_EQ(FromWide(links[0].referenceId), u"/a/uri"_s);
+    EXPECT_EQ(FromWide(links[0].path), u"Höhe.png"_s);
+    EXPECT_EQ(FromWide(links[1].path), u"b.png"_s);
     delete[] links;
 }
 

@@ -12,6 +12,7 @@ namespace Halvern::Test {
 namespace {
 
 using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 class Compressing : public ::testing::TestWithParam<Compression>
 {
@@ -34,7 +35,7 @@ protected:
 
 private:
     FileTree m_tree;
-    const QString m_name = QStringLiteral("Größe.bin");
+    const QString m_name = u"Größe.bin"_s;
 };
 
 using Gzip = Compressing;
@@ -152,8 +153,8 @@ TEST_F(Zstd, AWindowLargerThanPermittedIsRefused)
 TEST(PlainFiles, AreReadAsTheyAre)
 {
     FileTree tree;
-    tree.File(QStringLiteral("a"), "\x1Fplain");
-    const InputFile file(std::filesystem::path(tree.Path(QStringLiteral("a")).toStdU16String()));
+    tree.File(u"a"_s, "\x1Fplain");
+    const InputFile file(std::filesystem::path(tree.Path(u"a"_s).toStdU16String()));
     EXPECT_EQ(CompressionOf(file), Compression::None);
     EXPECT_EQ(ReadDecompressed(file, 6), "\x1Fplain");
     EXPECT_THROW(ReadDecompressed(file, 5), FormatError);

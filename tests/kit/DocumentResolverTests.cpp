@@ -12,6 +12,7 @@ namespace Halvern::Test {
 namespace {
 
 using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 /// A file that is one path. Its link is called "shown" where that path has a dot, else "hidden",
 /// and then it is known only to those who ask for it.
@@ -53,7 +54,7 @@ protected:
         return Repath(m_name, {{QString::fromUtf16(id), QString::fromUtf16(path)}});
     }
 
-    const QString m_name = QStringLiteral("a.one");
+    const QString m_name = u"a.one"_s;
 
 private:
     DocumentResolver m_resolver{[](const std::filesystem::path& file) -> std::unique_ptr<Document> {
@@ -84,8 +85,7 @@ TEST_F(LinksOfDocuments, ALinkThatIsNeitherShownNorHiddenIsAFailure)
     for (const char* content : {"old", "old.x"}) {
         tree.File(m_name, content);
         EXPECT_FALSE(Rewrite(u"other", u"new"));
-        EXPECT_EQ(context.lines.value(0).section(QStringLiteral(": "), -1),
-                  QStringLiteral("the file has no link other"));
+        EXPECT_EQ(context.lines.value(0).section(u": "_s, -1), u"the file has no link other"_s);
         EXPECT_EQ(tree.Read(m_name), content);
     }
     EXPECT_FALSE(Rewrite(u"hidden", u"new")); // the path has a dot now

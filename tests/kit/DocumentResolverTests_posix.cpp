@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class ColonsInNames : public ResolverFixture
@@ -22,7 +24,7 @@ protected:
         return PathsOf(Read(m_file)).join(u'\n');
     }
 
-    const QString m_file = QStringLiteral("p/a.gltf");
+    const QString m_file = u"p/a.gltf"_s;
 
 private:
     Formats::Gltf::GltfResolver m_resolver;
@@ -32,36 +34,34 @@ private:
 
 TEST_F(ColonsInNames, AFileThatIsThereIsNamedByItsWholePath)
 {
-    const QString shot = QStringLiteral("Screenshot 12:30:00.png");
-    tree.File(QStringLiteral("p/") + shot).File(QStringLiteral("12:30/ü.png"));
-    EXPECT_EQ(PathFor(shot), tree.Path(QStringLiteral("p/") + shot));
-    EXPECT_EQ(PathFor(QStringLiteral("./") + shot), tree.Path(QStringLiteral("p/") + shot));
-    EXPECT_EQ(PathFor(QStringLiteral("../12:30/ü.png")), tree.Path(QStringLiteral("12:30/ü.png")));
-    const QString absolute = tree.Path(QStringLiteral("12:30/ü.png"));
+    const QString shot = u"Screenshot 12:30:00.png"_s;
+    tree.File(u"p/"_s + shot).File(u"12:30/ü.png"_s);
+    EXPECT_EQ(PathFor(shot), tree.Path(u"p/"_s + shot));
+    EXPECT_EQ(PathFor(u"./"_s + shot), tree.Path(u"p/"_s + shot));
+    EXPECT_EQ(PathFor(u"../12:30/ü.png"_s), tree.Path(u"12:30/ü.png"_s));
+    const QString absolute = tree.Path(u"12:30/ü.png"_s);
     EXPECT_EQ(PathFor(absolute), absolute);
 }
 
 TEST_F(ColonsInNames, AnyOtherNameStaysAsItIs)
 {
-    tree.Folder(QStringLiteral("p/12:30")).File(QStringLiteral("p/b.png"));
-    for (const QString& path : {QStringLiteral("../12:30/gone.png"), QStringLiteral("b.png"),
-                                QStringLiteral("../C:/b.png")})
+    tree.Folder(u"p/12:30"_s).File(u"p/b.png"_s);
+    for (const QString& path : {u"../12:30/gone.png"_s, u"b.png"_s, u"../C:/b.png"_s})
         EXPECT_EQ(PathFor(path), path);
 }
 
 TEST_F(ColonsInNames, AWholePathThatIsTooLongForALinkIsNotTaken)
 {
-    const QString path =
-        QString(120, u'x') + u'/' + QString(120, u'y') + QStringLiteral("/1:2.png");
-    tree.File(QStringLiteral("p/") + path);
-    ASSERT_GT(tree.Path(QStringLiteral("p/") + path).size(), 259);
+    const QString path = QString(120, u'x') + u'/' + QString(120, u'y') + u"/1:2.png"_s;
+    tree.File(u"p/"_s + path);
+    ASSERT_GT(tree.Path(u"p/"_s + path).size(), 259);
     EXPECT_EQ(PathFor(path), path);
 }
 
 TEST_F(ColonsInNames, NewPathsAreWrittenRelative)
 {
     tree.File(m_file, R"({"images":[{"uri":"./12:30/a.png"},{"uri":"../12:30/b.png"}]})");
-    tree.File(QStringLiteral("p/12:30/a.png"));
+    tree.File(u"p/12:30/a.png"_s);
     EXPECT_TRUE(Repath(m_file, {LinkTo(u"/images/0/uri", u"12:30/a.png"),
                                 LinkTo(u"/images/1/uri", u"12:31/b.png")}))
         << context.lines.join(u'\n').toStdString();

@@ -14,6 +14,7 @@
 namespace Halvern::Test {
 
 using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -34,7 +35,7 @@ protected:
         return tree.Read(m_name);
     }
 
-    const QString m_name = QStringLiteral("Höhe.obj");
+    const QString m_name = u"Höhe.obj"_s;
     FileTree tree;
 };
 

@@ -11,6 +11,7 @@
 namespace Halvern::Test {
 
 using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -70,16 +71,16 @@ TEST(FileUri, ARawNameCountsOnlyWhenNoFileHasTheDecodedOne)
 {
     FileTree tree;
     EXPECT_EQ(PathOf("a%20b.png", tree), "a b.png") << "neither exists";
-    tree.File(QStringLiteral("a%20b.png"));
+    tree.File(u"a%20b.png"_s);
     EXPECT_EQ(PathOf("a%20b.png", tree), "a%20b.png") << "only the raw one exists";
-    tree.File(QStringLiteral("a b.png"));
+    tree.File(u"a b.png"_s);
     EXPECT_EQ(PathOf("a%20b.png", tree), "a b.png") << "both exist";
 }
 
 TEST(FileUri, ANulIsKeptForTheCallerToRefuse)
 {
     FileTree tree;
-    tree.File(QStringLiteral("a%00b"));
+    tree.File(u"a%00b"_s);
     EXPECT_EQ(PathOf("a%00b", tree), std::string("a\0b", 3));
 }
 
@@ -117,7 +118,7 @@ TEST(FileUri, WhatIsWrittenNamesTheSamePathAgain)
 TEST(FileUri, BackslashesLeadToTheFileOnEverySystem)
 {
     FileTree tree;
-    tree.File(QStringLiteral("my lib/a.png"));
+    tree.File(u"my lib/a.png"_s);
     const std::filesystem::path folder = PathFromUtf8(tree.Path().toStdString());
     EXPECT_EQ(WithSlashes("my lib\\a.png", folder), "my lib/a.png");
     EXPECT_EQ(WithSlashes("..\\lost\\a.png", folder), "../lost/a.png");
@@ -128,7 +129,7 @@ TEST(FileUri, BackslashesLeadToTheFileOnEverySystem)
 TEST(FileUri, AFileThatIsThereIsTold)
 {
     FileTree tree;
-    tree.File(QStringLiteral("sub/a.png"));
+    tree.File(u"sub/a.png"_s);
     const auto exists = [&](std::string_view path) {
         return NamesExistingFile(path, PathFromUtf8(tree.Path().toStdString()));
     };
@@ -150,7 +151,7 @@ TEST(FileUri, PathsAreTheSameApartFromALeadingDot)
 TEST(FileUri, ANameThatCanOnlyBeAFolderIsTold)
 {
     FileTree tree;
-    tree.File(QStringLiteral("sub.x/a.png"));
+    tree.File(u"sub.x/a.png"_s);
     const auto isFolder = [&](std::string_view path) {
         return NamesFolder(path, PathFromUtf8(tree.Path().toStdString()));
     };

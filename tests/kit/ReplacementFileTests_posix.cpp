@@ -25,6 +25,7 @@
 namespace Halvern::Test {
 
 using namespace PluginKit;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -57,7 +58,7 @@ private:
 class PosixReplacement : public ::testing::Test
 {
 protected:
-    PosixReplacement() { tree.File(QStringLiteral("a.gltf"), "old"); }
+    PosixReplacement() { tree.File(u"a.gltf"_s, "old"); }
 
     std::filesystem::path Path(const QString& name) const
     {
@@ -65,7 +66,7 @@ protected:
     }
     /// The reason why replacing a.gltf failed; empty when it did not. A limit on file handles ends
     /// before the reason is read: the sanitizers' checks need handles themselves.
-    std::string Replace(const QString& name = QStringLiteral("a.gltf"),
+    std::string Replace(const QString& name = u"a.gltf"_s,
                         const std::function<void()>& beforeCommit = {},
                         std::optional<rlim_t> handles = {})
     {
@@ -86,7 +87,7 @@ protected:
     }
     void ExpectUntouched() const
     {
-        EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{QStringLiteral("a.gltf"), "old"}}));
+        EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{u"a.gltf"_s, "old"}}));
     }
 
     FileTree tree;
@@ -114,19 +115,19 @@ TEST_F(PosixReplacement, WithoutAFreeFileHandleNothingIsLeftBehind)
     std::string reason = "none";
     // With each further handle the next step fails, until one more lets it pass.
     for (; limit < 64 && !reason.empty(); ++limit) {
-        reason = Replace(QStringLiteral("a.gltf"), {}, limit);
+        reason = Replace(u"a.gltf"_s, {}, limit);
         if (!reason.empty()) {
             EXPECT_NE(reason.find("Too many open files"), std::string::npos) << reason;
             ExpectUntouched();
         }
     }
     EXPECT_GT(limit, 4U);
-    EXPECT_EQ(tree.Read(QStringLiteral("a.gltf")), "new content");
+    EXPECT_EQ(tree.Read(u"a.gltf"_s), "new content");
 }
 
 TEST_F(PosixReplacement, AFileThatVanishesMeanwhileIsNotMadeAgain)
 {
-    const QString name = QStringLiteral("a.gltf");
+    const QString name = u"a.gltf"_s;
     EXPECT_EQ(Replace(name, [&] { tree.Remove(name); }),
               "the file's permissions cannot be read: No such file or directory");
     EXPECT_EQ(tree.Contents(), FileTree::Snapshot());
@@ -134,24 +135,23 @@ TEST_F(PosixReplacement, AFileThatVanishesMeanwhileIsNotMadeAgain)
 
 TEST_F(PosixReplacement, AFileSwappedForAFolderIsNotReplaced)
 {
-    const QString name = QStringLiteral("a.gltf");
+    const QString name = u"a.gltf"_s;
     EXPECT_EQ(Replace(name, [&] { tree.Remove(name).Folder(name); }), "not a regular file");
-    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{QStringLiteral("a.gltf/"), ""}}));
+    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{u"a.gltf/"_s, ""}}));
 }
 
 TEST_F(PosixReplacement, ASymbolicLinkStaysOneAndItsTargetIsReplaced)
 {
-    tree.File(QStringLiteral("store/real.gltf"), "old").Remove(QStringLiteral("a.gltf"));
-    ASSERT_TRUE(
-        QFile::link(QStringLiteral("store/real.gltf"), tree.Path(QStringLiteral("a.gltf"))));
+    tree.File(u"store/real.gltf"_s, "old").Remove(u"a.gltf"_s);
+    ASSERT_TRUE(QFile::link(u"store/real.gltf"_s, tree.Path(u"a.gltf"_s)));
     EXPECT_EQ(Replace(), "");
-    EXPECT_TRUE(QFileInfo(tree.Path(QStringLiteral("a.gltf"))).isSymLink());
-    EXPECT_EQ(tree.Read(QStringLiteral("store/real.gltf")), "new content");
+    EXPECT_TRUE(QFileInfo(tree.Path(u"a.gltf"_s)).isSymLink());
+    EXPECT_EQ(tree.Read(u"store/real.gltf"_s), "new content");
 }
 
 TEST_F(PosixReplacement, OwnerAndEveryBitOfTheModeAreKept)
 {
-    const std::filesystem::path file = Path(QStringLiteral("a.gltf"));
+    const std::filesystem::path file = Path(u"a.gltf"_s);
     if (::geteuid() == 0) { // only root can give files away
         ASSERT_EQ(::chown(file.c_str(), 12345, 23456), 0);
     }
@@ -175,13 +175,13 @@ TEST_F(PosixReplacement, ANameAsLongAsTheSystemAllowsCanBeReplaced)
 
 TEST_F(PosixReplacement, ANamedPipeIsRefusedWithoutWaitingForAWriter)
 {
-    ASSERT_EQ(::mkfifo(Path(QStringLiteral("pipe.gltf")).c_str(), 0600), 0);
-    EXPECT_EQ(Replace(QStringLiteral("pipe.gltf")), "not a regular file");
+    ASSERT_EQ(::mkfifo(Path(u"pipe.gltf"_s).c_str(), 0600), 0);
+    EXPECT_EQ(Replace(u"pipe.gltf"_s), "not a regular file");
 }
 
 TEST_F(PosixReplacement, ReadingLeavesTheAccessTimeAlone)
 {
-    const std::filesystem::path file = Path(QStringLiteral("a.gltf"));
+    const std::filesystem::path file = Path(u"a.gltf"_s);
     const timespec longAgo[2] = {{1000000000, 0}, {1100000000, 0}};
     ASSERT_EQ(::utimensat(AT_FDCWD, file.c_str(), longAgo, 0), 0);
     EXPECT_EQ(InputFile(file).Read(0, 3), "old");

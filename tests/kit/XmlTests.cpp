@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "pluginkit/Xml.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/Xml.h"
 
 #include <gtest/gtest.h>
 

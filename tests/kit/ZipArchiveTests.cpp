@@ -12,6 +12,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using PluginKit::FormatError;
@@ -54,7 +56,7 @@ protected:
     FileTree tree;
 
 private:
-    const QString m_name = QStringLiteral("a.zip");
+    const QString m_name = u"a.zip"_s;
 };
 
 QByteArray With(QByteArray bytes, qsizetype at, const QByteArray& part)
@@ -161,9 +163,9 @@ TEST_F(ZipFiles, AFailedReplacementLeavesTheFileAsItWas)
     const QByteArray archive = Zip(TwoFiles);
     InputFile file = Open(archive);
     ZipArchive zip(file);
-    tree.File(QStringLiteral("a.zip"), archive + "more"); // someone else writes meanwhile
+    tree.File(u"a.zip"_s, archive + "more"); // someone else writes meanwhile
     EXPECT_THROW(zip.Replace({{"a.xml", "new"}}), FormatError);
-    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{QStringLiteral("a.zip"), archive + "more"}}));
+    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{u"a.zip"_s, archive + "more"}}));
 }
 
 TEST_F(ZipFiles, DamagedRecordsAreReportedWithTheirPlace)

@@ -30,14 +30,13 @@ PROGRAMS = {
     "support": ["support_tests", "stages_tests", "importer_tests"],
     "fileset": ["fileset_tests", "importer_tests", "stages_tests"],
     "plugins": ["plugins_tests", "importer_tests"],
+    "stages": ["stages_tests", "importer_tests"],
     "importer": ["importer_tests", "stages_tests"],
 }
 ALL_PROGRAMS = [
     "base_tests", "services_tests", "kit_tests", "importer_tests", "stages_tests", "fileset_tests", "plugins_tests",
     "support_tests", "scenario_tests", "cli_tests", "fault_tests",
 ]
-# Files of src/importer that the program of the copying room covers first.
-COPYING = re.compile("Copying|FileReplacement|Repathing|DatabaseUpdate|TargetLinks|FileTreeLog")
 
 
 @dataclass
@@ -62,10 +61,7 @@ class Mutation:
         return text.replace(old, new)
 
     def programs(self):
-        room = Path(self.file).parent.name
-        first = list(PROGRAMS[room])
-        if room == "importer" and COPYING.search(self.file):
-            first.reverse()
+        first = PROGRAMS[Path(self.file).parent.name]
         return first + [program for program in ALL_PROGRAMS if program not in first]
 
 

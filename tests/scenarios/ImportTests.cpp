@@ -17,6 +17,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using FileLink::FileLinkImporter;
 using FileLink::FileLinkManager;
 using SyncFolderManagerLib::FolderManager;
@@ -33,9 +35,8 @@ protected:
     {
         FolderManager::Configure(SettingsFor(tree));
         FileLinkManager::Initialize();
-        RegisterTestResolver(tree, QStringLiteral("plugins"));
-        FileLinkManager::GetInstance()->AddPluginRegistrationFolders(
-            {tree.Path(QStringLiteral("plugins"))});
+        RegisterTestResolver(tree, u"plugins"_s);
+        FileLinkManager::GetInstance()->AddPluginRegistrationFolders({tree.Path(u"plugins"_s)});
         FileLinkManager::GetInstance()->AddPluginSearchPaths({TestPluginFolder()});
     }
 
@@ -54,8 +55,7 @@ protected:
     bool Import(const QString& source, Global::CopyOption options = Global::NoCopyOption)
     {
         FileLinkImporter importer;
-        return importer.CopyToCloudCacheFolder({tree.Path(source)}, QStringLiteral("Demo"), false,
-                                               options, {});
+        return importer.CopyToCloudCacheFolder({tree.Path(source)}, u"Demo"_s, false, options, {});
     }
 
     SyncServices::SyncDatabase& Database()

@@ -12,6 +12,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 /// The services over a database file, with shorthands for items and raw looks at the file.
 class DatabaseFixture : public ServicesFixture
 {
@@ -32,8 +34,7 @@ protected:
     File(const QString& path,
          SyncServices::SyncItem::SyncOption option = SyncServices::SyncItem::NoSyncOption)
     {
-        const auto item = std::make_shared<SyncServices::SyncItem>(path, QStringLiteral("/cloud"),
-                                                                   QStringLiteral("/"));
+        const auto item = std::make_shared<SyncServices::SyncItem>(path, u"/cloud"_s, u"/"_s);
         item->SetAuthenticationId(7);
         item->SetSyncOption(option);
         return item;

@@ -12,6 +12,7 @@
 
 using namespace Halvern::SyncServices;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -22,11 +23,11 @@ struct MappingInCloud : ServicesFixture
 
 TEST_F(MappingOnDisk, AFolderIsFlaggedOrADirectory)
 {
-    tree.Folder(QStringLiteral("d")).File(QStringLiteral("f"));
-    EXPECT_TRUE(FileMapping(tree.Path(QStringLiteral("d")), QString(), 7).IsFolder());
-    EXPECT_FALSE(FileMapping(tree.Path(QStringLiteral("f")), QString(), 7).IsFolder());
+    tree.Folder(u"d"_s).File(u"f"_s);
+    EXPECT_TRUE(FileMapping(tree.Path(u"d"_s), QString(), 7).IsFolder());
+    EXPECT_FALSE(FileMapping(tree.Path(u"f"_s), QString(), 7).IsFolder());
     EXPECT_FALSE(FileMapping(QString(), QString(), 7).IsFolder());
-    FileMapping missing(tree.Path(QStringLiteral("gone")), QString(), 7);
+    FileMapping missing(tree.Path(u"gone"_s), QString(), 7);
     EXPECT_FALSE(missing.IsFolder());
     missing.SetFlag(FileMapping::Folder, true);
     EXPECT_TRUE(missing.IsFolder());
@@ -34,10 +35,10 @@ TEST_F(MappingOnDisk, AFolderIsFlaggedOrADirectory)
 
 TEST_F(MappingOnDisk, APathLikeAUrlIsNeverLookedUp)
 {
-    tree.Folder(QStringLiteral("http:/host/d"));
+    tree.Folder(u"http:/host/d"_s);
     const QString before = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(tree.Path()));
-    FileMapping mapping(QStringLiteral("http://host/d"), QStringLiteral("http://host/d"), 7);
+    FileMapping mapping(u"http://host/d"_s, u"http://host/d"_s, 7);
     EXPECT_FALSE(mapping.IsFolder());
     EXPECT_FALSE(mapping.ExistsInTarget());
     mapping.UpdateSourceFileProperties();
@@ -47,9 +48,9 @@ TEST_F(MappingOnDisk, APathLikeAUrlIsNeverLookedUp)
 
 TEST_F(MappingOnDisk, ExistsInTargetAsksForTheTarget)
 {
-    tree.File(QStringLiteral("a"));
-    const QString a = tree.Path(QStringLiteral("a"));
-    const QString b = tree.Path(QStringLiteral("b"));
+    tree.File(u"a"_s);
+    const QString a = tree.Path(u"a"_s);
+    const QString b = tree.Path(u"b"_s);
     EXPECT_TRUE(FileMapping(b, a, 7).ExistsInTarget());
     EXPECT_FALSE(FileMapping(a, b, 7).ExistsInTarget());
     EXPECT_FALSE(FileMapping(a, QString(), 7).ExistsInTarget());
@@ -58,33 +59,33 @@ TEST_F(MappingOnDisk, ExistsInTargetAsksForTheTarget)
 TEST_F(MappingOnDisk, EqualPathsAreOneFileWhetherItExistsOrNot)
 {
     EXPECT_TRUE(SameInTree("gone", "gone"));
-    EXPECT_TRUE(Same(QStringLiteral("/x/../y/a"), QStringLiteral("/y//a")));
+    EXPECT_TRUE(Same(u"/x/../y/a"_s, u"/y//a"_s));
     EXPECT_FALSE(SameInTree("gone", "lost"));
-    EXPECT_FALSE(Same(QStringLiteral("/x/a"), QString()));
+    EXPECT_FALSE(Same(u"/x/a"_s, QString()));
     EXPECT_FALSE(Same(QString(), QString()));
 }
 
 TEST_F(MappingOnDisk, HardLinksAreTwoFiles)
 {
-    tree.File(QStringLiteral("a"));
-    std::filesystem::create_hard_link(tree.Path(QStringLiteral("a")).toStdU16String(),
-                                      tree.Path(QStringLiteral("b")).toStdU16String());
+    tree.File(u"a"_s);
+    std::filesystem::create_hard_link(tree.Path(u"a"_s).toStdU16String(),
+                                      tree.Path(u"b"_s).toStdU16String());
     EXPECT_FALSE(SameInTree("a", "b"));
 }
 
 TEST_F(MappingOnDisk, LetterCaseCountsWhereTheDiskSaysSo)
 {
-    tree.File(QStringLiteral("a.prt"), "1");
-    const bool oneName = tree.Exists(QStringLiteral("A.prt"));
+    tree.File(u"a.prt"_s, "1");
+    const bool oneName = tree.Exists(u"A.prt"_s);
     if (!oneName)
-        tree.File(QStringLiteral("A.prt"), "2");
+        tree.File(u"A.prt"_s, "2");
     EXPECT_EQ(SameInTree("a.prt", "A.prt"), oneName);
 }
 
 TEST_F(MappingOnDisk, EqualContentIsNotTheSameFile)
 {
     const QDateTime time = QDateTime::fromSecsSinceEpoch(1700000000);
-    for (const auto& name : {QStringLiteral("a"), QStringLiteral("b")})
+    for (const auto& name : {u"a"_s, u"b"_s})
         tree.File(name, "same").Touch(name, time);
     EXPECT_FALSE(SameInTree("a", "b"));
 }
@@ -92,8 +93,8 @@ TEST_F(MappingOnDisk, EqualContentIsNotTheSameFile)
 TEST_F(MappingOnDisk, PropertiesAreThoseOfTheFileWhenTheyWereUpdated)
 {
     const QDateTime time = QDateTime::fromSecsSinceEpoch(1700000000);
-    tree.File(QStringLiteral("a"), "12345").Touch(QStringLiteral("a"), time);
-    FileMapping mapping(tree.Path(QStringLiteral("a")), tree.Path(QStringLiteral("b")), 7);
+    tree.File(u"a"_s, "12345").Touch(u"a"_s, time);
+    FileMapping mapping(tree.Path(u"a"_s), tree.Path(u"b"_s), 7);
     mapping.UpdateSourceFileProperties();
     mapping.UpdateTargetFileProperties();
     EXPECT_EQ(mapping.GetSourceFileLastModified(), time);
@@ -101,7 +102,7 @@ TEST_F(MappingOnDisk, PropertiesAreThoseOfTheFileWhenTheyWereUpdated)
     EXPECT_FALSE(mapping.GetTargetFileLastModified().isValid());
     EXPECT_EQ(mapping.GetTargetFileSize(), -1);
 
-    tree.File(QStringLiteral("b"), "1").Remove(QStringLiteral("a"));
+    tree.File(u"b"_s, "1").Remove(u"a"_s);
     EXPECT_EQ(mapping.GetSourceFileSize(), 5);
     mapping.UpdateTargetFileProperties();
     mapping.UpdateSourceFileProperties();
@@ -112,7 +113,7 @@ TEST_F(MappingOnDisk, PropertiesAreThoseOfTheFileWhenTheyWereUpdated)
 
 TEST_F(MappingInCloud, SourceAndTargetAreLookedForInTheCloudCacheFolder)
 {
-    const FileMapping mapping(tree.Path(QStringLiteral("a")), Cloud(QStringLiteral("a")), 7);
+    const FileMapping mapping(tree.Path(u"a"_s), Cloud(u"a"_s), 7);
     EXPECT_FALSE(mapping.IsSourceFileInCloudCacheFolder());
     EXPECT_TRUE(mapping.IsTargetFileInCloudCacheFolder());
 }

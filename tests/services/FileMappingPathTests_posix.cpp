@@ -10,11 +10,13 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 TEST_F(MappingOnDisk, APathThroughASymbolicLinkIsTheSameFile)
 {
-    tree.File(QStringLiteral("d/a"));
-    ASSERT_TRUE(QFile::link(tree.Path(QStringLiteral("d")), tree.Path(QStringLiteral("e"))));
-    ASSERT_TRUE(QFile::link(tree.Path(QStringLiteral("d/a")), tree.Path(QStringLiteral("b"))));
+    tree.File(u"d/a"_s);
+    ASSERT_TRUE(QFile::link(tree.Path(u"d"_s), tree.Path(u"e"_s)));
+    ASSERT_TRUE(QFile::link(tree.Path(u"d/a"_s), tree.Path(u"b"_s)));
     EXPECT_TRUE(SameInTree("d/a", "e/a"));
     EXPECT_TRUE(SameInTree("b", "d/a"));
     EXPECT_TRUE(SameInTree("d", "e"));
@@ -23,10 +25,10 @@ TEST_F(MappingOnDisk, APathThroughASymbolicLinkIsTheSameFile)
 
 TEST_F(MappingOnDisk, ASymbolicLinkIsTheOneOfTwoHardLinksThatItNames)
 {
-    tree.File(QStringLiteral("a"));
-    std::filesystem::create_hard_link(tree.Path(QStringLiteral("a")).toStdU16String(),
-                                      tree.Path(QStringLiteral("b")).toStdU16String());
-    ASSERT_TRUE(QFile::link(tree.Path(QStringLiteral("a")), tree.Path(QStringLiteral("c"))));
+    tree.File(u"a"_s);
+    std::filesystem::create_hard_link(tree.Path(u"a"_s).toStdU16String(),
+                                      tree.Path(u"b"_s).toStdU16String());
+    ASSERT_TRUE(QFile::link(tree.Path(u"a"_s), tree.Path(u"c"_s)));
     EXPECT_TRUE(SameInTree("a", "c"));
     EXPECT_FALSE(SameInTree("b", "c"));
 }

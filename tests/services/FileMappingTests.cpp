@@ -8,6 +8,7 @@
 
 using namespace Halvern::SyncServices;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -15,7 +16,7 @@ using Flag = FileMapping::FileMappingFlag;
 
 FileLink Link(const QString& path)
 {
-    return {3, QStringLiteral("r"), path, QStringLiteral("id")};
+    return {3, u"r"_s, path, u"id"_s};
 }
 
 QStringList LinkPaths(const FileMapping& mapping)
@@ -28,7 +29,7 @@ QStringList LinkPaths(const FileMapping& mapping)
 
 struct Record : testing::Test
 {
-    FileMapping mapping{QStringLiteral("/s/a.asm"), QString(), 7};
+    FileMapping mapping{u"/s/a.asm"_s, QString(), 7};
 };
 
 } // namespace
@@ -37,7 +38,7 @@ TEST_F(Record, ANewMappingHasNoFlagsDatesOrLinks)
 {
     EXPECT_EQ(mapping.GetFlag(), FileMapping::NoFlag);
     EXPECT_EQ(mapping.GetFlagName(), QString());
-    EXPECT_EQ(mapping.GetSourceFile(), QStringLiteral("/s/a.asm"));
+    EXPECT_EQ(mapping.GetSourceFile(), u"/s/a.asm"_s);
     EXPECT_FALSE(mapping.HasTargetFile());
     EXPECT_EQ(mapping.GetAuthenticationId(), 7);
     EXPECT_FALSE(mapping.GetSourceFileLastModified().isValid());
@@ -73,18 +74,18 @@ TEST_F(Record, FlagNamesStandInOrderOfTheirValues)
 {
     mapping.SetFlagAll(FileMapping::FileLinksNotSupported | FileMapping::Copied |
                        FileMapping::Selected);
-    EXPECT_EQ(mapping.GetFlagName(), QStringLiteral("Selected, Copied, FileLinksNotSupported"));
+    EXPECT_EQ(mapping.GetFlagName(), u"Selected, Copied, FileLinksNotSupported"_s);
     mapping.SetFlagAll(static_cast<Flag>(0x3FFFF));
     EXPECT_EQ(mapping.GetFlagName().count(u','), 17);
 }
 
 TEST_F(Record, ATargetThatIsSetIsReplacedOnlyWhenAskedTo)
 {
-    EXPECT_TRUE(mapping.SetTargetFile(QStringLiteral("/t/a"), false));
-    EXPECT_FALSE(mapping.SetTargetFile(QStringLiteral("/t/b"), false));
-    EXPECT_EQ(mapping.GetTargetFile(), QStringLiteral("/t/a"));
-    EXPECT_TRUE(mapping.SetTargetFile(QStringLiteral("/t/b"), true));
-    EXPECT_EQ(mapping.GetTargetFile(), QStringLiteral("/t/b"));
+    EXPECT_TRUE(mapping.SetTargetFile(u"/t/a"_s, false));
+    EXPECT_FALSE(mapping.SetTargetFile(u"/t/b"_s, false));
+    EXPECT_EQ(mapping.GetTargetFile(), u"/t/a"_s);
+    EXPECT_TRUE(mapping.SetTargetFile(u"/t/b"_s, true));
+    EXPECT_EQ(mapping.GetTargetFile(), u"/t/b"_s);
     EXPECT_TRUE(mapping.SetTargetFile(QString(), true));
     EXPECT_FALSE(mapping.HasTargetFile());
 }
@@ -93,17 +94,17 @@ TEST_F(Record, ARevisionCountsChangesOfItsPathOnly)
 {
     const quint64 source = FileMapping::GetSourcePathRevision();
     const quint64 target = FileMapping::GetTargetPathRevision();
-    mapping.SetSourceFile(QStringLiteral("/s/a.asm"));
+    mapping.SetSourceFile(u"/s/a.asm"_s);
     mapping.SetTargetFile(QString(), true);
     EXPECT_EQ(FileMapping::GetSourcePathRevision(), source);
     EXPECT_EQ(FileMapping::GetTargetPathRevision(), target);
-    mapping.SetSourceFile(QStringLiteral("/s/A.asm"));
+    mapping.SetSourceFile(u"/s/A.asm"_s);
     EXPECT_EQ(FileMapping::GetSourcePathRevision(), source + 1);
     EXPECT_EQ(FileMapping::GetTargetPathRevision(), target);
-    mapping.SetTargetFile(QStringLiteral("/t/a"), false);
-    mapping.SetTargetFile(QStringLiteral("/t/b"), false);
+    mapping.SetTargetFile(u"/t/a"_s, false);
+    mapping.SetTargetFile(u"/t/b"_s, false);
     EXPECT_EQ(FileMapping::GetTargetPathRevision(), target + 1);
-    FileMapping other(QStringLiteral("/s/b"), QStringLiteral("/t/c"), 7);
+    FileMapping other(u"/s/b"_s, u"/t/c"_s, 7);
     mapping.CopyFrom(&other, false, true);
     EXPECT_EQ(FileMapping::GetTargetPathRevision(), target + 2);
     EXPECT_EQ(FileMapping::GetSourcePathRevision(), source + 1);
@@ -119,16 +120,16 @@ struct CopyFrom : testing::Test
         other.SetSourceFileProperties(date, 10);
         other.SetTargetFileProperties(date.addSecs(1), 11);
         other.SetCopyDate(date.addSecs(2));
-        other.SetSourceFileLinks({Link(QStringLiteral("x"))});
+        other.SetSourceFileLinks({Link(u"x"_s)});
         other.SetSourceFileLinksExtractedAtFileDate(date.addSecs(3));
-        other.SetTargetFileLinks({Link(QStringLiteral("y"))});
+        other.SetTargetFileLinks({Link(u"y"_s)});
         other.SetTargetFileLinksExtractedAtFileDate(date.addSecs(4));
-        mapping.SetSourceFileLinks({Link(QStringLiteral("own"))});
+        mapping.SetSourceFileLinks({Link(u"own"_s)});
     }
 
     const QDateTime date = QDateTime::fromSecsSinceEpoch(1700000000, Qt::UTC);
-    FileMapping other{QStringLiteral("/o/s"), QStringLiteral("/o/t"), 9};
-    FileMapping mapping{QStringLiteral("/s"), QStringLiteral("/t"), 7};
+    FileMapping other{u"/o/s"_s, u"/o/t"_s, 9};
+    FileMapping mapping{u"/s"_s, u"/t"_s, 7};
 };
 
 } // namespace
@@ -136,9 +137,9 @@ struct CopyFrom : testing::Test
 TEST_F(CopyFrom, TakesTargetDatesFlagsAndLinksButNotTheSource)
 {
     mapping.CopyFrom(&other, false, false);
-    EXPECT_EQ(mapping.GetSourceFile(), QStringLiteral("/s"));
+    EXPECT_EQ(mapping.GetSourceFile(), u"/s"_s);
     EXPECT_EQ(mapping.GetAuthenticationId(), 7);
-    EXPECT_EQ(mapping.GetTargetFile(), QStringLiteral("/o/t"));
+    EXPECT_EQ(mapping.GetTargetFile(), u"/o/t"_s);
     EXPECT_EQ(mapping.GetFlag(), FileMapping::Copied);
     EXPECT_EQ(mapping.GetSourceFileLastModified(), date);
     EXPECT_EQ(mapping.GetSourceFileSize(), 10);
@@ -154,25 +155,25 @@ TEST_F(CopyFrom, TakesTargetDatesFlagsAndLinksButNotTheSource)
 TEST_F(CopyFrom, KeepsTheTargetWhenToldTo)
 {
     mapping.CopyFrom(&other, true, false);
-    EXPECT_EQ(mapping.GetTargetFile(), QStringLiteral("/t"));
+    EXPECT_EQ(mapping.GetTargetFile(), u"/t"_s);
     EXPECT_EQ(mapping.GetSourceFileLinks(), other.GetSourceFileLinks());
 }
 
 TEST_F(CopyFrom, KeepsLinksAndTheirDatesWhenToldTo)
 {
     mapping.CopyFrom(&other, false, true);
-    EXPECT_EQ(LinkPaths(mapping), QStringList(QStringLiteral("own")));
+    EXPECT_EQ(LinkPaths(mapping), QStringList(u"own"_s));
     EXPECT_FALSE(mapping.GetSourceFileLinksExtractedAtFileDate().isValid());
     EXPECT_TRUE(mapping.GetTargetFileLinks().isEmpty());
-    EXPECT_EQ(mapping.GetTargetFile(), QStringLiteral("/o/t"));
+    EXPECT_EQ(mapping.GetTargetFile(), u"/o/t"_s);
     EXPECT_EQ(mapping.GetCopyDate(), date.addSecs(2));
 }
 
 TEST_F(CopyFrom, NothingFromNull)
 {
     mapping.CopyFrom(nullptr, false, false);
-    EXPECT_EQ(mapping.GetTargetFile(), QStringLiteral("/t"));
-    EXPECT_EQ(LinkPaths(mapping), QStringList(QStringLiteral("own")));
+    EXPECT_EQ(mapping.GetTargetFile(), u"/t"_s);
+    EXPECT_EQ(LinkPaths(mapping), QStringList(u"own"_s));
 }
 
 namespace {
@@ -197,16 +198,14 @@ struct ChangeSourceFileLink : testing::TestWithParam<LinkCase>
 
 TEST_P(ChangeSourceFileLink, FindsLinksThatNameThePath)
 {
-    FileMapping mapping(QStringLiteral("/s/p/a.asm"), QString(), 7);
-    mapping.SetSourceFileLinks(
-        {Link(QStringLiteral("other.prt")), Link(QString::fromUtf8(GetParam().link))});
-    const bool found =
-        mapping.ChangeSourceFileLink(QString::fromUtf8(GetParam().from), QStringLiteral("new"));
+    FileMapping mapping(u"/s/p/a.asm"_s, QString(), 7);
+    mapping.SetSourceFileLinks({Link(u"other.prt"_s), Link(QString::fromUtf8(GetParam().link))});
+    const bool found = mapping.ChangeSourceFileLink(QString::fromUtf8(GetParam().from), u"new"_s);
     EXPECT_EQ(found, GetParam().matches);
     EXPECT_EQ(LinkPaths(mapping),
-              QStringList({QStringLiteral("other.prt"),
+              QStringList({u"other.prt"_s,
                            QString::fromUtf8(GetParam().matches ? "new" : GetParam().link)}));
-    EXPECT_EQ(mapping.GetSourceFileLinks().at(1).RefId, QStringLiteral("r"));
+    EXPECT_EQ(mapping.GetSourceFileLinks().at(1).RefId, u"r"_s);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -229,11 +228,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ChangeSourceFileLinkOfAll, EveryLinkThatNamesThePathIsChanged)
 {
-    FileMapping mapping(QStringLiteral("/s/a.asm"), QString(), 7);
-    mapping.SetSourceFileLinks({Link(QStringLiteral("c.prt")), Link(QStringLiteral("b.prt")),
-                                Link(QStringLiteral("/s/c.prt"))});
-    EXPECT_TRUE(
-        mapping.ChangeSourceFileLink(QStringLiteral("/s/c.prt"), QStringLiteral("/z/d.prt")));
-    EXPECT_EQ(LinkPaths(mapping), QStringList({QStringLiteral("/z/d.prt"), QStringLiteral("b.prt"),
-                                               QStringLiteral("/z/d.prt")}));
+    FileMapping mapping(u"/s/a.asm"_s, QString(), 7);
+    mapping.SetSourceFileLinks({Link(u"c.prt"_s), Link(u"b.prt"_s), Link(u"/s/c.prt"_s)});
+    EXPECT_TRUE(mapping.ChangeSourceFileLink(u"/s/c.prt"_s, u"/z/d.prt"_s));
+    EXPECT_EQ(LinkPaths(mapping), QStringList({u"/z/d.prt"_s, u"b.prt"_s, u"/z/d.prt"_s}));
 }

@@ -9,6 +9,7 @@
 namespace {
 
 using namespace Halvern::SyncServices;
+using namespace Qt::StringLiterals;
 
 struct FlagValue
 {
@@ -42,7 +43,7 @@ TEST(RecordValues, OfEveryMappingFlagAreThoseThatHostsRead)
 {
     for (const FlagValue& row : flagValues) {
         EXPECT_EQ(quint32(row.flag), row.value) << row.name;
-        FileMapping mapping(QStringLiteral("a"), QString(), 7);
+        FileMapping mapping(u"a"_s, QString(), 7);
         mapping.SetFlagAll(FileMapping::FileMappingFlag(row.value));
         EXPECT_EQ(mapping.GetFlagName(), QString::fromLatin1(row.name));
     }
@@ -74,7 +75,7 @@ TEST(RecordValues, OfTheSyncOptionsAreThoseInTheDatabase)
 
 TEST(RecordValues, AFlagWordIsTakenWholeWithBitsThatHaveNoName)
 {
-    FileMapping mapping(QStringLiteral("a"), QString(), 7);
+    FileMapping mapping(u"a"_s, QString(), 7);
     mapping.SetFlagAll(FileMapping::FileMappingFlag(0xffffffffu));
     EXPECT_EQ(quint32(mapping.GetFlag()), 0xffffffffu);
     mapping.SetFlag(FileMapping::FileMappingFlag(0x3ffffu), false);
@@ -87,11 +88,10 @@ TEST(RecordValues, ANewLinkIsUnresolvedAndHoldsItsFieldsInOrder)
     const FileLink link;
     EXPECT_EQ(link.ItemId, -1);
     EXPECT_EQ(link, (FileLink{-1, QString(), QString(), QString()}));
-    const FileLink filled{3, QStringLiteral("ref"), QStringLiteral("path"),
-                          QStringLiteral("cloud")};
-    EXPECT_EQ(filled.RefId, QStringLiteral("ref"));
-    EXPECT_EQ(filled.Path, QStringLiteral("path"));
-    EXPECT_EQ(filled.CloudItemId, QStringLiteral("cloud"));
+    const FileLink filled{3, u"ref"_s, u"path"_s, u"cloud"_s};
+    EXPECT_EQ(filled.RefId, u"ref"_s);
+    EXPECT_EQ(filled.Path, u"path"_s);
+    EXPECT_EQ(filled.CloudItemId, u"cloud"_s);
 }
 
 } // namespace

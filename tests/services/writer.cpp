@@ -15,17 +15,18 @@
 #include <string>
 
 using namespace Halvern::SyncServices;
+using namespace Qt::StringLiterals;
 using Halvern::SyncFolderManagerLib::FolderManager;
 
 namespace {
 
 bool WriteOne(SyncDatabase& database, const QString& path)
 {
-    const FileLink link{-1, QStringLiteral("r1"), QStringLiteral("lib/part.prt"), QString()};
-    const auto item = std::make_shared<SyncItem>(path, path, QStringLiteral("/"));
+    const FileLink link{-1, u"r1"_s, u"lib/part.prt"_s, QString()};
+    const auto item = std::make_shared<SyncItem>(path, path, u"/"_s);
     item->SetAuthenticationId(7);
     item->SetFileLinks({link, link});
-    const auto copy = std::make_shared<FileMapping>(path + QStringLiteral(".source"), path, 7);
+    const auto copy = std::make_shared<FileMapping>(path + u".source"_s, path, 7);
     copy->SetSourceFileLinks({link});
     return database.AddOrUpdateFileConfiguration(item) &&
            database.AddAndUpdateFileCopyHistory({copy}, {});
@@ -44,7 +45,7 @@ int WriteItems(const QString& file, const QString& cloud, const QString& prefix,
         return 1;
     }
     for (int i = 1; i <= count; ++i) {
-        if (!WriteOne(*database, QStringLiteral("%1/%2%3.prt").arg(cloud, prefix).arg(i))) {
+        if (!WriteOne(*database, u"%1/%2%3.prt"_s.arg(cloud, prefix).arg(i))) {
             std::cerr << database->GetLastError().toStdString() << '\n';
             return 1;
         }

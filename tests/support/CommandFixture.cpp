@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int Patience = 120000;
@@ -34,8 +36,8 @@ void PrintTo(const CommandResult& result, std::ostream* out)
 
 CommandFixture::CommandFixture()
 {
-    tree.Folder(QStringLiteral("work")).Folder(QStringLiteral("home"));
-    RegisterTestResolver(tree, QStringLiteral("plugins"));
+    tree.Folder(u"work"_s).Folder(u"home"_s);
+    RegisterTestResolver(tree, u"plugins"_s);
 }
 
 CommandResult CommandFixture::Import(const QStringList& arguments) const
@@ -53,14 +55,14 @@ CommandResult CommandFixture::Run(const QStringList& arguments) const
 
 QStringList CommandFixture::ImportArguments(const QStringList& arguments) const
 {
-    return QStringList{QStringLiteral("import"),
-                       QStringLiteral("--cloud-folder"),
-                       tree.Path(QStringLiteral("cloud")),
-                       QStringLiteral("--database"),
-                       tree.Path(QStringLiteral("sync.db")),
-                       QStringLiteral("--plugin-path"),
-                       tree.Path(QStringLiteral("plugins")),
-                       QStringLiteral("--plugin-path"),
+    return QStringList{u"import"_s,
+                       u"--cloud-folder"_s,
+                       tree.Path(u"cloud"_s),
+                       u"--database"_s,
+                       tree.Path(u"sync.db"_s),
+                       u"--plugin-path"_s,
+                       tree.Path(u"plugins"_s),
+                       u"--plugin-path"_s,
                        TestPluginFolder()} +
            arguments;
 }
@@ -68,15 +70,15 @@ QStringList CommandFixture::ImportArguments(const QStringList& arguments) const
 void CommandFixture::Prepare(QProcess& process, const QStringList& arguments) const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    const QString home = tree.Path(QStringLiteral("home"));
-    environment.insert(QStringLiteral("HOME"), home);
-    environment.insert(QStringLiteral("USERPROFILE"), home);
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/config"));
-    environment.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/data"));
-    environment.insert(QStringLiteral("APPDATA"), home + QStringLiteral("/config"));
-    environment.insert(QStringLiteral("LOCALAPPDATA"), home + QStringLiteral("/data"));
+    const QString home = tree.Path(u"home"_s);
+    environment.insert(u"HOME"_s, home);
+    environment.insert(u"USERPROFILE"_s, home);
+    environment.insert(u"XDG_CONFIG_HOME"_s, home + u"/config"_s);
+    environment.insert(u"XDG_DATA_HOME"_s, home + u"/data"_s);
+    environment.insert(u"APPDATA"_s, home + u"/config"_s);
+    environment.insert(u"LOCALAPPDATA"_s, home + u"/data"_s);
     process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(tree.Path(QStringLiteral("work")));
+    process.setWorkingDirectory(tree.Path(u"work"_s));
     process.setProgram(QStringLiteral(CORSYNC_PROGRAM));
     process.setArguments(arguments);
 }
@@ -92,8 +94,7 @@ CommandResult CommandFixture::Finish(QProcess& process)
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     // Expected lines are written with forward slashes, and end as they do on POSIX.
     const auto text = [](const QByteArray& bytes) {
-        return QDir::fromNativeSeparators(QString::fromUtf8(bytes))
-            .replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+        return QDir::fromNativeSeparators(QString::fromUtf8(bytes)).replace(u"\r\n"_s, u"\n"_s);
     };
     return {process.exitCode(), text(process.readAllStandardOutput()),
             text(process.readAllStandardError())};

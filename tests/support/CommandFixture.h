@@ -14,6 +14,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 /// What the command answered.
 struct CommandResult
 {
@@ -46,7 +48,7 @@ protected:
     void Prepare(QProcess& process, const QStringList& arguments) const;
     static CommandResult Finish(QProcess& process);
 
-    FileTree::Snapshot Cloud() const { return tree.Contents(QStringLiteral("cloud")); }
+    FileTree::Snapshot Cloud() const { return tree.Contents(u"cloud"_s); }
 
     FileTree tree;
 };

@@ -4,13 +4,15 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using FileLink::FileLinkManager;
 
 CopyingFixture::CopyingFixture()
 {
     FileLinkManager::Initialize();
-    RegisterTestResolver(tree, QStringLiteral("plugins"));
-    Manager().AddPluginRegistrationFolders({tree.Path(QStringLiteral("plugins"))});
+    RegisterTestResolver(tree, u"plugins"_s);
+    Manager().AddPluginRegistrationFolders({tree.Path(u"plugins"_s)});
     Manager().AddPluginSearchPaths({TestPluginFolder()});
     Restart();
 }
@@ -26,8 +28,7 @@ void CopyingFixture::Restart(Global::CopyOption options)
     importer.reset();
     importer = std::make_unique<FileLinkImporterImp>(controller);
     // A source that does not exist is passed over: the set is there, and empty.
-    EXPECT_TRUE(importer->Initialize({tree.Path(QStringLiteral("no such file"))}, Cloud(), false,
-                                     options, {}));
+    EXPECT_TRUE(importer->Initialize({tree.Path(u"no such file"_s)}, Cloud(), false, options, {}));
     log.Clear();
     controller->polls = 0;
 }

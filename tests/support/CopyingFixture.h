@@ -16,6 +16,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using FileLink::FileLinkImporterImp;
 using FileLink::FileLinkList;
 using FileLink::FileMappingFlag;
@@ -50,7 +52,7 @@ protected:
                  Global::CopyOption options = Global::NoCopyOption);
 
     /// The module's lines since the last Clear.
-    QStringList Lines() const { return log.Lines(QStringLiteral("CorsyncFileLink")); }
+    QStringList Lines() const { return log.Lines(u"CorsyncFileLink"_s); }
     /// The module's lines that begin so.
     QStringList LinesWith(const QString& begin) const;
     std::shared_ptr<SyncItem> Item(const QString& cloudPath) const;

@@ -12,6 +12,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 LoadedResolver::LoadedResolver(const QString& libraryFile) : m_library(libraryFile)
 {
     using Factory = SyncPlugin::IFileLinkResolverFactory;
@@ -120,10 +122,10 @@ QString ResolverFixture::ReadFailure(const QString& file, const QByteArray& cont
     context.lines.clear();
     EXPECT_FALSE(TryRead(file));
     EXPECT_EQ(tree.Read(file), content);
-    const QString start = QStringLiteral("ERROR Failed to read the file links of %1: ");
+    const QString start = u"ERROR Failed to read the file links of %1: "_s;
     const QString prefix = start.arg(tree.Path(file));
     if (context.lines.size() != 1 || !context.lines.first().startsWith(prefix))
-        return QStringLiteral("unexpected log: ") + context.lines.join(u'\n');
+        return u"unexpected log: "_s + context.lines.join(u'\n');
     return context.lines.first().mid(prefix.size());
 }
 
@@ -143,7 +145,7 @@ QString ResolverFixture::RewriteFailure(const QString& file, const QByteArray& c
     context.lines.clear();
     EXPECT_FALSE(Repath(file, links));
     EXPECT_EQ(tree.Contents(), before);
-    const QString start = QStringLiteral("ERROR Failed to rewrite the file links of %1: ");
+    const QString start = u"ERROR Failed to rewrite the file links of %1: "_s;
     return context.lines.join(u'\n').replace(start.arg(tree.Path(file)), QString());
 }
 

@@ -17,6 +17,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 /// Answers the polls of a job and counts them; from the n-th on it asks to stop. Without a number
 /// it never does.
 class PollCounter : public FileLink::ICancelController
@@ -49,10 +51,10 @@ private:
 /// The module running over services on a temporary tree, with the test resolver for "tasm" and
 /// "tlk" files. Sources stand in "src", the cloud cache folder is "cloud":
 ///
-///     Assembly(u"src/a.tasm"_qs, {u"1 parts/b.tlk"_qs});
-///     tree.File(u"src/parts/b.tlk"_qs);
+///     Assembly(u"src/a.tasm"_s, {u"1 parts/b.tlk"_s});
+///     tree.File(u"src/parts/b.tlk"_s);
 ///     FileLinkImporterImp importer(nullptr);
-///     importer.Initialize({Source(u"a.tasm"_qs)}, Cloud(), false, {}, {});
+///     importer.Initialize({Source(u"a.tasm"_s)}, Cloud(), false, {}, {});
 ///
 /// Importers must not outlive a test. The header is here, without a source file, because it needs
 /// the module's private classes, which the library of test support does not link.
@@ -68,18 +70,18 @@ protected:
 
     ImporterFixture()
     {
-        RegisterTestResolver(tree, QStringLiteral("plugins"));
-        tree.Folder(QStringLiteral("src"));
+        RegisterTestResolver(tree, u"plugins"_s);
+        tree.Folder(u"src"_s);
         FileLink::FileLinkManager::Initialize();
         FileLink::FileLinkManager* const manager = FileLink::FileLinkManager::GetInstance();
-        manager->AddPluginRegistrationFolders({tree.Path(QStringLiteral("plugins"))});
+        manager->AddPluginRegistrationFolders({tree.Path(u"plugins"_s)});
         manager->AddPluginSearchPaths({TestPluginFolder()});
     }
 
     ~ImporterFixture() override { FileLink::FileLinkManager::Uninitialize(); }
 
     /// Registers the layout of TestLayoutPlugin.cpp, too. Requires: no plug-in was used yet.
-    void UseTestLayout() { RegisterTestLayout(tree, QStringLiteral("plugins")); }
+    void UseTestLayout() { RegisterTestLayout(tree, u"plugins"_s); }
 
     /// Starts module and services anew over the same tree with what stands in `settings`.
     void Restart()
@@ -88,14 +90,11 @@ protected:
         SyncFolderManagerLib::FolderManager::Configure(settings);
         FileLink::FileLinkManager::Initialize();
         FileLink::FileLinkManager* const manager = FileLink::FileLinkManager::GetInstance();
-        manager->AddPluginRegistrationFolders({tree.Path(QStringLiteral("plugins"))});
+        manager->AddPluginRegistrationFolders({tree.Path(u"plugins"_s)});
         manager->AddPluginSearchPaths({TestPluginFolder()});
     }
 
-    QString Source(const QString& relative = {}) const
-    {
-        return tree.Path(QStringLiteral("src/") + relative);
-    }
+    QString Source(const QString& relative = {}) const { return tree.Path(u"src/"_s + relative); }
 
     /// The text of a file with these links, each written "<reference id> <path>".
     static QByteArray Links(const QStringList& links)
@@ -135,8 +134,7 @@ protected:
     {
         QStringList lines;
         for (const FileMappingPointer& file : importer.GetFileSet()->GetFiles())
-            lines.append(Short(file->GetSourceFile()) + QStringLiteral(" -> ") +
-                         Short(file->GetTargetFile()));
+            lines.append(Short(file->GetSourceFile()) + u" -> "_s + Short(file->GetTargetFile()));
         return lines;
     }
 

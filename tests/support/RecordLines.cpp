@@ -4,6 +4,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr char moduleLogger[] = "CorsyncFileLink";
@@ -12,17 +14,17 @@ QString LevelName(int level)
 {
     switch (level) {
     case log4cplus::TRACE_LOG_LEVEL:
-        return QStringLiteral("TRACE");
+        return u"TRACE"_s;
     case log4cplus::DEBUG_LOG_LEVEL:
-        return QStringLiteral("DEBUG");
+        return u"DEBUG"_s;
     case log4cplus::INFO_LOG_LEVEL:
-        return QStringLiteral("INFO");
+        return u"INFO"_s;
     case log4cplus::WARN_LOG_LEVEL:
-        return QStringLiteral("WARN");
+        return u"WARN"_s;
     case log4cplus::ERROR_LOG_LEVEL:
-        return QStringLiteral("ERROR");
+        return u"ERROR"_s;
     case log4cplus::FATAL_LOG_LEVEL:
-        return QStringLiteral("FATAL");
+        return u"FATAL"_s;
     default:
         return QString::number(level);
     }
@@ -31,30 +33,23 @@ QString LevelName(int level)
 QString Compose(const QString& logger, const QString& level, const QString& file,
                 const QString& function, const QString& text)
 {
-    const QString line = level + u' ' + file + u' ' + function + QStringLiteral(": ") + text;
+    const QString line = level + u' ' + file + u' ' + function + u": "_s + text;
     const bool isModules = logger.isEmpty() || logger == QString::fromLatin1(moduleLogger);
-    return isModules ? line : logger + QStringLiteral(": ") + line;
+    return isModules ? line : logger + u": "_s + line;
 }
 
 } // namespace
 
-QString ShortSignature(const QString& signature)
+QString OperationOf(const QString& signature)
 {
-    QString text = signature;
-    for (const char* name : {"Halvern::FileLink::", "Halvern::SyncServices::",
-                             "Halvern::SyncPlugin::", "Halvern::SyncFolderManagerLib::"})
-        text.remove(QString::fromLatin1(name));
-    text.replace(QStringLiteral("> >"), QStringLiteral(">>"));
-    const qsizetype parameters = text.indexOf(u'(');
-    const qsizetype start = text.lastIndexOf(u' ', parameters) + 1;
-    const qsizetype end = text.lastIndexOf(u')') + 1;
-    return text.mid(start, end - start);
+    const QString beforeParameters = signature.section(u'(', 0, 0);
+    return beforeParameters.section(u' ', -1).remove(u"Halvern::FileLink::"_s);
 }
 
 QString RecordLine(const LogRecord& record)
 {
     return Compose(record.logger, LevelName(record.level), record.file,
-                   ShortSignature(record.function), record.text);
+                   OperationOf(record.function), record.text);
 }
 
 QStringList RecordLines(const LogCapture& log, const QString& folder)
@@ -79,8 +74,7 @@ QString RecordsOf::Line(const QString& level, const QString& text) const
 
 QString ClosingRecord(const QString& text)
 {
-    return RecordsOf(QStringLiteral("LogFinally::Log()"), QStringLiteral("InternalServices.cpp"))
-        .Info(text);
+    return RecordsOf(u"LogFinally::Log"_s, u"InternalServices.cpp"_s).Info(text);
 }
 
 } // namespace Halvern::Test

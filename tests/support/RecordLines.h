@@ -6,34 +6,36 @@
 
 namespace Halvern::Test {
 
-/// What a log record says, without the return type, namespaces and line of its function:
+using namespace Qt::StringLiterals;
+
+/// What a log record says, and the operation that it names:
 ///
-///     "INFO FileLinkManagerImp.cpp FileLinkImporterImp::RepathFiles(int): Repathing file /a/b"
+///     "INFO FileLinkManagerImp.cpp FileLinkImporterImp::RepathFiles: Repathing file /a/b"
 ///
 /// The logger stands in front ("ResolverPlugin: ERROR ...") where it is not the module's.
 QString RecordLine(const LogRecord& record);
 /// All records in order. `folder` with the slash after it is cut out of the texts.
 QStringList RecordLines(const LogCapture& log, const QString& folder = {});
 
-/// The class, name and parameters in a function's signature as the compiler spells it.
-QString ShortSignature(const QString& signature);
+/// Class and name in a function's signature as the compiler spells it. The parameters are nobody's
+/// business: readers of the log know the operation.
+QString OperationOf(const QString& signature);
 
-/// The lines of one function:
+/// The lines of one operation:
 ///
-///     const RecordsOf copyFiles("FileLinkImporterImp::CopyFiles()");
+///     const RecordsOf copyFiles("FileLinkImporterImp::CopyFiles");
 ///     copyFiles.Info("Begin copying files")
 class RecordsOf
 {
 public:
-    explicit RecordsOf(const QString& function,
-                       const QString& file = QStringLiteral("FileLinkManagerImp.cpp"),
+    explicit RecordsOf(const QString& function, const QString& file = u"FileLinkManagerImp.cpp"_s,
                        const QString& logger = {});
 
-    QString Trace(const QString& text) const { return Line(QStringLiteral("TRACE"), text); }
-    QString Debug(const QString& text) const { return Line(QStringLiteral("DEBUG"), text); }
-    QString Info(const QString& text) const { return Line(QStringLiteral("INFO"), text); }
-    QString Warn(const QString& text) const { return Line(QStringLiteral("WARN"), text); }
-    QString Error(const QString& text) const { return Line(QStringLiteral("ERROR"), text); }
+    QString Trace(const QString& text) const { return Line(u"TRACE"_s, text); }
+    QString Debug(const QString& text) const { return Line(u"DEBUG"_s, text); }
+    QString Info(const QString& text) const { return Line(u"INFO"_s, text); }
+    QString Warn(const QString& text) const { return Line(u"WARN"_s, text); }
+    QString Error(const QString& text) const { return Line(u"ERROR"_s, text); }
 
 private:
     QString Line(const QString& level, const QString& text) const;

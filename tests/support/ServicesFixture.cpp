@@ -6,16 +6,18 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using SyncFolderManagerLib::FolderManager;
 using SyncServices::SyncManager;
 
 SyncServices::ServicesSettings SettingsFor(const FileTree& tree)
 {
     SyncServices::ServicesSettings settings;
-    settings.cloudCacheFolder = tree.Path(QStringLiteral("cloud"));
-    settings.databaseFile = tree.Path(QStringLiteral("sync.db"));
+    settings.cloudCacheFolder = tree.Path(u"cloud"_s);
+    settings.databaseFile = tree.Path(u"sync.db"_s);
     settings.authenticationConfigurationId = 7;
-    settings.userName = QStringLiteral("tester");
+    settings.userName = u"tester"_s;
     return settings;
 }
 
@@ -36,7 +38,7 @@ ServicesFixture::~ServicesFixture()
 
 QString ServicesFixture::Cloud(const QString& relative) const
 {
-    return tree.Path(QStringLiteral("cloud/") + relative);
+    return tree.Path(u"cloud/"_s + relative);
 }
 
 SyncServices::SyncDatabase& ServicesFixture::Database() const

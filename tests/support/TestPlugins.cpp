@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // With a drive where the system has them, as long as the current folder is the one of the start:
@@ -34,31 +36,27 @@ QString TestLayoutModule()
 
 QByteArray Registration(const QString& module, const QString& service, const QString& fileTypes)
 {
-    return QStringLiteral("<SyncPlugins><Plugin Module=\"%1\" Name=\"For tests\">"
-                          "<%2 FileTypes=\"%3\"/></Plugin></SyncPlugins>\n")
-        .arg(module, service, fileTypes)
-        .toUtf8();
+    return u"<SyncPlugins><Plugin Module=\"%1\" Name=\"For tests\">"
+           "<%2 FileTypes=\"%3\"/></Plugin></SyncPlugins>\n"_s.arg(module, service, fileTypes)
+               .toUtf8();
 }
 
 void RegisterTestResolver(FileTree& tree, const QString& folder)
 {
-    tree.File(folder + QStringLiteral("/test_resolver.syncplugin"),
-              Registration(TestResolverModule(), QStringLiteral("FileLinkResolver"),
-                           QStringLiteral("tlk,tasm")));
+    tree.File(folder + u"/test_resolver.syncplugin"_s,
+              Registration(TestResolverModule(), u"FileLinkResolver"_s, u"tlk,tasm"_s));
 }
 
 void RegisterTestLayout(FileTree& tree, const QString& folder)
 {
-    tree.File(
-        folder + QStringLiteral("/test_layout.syncplugin"),
-        Registration(TestLayoutModule(), QStringLiteral("FileLayout"), QStringLiteral("tlk,tasm")));
+    tree.File(folder + u"/test_layout.syncplugin"_s,
+              Registration(TestLayoutModule(), u"FileLayout"_s, u"tlk,tasm"_s));
 }
 
 PluginCallLog::PluginCallLog()
 {
     Clear();
-    qputenv(CallLogVariable,
-            QDir::toNativeSeparators(m_tree.Path(QStringLiteral("calls"))).toLocal8Bit());
+    qputenv(CallLogVariable, QDir::toNativeSeparators(m_tree.Path(u"calls"_s)).toLocal8Bit());
 }
 
 PluginCallLog::~PluginCallLog()
@@ -68,12 +66,12 @@ PluginCallLog::~PluginCallLog()
 
 QStringList PluginCallLog::Calls() const
 {
-    return QString::fromUtf8(m_tree.Read(QStringLiteral("calls"))).split(u'\n', Qt::SkipEmptyParts);
+    return QString::fromUtf8(m_tree.Read(u"calls"_s)).split(u'\n', Qt::SkipEmptyParts);
 }
 
 void PluginCallLog::Clear()
 {
-    m_tree.File(QStringLiteral("calls"), {});
+    m_tree.File(u"calls"_s, {});
 }
 
 } // namespace Halvern::Test

@@ -20,8 +20,8 @@ QByteArray Registration(const QString& module, const QString& service, const QSt
 
 /// Writes registration files for the types "tlk" and "tasm" into a folder of the tree:
 ///
-///     RegisterTestResolver(tree, u"plugins"_qs);
-///     manager->AddPluginRegistrationFolders({tree.Path(u"plugins"_qs)});
+///     RegisterTestResolver(tree, u"plugins"_s);
+///     manager->AddPluginRegistrationFolders({tree.Path(u"plugins"_s)});
 ///     manager->AddPluginSearchPaths({TestPluginFolder()});
 void RegisterTestResolver(FileTree& tree, const QString& folder);
 void RegisterTestLayout(FileTree& tree, const QString& folder);

@@ -10,6 +10,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr unsigned long ReadOnly = FILE_ATTRIBUTE_READONLY;
@@ -73,103 +75,102 @@ private:
 
 TEST_F(Attributes, AReadOnlyTargetIsNotReplacedAndStaysReadOnly)
 {
-    tree.File(QStringLiteral("src/a.dat"), "new").File(QStringLiteral("cloud/a.dat"), "old");
-    SetReadOnly(Cloud(QStringLiteral("a.dat")));
+    tree.File(u"src/a.dat"_s, "new").File(u"cloud/a.dat"_s, "old");
+    SetReadOnly(Cloud(u"a.dat"_s));
 
     EXPECT_FALSE(Replace());
 
-    EXPECT_EQ(tree.Read(QStringLiteral("cloud/a.dat")), "old");
-    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("a.dat"))) & ReadOnly);
+    EXPECT_EQ(tree.Read(u"cloud/a.dat"_s), "old");
+    EXPECT_TRUE(AttributesOf(Cloud(u"a.dat"_s)) & ReadOnly);
     EXPECT_TRUE(Short(log.Lines())
-                    .contains(QStringLiteral("INFO Copy skipped for file src/a.dat. Target file "
-                                             "cloud/a.dat exists and is read-only.")));
+                    .contains(u"INFO Copy skipped for file src/a.dat. Target file "
+                              "cloud/a.dat exists and is read-only."_s));
 }
 
 TEST_F(Attributes, AReadOnlySourceIsMovedAndItsCopyIsReadOnly)
 {
-    tree.File(QStringLiteral("src/a.dat"), "new");
-    SetReadOnly(Source(QStringLiteral("a.dat")));
-    WritableAgainAfterTheTest(Cloud(QStringLiteral("a.dat")));
+    tree.File(u"src/a.dat"_s, "new");
+    SetReadOnly(Source(u"a.dat"_s));
+    WritableAgainAfterTheTest(Cloud(u"a.dat"_s));
 
-    Import({Source(QStringLiteral("a.dat"))}, {}, Global::MoveFiles);
+    Import({Source(u"a.dat"_s)}, {}, Global::MoveFiles);
 
-    EXPECT_FALSE(tree.Exists(QStringLiteral("src/a.dat")));
-    EXPECT_EQ(tree.Read(QStringLiteral("cloud/a.dat")), "new");
-    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("a.dat"))) & ReadOnly);
+    EXPECT_FALSE(tree.Exists(u"src/a.dat"_s));
+    EXPECT_EQ(tree.Read(u"cloud/a.dat"_s), "new");
+    EXPECT_TRUE(AttributesOf(Cloud(u"a.dat"_s)) & ReadOnly);
 }
 
 TEST_F(Attributes, AParkedFileThatBecameReadOnlyIsDeletedAllTheSame)
 {
     const QByteArray content = PatternBytes(qint64(96) << 20);
-    tree.File(QStringLiteral("src/a.dat"), content).File(QStringLiteral("cloud/a.dat"), "old");
+    tree.File(u"src/a.dat"_s, content).File(u"cloud/a.dat"_s, "old");
     {
-        const HeldFile held(Cloud(QStringLiteral("a.dat.tmp")), QStringLiteral("-"),
-                            QStringLiteral("-"), QStringLiteral("readonly"));
+        const HeldFile held(Cloud(u"a.dat.tmp"_s), u"-"_s, u"-"_s, u"readonly"_s);
         EXPECT_TRUE(Replace());
     }
-    EXPECT_TRUE(tree.Read(QStringLiteral("cloud/a.dat")) == content);
-    EXPECT_FALSE(tree.Exists(QStringLiteral("cloud/a.dat.tmp")));
+    EXPECT_TRUE(tree.Read(u"cloud/a.dat"_s) == content);
+    EXPECT_FALSE(tree.Exists(u"cloud/a.dat.tmp"_s));
 }
 
 TEST_F(Attributes, AReadOnlyFileIsRepathedAndReadOnlyAgainAfterwards)
 {
-    const QString target = Cloud(QStringLiteral("a.tasm"));
-    Assembly(QStringLiteral("cloud/a.tasm"), {QStringLiteral("1 old.tlk")});
+    const QString target = Cloud(u"a.tasm"_s);
+    Assembly(u"cloud/a.tasm"_s, {u"1 old.tlk"_s});
     SetReadOnly(target);
     FileLinkImporterImp importer(nullptr);
     SyncServices::FileLink link;
-    link.RefId = QStringLiteral("1");
-    link.Path = QStringLiteral("new.tlk");
+    link.RefId = u"1"_s;
+    link.Path = u"new.tlk"_s;
 
     EXPECT_TRUE(importer.RepathFile(target, {link}));
 
-    EXPECT_TRUE(tree.Read(QStringLiteral("cloud/a.tasm")).contains("link 1 new.tlk"));
+    EXPECT_TRUE(tree.Read(u"cloud/a.tasm"_s).contains("link 1 new.tlk"));
     EXPECT_TRUE(AttributesOf(target) & ReadOnly);
 }
 
 TEST_F(Attributes, AHiddenFolderBecomesAHiddenFolderAndAnotherOneDoesNot)
 {
-    tree.File(QStringLiteral("src/p/a.dat")).Folder(QStringLiteral("src/p/seen"));
-    tree.Folder(QStringLiteral("src/p/unseen"));
-    ChangeAttributes(Source(QStringLiteral("p/unseen")), FILE_ATTRIBUTE_DIRECTORY | Hidden);
+    tree.File(u"src/p/a.dat"_s).Folder(u"src/p/seen"_s);
+    tree.Folder(u"src/p/unseen"_s);
+    ChangeAttributes(Source(u"p/unseen"_s), FILE_ATTRIBUTE_DIRECTORY | Hidden);
     FileLinkImporterImp importer(nullptr);
 
-    EXPECT_TRUE(importer.CreateFolder(Cloud(QStringLiteral("unseen")), true));
-    EXPECT_TRUE(importer.CreateFolder(Cloud(QStringLiteral("seen")), false));
+    EXPECT_TRUE(importer.CreateFolder(Cloud(u"unseen"_s), true));
+    EXPECT_TRUE(importer.CreateFolder(Cloud(u"seen"_s), false));
 
-    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("unseen"))) & Hidden);
-    EXPECT_FALSE(AttributesOf(Cloud(QStringLiteral("seen"))) & Hidden);
+    EXPECT_TRUE(AttributesOf(Cloud(u"unseen"_s)) & Hidden);
+    EXPECT_FALSE(AttributesOf(Cloud(u"seen"_s)) & Hidden);
 }
 
 TEST_F(Attributes, ASelectedHiddenFolderIsHiddenInTheCloudFolder)
 {
-    tree.File(QStringLiteral("src/p/a.dat"), "a");
-    ChangeAttributes(Source(QStringLiteral("p")), FILE_ATTRIBUTE_DIRECTORY | Hidden);
+    tree.File(u"src/p/a.dat"_s, "a");
+    ChangeAttributes(Source(u"p"_s), FILE_ATTRIBUTE_DIRECTORY | Hidden);
 
-    Import({Source(QStringLiteral("p"))});
+    Import({Source(u"p"_s)});
 
-    EXPECT_EQ(tree.Read(QStringLiteral("cloud/p/a.dat")), "a");
-    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("p"))) & Hidden);
+    EXPECT_EQ(tree.Read(u"cloud/p/a.dat"_s), "a");
+    EXPECT_TRUE(AttributesOf(Cloud(u"p"_s)) & Hidden);
 }
 
 TEST_F(Attributes, TheLockProbeLeavesTimesAndAttributesAsTheyWere)
 {
-    const QString path = Cloud(QStringLiteral("a.dat"));
-    tree.File(QStringLiteral("cloud/a.dat")).Touch(QStringLiteral("cloud/a.dat"), Time(7));
+    const QString path = Cloud(u"a.dat"_s);
+    tree.File(u"cloud/a.dat"_s).Touch(u"cloud/a.dat"_s, Time(7));
     for (const unsigned long attributes :
          {Hidden, static_cast<unsigned long>(FILE_ATTRIBUTE_SYSTEM), Hidden | ReadOnly}) {
         ChangeAttributes(path, attributes);
         const unsigned long before = AttributesOf(path);
         EXPECT_FALSE(FileLink::IsFileLocked(path));
         EXPECT_EQ(AttributesOf(path), before);
-        EXPECT_EQ(tree.Modified(QStringLiteral("cloud/a.dat")), Time(7));
+        EXPECT_EQ(tree.Modified(u"cloud/a.dat"_s), Time(7));
     }
     ChangeAttributes(path, FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST_F(Attributes, TheLockProbeLeavesTheTimesOfAFileOutsideTheAnsiCodePage)
 {
-    const QString name = QStringLiteral("cloud/設計 größe.dat");
+    const QString name = u"cloud/設計 größe.dat"_s;
     tree.File(name).Touch(name, Time(7));
 
     EXPECT_FALSE(FileLink::IsFileLocked(tree.Path(name)));
@@ -182,8 +183,8 @@ TEST_F(Attributes, TheLockProbeKeepsWhatIsLessThanASecondOfTheTimes)
     // 2024-03-01, once with 123 ms and something, once with 876 ms.
     constexpr quint64 Read = 133537824001234567;
     constexpr quint64 Written = 133537824008765432;
-    for (const QString& name : {QStringLiteral("cloud/a.dat"), QStringLiteral("cloud/größe 設.dat"),
-                                QStringLiteral("cloud/") + QString(240, u'n')}) {
+    for (const QString& name :
+         {u"cloud/a.dat"_s, u"cloud/größe 設.dat"_s, u"cloud/"_s + QString(240, u'n')}) {
         tree.File(name);
         SetTimes(tree.Path(name), Read, Written);
         ASSERT_EQ(TimesOf(tree.Path(name)), std::pair(Read, Written));
@@ -196,30 +197,27 @@ TEST_F(Attributes, TheLockProbeKeepsWhatIsLessThanASecondOfTheTimes)
 
 TEST_F(Attributes, AReadOnlyFileIsFlushedAndStaysReadOnly)
 {
-    tree.File(QStringLiteral("cloud/a.dat"));
-    SetReadOnly(Cloud(QStringLiteral("a.dat")));
+    tree.File(u"cloud/a.dat"_s);
+    SetReadOnly(Cloud(u"a.dat"_s));
     QString error;
 
-    EXPECT_TRUE(FileLink::FlushToDisk(Cloud(QStringLiteral("a.dat")), &error))
-        << error.toStdString();
+    EXPECT_TRUE(FileLink::FlushToDisk(Cloud(u"a.dat"_s), &error)) << error.toStdString();
 
-    EXPECT_TRUE(AttributesOf(Cloud(QStringLiteral("a.dat"))) & ReadOnly);
+    EXPECT_TRUE(AttributesOf(Cloud(u"a.dat"_s)) & ReadOnly);
 }
 
 TEST_F(Attributes, ACopyHasThoseOfItsSource)
 {
-    tree.File(QStringLiteral("src/a.dat"));
-    SetReadOnly(Source(QStringLiteral("a.dat")));
-    ChangeAttributes(Source(QStringLiteral("a.dat")), ReadOnly | Hidden);
-    WritableAgainAfterTheTest(Cloud(QStringLiteral("a.dat")));
+    tree.File(u"src/a.dat"_s);
+    SetReadOnly(Source(u"a.dat"_s));
+    ChangeAttributes(Source(u"a.dat"_s), ReadOnly | Hidden);
+    WritableAgainAfterTheTest(Cloud(u"a.dat"_s));
     QString error;
 
-    EXPECT_TRUE(FileLink::CopyFileBytes(Source(QStringLiteral("a.dat")),
-                                        Cloud(QStringLiteral("a.dat")), &error))
+    EXPECT_TRUE(FileLink::CopyFileBytes(Source(u"a.dat"_s), Cloud(u"a.dat"_s), &error))
         << error.toStdString();
 
-    EXPECT_EQ(AttributesOf(Cloud(QStringLiteral("a.dat"))) & (ReadOnly | Hidden),
-              ReadOnly | Hidden);
+    EXPECT_EQ(AttributesOf(Cloud(u"a.dat"_s)) & (ReadOnly | Hidden), ReadOnly | Hidden);
 }
 
 } // namespace Halvern::Test

@@ -17,6 +17,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qint64 BigFile = qint64(96) << 20;
@@ -33,14 +35,14 @@ HANDLE Open(const QString& path, DWORD share)
 class WindowsCopy : public ::testing::Test
 {
 protected:
-    WindowsCopy() { tree.Folder(QStringLiteral("out")); }
+    WindowsCopy() { tree.Folder(u"out"_s); }
 
     bool Copy() { return FileLink::CopyFileBytes(Source(), Target(), &error); }
-    QString Source() const { return tree.Path(QStringLiteral("a.dat")); }
-    QString Target() const { return tree.Path(QStringLiteral("out/a.dat")); }
+    QString Source() const { return tree.Path(u"a.dat"_s); }
+    QString Target() const { return tree.Path(u"out/a.dat"_s); }
     QStringList Names() const
     {
-        return QDir(tree.Path(QStringLiteral("out")))
+        return QDir(tree.Path(u"out"_s))
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
 
@@ -53,7 +55,7 @@ protected:
 TEST_F(WindowsCopy, ShowsTheNameOnlyWhenTheCopyIsComplete)
 {
     const QByteArray content = PatternBytes(BigFile);
-    tree.File(QStringLiteral("a.dat"), content);
+    tree.File(u"a.dat"_s, content);
     std::atomic<bool> done = false;
     std::thread copier([&] {
         EXPECT_TRUE(Copy()) << error.toStdString();
@@ -62,23 +64,23 @@ TEST_F(WindowsCopy, ShowsTheNameOnlyWhenTheCopyIsComplete)
     while (!done && !QFileInfo::exists(Target()))
         std::this_thread::yield();
     // As it is seen first.
-    const QByteArray seen = tree.Read(QStringLiteral("out/a.dat"));
+    const QByteArray seen = tree.Read(u"out/a.dat"_s);
     copier.join();
 
     EXPECT_EQ(seen.size(), content.size());
     EXPECT_TRUE(seen == content);
-    EXPECT_EQ(Names(), QStringList{QStringLiteral("a.dat")});
+    EXPECT_EQ(Names(), QStringList{u"a.dat"_s});
 }
 
 TEST_F(WindowsCopy, WaitsForAProgramThatLooksAtTheNewFile)
 {
-    tree.File(QStringLiteral("a.dat"), PatternBytes(BigFile));
+    tree.File(u"a.dat"_s, PatternBytes(BigFile));
     std::atomic<bool> done = false;
     std::atomic<bool> held = false;
     std::thread scanner([&] {
         while (!done && !held) {
             for (const QString& name : Names()) {
-                const QString path = tree.Path(QStringLiteral("out/") + name);
+                const QString path = tree.Path(u"out/"_s + name);
                 const HANDLE file = Open(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
                 if (file == INVALID_HANDLE_VALUE)
                     continue;
@@ -96,31 +98,31 @@ TEST_F(WindowsCopy, WaitsForAProgramThatLooksAtTheNewFile)
     done = true;
     scanner.join();
     EXPECT_TRUE(held);
-    EXPECT_EQ(Names(), QStringList{QStringLiteral("a.dat")});
+    EXPECT_EQ(Names(), QStringList{u"a.dat"_s});
 }
 
 TEST_F(WindowsCopy, LeavesNothingOfAReadOnlyFileThatFindsItsNameTaken)
 {
-    tree.File(QStringLiteral("a.dat"), PatternBytes(BigFile));
+    tree.File(u"a.dat"_s, PatternBytes(BigFile));
     QFile::setPermissions(Source(), QFile::ReadOwner);
     std::thread other([&] {
         while (Names().isEmpty())
             std::this_thread::yield();
-        tree.File(QStringLiteral("out/a.dat"), "other");
+        tree.File(u"out/a.dat"_s, "other");
     });
 
     EXPECT_FALSE(Copy());
 
     other.join();
     QFile::setPermissions(Source(), QFile::ReadOwner | QFile::WriteOwner);
-    EXPECT_EQ(error, QStringLiteral("Destination file exists"));
-    EXPECT_EQ(Names(), QStringList{QStringLiteral("a.dat")});
-    EXPECT_TRUE(tree.Read(QStringLiteral("out/a.dat")) == "other");
+    EXPECT_EQ(error, u"Destination file exists"_s);
+    EXPECT_EQ(Names(), QStringList{u"a.dat"_s});
+    EXPECT_TRUE(tree.Read(u"out/a.dat"_s) == "other");
 }
 
 TEST_F(WindowsCopy, IsFlushedAsSoonAsAProgramThatReadsItIsDone)
 {
-    tree.File(QStringLiteral("out/a.dat"));
+    tree.File(u"out/a.dat"_s);
     const HANDLE file = Open(Target(), FILE_SHARE_READ);
     ASSERT_NE(file, INVALID_HANDLE_VALUE);
     std::thread reader([file] {
@@ -135,15 +137,14 @@ TEST_F(WindowsCopy, IsFlushedAsSoonAsAProgramThatReadsItIsDone)
 
 TEST_F(WindowsCopy, IsNotFlushedWhileAProgramKeepsItsData)
 {
-    tree.File(QStringLiteral("out/a.dat"));
+    tree.File(u"out/a.dat"_s);
     const HANDLE file = Open(Target(), FILE_SHARE_READ);
     ASSERT_NE(file, INVALID_HANDLE_VALUE);
 
     EXPECT_FALSE(FileLink::FlushToDisk(Target(), &error));
 
     ::CloseHandle(file);
-    EXPECT_TRUE(error.startsWith(QStringLiteral("Cannot flush %1: ").arg(Target())))
-        << error.toStdString();
+    EXPECT_TRUE(error.startsWith(u"Cannot flush %1: "_s.arg(Target()))) << error.toStdString();
 }
 
 } // namespace Halvern::Test

@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using SyncFolderManagerLib::FolderManager;
@@ -30,11 +32,11 @@ protected:
 
 TEST_F(HeldDatabase, ThatIsSharedForReadingAndWritingDoesNotDisturbTheJob)
 {
-    for (const QString& access : {QStringLiteral("r"), QStringLiteral("rw")}) {
-        for (const QString& share : {QStringLiteral("rw"), QStringLiteral("rwd")}) {
-            const QString name = access + u'-' + share + QStringLiteral(".dat");
+    for (const QString& access : {u"r"_s, u"rw"_s}) {
+        for (const QString& share : {u"rw"_s, u"rwd"_s}) {
+            const QString name = access + u'-' + share + u".dat"_s;
             SCOPED_TRACE(name.toStdString());
-            tree.File(QStringLiteral("src/") + name);
+            tree.File(u"src/"_s + name);
             const HeldFile held(DatabaseFile(), access, share);
 
             EXPECT_TRUE(Import({Source(name)}));
@@ -47,7 +49,7 @@ TEST_F(HeldDatabase, ThatIsSharedForReadingAndWritingDoesNotDisturbTheJob)
 TEST_F(HeldDatabase, InUseCannotBeTakenAwayByAProgramThatSharesNothing)
 {
     for (const char* const share : {"-", "r", "w", "d", "rd", "wd"})
-        EXPECT_THROW(HeldFile(DatabaseFile(), QStringLiteral("r"), QString::fromLatin1(share)),
+        EXPECT_THROW(HeldFile(DatabaseFile(), u"r"_s, QString::fromLatin1(share)),
                      std::runtime_error)
             << share;
 }
@@ -55,35 +57,33 @@ TEST_F(HeldDatabase, InUseCannotBeTakenAwayByAProgramThatSharesNothing)
 TEST_F(HeldDatabase, BeforeTheStartLeavesTheServicesWithoutADatabaseAndFilesAreStillImported)
 {
     // SQLite asks for reading and writing, and then for reading alone.
-    const QString unreadable = QStringLiteral("unable to open database file");
-    const QString readOnly = QStringLiteral("It cannot be written.");
+    const QString unreadable = u"unable to open database file"_s;
+    const QString readOnly = u"It cannot be written."_s;
     const QList<std::pair<QString, QString>> reasons = {
-        {QStringLiteral("-"), unreadable}, {QStringLiteral("r"), readOnly},
-        {QStringLiteral("w"), unreadable}, {QStringLiteral("d"), unreadable},
-        {QStringLiteral("rd"), readOnly},  {QStringLiteral("wd"), unreadable}};
-    tree.File(QStringLiteral("src/b.dat"));
+        {u"-"_s, unreadable}, {u"r"_s, readOnly},  {u"w"_s, unreadable},
+        {u"d"_s, unreadable}, {u"rd"_s, readOnly}, {u"wd"_s, unreadable}};
+    tree.File(u"src/b.dat"_s);
     for (const auto& [share, reason] : reasons) {
         SCOPED_TRACE(share.toStdString());
-        const QString name = share + QStringLiteral(".dat");
-        tree.File(QStringLiteral("src/") + name, "new");
+        const QString name = share + u".dat"_s;
+        tree.File(u"src/"_s + name, "new");
         FileLink::FileLinkManager::Uninitialize();
         {
-            const HeldFile held(DatabaseFile(), QStringLiteral("r"), share);
+            const HeldFile held(DatabaseFile(), u"r"_s, share);
             FolderManager::Configure(settings);
             FileLink::FileLinkManager::Initialize();
             EXPECT_FALSE(FolderManager::GetInstance()->GetSyncDatabase());
-            EXPECT_EQ(
-                FolderManager::GetInstance()->GetLastError(),
-                QStringLiteral("Failed to open sync database %1: %2").arg(DatabaseFile(), reason));
+            EXPECT_EQ(FolderManager::GetInstance()->GetLastError(),
+                      u"Failed to open sync database %1: %2"_s.arg(DatabaseFile(), reason));
             EXPECT_TRUE(Import({Source(name)}));
             FileLink::FileLinkManager::Uninitialize();
         }
-        EXPECT_EQ(tree.Read(QStringLiteral("cloud/") + name), "new");
+        EXPECT_EQ(tree.Read(u"cloud/"_s + name), "new");
         Restart();
         EXPECT_FALSE(IsRecorded(name));
     }
-    EXPECT_TRUE(Import({Source(QStringLiteral("b.dat"))}));
-    EXPECT_TRUE(IsRecorded(QStringLiteral("b.dat")));
+    EXPECT_TRUE(Import({Source(u"b.dat"_s)}));
+    EXPECT_TRUE(IsRecorded(u"b.dat"_s));
 }
 
 } // namespace Halvern::Test

@@ -7,13 +7,15 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 /// While it lives, another process does to a file what FileHolder.cpp describes.
 class HeldFile
 {
 public:
     /// Throws when the file could not be opened with this access and sharing.
     HeldFile(const QString& path, const QString& access, const QString& share,
-             const QString& mode = QStringLiteral("hold"));
+             const QString& mode = u"hold"_s);
     ~HeldFile();
     HeldFile(const HeldFile&) = delete;
     HeldFile& operator=(const HeldFile&) = delete;

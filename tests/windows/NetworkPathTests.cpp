@@ -10,12 +10,14 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class NetworkPaths : public ReplacingFixture
 {
 protected:
-    NetworkPaths() : m_folder(QStringLiteral("//corsync/share/test-XXXXXX"))
+    NetworkPaths() : m_folder(u"//corsync/share/test-XXXXXX"_s)
     {
         if (!m_folder.isValid())
             throw std::runtime_error("there is no share //corsync/share: " +
@@ -45,36 +47,33 @@ private:
 
 TEST_F(NetworkPaths, OfSourcesAreImportedWithTheirLinks)
 {
-    WriteOnShare(QStringLiteral("asm/a.tasm"), "link 1 ../lib/b.tlk\n");
-    WriteOnShare(QStringLiteral("lib/b.tlk"), "b");
+    WriteOnShare(u"asm/a.tasm"_s, "link 1 ../lib/b.tlk\n");
+    WriteOnShare(u"lib/b.tlk"_s, "b");
 
-    EXPECT_TRUE(Import({OnShare(QStringLiteral("asm/a.tasm"))}));
+    EXPECT_TRUE(Import({OnShare(u"asm/a.tasm"_s)}));
 
-    EXPECT_EQ(tree.Contents(QStringLiteral("cloud")),
-              (FileTree::Snapshot{{QStringLiteral("a.tasm"), "link 1 lib/b.tlk\n"},
-                                  {QStringLiteral("lib/b.tlk"), "b"}}));
+    EXPECT_EQ(tree.Contents(u"cloud"_s),
+              (FileTree::Snapshot{{u"a.tasm"_s, "link 1 lib/b.tlk\n"}, {u"lib/b.tlk"_s, "b"}}));
 }
 
 TEST_F(NetworkPaths, OfASelectedFolderAreImportedWithEverythingInIt)
 {
-    WriteOnShare(QStringLiteral("p/sub/a.dat"), "a");
+    WriteOnShare(u"p/sub/a.dat"_s, "a");
 
-    EXPECT_TRUE(Import({OnShare(QStringLiteral("p"))}));
+    EXPECT_TRUE(Import({OnShare(u"p"_s)}));
 
-    EXPECT_EQ(tree.Contents(QStringLiteral("cloud")),
-              (FileTree::Snapshot{{QStringLiteral("p/sub/a.dat"), "a"}}));
+    EXPECT_EQ(tree.Contents(u"cloud"_s), (FileTree::Snapshot{{u"p/sub/a.dat"_s, "a"}}));
 }
 
 TEST_F(NetworkPaths, InLinksAreFollowedAndRewritten)
 {
-    WriteOnShare(QStringLiteral("b.tlk"), "b");
-    Assembly(QStringLiteral("src/a.tasm"),
-             {QStringLiteral("1 ") + OnShare(QStringLiteral("b.tlk"))});
+    WriteOnShare(u"b.tlk"_s, "b");
+    Assembly(u"src/a.tasm"_s, {u"1 "_s + OnShare(u"b.tlk"_s)});
 
-    EXPECT_TRUE(Import({Source(QStringLiteral("a.tasm"))}));
+    EXPECT_TRUE(Import({Source(u"a.tasm"_s)}));
 
-    FileTree::Snapshot cloud = tree.Contents(QStringLiteral("cloud"));
-    const QByteArray assembly = cloud.take(QStringLiteral("a.tasm"));
+    FileTree::Snapshot cloud = tree.Contents(u"cloud"_s);
+    const QByteArray assembly = cloud.take(u"a.tasm"_s);
     ASSERT_EQ(cloud.size(), 1);
     EXPECT_EQ(cloud.first(), "b");
     EXPECT_TRUE(assembly.contains("link 1 " + cloud.firstKey().toUtf8() + '\n'))
@@ -83,31 +82,29 @@ TEST_F(NetworkPaths, InLinksAreFollowedAndRewritten)
 
 TEST_F(NetworkPaths, OfTheCloudFolderGetCopiesAndRewrittenLinks)
 {
-    settings.cloudCacheFolder = OnShare(QStringLiteral("cloud"));
+    settings.cloudCacheFolder = OnShare(u"cloud"_s);
     Restart();
-    tree.File(QStringLiteral("src/lib/b.tlk"), "b");
-    Assembly(QStringLiteral("src/asm/a.tasm"), {QStringLiteral("1 ../lib/b.tlk")});
+    tree.File(u"src/lib/b.tlk"_s, "b");
+    Assembly(u"src/asm/a.tasm"_s, {u"1 ../lib/b.tlk"_s});
     log.Clear();
-    const QStringList sources = {Source(QStringLiteral("asm/a.tasm"))};
+    const QStringList sources = {Source(u"asm/a.tasm"_s)};
 
     EXPECT_TRUE(Import(sources, settings.cloudCacheFolder)) << Errors().join(u'\n').toStdString();
 
-    EXPECT_TRUE(ReadOnShare(QStringLiteral("cloud/a.tasm")).contains("link 1 lib/b.tlk\n"));
-    EXPECT_EQ(ReadOnShare(QStringLiteral("cloud/lib/b.tlk")), "b");
+    EXPECT_TRUE(ReadOnShare(u"cloud/a.tasm"_s).contains("link 1 lib/b.tlk\n"));
+    EXPECT_EQ(ReadOnShare(u"cloud/lib/b.tlk"_s), "b");
 }
 
 TEST_F(NetworkPaths, AreCopiedOverAndProbedForLocks)
 {
-    tree.File(QStringLiteral("src/a.dat"), "new");
-    WriteOnShare(QStringLiteral("old.dat"), "old");
+    tree.File(u"src/a.dat"_s, "new");
+    WriteOnShare(u"old.dat"_s, "old");
     const QString name = OnShare(QString(240, u'n'));
     QString error;
 
-    EXPECT_FALSE(FileLink::CopyFileBytes(Source(QStringLiteral("a.dat")),
-                                         OnShare(QStringLiteral("old.dat")), &error));
-    EXPECT_EQ(error, QStringLiteral("Destination file exists"));
-    EXPECT_TRUE(FileLink::CopyFileBytes(Source(QStringLiteral("a.dat")), name, &error))
-        << error.toStdString();
+    EXPECT_FALSE(FileLink::CopyFileBytes(Source(u"a.dat"_s), OnShare(u"old.dat"_s), &error));
+    EXPECT_EQ(error, u"Destination file exists"_s);
+    EXPECT_TRUE(FileLink::CopyFileBytes(Source(u"a.dat"_s), name, &error)) << error.toStdString();
     EXPECT_FALSE(FileLink::IsFileLocked(name));
     EXPECT_TRUE(FileLink::FlushToDisk(name, &error)) << error.toStdString();
 

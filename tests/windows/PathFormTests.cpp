@@ -8,48 +8,44 @@
 namespace Halvern::Test {
 
 using namespace FileLink;
+using namespace Qt::StringLiterals;
 
 TEST(PathForms, ADriveLetterOrANetworkNameMakesAPathAbsolute)
 {
-    EXPECT_TRUE(IsAbsolutePath(QStringLiteral("D:/t/a.prt")));
-    EXPECT_TRUE(IsAbsolutePath(QStringLiteral("\\\\server\\share\\a.prt")));
-    EXPECT_TRUE(IsAbsolutePath(QStringLiteral("//server/share/a.prt")));
-    EXPECT_FALSE(IsAbsolutePath(QStringLiteral("/t/a.prt")));
-    EXPECT_FALSE(IsAbsolutePath(QStringLiteral("t/a.prt")));
+    EXPECT_TRUE(IsAbsolutePath(u"D:/t/a.prt"_s));
+    EXPECT_TRUE(IsAbsolutePath(u"\\\\server\\share\\a.prt"_s));
+    EXPECT_TRUE(IsAbsolutePath(u"//server/share/a.prt"_s));
+    EXPECT_FALSE(IsAbsolutePath(u"/t/a.prt"_s));
+    EXPECT_FALSE(IsAbsolutePath(u"t/a.prt"_s));
 }
 
 TEST(PathForms, AColonAfterTheDriveMakesAPathNotLocal)
 {
-    EXPECT_TRUE(IsLocalPath(QStringLiteral("D:/t/a.prt")));
-    EXPECT_TRUE(IsLocalPath(QStringLiteral("//server/share/a.prt")));
-    EXPECT_FALSE(IsLocalPath(QStringLiteral("https://example.org/a.prt")));
-    EXPECT_FALSE(IsLocalPath(QStringLiteral("/t/a:b.prt")));
+    EXPECT_TRUE(IsLocalPath(u"D:/t/a.prt"_s));
+    EXPECT_TRUE(IsLocalPath(u"//server/share/a.prt"_s));
+    EXPECT_FALSE(IsLocalPath(u"https://example.org/a.prt"_s));
+    EXPECT_FALSE(IsLocalPath(u"/t/a:b.prt"_s));
 }
 
 TEST(PathForms, APathOnAnotherDriveStaysAbsolute)
 {
-    EXPECT_EQ(MakeRelativePath(QStringLiteral("E:/y.prt"), QStringLiteral("D:/t"), false),
-              QStringLiteral("E:/y.prt"));
-    EXPECT_EQ(MakeRelativePath(QStringLiteral("d:/T/y.prt"), QStringLiteral("D:/t"), false),
-              QStringLiteral("y.prt"));
+    EXPECT_EQ(MakeRelativePath(u"E:/y.prt"_s, u"D:/t"_s, false), u"E:/y.prt"_s);
+    EXPECT_EQ(MakeRelativePath(u"d:/T/y.prt"_s, u"D:/t"_s, false), u"y.prt"_s);
 }
 
 TEST(PathForms, ANetworkPathIsRelativeToItsShare)
 {
-    EXPECT_EQ(MakeRelativePath(QStringLiteral("//server/share/a/y.prt"),
-                               QStringLiteral("//server/share/a"), false),
-              QStringLiteral("y.prt"));
-    EXPECT_EQ(
-        MakeAbsolutePath(QStringLiteral("sub/y.prt"), QStringLiteral("//server/share/a"), false),
-        QStringLiteral("//server/share/a/sub/y.prt"));
+    EXPECT_EQ(MakeRelativePath(u"//server/share/a/y.prt"_s, u"//server/share/a"_s, false),
+              u"y.prt"_s);
+    EXPECT_EQ(MakeAbsolutePath(u"sub/y.prt"_s, u"//server/share/a"_s, false),
+              u"//server/share/a/sub/y.prt"_s);
 }
 
 TEST(PathForms, AnythingOnADriveIsUnderItsRoot)
 {
-    EXPECT_TRUE(IsPathUnder(QStringLiteral("D:/"), QStringLiteral("d:/a")));
-    EXPECT_FALSE(IsPathUnder(QStringLiteral("D:/a"), QStringLiteral("D:/ab")));
-    EXPECT_TRUE(
-        IsPathUnder(QStringLiteral("\\\\server\\share"), QStringLiteral("//server/share/a")));
+    EXPECT_TRUE(IsPathUnder(u"D:/"_s, u"d:/a"_s));
+    EXPECT_FALSE(IsPathUnder(u"D:/a"_s, u"D:/ab"_s));
+    EXPECT_TRUE(IsPathUnder(u"\\\\server\\share"_s, u"//server/share/a"_s));
 }
 
 TEST(PathForms, TheDataFolderOfAllUsersIsTheOneThatTheSystemNames)
@@ -72,20 +68,20 @@ TEST_F(TwoDrives, AFileIsImportedFromAnotherDrive)
 
     QFile original(source);
     ASSERT_TRUE(original.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(tree.Read(QStringLiteral("cloud/") + TestResolverModule()) == original.readAll());
+    EXPECT_TRUE(tree.Read(u"cloud/"_s + TestResolverModule()) == original.readAll());
 }
 
 TEST_F(TwoDrives, ALinkByDriveLetterIsFollowedAndRewritten)
 {
-    tree.File(QStringLiteral("src/lib/b.tlk"), "b");
-    const QString link = QStringLiteral("1 ") + Source(QStringLiteral("lib/b.tlk"));
-    Assembly(QStringLiteral("src/a.tasm"), {link});
+    tree.File(u"src/lib/b.tlk"_s, "b");
+    const QString link = u"1 "_s + Source(u"lib/b.tlk"_s);
+    Assembly(u"src/a.tasm"_s, {link});
 
-    EXPECT_TRUE(Import({Source(QStringLiteral("a.tasm"))}));
+    EXPECT_TRUE(Import({Source(u"a.tasm"_s)}));
 
-    EXPECT_TRUE(tree.Read(QStringLiteral("cloud/a.tasm")).contains("link 1 b.tlk\n") ||
-                tree.Read(QStringLiteral("cloud/a.tasm")).contains("link 1 lib/b.tlk\n"))
-        << tree.Read(QStringLiteral("cloud/a.tasm")).toStdString();
+    EXPECT_TRUE(tree.Read(u"cloud/a.tasm"_s).contains("link 1 b.tlk\n") ||
+                tree.Read(u"cloud/a.tasm"_s).contains("link 1 lib/b.tlk\n"))
+        << tree.Read(u"cloud/a.tasm"_s).toStdString();
 }
 
 } // namespace Halvern::Test

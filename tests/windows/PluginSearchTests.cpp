@@ -16,6 +16,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using FileLink::Plugin;
@@ -34,9 +36,8 @@ protected:
 
     Plugin& Register(PluginManager& manager, const QString& module)
     {
-        tree.File(QStringLiteral("reg/x.syncplugin"),
-                  Registration(module, QStringLiteral("FileLinkResolver"), QStringLiteral("tlk")));
-        manager.AddRegistrationFolders({tree.Path(QStringLiteral("reg"))});
+        tree.File(u"reg/x.syncplugin"_s, Registration(module, u"FileLinkResolver"_s, u"tlk"_s));
+        manager.AddRegistrationFolders({tree.Path(u"reg"_s)});
         manager.RegisterPlugins();
         return *manager.FindPluginByModule(module);
     }
@@ -55,25 +56,23 @@ protected:
 
 TEST_F(PluginSearch, TheSecondSearchFolderIsAskedWhenTheFirstHasNoSuchLibrary)
 {
-    PutLibrary(QStringLiteral("two/SecondFolder.dll"));
+    PutLibrary(u"two/SecondFolder.dll"_s);
     PluginManager manager;
-    manager.AddPluginSearchPaths(
-        {tree.Path(QStringLiteral("one")), tree.Path(QStringLiteral("two"))});
-    Plugin& plugin = Register(manager, QStringLiteral("SecondFolder.dll"));
+    manager.AddPluginSearchPaths({tree.Path(u"one"_s), tree.Path(u"two"_s)});
+    Plugin& plugin = Register(manager, u"SecondFolder.dll"_s);
 
     EXPECT_TRUE(plugin.TryService()) << plugin.GetLastError().toStdString();
-    EXPECT_TRUE(IsMapped(QStringLiteral("SecondFolder.dll")));
+    EXPECT_TRUE(IsMapped(u"SecondFolder.dll"_s));
 }
 
 TEST_F(PluginSearch, ALibraryInNoSearchFolderIsFoundByItsBareNameWhereTheSystemLooks)
 {
-    PutLibrary(QStringLiteral("path/BareName.dll"));
+    PutLibrary(u"path/BareName.dll"_s);
     const QByteArray path = qgetenv("PATH");
-    qputenv("PATH",
-            QDir::toNativeSeparators(tree.Path(QStringLiteral("path"))).toLocal8Bit() + ';' + path);
+    qputenv("PATH", QDir::toNativeSeparators(tree.Path(u"path"_s)).toLocal8Bit() + ';' + path);
     PluginManager manager;
-    manager.AddPluginSearchPaths({tree.Path(QStringLiteral("one"))});
-    Plugin& plugin = Register(manager, QStringLiteral("BareName.dll"));
+    manager.AddPluginSearchPaths({tree.Path(u"one"_s)});
+    Plugin& plugin = Register(manager, u"BareName.dll"_s);
 
     EXPECT_TRUE(plugin.TryService()) << plugin.GetLastError().toStdString();
     qputenv("PATH", path);
@@ -81,37 +80,36 @@ TEST_F(PluginSearch, ALibraryInNoSearchFolderIsFoundByItsBareNameWhereTheSystemL
 
 TEST_F(PluginSearch, AnUnloadedLibraryIsReleasedSoThatItCanBeReplacedAndLoadsAgain)
 {
-    PutLibrary(QStringLiteral("one/Again.dll"));
+    PutLibrary(u"one/Again.dll"_s);
     PluginManager manager;
-    manager.AddPluginSearchPaths({tree.Path(QStringLiteral("one"))});
-    Plugin& plugin = Register(manager, QStringLiteral("Again.dll"));
+    manager.AddPluginSearchPaths({tree.Path(u"one"_s)});
+    Plugin& plugin = Register(manager, u"Again.dll"_s);
     ASSERT_TRUE(plugin.TryService());
-    EXPECT_FALSE(QFile::remove(tree.Path(QStringLiteral("one/Again.dll"))));
+    EXPECT_FALSE(QFile::remove(tree.Path(u"one/Again.dll"_s)));
 
     EXPECT_TRUE(manager.UnloadAllPlugins());
 
-    EXPECT_FALSE(IsMapped(QStringLiteral("Again.dll")));
-    EXPECT_TRUE(QFile::remove(tree.Path(QStringLiteral("one/Again.dll"))));
-    PutLibrary(QStringLiteral("one/Again.dll"));
+    EXPECT_FALSE(IsMapped(u"Again.dll"_s));
+    EXPECT_TRUE(QFile::remove(tree.Path(u"one/Again.dll"_s)));
+    PutLibrary(u"one/Again.dll"_s);
     EXPECT_TRUE(plugin.TryService()) << plugin.GetLastError().toStdString();
 }
 
 TEST_F(PluginSearch, TheDataFolderOfAllUsersHoldsRegistrationFiles)
 {
     const QString folder =
-        QStringLiteral("%1/Halvern/Halvern Sync/Plugins").arg(FileLink::GetCommonAppDataFolder());
-    const QString file = folder + QStringLiteral("/corsync-windows-test.syncplugin");
+        u"%1/Halvern/Halvern Sync/Plugins"_s.arg(FileLink::GetCommonAppDataFolder());
+    const QString file = folder + u"/corsync-windows-test.syncplugin"_s;
     ASSERT_TRUE(QDir().mkpath(folder));
     QFile registration(file);
     ASSERT_TRUE(registration.open(QIODevice::WriteOnly));
-    registration.write(Registration(QStringLiteral("ForEveryone.dll"),
-                                    QStringLiteral("FileLinkResolver"), QStringLiteral("tlk")));
+    registration.write(Registration(u"ForEveryone.dll"_s, u"FileLinkResolver"_s, u"tlk"_s));
     registration.close();
     PluginManager manager;
 
     manager.RegisterPlugins();
 
-    EXPECT_TRUE(manager.FindPluginByModule(QStringLiteral("ForEveryone.dll")));
+    EXPECT_TRUE(manager.FindPluginByModule(u"ForEveryone.dll"_s));
     EXPECT_TRUE(registration.remove());
 }
 

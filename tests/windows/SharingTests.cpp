@@ -12,6 +12,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using ::testing::Contains;
@@ -47,7 +49,7 @@ class Sharing : public ReplacingFixture, public ::testing::WithParamInterface<Sh
 protected:
     static bool Shares(char letter) { return std::strchr(GetParam().letters, letter) != nullptr; }
     static QString Letters() { return QString::fromLatin1(GetParam().letters); }
-    static QStringList Accesses() { return {QStringLiteral("r"), QStringLiteral("rw")}; }
+    static QStringList Accesses() { return {u"r"_s, u"rw"_s}; }
 
     std::vector<std::string> ErrorTexts() const
     {
@@ -67,14 +69,14 @@ TEST_P(HeldSource, IsCopiedOnlyWhileItsHolderSharesReading)
 {
     for (const QString& access : Accesses()) {
         SCOPED_TRACE(access.toStdString());
-        const QString name = access + QStringLiteral(".dat");
-        tree.File(QStringLiteral("src/") + name, "new");
+        const QString name = access + u".dat"_s;
+        tree.File(u"src/"_s + name, "new");
         const HeldFile held(Source(name), access, Letters());
         log.Clear();
 
         Import({Source(name)});
 
-        EXPECT_EQ(tree.Exists(QStringLiteral("cloud/") + name), Shares('r'));
+        EXPECT_EQ(tree.Exists(u"cloud/"_s + name), Shares('r'));
         const std::string failure = "Failed to copy file src/" + name.toStdString() + " to cloud/" +
                                     name.toStdString() + ". Error: ";
         if (Shares('r'))
@@ -93,13 +95,13 @@ TEST_P(HeldTarget, IsReplacedOnlyWhileItsHolderSharesDeletion)
 {
     for (const QString& access : Accesses()) {
         SCOPED_TRACE(access.toStdString());
-        tree.File(QStringLiteral("src/a.dat"), "new").File(QStringLiteral("cloud/a.dat"), "old");
+        tree.File(u"src/a.dat"_s, "new").File(u"cloud/a.dat"_s, "old");
         {
-            const HeldFile held(Cloud(QStringLiteral("a.dat")), access, Letters());
+            const HeldFile held(Cloud(u"a.dat"_s), access, Letters());
             EXPECT_EQ(Replace(), Shares('d'));
         }
-        EXPECT_EQ(tree.Read(QStringLiteral("cloud/a.dat")), Shares('d') ? "new" : "old");
-        EXPECT_FALSE(tree.Exists(QStringLiteral("cloud/a.dat.tmp")));
+        EXPECT_EQ(tree.Read(u"cloud/a.dat"_s), Shares('d') ? "new" : "old");
+        EXPECT_FALSE(tree.Exists(u"cloud/a.dat.tmp"_s));
         if (Shares('d'))
             EXPECT_THAT(ErrorTexts(), IsEmpty());
         else
@@ -120,15 +122,15 @@ TEST_P(HeldMovedSource, StaysUnlessItsHolderSharesDeletion)
 {
     for (const QString& access : Accesses()) {
         SCOPED_TRACE(access.toStdString());
-        const QString name = access + QStringLiteral(".dat");
-        tree.File(QStringLiteral("src/") + name, "new");
+        const QString name = access + u".dat"_s;
+        tree.File(u"src/"_s + name, "new");
         log.Clear();
         {
             const HeldFile held(Source(name), access, Letters());
             Import({Source(name)}, {}, Global::MoveFiles);
         }
-        EXPECT_EQ(tree.Read(QStringLiteral("cloud/") + name), "new");
-        EXPECT_EQ(tree.Exists(QStringLiteral("src/") + name), !Shares('d'));
+        EXPECT_EQ(tree.Read(u"cloud/"_s + name), "new");
+        EXPECT_EQ(tree.Exists(u"src/"_s + name), !Shares('d'));
         if (Shares('d'))
             EXPECT_THAT(ErrorTexts(), IsEmpty());
         else
@@ -152,14 +154,13 @@ class HeldParkedFile : public Sharing
 TEST_P(HeldParkedFile, StaysUnlessItsHolderSharesDeletionAndTheCopyCountsAllTheSame)
 {
     const QByteArray content = PatternBytes(qint64(96) << 20);
-    tree.File(QStringLiteral("src/a.dat"), content).File(QStringLiteral("cloud/a.dat"), "old");
+    tree.File(u"src/a.dat"_s, content).File(u"cloud/a.dat"_s, "old");
     {
-        const HeldFile held(Cloud(QStringLiteral("a.dat.tmp")), QStringLiteral("r"), Letters(),
-                            QStringLiteral("await"));
+        const HeldFile held(Cloud(u"a.dat.tmp"_s), u"r"_s, Letters(), u"await"_s);
         EXPECT_TRUE(Replace());
     }
-    EXPECT_TRUE(tree.Read(QStringLiteral("cloud/a.dat")) == content);
-    EXPECT_EQ(tree.Exists(QStringLiteral("cloud/a.dat.tmp")), !Shares('d'));
+    EXPECT_TRUE(tree.Read(u"cloud/a.dat"_s) == content);
+    EXPECT_EQ(tree.Exists(u"cloud/a.dat.tmp"_s), !Shares('d'));
     if (Shares('d'))
         EXPECT_THAT(ErrorTexts(), IsEmpty());
     else
@@ -176,17 +177,17 @@ protected:
     {
         FileLinkImporterImp importer(nullptr);
         SyncServices::FileLink link;
-        link.RefId = QStringLiteral("1");
-        link.Path = QStringLiteral("new.tlk");
-        return importer.RepathFile(Cloud(QStringLiteral("a.tasm")), {link});
+        link.RefId = u"1"_s;
+        link.Path = u"new.tlk"_s;
+        return importer.RepathFile(Cloud(u"a.tasm"_s), {link});
     }
     bool IsLeftForLater() const
     {
         return Short(log.Lines())
-            .contains(QStringLiteral("INFO Repathing skipped for file cloud/a.tasm. File is "
-                                     "locked. File will be repathed after it is unlocked."));
+            .contains(u"INFO Repathing skipped for file cloud/a.tasm. File is "
+                      "locked. File will be repathed after it is unlocked."_s);
     }
-    QByteArray Content() const { return tree.Read(QStringLiteral("cloud/a.tasm")); }
+    QByteArray Content() const { return tree.Read(u"cloud/a.tasm"_s); }
 };
 
 // The test plug-in puts a new file in the old one's place, once, and cannot do so while the old one
@@ -195,10 +196,10 @@ TEST_P(HeldRepathTarget, IsLeftForLaterUnlessItsHolderSharesWriting)
 {
     for (const QString& access : Accesses()) {
         SCOPED_TRACE(access.toStdString());
-        Assembly(QStringLiteral("cloud/a.tasm"), {QStringLiteral("1 old.tlk")});
+        Assembly(u"cloud/a.tasm"_s, {u"1 old.tlk"_s});
         log.Clear();
         {
-            const HeldFile held(Cloud(QStringLiteral("a.tasm")), access, Letters());
+            const HeldFile held(Cloud(u"a.tasm"_s), access, Letters());
             const PluginCallLog calls;
             EXPECT_FALSE(Repath());
             EXPECT_THAT(calls.Calls(), SizeIs(Shares('w') ? 1 : 0));

@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class Shortcuts : public ReplacingFixture
@@ -18,10 +20,10 @@ protected:
     /// elsewhere, and to nothing.
     void MakeFolder()
     {
-        tree.File(QStringLiteral("src/p/r/a.dat")).File(QStringLiteral("elsewhere/e.dat"), "e");
-        Link(QStringLiteral("src/p/folder.lnk"), QStringLiteral("elsewhere"));
-        Link(QStringLiteral("src/p/file.lnk"), QStringLiteral("elsewhere/e.dat"));
-        Link(QStringLiteral("src/p/nowhere.lnk"), QStringLiteral("gone"));
+        tree.File(u"src/p/r/a.dat"_s).File(u"elsewhere/e.dat"_s, "e");
+        Link(u"src/p/folder.lnk"_s, u"elsewhere"_s);
+        Link(u"src/p/file.lnk"_s, u"elsewhere/e.dat"_s);
+        Link(u"src/p/nowhere.lnk"_s, u"gone"_s);
     }
     void Link(const QString& name, const QString& target)
     {
@@ -31,8 +33,7 @@ protected:
     }
     static bool IsThere(const QString& path) { return AttributesOf(path) != ~0UL; }
 
-    const QStringList names = {QStringLiteral("file.lnk"), QStringLiteral("folder.lnk"),
-                               QStringLiteral("nowhere.lnk")};
+    const QStringList names = {u"file.lnk"_s, u"folder.lnk"_s, u"nowhere.lnk"_s};
 };
 
 } // namespace
@@ -42,25 +43,22 @@ TEST_F(Shortcuts, AreListedAsFilesAndNotFollowed)
     MakeFolder();
 
     QStringList entries = FileLink::ListFilesRecursive(
-        Source(QStringLiteral("p")), {}, QDir::Dirs | QDir::Files | QDir::Hidden, true);
+        Source(u"p"_s), {}, QDir::Dirs | QDir::Files | QDir::Hidden, true);
 
     entries.sort();
     EXPECT_EQ(Short(entries),
-              (QStringList{QStringLiteral("src/p/file.lnk"), QStringLiteral("src/p/folder.lnk"),
-                           QStringLiteral("src/p/nowhere.lnk"), QStringLiteral("src/p/r"),
-                           QStringLiteral("src/p/r/a.dat")}));
+              (QStringList{u"src/p/file.lnk"_s, u"src/p/folder.lnk"_s, u"src/p/nowhere.lnk"_s,
+                           u"src/p/r"_s, u"src/p/r/a.dat"_s}));
 }
 
 TEST_F(Shortcuts, AreOnlyListedWhereFilesAre)
 {
     MakeFolder();
 
-    EXPECT_EQ(
-        Short(FileLink::ListFilesRecursive(Source(QStringLiteral("p")), {}, QDir::Dirs, false)),
-        QStringList{QStringLiteral("src/p/r")});
-    EXPECT_EQ(Short(FileLink::ListFilesRecursive(Source(QStringLiteral("p")),
-                                                 QStringLiteral("fold*"), QDir::Files, false)),
-              QStringList{QStringLiteral("src/p/folder.lnk")});
+    EXPECT_EQ(Short(FileLink::ListFilesRecursive(Source(u"p"_s), {}, QDir::Dirs, false)),
+              QStringList{u"src/p/r"_s});
+    EXPECT_EQ(Short(FileLink::ListFilesRecursive(Source(u"p"_s), u"fold*"_s, QDir::Files, false)),
+              QStringList{u"src/p/folder.lnk"_s});
 }
 
 TEST_F(Shortcuts, InAFolderAreImportedAsTheyAre)
@@ -68,13 +66,12 @@ TEST_F(Shortcuts, InAFolderAreImportedAsTheyAre)
     MakeFolder();
     log.Clear();
 
-    EXPECT_TRUE(Import({Source(QStringLiteral("p"))}));
+    EXPECT_TRUE(Import({Source(u"p"_s)}));
 
     for (const QString& name : names)
-        EXPECT_EQ(tree.Read(QStringLiteral("cloud/p/") + name),
-                  tree.Read(QStringLiteral("src/p/") + name))
+        EXPECT_EQ(tree.Read(u"cloud/p/"_s + name), tree.Read(u"src/p/"_s + name))
             << name.toStdString();
-    EXPECT_EQ(tree.Read(QStringLiteral("cloud/p/r/a.dat")), "src/p/r/a.dat");
+    EXPECT_EQ(tree.Read(u"cloud/p/r/a.dat"_s), "src/p/r/a.dat");
     EXPECT_EQ(Errors(), QStringList());
 }
 
@@ -84,9 +81,8 @@ TEST_F(Shortcuts, AreImportedWhenTheyAreSelected)
     log.Clear();
 
     for (const QString& name : names) {
-        EXPECT_TRUE(Import({Source(QStringLiteral("p/") + name)})) << name.toStdString();
-        EXPECT_EQ(tree.Read(QStringLiteral("cloud/") + name),
-                  tree.Read(QStringLiteral("src/p/") + name))
+        EXPECT_TRUE(Import({Source(u"p/"_s + name)})) << name.toStdString();
+        EXPECT_EQ(tree.Read(u"cloud/"_s + name), tree.Read(u"src/p/"_s + name))
             << name.toStdString();
     }
     EXPECT_EQ(Errors(), QStringList());
@@ -94,42 +90,42 @@ TEST_F(Shortcuts, AreImportedWhenTheyAreSelected)
 
 TEST_F(Shortcuts, AreReplacedAsFiles)
 {
-    tree.File(QStringLiteral("src/a.dat"), "new");
+    tree.File(u"src/a.dat"_s, "new");
     MakeFolder();
     for (const QString& name : names) {
-        ASSERT_TRUE(QFile::copy(Source(QStringLiteral("p/") + name), Cloud(name)));
+        ASSERT_TRUE(QFile::copy(Source(u"p/"_s + name), Cloud(name)));
 
         EXPECT_TRUE(Replace(name)) << Errors().join(u'\n').toStdString();
 
-        EXPECT_EQ(tree.Read(QStringLiteral("cloud/") + name), "new");
-        EXPECT_FALSE(IsThere(Cloud(name + QStringLiteral(".tmp"))));
+        EXPECT_EQ(tree.Read(u"cloud/"_s + name), "new");
+        EXPECT_FALSE(IsThere(Cloud(name + u".tmp"_s)));
     }
-    EXPECT_EQ(tree.Read(QStringLiteral("elsewhere/e.dat")), "e");
+    EXPECT_EQ(tree.Read(u"elsewhere/e.dat"_s), "e");
 }
 
 TEST_F(Shortcuts, AreMovedWithoutWhatTheyLeadTo)
 {
     MakeFolder();
 
-    Import({Source(QStringLiteral("p"))}, {}, Global::MoveFiles);
+    Import({Source(u"p"_s)}, {}, Global::MoveFiles);
 
     for (const QString& name : names) {
-        EXPECT_TRUE(IsThere(Cloud(QStringLiteral("p/") + name))) << name.toStdString();
-        EXPECT_FALSE(IsThere(Source(QStringLiteral("p/") + name))) << name.toStdString();
+        EXPECT_TRUE(IsThere(Cloud(u"p/"_s + name))) << name.toStdString();
+        EXPECT_FALSE(IsThere(Source(u"p/"_s + name))) << name.toStdString();
     }
-    EXPECT_EQ(tree.Read(QStringLiteral("elsewhere/e.dat")), "e");
+    EXPECT_EQ(tree.Read(u"elsewhere/e.dat"_s), "e");
 }
 
 TEST_F(Shortcuts, HaveTheirOwnTimeAndSize)
 {
     MakeFolder();
-    tree.Touch(QStringLiteral("elsewhere/e.dat"), Time(7));
+    tree.Touch(u"elsewhere/e.dat"_s, Time(7));
     for (const QString& name : names) {
-        const QString path = Source(QStringLiteral("p/") + name);
+        const QString path = Source(u"p/"_s + name);
         FileMapping mapping(path, Cloud(name), settings.authenticationConfigurationId);
         mapping.UpdateSourceFileProperties();
 
-        EXPECT_EQ(mapping.GetSourceFileSize(), tree.Read(QStringLiteral("src/p/") + name).size());
+        EXPECT_EQ(mapping.GetSourceFileSize(), tree.Read(u"src/p/"_s + name).size());
         EXPECT_EQ(mapping.GetSourceFileLastModified(), FileLink::LastModified(path));
         EXPECT_GT(FileLink::LastModified(path), Time(7)) << name.toStdString();
         EXPECT_LE(FileLink::LastModified(path), QDateTime::currentDateTime().addSecs(1));
@@ -138,40 +134,39 @@ TEST_F(Shortcuts, HaveTheirOwnTimeAndSize)
 
 TEST_F(Shortcuts, ThatDoNotExistAreNone)
 {
-    const QString path = Cloud(QStringLiteral("a.lnk"));
+    const QString path = Cloud(u"a.lnk"_s);
     EXPECT_FALSE(FileLink::PathExists(path));
     EXPECT_FALSE(FileLink::IsFile(path));
     EXPECT_FALSE(FileLink::LastModified(path).isValid());
-    EXPECT_EQ(FileLink::MakeUniqueFilePath(path, QStringLiteral(" (%1)")), path);
+    EXPECT_EQ(FileLink::MakeUniqueFilePath(path, u" (%1)"_s), path);
 }
 
 TEST_F(Shortcuts, AreInTheWayOfANewName)
 {
     MakeFolder();
-    for (const QString& name : {QStringLiteral("folder"), QStringLiteral("nowhere")})
-        EXPECT_EQ(Short(FileLink::MakeUniqueFilePath(Source(QStringLiteral("p/%1.lnk").arg(name)),
-                                                     QStringLiteral(" (%1)"))),
-                  QStringLiteral("src/p/%1 (2).lnk").arg(name));
+    for (const QString& name : {u"folder"_s, u"nowhere"_s})
+        EXPECT_EQ(Short(FileLink::MakeUniqueFilePath(Source(u"p/%1.lnk"_s.arg(name)), u" (%1)"_s)),
+                  u"src/p/%1 (2).lnk"_s.arg(name));
 }
 
 TEST_F(Shortcuts, ThatLeadNowhereAreLockedWhileAProgramHoldsThem)
 {
     MakeFolder();
-    const QString path = Source(QStringLiteral("p/nowhere.lnk"));
+    const QString path = Source(u"p/nowhere.lnk"_s);
     EXPECT_FALSE(FileLink::IsFileLocked(path));
 
-    const HeldFile held(path, QStringLiteral("r"), QStringLiteral("r"));
+    const HeldFile held(path, u"r"_s, u"r"_s);
 
     EXPECT_TRUE(FileLink::IsFileLocked(path));
 }
 
 TEST_F(Shortcuts, OfANameThatIsAFolderAreFolders)
 {
-    tree.File(QStringLiteral("src/p/real.lnk/a.dat"), "a");
+    tree.File(u"src/p/real.lnk/a.dat"_s, "a");
 
-    EXPECT_TRUE(Import({Source(QStringLiteral("p"))}));
+    EXPECT_TRUE(Import({Source(u"p"_s)}));
 
-    EXPECT_EQ(tree.Read(QStringLiteral("cloud/p/real.lnk/a.dat")), "a");
+    EXPECT_EQ(tree.Read(u"cloud/p/real.lnk/a.dat"_s), "a");
 }
 
 } // namespace Halvern::Test

@@ -14,6 +14,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using SyncFolderManagerLib::FolderManager;
@@ -24,32 +26,34 @@ QString Below(const char* variable, const QString& name)
     return QDir::fromNativeSeparators(qEnvironmentVariable(variable)) + u'/' + name;
 }
 
-/// Puts aside what the user who runs the test has there.
+/// Needs a user who has none of these yet, as in the Wine prefix of the tests: what somebody keeps
+/// there is left alone, and the tests fail.
 class UserFolders : public ::testing::Test
 {
 protected:
-    UserFolders()
+    void SetUp() override
     {
         for (const QString& path : {settingsFile, databaseFile, cloudFolder})
-            EXPECT_TRUE(!QFileInfo::exists(path) || QDir().rename(path, Aside(path)))
-                << path.toStdString();
+            ASSERT_FALSE(QFileInfo::exists(path)) << path.toStdString() << " is somebody's";
+        m_ours = true;
     }
-    ~UserFolders() override
+    void TearDown() override
     {
         SyncManager::Uninitialize();
         FolderManager::Uninitialize();
+        if (!m_ours)
+            return;
         QFile::remove(settingsFile);
         QFile::remove(databaseFile);
         QDir().rmdir(cloudFolder);
-        for (const QString& path : {settingsFile, databaseFile, cloudFolder})
-            QDir().rename(Aside(path), path);
     }
 
-    static QString Aside(const QString& path) { return path + QStringLiteral(".before-test"); }
+    const QString settingsFile = Below("APPDATA", u"corsync/settings.ini"_s);
+    const QString databaseFile = Below("LOCALAPPDATA", u"corsync/sync.db"_s);
+    const QString cloudFolder = Below("USERPROFILE", u"Corsync"_s);
 
-    const QString settingsFile = Below("APPDATA", QStringLiteral("corsync/settings.ini"));
-    const QString databaseFile = Below("LOCALAPPDATA", QStringLiteral("corsync/sync.db"));
-    const QString cloudFolder = Below("USERPROFILE", QStringLiteral("Corsync"));
+private:
+    bool m_ours = false;
 };
 
 } // namespace
@@ -78,9 +82,8 @@ TEST_F(UserFolders, WithSettingsThatCannotBeReadStopEveryJob)
 
     const FolderManager& manager = *FolderManager::GetInstance();
     EXPECT_EQ(manager.GetLastError(),
-              QStringLiteral("Failed to read settings file %1: The value of baseStoreLimit has the "
-                             "wrong form.")
-                  .arg(settingsFile));
+              u"Failed to read settings file %1: The value of baseStoreLimit has the "
+              "wrong form."_s.arg(settingsFile));
     EXPECT_EQ(manager.GetSyncDatabase(), nullptr);
     EXPECT_FALSE(manager.IsLoggedIn());
     EXPECT_FALSE(SyncManager::GetInstance()->IsCloudCacheFolderSyncEnabled());

@@ -218,7 +218,7 @@ TEST_F(DamagedBlend, ACompressedBombIsRefused)
         content.Block("DATA", {}).replace(4, 4, Machine().Number(0x7FFFFFFF, 4)).toStdString();
     std::string bomb;
     PluginKit::Compressor compressor(PluginKit::Compression::Zstd,
-                                   [&](std::string_view part) { bomb.append(part); });
+                                     [&](std::string_view part) { bomb.append(part); });
     compressor.Write(head);
     const std::string zeros(std::size_t(1) << 20, '\0');
     for (int i = 0; i < 300; ++i)

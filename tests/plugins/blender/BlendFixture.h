@@ -11,6 +11,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 /// A resolver of .blend files and the file "Szene/a.blend" that most tests work on.
 class BlendFixture : public ResolverFixture
 {
@@ -39,13 +41,13 @@ protected:
         context.lines.clear();
         EXPECT_FALSE(Repath(file, links));
         EXPECT_TRUE(tree.Read(file) == content);
-        const QString start = QStringLiteral("ERROR Failed to rewrite the file links of %1: ");
+        const QString start = u"ERROR Failed to rewrite the file links of %1: "_s;
         return context.lines.join(u'\n')
             .replace(start.arg(tree.Path(file)), QString())
             .toStdString();
     }
 
-    const QString file = QStringLiteral("Szene/a.blend");
+    const QString file = u"Szene/a.blend"_s;
 
 private:
     Formats::Blender::BlendResolver m_resolver;

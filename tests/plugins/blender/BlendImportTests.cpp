@@ -7,6 +7,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class BlendImport : public CommandFixture
@@ -24,10 +26,10 @@ protected:
 
     CommandResult ImportScene(const QStringList& arguments = {}) const
     {
-        return Import(QStringList{u"s/a.blend"_qs, u"--to"_qs, u"Demo"_qs} + arguments);
+        return Import(QStringList{u"s/a.blend"_s, u"--to"_s, u"Demo"_s} + arguments);
     }
 
-    const QString scene = u"work/s/a.blend"_qs;
+    const QString scene = u"work/s/a.blend"_s;
 };
 
 } // namespace
@@ -35,34 +37,34 @@ protected:
 TEST_F(BlendImport, AFrameMadeAfterAnImportComesOnceTheFileWasSavedAgain)
 {
     MakeScene("//f/w_0001.png", 2);
-    tree.File(u"work/s/f/w_0001.png"_qs).File(u"work/s/f/w_0002.png"_qs);
+    tree.File(u"work/s/f/w_0001.png"_s).File(u"work/s/f/w_0002.png"_s);
     ImportScene();
     const FileTree::Snapshot before = Cloud();
     ASSERT_EQ(before.keys(),
-              (QStringList{u"Demo/a.blend"_qs, u"Demo/f/w_0001.png"_qs, u"Demo/f/w_0002.png"_qs}));
-    tree.File(u"work/s/f/w_0003.png"_qs, "new");
+              (QStringList{u"Demo/a.blend"_s, u"Demo/f/w_0001.png"_s, u"Demo/f/w_0002.png"_s}));
+    tree.File(u"work/s/f/w_0003.png"_s, "new");
     EXPECT_EQ(ImportScene().exitCode, 0);
     EXPECT_EQ(Cloud(), before);
     tree.Touch(scene, tree.Modified(scene).addSecs(-100));
-    const CommandResult result = ImportScene({u"--collisions"_qs, u"replace"_qs});
+    const CommandResult result = ImportScene({u"--collisions"_s, u"replace"_s});
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
     FileTree::Snapshot after = before;
-    after.insert(u"Demo/f/w_0003.png"_qs, "new");
+    after.insert(u"Demo/f/w_0003.png"_s, "new");
     EXPECT_EQ(Cloud(), after);
 }
 
 TEST_F(BlendImport, TilesOfOlderFilesComeTogetherAndTheFileNamesTheirNewFolder)
 {
     MakeScene("//../k/h.1001.png", 6, {1001, 1002, 1011});
-    for (const QString& tile : {u"1001"_qs, u"1002"_qs, u"1011"_qs})
-        tree.File(u"work/k/h."_qs + tile + u".png"_qs, tile.toUtf8());
+    for (const QString& tile : {u"1001"_s, u"1002"_s, u"1011"_s})
+        tree.File(u"work/k/h."_s + tile + u".png"_s, tile.toUtf8());
     const CommandResult result = ImportScene();
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
     FileTree::Snapshot cloud = Cloud();
-    EXPECT_TRUE(cloud.take(u"Demo/a.blend"_qs).contains(QByteArray("//k/h.1001.png\0", 15)));
-    EXPECT_EQ(cloud, (FileTree::Snapshot{{u"Demo/k/h.1001.png"_qs, "1001"},
-                                         {u"Demo/k/h.1002.png"_qs, "1002"},
-                                         {u"Demo/k/h.1011.png"_qs, "1011"}}));
+    EXPECT_TRUE(cloud.take(u"Demo/a.blend"_s).contains(QByteArray("//k/h.1001.png\0", 15)));
+    EXPECT_EQ(cloud, (FileTree::Snapshot{{u"Demo/k/h.1001.png"_s, "1001"},
+                                         {u"Demo/k/h.1002.png"_s, "1002"},
+                                         {u"Demo/k/h.1011.png"_s, "1011"}}));
 }
 
 } // namespace Halvern::Test

@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString PluginFile()
@@ -22,13 +24,13 @@ class BlenderPlugin : private LoadedResolver, public ResolverFixture
 protected:
     BlenderPlugin() : LoadedResolver(PluginFile()), ResolverFixture(Get())
     {
-        Import(QStringLiteral("Haus 木.blend"), house);
-        Import(QStringLiteral("Alter Garten.blend"), garden);
-        Import(QStringLiteral("Möbel.blend"), furniture);
+        Import(u"Haus 木.blend"_s, house);
+        Import(u"Alter Garten.blend"_s, garden);
+        Import(u"Möbel.blend"_s, furniture);
         for (int frame = 1; frame <= 4; ++frame)
-            tree.File(QStringLiteral("Folge/Welle_000%1.png").arg(frame));
+            tree.File(u"Folge/Welle_000%1.png"_s.arg(frame));
         for (int frame = 1; frame <= 3; ++frame)
-            tree.File(QStringLiteral("Nebel/Rauch_00%1.vdb").arg(frame));
+            tree.File(u"Nebel/Rauch_00%1.vdb"_s.arg(frame));
     }
 
     QByteArray Content(const QString& file) const
@@ -61,9 +63,9 @@ protected:
         content.replace(at - 20, 4, LittleEndian(static_cast<quint32>(padded(to).size())));
     }
 
-    const QString house = QStringLiteral("Szenen/Haus 木.blend");
-    const QString garden = QStringLiteral("Szenen/Alter Garten.blend");
-    const QString furniture = QStringLiteral("lib/Möbel.blend");
+    const QString house = u"Szenen/Haus 木.blend"_s;
+    const QString garden = u"Szenen/Alter Garten.blend"_s;
+    const QString furniture = u"lib/Möbel.blend"_s;
 
 private:
     void Import(const QString& name, const QString& file)
@@ -152,9 +154,9 @@ TEST_F(BlenderPlugin, RewritesEveryLinkAndNothingElse)
     Grow(expected, "//Notiz.txt", "//../Wolke/Notiz.txt");
     Links moved = HouseLinks;
     for (Link& link : moved)
-        link.second = QStringLiteral("../Wolke/") + link.second.section(u'/', -1);
+        link.second = u"../Wolke/"_s + link.second.section(u'/', -1);
     for (const Link& link : moved)
-        tree.File(QStringLiteral("Szenen/") + link.second);
+        tree.File(u"Szenen/"_s + link.second);
     ASSERT_TRUE(Repath(house, moved)) << context.lines.join(u'\n').toStdString();
     EXPECT_TRUE(Content(house) == expected);
     EXPECT_EQ(Read(house), moved);
@@ -183,9 +185,8 @@ TEST_F(BlenderPlugin, KeepsTheFramesOfABlenderFile)
 
 TEST_F(BlenderPlugin, AFailureReachesTheHostAsAFalseResultAndALogLine)
 {
-    EXPECT_EQ(
-        ReadFailure(QStringLiteral("a.blend"), "BLENDER17-01v0500"),
-        QStringLiteral("written by Blender 5.0 or later, whose files are not known (byte 7)"));
+    EXPECT_EQ(ReadFailure(u"a.blend"_s, "BLENDER17-01v0500"),
+              u"written by Blender 5.0 or later, whose files are not known (byte 7)"_s);
 }
 
 } // namespace Halvern::Test

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class BlendReader : public BlendFixture
@@ -144,10 +146,9 @@ TEST_F(BlendReader, ANameThatIsNoTextStillMakesAnId)
         content.Add("DATA", "Sequence", {{"name", cut}, {"type", 3}, {"strip", strip}})
             .Add("DATA", "Strip", {{"stripdata", strip + 1}, {"dir", "//"}}, strip)
             .Add("DATA", "StripElem", {{"name", "木.avi"}}, strip + 1);
-    const QString id = QStringLiteral("SCü/") + QString::fromLatin1(cut);
-    EXPECT_EQ(LinksOf(content), (Links{L(u"IMHöhe", u"a.png"),
-                                       {id, QStringLiteral("木.avi")},
-                                       {id + QStringLiteral("~2"), QStringLiteral("木.avi")}}));
+    const QString id = u"SCü/"_s + QString::fromLatin1(cut);
+    EXPECT_EQ(LinksOf(content),
+              (Links{L(u"IMHöhe", u"a.png"), {id, u"木.avi"_s}, {id + u"~2"_s, u"木.avi"_s}}));
 }
 
 TEST_F(BlendReader, APathWithoutAnEndFillsItsField)
@@ -157,7 +158,7 @@ TEST_F(BlendReader, APathWithoutAnEndFillsItsField)
     QByteArray record = content.Record("Library", {{"id.name", "LIa"}});
     record.replace(record.size() - 8 - 40, 40, path);
     content.AddBytes("LI", "Library", record, 0);
-    EXPECT_EQ(LinksOf(content), (Links{{QStringLiteral("LIa"), QString(38, u'x')}}));
+    EXPECT_EQ(LinksOf(content), (Links{{u"LIa"_s, QString(38, u'x')}}));
 }
 
 TEST_F(BlendReader, BlocksBehindADataBlockBelongToIt)

@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using PluginKit::Compressed;
@@ -101,8 +103,8 @@ TEST_F(BlendRewriter, PathsAreWrittenAsBlenderReadsThem)
         {u"//server/lib/b.png", "\\\\server\\lib\\b.png"},
     };
     for (const auto& [path, stored] : rows) {
-        const QByteArray after = Rewritten(OneImage("//a.png").Bytes(),
-                                           {{QStringLiteral("IMa"), QString::fromUtf16(path)}});
+        const QByteArray after =
+            Rewritten(OneImage("//a.png").Bytes(), {{u"IMa"_s, QString::fromUtf16(path)}});
         EXPECT_TRUE(after.contains(stored + '\0')) << stored.toStdString();
     }
 }
@@ -111,8 +113,8 @@ TEST_F(BlendRewriter, APathThatDoesNotFitItsFieldFailsByName)
 {
     const QByteArray before = OneImage("//a.png").Bytes();
     const QString fits = QString(37, u'x');
-    EXPECT_TRUE(Rewritten(before, {{QStringLiteral("IMa"), fits}}).contains(QByteArray(37, 'x')));
-    EXPECT_EQ(RewriteFailure(before, {{QStringLiteral("IMa"), fits + u'x'}}),
+    EXPECT_TRUE(Rewritten(before, {{u"IMa"_s, fits}}).contains(QByteArray(37, 'x')));
+    EXPECT_EQ(RewriteFailure(before, {{u"IMa"_s, fits + u'x'}}),
               "the new path of link IMa, //" + std::string(38, 'x') +
                   ", has 40 bytes; the file has room for 39");
 }

@@ -4,6 +4,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int Sequence = 2;
@@ -71,7 +73,7 @@ TEST_F(BlendSets, OnlyNamesThatBlenderGivesToTilesAreTiles)
           u"Holz_u1_v101.png", u"Holz_u1v1.png", u"Holz_u1_v+1.png", u"Holz_u_v1.png",
           u"Holz_u1_v.png", u"Holz_u10_v100.png", u"Holz_1000.png", u"Holz_2001.png",
           u"Holz_01001.png", u"Holz_2000.png", u"Holz_1001x.png"})
-        tree.File(QStringLiteral("Szene/") + QString::fromUtf16(name));
+        tree.File(u"Szene/"_s + QString::fromUtf16(name));
     EXPECT_EQ(LinksOf(Tiles("//Holz_<UVTILE>.png", {})),
               (Links{L(u"set:IMHolz#u10_v100", u"Holz_u10_v100.png")}));
     EXPECT_EQ(LinksOf(Tiles("//Holz_<UDIM>.png", {})),
@@ -80,7 +82,7 @@ TEST_F(BlendSets, OnlyNamesThatBlenderGivesToTilesAreTiles)
 
 TEST_F(BlendSets, TilesOfOlderFilesAreNamedAfterOneOfThem)
 {
-    tree.File(QStringLiteral("Szene/Holz.1003.png")).File(QStringLiteral("Szene/Holz.2001.png"));
+    tree.File(u"Szene/Holz.1003.png"_s).File(u"Szene/Holz.2001.png"_s);
     EXPECT_EQ(
         LinksOf(Tiles("//Holz.1001.png", {1001, 1002, 1011})),
         (Links{L(u"set:IMHolz#1001", u"Holz.1001.png"), L(u"set:IMHolz#1002", u"Holz.1002.png"),
@@ -156,7 +158,7 @@ TEST_F(BlendSets, ASequenceOfWhichNothingIsThereIsTheFrameThatIsStored)
 
 TEST_F(BlendSets, TheDigitsOfASequenceAreTheLastOfItsName)
 {
-    tree.File(QStringLiteral("F 1/a2_03_v.png")).File(QStringLiteral("F 1/a2_04_v.png"));
+    tree.File(u"F 1/a2_03_v.png"_s).File(u"F 1/a2_04_v.png"_s);
     EXPECT_EQ(LinksOf(Frames("//../F 1/a2_03_v.png")),
               (Links{L(u"set:IMWelle#03", u"../F 1/a2_03_v.png"),
                      L(u"set:IMWelle#04", u"../F 1/a2_04_v.png")}));
@@ -164,7 +166,7 @@ TEST_F(BlendSets, TheDigitsOfASequenceAreTheLastOfItsName)
 
 TEST_F(BlendSets, CachesAndVolumesCountInFrontOfTheExtensionOnly)
 {
-    tree.File(QStringLiteral("Szene/r_01.vdb")).File(QStringLiteral("Szene/r_02.vdb"));
+    tree.File(u"Szene/r_01.vdb"_s).File(u"Szene/r_02.vdb"_s);
     BlendFile content;
     content
         .Add("VO", "Volume", {{"id.name", "VOa"}, {"filepath", "//r_01.vdb"}, {"is_sequence", 1}})
@@ -232,7 +234,7 @@ TEST_F(BlendSets, MembersThatAreNotBesideTheCopyAreStillItsLinks)
 TEST_F(BlendSets, FramesLyingAtTheOldPlaceBesideTheCopyDoNotCount)
 {
     const QByteArray frames = Frames("//F/W_0001.png");
-    tree.File(QStringLiteral("Szene/F/W_0001.png")).File(QStringLiteral("Szene/F/W_0009.png"));
+    tree.File(u"Szene/F/W_0001.png"_s).File(u"Szene/F/W_0009.png"_s);
     EXPECT_TRUE(Rewritten(frames, {L(u"set:IMWelle#0001", u"G/W_0001.png"),
                                    L(u"set:IMWelle#0002", u"G/W_0002.png")}) ==
                 With(frames, "//F/W_0001.png", "//G/W_0001.png"));

@@ -15,13 +15,14 @@ namespace {
 
 using namespace PluginKit;
 using namespace Formats::Blender;
+using namespace Qt::StringLiterals;
 
 class ZstdSeekTables : public ::testing::Test
 {
 protected:
     InputFile File(const std::string& bytes)
     {
-        const QString name = QStringLiteral("Größe.bin");
+        const QString name = u"Größe.bin"_s;
         m_tree.File(name, QByteArray::fromStdString(bytes));
         return InputFile(std::filesystem::path(m_tree.Path(name).toStdU16String()));
     }

@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 /// The resolver of FreeCAD documents, and documents as FreeCAD packs them.
 class FreecadFixture : public ResolverFixture
 {
@@ -57,7 +59,7 @@ protected:
         return Read(m_file);
     }
 
-    const QString m_file = QStringLiteral("Baugruppe/top.FCStd");
+    const QString m_file = u"Baugruppe/top.FCStd"_s;
 
 private:
     Formats::Freecad::FreecadResolver m_resolver;

@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class FreecadPlugin : private LoadedResolver, public ResolverFixture
@@ -25,8 +27,8 @@ protected:
         }
     }
 
-    const QString m_top = QStringLiteral("Baugruppen/Haupt Größe.FCStd");
-    const QString m_sub = QStringLiteral("Baugruppen/Unter Gruppe.FCStd");
+    const QString m_top = u"Baugruppen/Haupt Größe.FCStd"_s;
+    const QString m_sub = u"Baugruppen/Unter Gruppe.FCStd"_s;
 };
 
 const char16_t* const Bolt = u"../Teile/Bolzen 木.FCStd";
@@ -38,12 +40,11 @@ const char16_t* const Sizes = u"../Tabellen/Maße.FCStd";
 TEST(FreecadPluginLibrary, ItsRegistrationFileNamesIt)
 {
     const QFileInfo library(QStringLiteral(FREECAD_PLUGIN_FILE));
-    QFile file(library.absolutePath() +
-               QStringLiteral("/../SyncPluginRegFiles/freecad.syncplugin"));
+    QFile file(library.absolutePath() + u"/../SyncPluginRegFiles/freecad.syncplugin"_s);
     ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
     const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(QStringLiteral("Module=\"%1\"").arg(library.fileName())));
-    EXPECT_TRUE(text.contains(QStringLiteral("FileTypes=\"fcstd\"")));
+    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
+    EXPECT_TRUE(text.contains(u"FileTypes=\"fcstd\""_s));
 }
 
 TEST_F(FreecadPlugin, FindsEveryLinkThatFreecadWrote)
@@ -59,7 +60,7 @@ TEST_F(FreecadPlugin, FindsEveryLinkThatFreecadWrote)
                                   L(u"Sub.LinkedObject", u"Unter Gruppe.FCStd")}));
     EXPECT_EQ(Read(m_sub), (Links{L(u"Bolt.LinkedObject", Bolt),
                                   L(u"Back.LinkedObject", u"Haupt Größe.FCStd")}));
-    EXPECT_EQ(Read(QStringLiteral("Teile/Bolzen 木.FCStd")), Links());
+    EXPECT_EQ(Read(u"Teile/Bolzen 木.FCStd"_s), Links());
     EXPECT_TRUE(context.lines.isEmpty());
 }
 
@@ -68,7 +69,7 @@ TEST_F(FreecadPlugin, RewritesEveryLinkAndBack)
     const Links links = Read(m_top);
     Links moved = links;
     for (qsizetype i = 0; i < moved.size(); ++i)
-        moved[i].second = QStringLiteral("../ganz wo anders/%1 & ä.FCStd").arg(i);
+        moved[i].second = u"../ganz wo anders/%1 & ä.FCStd"_s.arg(i);
     EXPECT_TRUE(Repath(m_top, moved));
     EXPECT_EQ(Read(m_top), moved);
     EXPECT_TRUE(Repath(m_top, links));

@@ -4,6 +4,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class FreecadRewriter : public FreecadFixture
@@ -56,7 +58,7 @@ TEST_F(FreecadRewriter, FilesThatTheProgramLooksForFromItsOwnFolderGetAbsoluteNa
                       "<Document><ViewProvider name=\"P\">" +
                           Property("T", "File", FileProperty(path)) + "</ViewProvider></Document>");
     };
-    const QByteArray absolute = tree.Path(QStringLiteral("Bilder/Foto ä.png")).toUtf8();
+    const QByteArray absolute = tree.Path(u"Bilder/Foto ä.png"_s).toUtf8();
     const Links relative = {L(u"Part.ImageFile", u"../Bilder/Foto ä.png"),
                             L(u"view:P.T", u"../Bilder/Foto ä.png")};
     EXPECT_EQ(Rewritten(archive("/old/Foto ä.png"), relative), archive(absolute));
@@ -91,10 +93,8 @@ TEST_F(FreecadRewriter, AnIdThatIsNotInTheFileFailsByNameAndNothingIsWritten)
     const QByteArray archive = Packed(Document(Property("A", "XLink", XLink("a.FCStd"))));
     tree.File(m_file, archive);
     EXPECT_FALSE(Repath(m_file, {L(u"Part.A", u"b.FCStd"), L(u"Part.A#2", u"c.FCStd")}));
-    EXPECT_EQ(context.lines,
-              QStringList{QStringLiteral("ERROR Failed to rewrite the file links of %1: the file "
-                                         "has no link Part.A#2")
-                              .arg(tree.Path(m_file))});
+    EXPECT_EQ(context.lines, QStringList{u"ERROR Failed to rewrite the file links of %1: the file "
+                                         "has no link Part.A#2"_s.arg(tree.Path(m_file))});
     EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{m_file, archive}}));
 }
 

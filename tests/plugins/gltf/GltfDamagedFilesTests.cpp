@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class DamagedGltf : public ResolverFixture
@@ -17,11 +19,11 @@ protected:
 
     std::string Plain(const QByteArray& content)
     {
-        return ReadFailure(QStringLiteral("a.gltf"), content).toStdString();
+        return ReadFailure(u"a.gltf"_s, content).toStdString();
     }
     std::string Binary(const QByteArray& content)
     {
-        return ReadFailure(QStringLiteral("a.glb"), content).toStdString();
+        return ReadFailure(u"a.glb"_s, content).toStdString();
     }
 
 private:
@@ -125,8 +127,8 @@ TEST_F(DamagedGltf, NestingIsBounded)
     const auto nested = [](int levels) {
         return "{\"a\":" + QByteArray(levels - 1, '[') + QByteArray(levels - 1, ']') + "}";
     };
-    tree.File(QStringLiteral("a.gltf"), nested(512));
-    EXPECT_TRUE(TryRead(QStringLiteral("a.gltf")));
+    tree.File(u"a.gltf"_s, nested(512));
+    EXPECT_TRUE(TryRead(u"a.gltf"_s));
     EXPECT_EQ(Plain(nested(513)), "nested deeper than 512 levels (byte 516)");
     EXPECT_EQ(Plain("{\"a\":" + QByteArray(10'000'000, '[')),
               "nested deeper than 512 levels (byte 516)");
@@ -164,10 +166,8 @@ TEST_F(DamagedGltf, AUriBelowAVeryLongKeyIsReportedByName)
 
 TEST_F(DamagedGltf, AUriOfExactlyTheLongestLengthIsALink)
 {
-    tree.File(QStringLiteral("a.gltf"),
-              "{\"uri\": \"" + QByteArray("%C3%B6").repeated(259) + "\"}");
-    EXPECT_EQ(Read(QStringLiteral("a.gltf")),
-              (Links{{QStringLiteral("/uri"), QString(259, QChar(0xF6))}}));
+    tree.File(u"a.gltf"_s, "{\"uri\": \"" + QByteArray("%C3%B6").repeated(259) + "\"}");
+    EXPECT_EQ(Read(u"a.gltf"_s), (Links{{u"/uri"_s, QString(259, QChar(0xF6))}}));
 }
 
 TEST_F(DamagedGltf, ABinaryFileWithALyingHeaderIsReportedWithThePlace)
@@ -245,9 +245,8 @@ TEST_F(DamagedGltf, ABinaryFileCutAnywhereWithALengthToMatchIsReported)
             continue;
         EXPECT_EQ(Binary(Headed(good.mid(12, size - 12))), expected.toStdString()) << size;
     }
-    tree.File(QStringLiteral("a.glb"), Headed(good.mid(12, 20)));
-    EXPECT_EQ(Read(QStringLiteral("a.glb")),
-              (Links{{QStringLiteral("/uri"), QStringLiteral("a")}}));
+    tree.File(u"a.glb"_s, Headed(good.mid(12, 20)));
+    EXPECT_EQ(Read(u"a.glb"_s), (Links{{u"/uri"_s, u"a"_s}}));
 }
 
 TEST_F(DamagedGltf, NoSingleByteOfAHeaderTurnedOverCrashesOrChangesTheFile)
@@ -257,36 +256,34 @@ TEST_F(DamagedGltf, NoSingleByteOfAHeaderTurnedOverCrashesOrChangesTheFile)
         for (int bit = 0; bit < 8; ++bit) {
             QByteArray bad = good;
             bad[at] = static_cast<char>(bad.at(at) ^ (1 << bit));
-            tree.File(QStringLiteral("a.glb"), bad);
-            const bool ok = TryRead(QStringLiteral("a.glb"));
+            tree.File(u"a.glb"_s, bad);
+            const bool ok = TryRead(u"a.glb"_s);
             EXPECT_TRUE(!ok || at >= 16) << at; // header and lengths are checked whole
-            EXPECT_EQ(tree.Read(QStringLiteral("a.glb")), bad);
+            EXPECT_EQ(tree.Read(u"a.glb"_s), bad);
         }
     }
 }
 
 TEST_F(DamagedGltf, AFileThatIsMissingOrAFolderIsReported)
 {
-    EXPECT_FALSE(TryRead(QStringLiteral("none.gltf")));
+    EXPECT_FALSE(TryRead(u"none.gltf"_s));
     ASSERT_EQ(context.lines.size(), 1);
     EXPECT_TRUE(context.lines.first().startsWith(
-        QStringLiteral("ERROR Failed to read the file links of %1: the file cannot be opened: ")
-            .arg(tree.Path(QStringLiteral("none.gltf")))));
-    tree.Folder(QStringLiteral("folder.gltf"));
-    EXPECT_FALSE(TryRead(QStringLiteral("folder.gltf")));
+        u"ERROR Failed to read the file links of %1: the file cannot be opened: "_s.arg(
+            tree.Path(u"none.gltf"_s))));
+    tree.Folder(u"folder.gltf"_s);
+    EXPECT_FALSE(TryRead(u"folder.gltf"_s));
 }
 
 TEST_F(DamagedGltf, ADocumentBeyondTheLimitIsRefusedBeforeItIsRead)
 {
-    const QString name = QStringLiteral("a.gltf");
+    const QString name = u"a.gltf"_s;
     tree.File(name, "{}");
     ASSERT_TRUE(QFile::resize(tree.Path(name), (qint64(1) << 30) + 1));
     EXPECT_FALSE(TryRead(name));
-    EXPECT_EQ(
-        context.lines,
-        QStringList{QStringLiteral("ERROR Failed to read the file links of %1: the document is "
-                                   "larger than 1 GiB")
-                        .arg(tree.Path(name))});
+    EXPECT_EQ(context.lines,
+              QStringList{u"ERROR Failed to read the file links of %1: the document is "
+                          "larger than 1 GiB"_s.arg(tree.Path(name))});
 }
 
 } // namespace Halvern::Test

@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class GltfReader : public ResolverFixture
@@ -17,8 +19,8 @@ protected:
 
     Links ReadText(const QByteArray& json)
     {
-        tree.File(QStringLiteral("a.gltf"), json);
-        return Read(QStringLiteral("a.gltf"));
+        tree.File(u"a.gltf"_s, json);
+        return Read(u"a.gltf"_s);
     }
 
 private:
@@ -90,7 +92,7 @@ TEST_F(GltfReader, BackslashesOfProgramsForWindowsAreSlashes)
 
 TEST_F(GltfReader, ANameThatIsAFolderIsNoLink)
 {
-    tree.Folder(QStringLiteral("tex"));
+    tree.Folder(u"tex"_s);
     EXPECT_EQ(ReadText(R"({"images": [{"uri": "tex"}, {"uri": "lost/"}, {"uri": "."}]})"), Links{});
 }
 
@@ -102,7 +104,7 @@ TEST_F(GltfReader, AFileUriIsALinkWithAnAbsolutePath)
 
 TEST_F(GltfReader, ANameThatTheExporterForgotToEncodeIsFoundOnTheDisk)
 {
-    tree.File(QStringLiteral("t/50%20oak.png"));
+    tree.File(u"t/50%20oak.png"_s);
     EXPECT_EQ(ReadText(R"({"images": [{"uri": "t/50%20oak.png"}]})"),
               (Links{L(u"/images/0/uri", u"t/50%20oak.png")}));
 }
@@ -110,8 +112,8 @@ TEST_F(GltfReader, ANameThatTheExporterForgotToEncodeIsFoundOnTheDisk)
 TEST_F(GltfReader, AByteOrderMarkIsTolerated)
 {
     EXPECT_EQ(ReadText("\xEF\xBB\xBF{\"uri\": \"a.png\"}"), (Links{L(u"/uri", u"a.png")}));
-    tree.File(QStringLiteral("b.glb"), Glb("\xEF\xBB\xBF{\"uri\": \"a.png\"}"));
-    EXPECT_EQ(Read(QStringLiteral("b.glb")), (Links{L(u"/uri", u"a.png")}));
+    tree.File(u"b.glb"_s, Glb("\xEF\xBB\xBF{\"uri\": \"a.png\"}"));
+    EXPECT_EQ(Read(u"b.glb"_s), (Links{L(u"/uri", u"a.png")}));
 }
 
 TEST_F(GltfReader, RepeatedKeysGiveLinksThatIdsTellApart)
@@ -139,8 +141,7 @@ TEST_F(GltfReader, ADocumentWithoutLinksSucceedsWithNone)
 
 TEST_F(GltfReader, ABinaryFileIsRecognisedByItsFirstBytesWhateverItsName)
 {
-    for (const QString& name : {QStringLiteral("a.glb"), QStringLiteral("A.GLB"),
-                                QStringLiteral("b.gltf"), QStringLiteral("c")}) {
+    for (const QString& name : {u"a.glb"_s, u"A.GLB"_s, u"b.gltf"_s, u"c"_s}) {
         tree.File(name, Glb(R"({"images": [{"uri": "a.png"}]})", BinChunk("1234")));
         EXPECT_EQ(Read(name), (Links{L(u"/images/0/uri", u"a.png")})) << name.toStdString();
     }
@@ -148,21 +149,20 @@ TEST_F(GltfReader, ABinaryFileIsRecognisedByItsFirstBytesWhateverItsName)
 
 TEST_F(GltfReader, ChunksOfUnknownKindsArePassedOver)
 {
-    tree.File(QStringLiteral("a.glb"),
+    tree.File(u"a.glb"_s,
               Glb(R"({"uri": "a.png"})", GlbChunk(QByteArray(4, '\0'), "") + BinChunk("12345678") +
                                              GlbChunk("XYZ1", "1234")));
-    EXPECT_EQ(Read(QStringLiteral("a.glb")), (Links{L(u"/uri", u"a.png")}));
+    EXPECT_EQ(Read(u"a.glb"_s), (Links{L(u"/uri", u"a.png")}));
 }
 
 TEST_F(GltfReader, ReadingChangesNeitherBytesNorTimes)
 {
     const QDateTime time = QDateTime::fromSecsSinceEpoch(1'000'000'000);
-    tree.File(QStringLiteral("a.gltf"), R"({"uri": "a.png"})")
-        .Touch(QStringLiteral("a.gltf"), time);
+    tree.File(u"a.gltf"_s, R"({"uri": "a.png"})").Touch(u"a.gltf"_s, time);
     const FileTree::Snapshot before = tree.Contents();
-    Read(QStringLiteral("a.gltf"));
+    Read(u"a.gltf"_s);
     EXPECT_EQ(tree.Contents(), before);
-    EXPECT_EQ(tree.Modified(QStringLiteral("a.gltf")), time);
+    EXPECT_EQ(tree.Modified(u"a.gltf"_s), time);
 }
 
 TEST_F(GltfReader, AHundredThousandUrisAreAllRead)
@@ -170,9 +170,9 @@ TEST_F(GltfReader, AHundredThousandUrisAreAllRead)
     QByteArray json = "{\"images\": [";
     for (int i = 0; i < 100'000; ++i)
         json += (i ? ",{\"uri\":\"t/a" : "{\"uri\":\"t/a") + QByteArray::number(i) + ".png\"}";
-    tree.File(QStringLiteral("a.gltf"), json + "]}");
+    tree.File(u"a.gltf"_s, json + "]}");
 
-    const auto links = Read(QStringLiteral("a.gltf"));
+    const auto links = Read(u"a.gltf"_s);
 
     EXPECT_EQ(links.size(), 100'000U);
     EXPECT_EQ(links.at(99'999), L(u"/images/99999/uri", u"t/a99999.png"));

@@ -2,12 +2,14 @@
 
 #include "FormatFixture.h"
 
-#include "pluginkit/ReplacementFile.h"
 #include "gltf/GltfResolver.h"
+#include "pluginkit/ReplacementFile.h"
 
 #include <QtCore/QFileInfo>
 
 namespace Halvern::Test {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -30,12 +32,12 @@ protected:
         context.lines.clear();
         EXPECT_FALSE(Repath(m_file, links));
         EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{m_file, json}}));
-        const QString start = QStringLiteral("ERROR Failed to rewrite the file links of %1: ");
+        const QString start = u"ERROR Failed to rewrite the file links of %1: "_s;
         const QString prefix = start.arg(tree.Path(m_file));
         return context.lines.join(u'\n').replace(prefix, QString());
     }
 
-    const QString m_file = QStringLiteral("a.gltf");
+    const QString m_file = u"a.gltf"_s;
     Formats::Gltf::GltfResolver m_resolver;
 };
 
@@ -126,15 +128,14 @@ TEST_F(GltfRewriter, AnIdThatIsNotInTheFileFailsByNameAndNothingIsWritten)
 {
     const QByteArray json = R"({"images":[{"uri":"a.png"}],"extras":{"uri":"x"}})";
     EXPECT_EQ(Failure(json, {L(u"/images/0/uri", u"b.png"), L(u"/images/1/uri", u"c.png")}),
-              QStringLiteral("the file has no link /images/1/uri"));
-    EXPECT_EQ(Failure(json, {L(u"/extras/uri", u"c.png")}),
-              QStringLiteral("the file has no link /extras/uri"));
-    EXPECT_EQ(Failure(json, {L(u"", u"c.png")}), QStringLiteral("the file has no link "));
+              u"the file has no link /images/1/uri"_s);
+    EXPECT_EQ(Failure(json, {L(u"/extras/uri", u"c.png")}), u"the file has no link /extras/uri"_s);
+    EXPECT_EQ(Failure(json, {L(u"", u"c.png")}), u"the file has no link "_s);
 }
 
 TEST_F(GltfRewriter, ANameThatWasNoFoldersBesideTheSourceIsFoundByItsId)
 {
-    tree.Folder(QStringLiteral("tex"));
+    tree.Folder(u"tex"_s);
     EXPECT_EQ(Rewritten(R"({"uri":"tex"})", {L(u"/uri", u"lib/tex")}), R"({"uri":"lib/tex"})");
 }
 
@@ -142,13 +143,12 @@ TEST_F(GltfRewriter, ALinkThatCannotBeWrittenFailsByNameAndNothingIsWritten)
 {
     const QByteArray json = R"({"uri":"a.png"})";
     EXPECT_EQ(Failure(json, {L(u"/uri", u"")}),
-              QStringLiteral("the new path of link /uri is empty or no valid text"));
-    EXPECT_EQ(Failure(json, {{QStringLiteral("/uri"), QString(QChar(0xD800))}}),
-              QStringLiteral("the new path of link /uri is empty or no valid text"));
-    EXPECT_EQ(Failure(json, {{QString(QChar(0xDC00)), QStringLiteral("x")}}),
-              QStringLiteral("a link's id is no valid text"));
+              u"the new path of link /uri is empty or no valid text"_s);
+    EXPECT_EQ(Failure(json, {{u"/uri"_s, QString(QChar(0xD800))}}),
+              u"the new path of link /uri is empty or no valid text"_s);
+    EXPECT_EQ(Failure(json, {{QString(QChar(0xDC00)), u"x"_s}}), u"a link's id is no valid text"_s);
     EXPECT_EQ(Failure(json, {L(u"/uri", u"x"), L(u"/uri", u"y")}),
-              QStringLiteral("two new paths for link /uri: x and y"));
+              u"two new paths for link /uri: x and y"_s);
 }
 
 TEST_F(GltfRewriter, ARecordOfAnotherSizeOrAnInvalidListIsRefused)
@@ -162,16 +162,16 @@ TEST_F(GltfRewriter, ARecordOfAnotherSizeOrAnInvalidListIsRefused)
     EXPECT_FALSE(m_resolver.RepathFileLinks(file, nullptr, 1, &context));
     EXPECT_FALSE(m_resolver.RepathFileLinks(file, &record, -1, &context));
     const QString start =
-        QStringLiteral("ERROR Failed to rewrite the file links of %1: ").arg(tree.Path(m_file));
-    EXPECT_EQ(context.lines, (QStringList{start + QStringLiteral("a link record of 1040 bytes"),
-                                          start + QStringLiteral("the list of links is invalid"),
-                                          start + QStringLiteral("the list of links is invalid")}));
+        u"ERROR Failed to rewrite the file links of %1: "_s.arg(tree.Path(m_file));
+    EXPECT_EQ(context.lines, (QStringList{start + u"a link record of 1040 bytes"_s,
+                                          start + u"the list of links is invalid"_s,
+                                          start + u"the list of links is invalid"_s}));
 }
 
 TEST_F(GltfRewriter, AMalformedFileIsNotWritten)
 {
     EXPECT_EQ(Failure(R"({"uri":"a.png",})", {L(u"/uri", u"b.png")}),
-              QStringLiteral("Missing a name for object member. (byte 15)"));
+              u"Missing a name for object member. (byte 15)"_s);
 }
 
 TEST_F(GltfRewriter, AHundredThousandLinksAreRewrittenAtOnce)
@@ -183,8 +183,7 @@ TEST_F(GltfRewriter, AHundredThousandLinksAreRewrittenAtOnce)
         const QByteArray number = QByteArray::number(i);
         before += (i ? ",{\"uri\":\"a" : "{\"uri\":\"a") + number + ".png\"}";
         after += (i ? ",{\"uri\":\"../b/" : "{\"uri\":\"../b/") + number + "%20x.png\"}";
-        links.append(
-            {QStringLiteral("/images/%1/uri").arg(i), QStringLiteral("../b/%1 x.png").arg(i)});
+        links.append({u"/images/%1/uri"_s.arg(i), u"../b/%1 x.png"_s.arg(i)});
     }
     EXPECT_TRUE(Rewritten(before + "]}", links) == after + "]}");
 }
@@ -194,7 +193,7 @@ TEST_F(GltfRewriter, ABinaryFileKeepsItsOtherChunksAndGetsNewLengths)
     // Larger than two buffers of the copy, and not a multiple of one.
     const qint64 size = 2 * qint64(PluginKit::ReplacementFile::CopyBufferSize) + 4 * 1237;
     const QByteArray rest = BinChunk(PatternBytes(size)) + GlbChunk("XYZ1", PatternBytes(8, 2));
-    const QString file = QStringLiteral("a.glb");
+    const QString file = u"a.glb"_s;
     for (const char16_t* path : {u"b", u"bc", u"bcd", u"bcde", u"../somewhere/else/b.png"}) {
         tree.File(file, Glb(R"({"uri":"a.png"})", rest));
         EXPECT_TRUE(Repath(file, {L(u"/uri", path)}));
@@ -206,7 +205,7 @@ TEST_F(GltfRewriter, ABinaryFileKeepsItsOtherChunksAndGetsNewLengths)
 
 TEST_F(GltfRewriter, ABinaryFileComesBackByteForByteWhenItsLinkDoes)
 {
-    const QString file = QStringLiteral("a.glb");
+    const QString file = u"a.glb"_s;
     const QByteArray before = Glb(R"({"uri":"a.png"} )", BinChunk("12345678"));
     tree.File(file, before);
     EXPECT_TRUE(Repath(file, {L(u"/uri", u"some/longer/name.png")}));
@@ -217,7 +216,7 @@ TEST_F(GltfRewriter, ABinaryFileComesBackByteForByteWhenItsLinkDoes)
 
 TEST_F(GltfRewriter, ABinaryFileWithoutOtherChunksIsRewritten)
 {
-    const QString file = QStringLiteral("a.glb");
+    const QString file = u"a.glb"_s;
     tree.File(file, Glb(R"({"uri":"a.png"})"));
     EXPECT_TRUE(Repath(file, {L(u"/uri", u"b c.png")}));
     EXPECT_EQ(tree.Read(file), Glb(R"({"uri":"b%20c.png"})"));

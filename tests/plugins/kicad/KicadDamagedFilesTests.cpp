@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using KicadDamagedFiles = KicadFixture;
@@ -18,7 +20,7 @@ struct Row
     const char* failure;
 };
 
-const QString Top = QStringLiteral("p/a.kicad_sch");
+const QString Top = u"p/a.kicad_sch"_s;
 
 QByteArray CorpusFile(const char* name)
 {
@@ -87,12 +89,12 @@ TEST_F(KicadDamagedFiles, EachFailsWithItsReason)
 
 TEST_F(KicadDamagedFiles, ATableThatIsDamagedIsNamed)
 {
-    tree.File(QStringLiteral("sym-lib-table"), "(sym_lib_table (lib ");
-    EXPECT_EQ(ReadFailure(QStringLiteral("a.kicad_pro"), "{}"),
-              QStringLiteral("sym-lib-table: the file ends within 2 open lists (its byte 20)"));
-    tree.File(QStringLiteral("sym-lib-table"), "nothing");
-    EXPECT_EQ(ReadFailure(QStringLiteral("a.kicad_pro"), "{}"),
-              QStringLiteral("sym-lib-table: the file does not begin with a list (its byte 0)"));
+    tree.File(u"sym-lib-table"_s, "(sym_lib_table (lib ");
+    EXPECT_EQ(ReadFailure(u"a.kicad_pro"_s, "{}"),
+              u"sym-lib-table: the file ends within 2 open lists (its byte 20)"_s);
+    tree.File(u"sym-lib-table"_s, "nothing");
+    EXPECT_EQ(ReadFailure(u"a.kicad_pro"_s, "{}"),
+              u"sym-lib-table: the file does not begin with a list (its byte 0)"_s);
 }
 
 TEST_F(KicadDamagedFiles, ACutFileFails)
@@ -103,12 +105,12 @@ TEST_F(KicadDamagedFiles, ACutFileFails)
         const QByteArray whole = CorpusFile(name).trimmed();
         ASSERT_GT(whole.size(), 1000);
         for (qsizetype size = 0; size < whole.size(); size += 3) {
-            tree.File(QStringLiteral("a.") + extension, whole.left(size));
-            ASSERT_FALSE(TryRead(QStringLiteral("a.") + extension)) << name << " cut at " << size;
+            tree.File(u"a."_s + extension, whole.left(size));
+            ASSERT_FALSE(TryRead(u"a."_s + extension)) << name << " cut at " << size;
         }
-        tree.File(QStringLiteral("a.") + extension, whole);
-        EXPECT_TRUE(TryRead(QStringLiteral("a.") + extension)) << name;
-        tree.Remove(QStringLiteral("a.") + extension);
+        tree.File(u"a."_s + extension, whole);
+        EXPECT_TRUE(TryRead(u"a."_s + extension)) << name;
+        tree.Remove(u"a."_s + extension);
     }
 }
 
@@ -132,7 +134,7 @@ TEST_F(KicadDamagedFiles, AHugeStringIsReadInFixedMemory)
 {
     tree.File(Top,
               Schematic("(text \"" + QByteArray(20'000'000, 'x') + "\")" + Sheet("1-1", "\"b\"")));
-    EXPECT_EQ(Read(Top), (Links{{QStringLiteral("1-1 file"), QStringLiteral("b")}}));
+    EXPECT_EQ(Read(Top), (Links{{u"1-1 file"_s, u"b"_s}}));
 }
 
 } // namespace Halvern::Test

@@ -11,6 +11,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class KicadImport : public CommandFixture
@@ -25,14 +27,14 @@ protected:
             EXPECT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
             // The links that are absolute say where the projects were.
             const QByteArray content =
-                file.readAll().replace("/projekte/", tree.Path(u"work"_qs).toUtf8() + '/');
-            tree.File(u"work/"_qs + corpus.relativeFilePath(file.fileName()), content);
+                file.readAll().replace("/projekte/", tree.Path(u"work"_s).toUtf8() + '/');
+            tree.File(u"work/"_s + corpus.relativeFilePath(file.fileName()), content);
         }
     }
 
     CommandResult ImportMain(const QStringList& arguments = {}) const
     {
-        return Import(QStringList{u"Platine Größe/Haupt 木.kicad_pro"_qs, u"--to"_qs, u"Demo"_qs} +
+        return Import(QStringList{u"Platine Größe/Haupt 木.kicad_pro"_s, u"--to"_s, u"Demo"_s} +
                       arguments);
     }
 
@@ -48,7 +50,7 @@ protected:
     }
 };
 
-const QString BoardCopy = u"cloud/Demo/Haupt 木.kicad_pcb"_qs;
+const QString BoardCopy = u"cloud/Demo/Haupt 木.kicad_pcb"_s;
 
 } // namespace
 
@@ -66,33 +68,33 @@ TEST_F(KicadImport, AProjectComesWithEverythingThatItNames)
     const CommandResult result = ImportMain();
     EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
     EXPECT_EQ(
-        tree.Contents(u"cloud/Demo"_qs).keys(),
-        (QStringList{u"3d/Quader (q).step"_qs, u"3d/Quader (q).wrl"_qs, u"3d/Würfel 木.step"_qs,
-                     u"Haupt 木.kicad_dru"_qs, u"Haupt 木.kicad_pcb"_qs, u"Haupt 木.kicad_pro"_qs,
-                     u"Haupt 木.kicad_sch"_qs, u"anderswo/Absolut.kicad_sch"_qs,
-                     u"anderswo/Absolut.step"_qs, u"blätter/Netz teil.kicad_sch"_qs,
-                     u"blätter/tief/Regler.kicad_sch"_qs, u"fp-lib-table"_qs,
-                     u"gemeinsam/Block.step"_qs, u"gemeinsam/Geteilt.kicad_sch"_qs,
-                     u"lib/Füße.pretty/R.kicad_mod"_qs, u"lib/Teile.kicad_sym"_qs,
-                     u"sym-lib-table"_qs, u"zeichnung/Rahmen ü.kicad_wks"_qs}));
-    EXPECT_EQ(result.Lines().filter(u"missing "_qs).size(), 2) << result.out.toStdString();
+        tree.Contents(u"cloud/Demo"_s).keys(),
+        (QStringList{u"3d/Quader (q).step"_s, u"3d/Quader (q).wrl"_s, u"3d/Würfel 木.step"_s,
+                     u"Haupt 木.kicad_dru"_s, u"Haupt 木.kicad_pcb"_s, u"Haupt 木.kicad_pro"_s,
+                     u"Haupt 木.kicad_sch"_s, u"anderswo/Absolut.kicad_sch"_s,
+                     u"anderswo/Absolut.step"_s, u"blätter/Netz teil.kicad_sch"_s,
+                     u"blätter/tief/Regler.kicad_sch"_s, u"fp-lib-table"_s,
+                     u"gemeinsam/Block.step"_s, u"gemeinsam/Geteilt.kicad_sch"_s,
+                     u"lib/Füße.pretty/R.kicad_mod"_s, u"lib/Teile.kicad_sym"_s, u"sym-lib-table"_s,
+                     u"zeichnung/Rahmen ü.kicad_wks"_s}));
+    EXPECT_EQ(result.Lines().filter(u"missing "_s).size(), 2) << result.out.toStdString();
 }
 
 TEST_F(KicadImport, LinksWithinTheProjectStayAndOthersNameTheCopies)
 {
     ImportMain();
-    EXPECT_EQ(Strings(BoardCopy, u"(model \""_qs),
-              (QStringList{u"${KICAD6_3DMODEL_DIR}/Nirgends.3dshapes/x.step"_qs,
-                           u"${KIPRJMOD}/3d/Würfel 木.step"_qs, u"${KIPRJMOD}/3d/verloren.step"_qs,
-                           u"${KIPRJMOD}/anderswo/Absolut.step"_qs,
-                           u"${KIPRJMOD}/gemeinsam/Block.step"_qs, u"3d/Quader (q).wrl"_qs,
-                           u"gemeinsam/Block.step"_qs}));
-    EXPECT_EQ(Strings(u"cloud/Demo/Haupt 木.kicad_sch"_qs, u"\"Sheet file\" \""_qs),
-              (QStringList{u"anderswo/Absolut.kicad_sch"_qs, u"blätter/Netz teil.kicad_sch"_qs,
-                           u"blätter/verloren.kicad_sch"_qs, u"gemeinsam/Geteilt.kicad_sch"_qs}));
-    for (const QString& same : {u"Haupt 木.kicad_pro"_qs, u"blätter/Netz teil.kicad_sch"_qs,
-                                u"sym-lib-table"_qs, u"fp-lib-table"_qs})
-        EXPECT_EQ(tree.Read(u"cloud/Demo/"_qs + same), tree.Read(u"work/Platine Größe/"_qs + same))
+    EXPECT_EQ(
+        Strings(BoardCopy, u"(model \""_s),
+        (QStringList{u"${KICAD6_3DMODEL_DIR}/Nirgends.3dshapes/x.step"_s,
+                     u"${KIPRJMOD}/3d/Würfel 木.step"_s, u"${KIPRJMOD}/3d/verloren.step"_s,
+                     u"${KIPRJMOD}/anderswo/Absolut.step"_s, u"${KIPRJMOD}/gemeinsam/Block.step"_s,
+                     u"3d/Quader (q).wrl"_s, u"gemeinsam/Block.step"_s}));
+    EXPECT_EQ(Strings(u"cloud/Demo/Haupt 木.kicad_sch"_s, u"\"Sheet file\" \""_s),
+              (QStringList{u"anderswo/Absolut.kicad_sch"_s, u"blätter/Netz teil.kicad_sch"_s,
+                           u"blätter/verloren.kicad_sch"_s, u"gemeinsam/Geteilt.kicad_sch"_s}));
+    for (const QString& same : {u"Haupt 木.kicad_pro"_s, u"blätter/Netz teil.kicad_sch"_s,
+                                u"sym-lib-table"_s, u"fp-lib-table"_s})
+        EXPECT_EQ(tree.Read(u"cloud/Demo/"_s + same), tree.Read(u"work/Platine Größe/"_s + same))
             << same.toStdString();
 }
 
@@ -100,14 +102,14 @@ TEST_F(KicadImport, AnyFileOfAProjectBringsTheProject)
 {
     ImportMain();
     const QStringList all = Cloud().keys();
-    for (const QString& extension : {u"kicad_sch"_qs, u"kicad_pcb"_qs}) {
-        const QString folder = u"To "_qs + extension;
-        Import({u"Platine Größe/Haupt 木."_qs + extension, u"--to"_qs, folder});
-        const QStringList copies = tree.Contents(u"cloud/"_qs + folder).keys();
+    for (const QString& extension : {u"kicad_sch"_s, u"kicad_pcb"_s}) {
+        const QString folder = u"To "_s + extension;
+        Import({u"Platine Größe/Haupt 木."_s + extension, u"--to"_s, folder});
+        const QStringList copies = tree.Contents(u"cloud/"_s + folder).keys();
         for (const QString& name :
-             {u"Haupt 木.kicad_pro"_qs, u"Haupt 木.kicad_sch"_qs, u"Haupt 木.kicad_pcb"_qs,
-              u"Haupt 木.kicad_dru"_qs, u"sym-lib-table"_qs, u"fp-lib-table"_qs,
-              u"lib/Teile.kicad_sym"_qs})
+             {u"Haupt 木.kicad_pro"_s, u"Haupt 木.kicad_sch"_s, u"Haupt 木.kicad_pcb"_s,
+              u"Haupt 木.kicad_dru"_s, u"sym-lib-table"_s, u"fp-lib-table"_s,
+              u"lib/Teile.kicad_sym"_s})
             EXPECT_TRUE(copies.contains(name)) << (folder + u'/' + name).toStdString();
     }
 }
@@ -116,26 +118,26 @@ TEST_F(KicadImport, ARenamedProjectIsWholeInAFolderOfItsOwnUnderItsOldNames)
 {
     ImportMain();
     const FileTree::Snapshot before = Cloud();
-    const QString schematic = u"work/Platine Größe/Haupt 木.kicad_sch"_qs;
+    const QString schematic = u"work/Platine Größe/Haupt 木.kicad_sch"_s;
     tree.Touch(schematic, tree.Modified(schematic).addSecs(-100));
-    const CommandResult result = ImportMain({u"--collisions"_qs, u"rename"_qs});
+    const CommandResult result = ImportMain({u"--collisions"_s, u"rename"_s});
     EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
-    const QString copy = u"cloud/Demo/Haupt 木 (2)/"_qs;
-    EXPECT_EQ(tree.Contents(copy).keys(),
-              (QStringList{u"Haupt 木.kicad_dru"_qs, u"Haupt 木.kicad_pcb"_qs,
-                           u"Haupt 木.kicad_pro"_qs, u"Haupt 木.kicad_sch"_qs, u"fp-lib-table"_qs,
-                           u"lib/Füße.pretty/R.kicad_mod"_qs, u"lib/Teile.kicad_sym"_qs,
-                           u"sym-lib-table"_qs}));
+    const QString copy = u"cloud/Demo/Haupt 木 (2)/"_s;
     EXPECT_EQ(
-        Strings(copy + u"Haupt 木.kicad_sch"_qs, u"\"Sheet file\" \""_qs),
-        (QStringList{u"../anderswo/Absolut.kicad_sch"_qs, u"../blätter/Netz teil.kicad_sch"_qs,
-                     u"../blätter/verloren.kicad_sch"_qs, u"../gemeinsam/Geteilt.kicad_sch"_qs}));
-    EXPECT_TRUE(tree.Read(copy + u"Haupt 木.kicad_pro"_qs)
+        tree.Contents(copy).keys(),
+        (QStringList{u"Haupt 木.kicad_dru"_s, u"Haupt 木.kicad_pcb"_s, u"Haupt 木.kicad_pro"_s,
+                     u"Haupt 木.kicad_sch"_s, u"fp-lib-table"_s, u"lib/Füße.pretty/R.kicad_mod"_s,
+                     u"lib/Teile.kicad_sym"_s, u"sym-lib-table"_s}));
+    EXPECT_EQ(
+        Strings(copy + u"Haupt 木.kicad_sch"_s, u"\"Sheet file\" \""_s),
+        (QStringList{u"../anderswo/Absolut.kicad_sch"_s, u"../blätter/Netz teil.kicad_sch"_s,
+                     u"../blätter/verloren.kicad_sch"_s, u"../gemeinsam/Geteilt.kicad_sch"_s}));
+    EXPECT_TRUE(tree.Read(copy + u"Haupt 木.kicad_pro"_s)
                     .contains("\"${KIPRJMOD}/../zeichnung/Rahmen ü.kicad_wks\""));
     EXPECT_TRUE(
-        tree.Read(copy + u"Haupt 木.kicad_pro"_qs).contains("\"../zeichnung/Rahmen ü.kicad_wks\""));
+        tree.Read(copy + u"Haupt 木.kicad_pro"_s).contains("\"../zeichnung/Rahmen ü.kicad_wks\""));
     for (auto file = before.cbegin(); file != before.cend(); ++file)
-        EXPECT_EQ(tree.Read(u"cloud/"_qs + file.key()), file.value()) << file.key().toStdString();
+        EXPECT_EQ(tree.Read(u"cloud/"_s + file.key()), file.value()) << file.key().toStdString();
 }
 
 TEST_F(KicadImport, ASecondImportCopiesNothing)
@@ -144,41 +146,40 @@ TEST_F(KicadImport, ASecondImportCopiesNothing)
     const FileTree::Snapshot before = Cloud();
     const CommandResult result = ImportMain();
     EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
-    EXPECT_EQ(result.Lines().filter(u"unchanged  "_qs).size(), 18) << result.out.toStdString();
+    EXPECT_EQ(result.Lines().filter(u"unchanged  "_s).size(), 18) << result.out.toStdString();
     EXPECT_EQ(Cloud(), before);
 }
 
 TEST_F(KicadImport, ACompanionMadeAfterAnImportComesOnceAFileThatFindsItWasSavedAgain)
 {
-    const QString rules = u"work/Platine Größe/Haupt 木.kicad_dru"_qs;
+    const QString rules = u"work/Platine Größe/Haupt 木.kicad_dru"_s;
     const QByteArray text = tree.Read(rules);
     QFile::remove(tree.Path(rules));
     ImportMain();
     const FileTree::Snapshot before = Cloud();
-    ASSERT_FALSE(before.contains(u"Demo/Haupt 木.kicad_dru"_qs));
+    ASSERT_FALSE(before.contains(u"Demo/Haupt 木.kicad_dru"_s));
     tree.File(rules, text);
     EXPECT_EQ(ImportMain().exitCode, 4);
     EXPECT_EQ(Cloud(), before);
-    const QString project = u"work/Platine Größe/Haupt 木.kicad_pro"_qs;
+    const QString project = u"work/Platine Größe/Haupt 木.kicad_pro"_s;
     tree.Touch(project, tree.Modified(project).addSecs(-100));
-    const CommandResult result = ImportMain({u"--collisions"_qs, u"replace"_qs});
+    const CommandResult result = ImportMain({u"--collisions"_s, u"replace"_s});
     EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
     FileTree::Snapshot after = before;
-    after.insert(u"Demo/Haupt 木.kicad_dru"_qs, text);
+    after.insert(u"Demo/Haupt 木.kicad_dru"_s, text);
     EXPECT_EQ(Cloud(), after);
 }
 
 TEST_F(KicadImport, ProjectsOfOneImportShareWhatBothName)
 {
-    const CommandResult result =
-        Import({u"Platine Größe"_qs, u"Zweite"_qs, u"--to"_qs, u"Demo"_qs});
+    const CommandResult result = Import({u"Platine Größe"_s, u"Zweite"_s, u"--to"_s, u"Demo"_s});
     EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
     const QString shared =
-        Strings(u"cloud/Demo/Zweite/Zweite Platine.kicad_sch"_qs, u"\"Sheet file\" \""_qs).value(0);
-    EXPECT_TRUE(tree.Exists(u"cloud/Demo/Zweite/"_qs + shared)) << shared.toStdString();
-    EXPECT_EQ(result.Lines().filter(u"Geteilt.kicad_sch"_qs).size(), 1) << result.out.toStdString();
-    EXPECT_EQ(result.Lines().filter(u"Block.step"_qs).size(), 1);
-    EXPECT_TRUE(tree.Read(u"cloud/Demo/Zweite/Zweite Platine.kicad_pcb"_qs)
+        Strings(u"cloud/Demo/Zweite/Zweite Platine.kicad_sch"_s, u"\"Sheet file\" \""_s).value(0);
+    EXPECT_TRUE(tree.Exists(u"cloud/Demo/Zweite/"_s + shared)) << shared.toStdString();
+    EXPECT_EQ(result.Lines().filter(u"Geteilt.kicad_sch"_s).size(), 1) << result.out.toStdString();
+    EXPECT_EQ(result.Lines().filter(u"Block.step"_s).size(), 1);
+    EXPECT_TRUE(tree.Read(u"cloud/Demo/Zweite/Zweite Platine.kicad_pcb"_s)
                     .contains("${KIPRJMOD}/../Platine Größe/3d/Würfel 木.step"));
 }
 

@@ -4,6 +4,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class KicadReader : public KicadFixture
@@ -16,8 +18,8 @@ protected:
     }
 };
 
-const QString Top = QStringLiteral("p/a.kicad_sch");
-const QString BoardFile = QStringLiteral("p/a.kicad_pcb");
+const QString Top = u"p/a.kicad_sch"_s;
+const QString BoardFile = u"p/a.kicad_pcb"_s;
 
 struct TextRow
 {
@@ -66,35 +68,34 @@ TEST_F(KicadReader, UnderstandsEveryFormOfAModelsPath)
 
 TEST_F(KicadReader, TheProjectOfABoardIsInItsOwnFolderWhateverIsAbove)
 {
-    tree.File(QStringLiteral("p/a.kicad_pro"), "{}");
-    EXPECT_EQ(PathsIn(QStringLiteral("p/panel/b.kicad_pcb"),
+    tree.File(u"p/a.kicad_pro"_s, "{}");
+    EXPECT_EQ(PathsIn(u"p/panel/b.kicad_pcb"_s,
                       Board(Footprint("1-1", Model("\"${KIPRJMOD}/3d/a.step\"") +
                                                  Model("\"3d/b.step\"")))),
-              (QStringList{QStringLiteral("3d/a.step"), QStringLiteral("3d/b.step")}));
+              (QStringList{u"3d/a.step"_s, u"3d/b.step"_s}));
 }
 
 TEST_F(KicadReader, SheetsAreRelativeToTheirOwnFileAndVariablesAreLetters)
 {
     EXPECT_EQ(
-        PathsIn(QStringLiteral("p/sub/b.kicad_sch"),
+        PathsIn(u"p/sub/b.kicad_sch"_s,
                 Schematic(Sheet("1-1", "\"tief/c.kicad_sch\"") +
                           Sheet("2-2", "\"../d.kicad_sch\"") +
                           Sheet("3-3", "\"${KIPRJMOD}/e.kicad_sch\"") + Sheet("4-4", "\"\""))),
-        (QStringList{QStringLiteral("tief/c.kicad_sch"), QStringLiteral("../d.kicad_sch"),
-                     QStringLiteral("${KIPRJMOD}/e.kicad_sch")}));
+        (QStringList{u"tief/c.kicad_sch"_s, u"../d.kicad_sch"_s, u"${KIPRJMOD}/e.kicad_sch"_s}));
 }
 
 TEST_F(KicadReader, IdsAreTheIdentifiersThatKicadGave)
 {
     tree.File(Top, Schematic(Sheet("aa-1", "\"x.kicad_sch\"") + Sheet("bb-2", "\"x.kicad_sch\"")));
-    EXPECT_EQ(Read(Top), (Links{{QStringLiteral("aa-1 file"), QStringLiteral("x.kicad_sch")},
-                                {QStringLiteral("bb-2 file"), QStringLiteral("x.kicad_sch")}}));
+    EXPECT_EQ(Read(Top),
+              (Links{{u"aa-1 file"_s, u"x.kicad_sch"_s}, {u"bb-2 file"_s, u"x.kicad_sch"_s}}));
     tree.File(BoardFile, Board(Footprint("cc-3", Model("\"y.step\"") + Model("\"y.step\"")) +
                                Footprint("dd-4", Model("\"y.step\""))));
     tree.Remove(Top);
-    EXPECT_EQ(Read(BoardFile), (Links{{QStringLiteral("cc-3 model"), QStringLiteral("y.step")},
-                                      {QStringLiteral("cc-3 model 2"), QStringLiteral("y.step")},
-                                      {QStringLiteral("dd-4 model"), QStringLiteral("y.step")}}));
+    EXPECT_EQ(Read(BoardFile), (Links{{u"cc-3 model"_s, u"y.step"_s},
+                                      {u"cc-3 model 2"_s, u"y.step"_s},
+                                      {u"dd-4 model"_s, u"y.step"_s}}));
 }
 
 TEST_F(KicadReader, IdsDifferWhereIdentifiersAreMissingOrRepeated)
@@ -103,10 +104,10 @@ TEST_F(KicadReader, IdsDifferWhereIdentifiersAreMissingOrRepeated)
               Schematic("(sheet (property \"Sheet file\" \"a\"))(sheet (property \"Sheet file\" "
                         "\"b\"))" +
                         Sheet("1-1", "c") + Sheet("1-1", "d")));
-    EXPECT_EQ(Read(Top), (Links{{QStringLiteral("file"), QStringLiteral("a")},
-                                {QStringLiteral("file 2"), QStringLiteral("b")},
-                                {QStringLiteral("1-1 file"), QStringLiteral("c")},
-                                {QStringLiteral("1-1 file 2"), QStringLiteral("d")}}));
+    EXPECT_EQ(Read(Top), (Links{{u"file"_s, u"a"_s},
+                                {u"file 2"_s, u"b"_s},
+                                {u"1-1 file"_s, u"c"_s},
+                                {u"1-1 file 2"_s, u"d"_s}}));
 }
 
 TEST_F(KicadReader, DataSheetsInTheProjectAreLinksAndOthersAreNot)
@@ -115,17 +116,16 @@ TEST_F(KicadReader, DataSheetsInTheProjectAreLinksAndOthersAreNot)
         return "(symbol (lib_id \"x:y\") (uuid " + id + ") (property \"Datasheet\" " + datasheet +
                " (id 3)))\n";
     };
-    tree.File(QStringLiteral("p/project.kicad_pro"), "{}");
+    tree.File(u"p/project.kicad_pro"_s, "{}");
     const QByteArray inLibrary =
         "(lib_symbols (symbol \"x:y\" (property \"Datasheet\" \"${KIPRJMOD}/doc/y.pdf\")))\n";
-    tree.File(QStringLiteral("p/sub/b.kicad_sch"),
+    tree.File(u"p/sub/b.kicad_sch"_s,
               Schematic(inLibrary + symbol("1-1", "\"${KIPRJMOD}/doc/c.pdf\"") +
                         symbol("2-2", "\"~\"") + symbol("3-3", "\"https://example.org/c.pdf\"") +
                         symbol("4-4", "\"doc/c.pdf\"") +
                         symbol("5-5", '"' + QByteArray(6000, 'x') + '"')));
-    EXPECT_EQ(Read(QStringLiteral("p/sub/b.kicad_sch")),
-              (Links{{QStringLiteral("x:y datasheet"), QStringLiteral("../doc/y.pdf")},
-                     {QStringLiteral("1-1 datasheet"), QStringLiteral("../doc/c.pdf")}}));
+    EXPECT_EQ(Read(u"p/sub/b.kicad_sch"_s), (Links{{u"x:y datasheet"_s, u"../doc/y.pdf"_s},
+                                                   {u"1-1 datasheet"_s, u"../doc/c.pdf"_s}}));
 }
 
 TEST_F(KicadReader, WhatOnlyLooksLikeALinkIsNone)
@@ -146,10 +146,10 @@ TEST_F(KicadReader, ReadsOlderBoardsAndNewerSheets)
     EXPECT_EQ(PathsIn(BoardFile,
                       "(kicad_pcb (version 20171130) (host pcbnew 5.1)\n(module R (tstamp "
                       "5A) (model 3d/a.wrl (at (xyz 0 0 0)))))"),
-              QStringList{QStringLiteral("3d/a.wrl")});
+              QStringList{u"3d/a.wrl"_s});
     tree.Remove(BoardFile);
     EXPECT_EQ(PathsIn(Top, Schematic("(sheet (property \"Sheetfile\" \"b.kicad_sch\"))")),
-              QStringList{QStringLiteral("b.kicad_sch")});
+              QStringList{u"b.kicad_sch"_s});
 }
 
 TEST_F(KicadReader, ALongFileIsReadBlockByBlock)
@@ -167,7 +167,7 @@ TEST_F(KicadReader, ALongFileIsReadBlockByBlock)
 TEST_F(KicadReader, ReadingChangesNothing)
 {
     tree.File(BoardFile, Board(Footprint("1-1", Model("\"3d/a.wrl\""))));
-    tree.File(QStringLiteral("p/3d/a.step"));
+    tree.File(u"p/3d/a.step"_s);
     const FileTree::Snapshot before = tree.Contents();
     const QDateTime time = QDateTime::fromSecsSinceEpoch(1'600'000'000);
     tree.Touch(BoardFile, time);

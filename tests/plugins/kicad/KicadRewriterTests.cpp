@@ -4,12 +4,14 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using KicadRewriter = KicadFixture;
 
-const QString BoardFile = QStringLiteral("p/a.kicad_pcb");
-const QString Top = QStringLiteral("p/a.kicad_sch");
+const QString BoardFile = u"p/a.kicad_pcb"_s;
+const QString Top = u"p/a.kicad_sch"_s;
 
 struct Row
 {
@@ -42,7 +44,7 @@ TEST_F(KicadRewriter, WritesAModelsPathInTheMannerOfTheOldOne)
         const QByteArray text =
             Board(Footprint("1-1", Model(row.stored)) + Footprint("2-2", Model("\"o.step\"")));
         tree.File(BoardFile, text);
-        EXPECT_TRUE(Repath(BoardFile, {{QStringLiteral("1-1 model"), QString::fromUtf8(row.path)}}))
+        EXPECT_TRUE(Repath(BoardFile, {{u"1-1 model"_s, QString::fromUtf8(row.path)}}))
             << row.name << context.lines.join(u'\n').toStdString();
         QByteArray expected = text;
         expected.replace(Model(row.stored), Model(row.expected));
@@ -60,9 +62,9 @@ TEST_F(KicadRewriter, ChangesTheLinksThatItIsGivenAndNoOtherByte)
                   Sheet("2-2", "\"a.kicad_sch\"") + Sheet("3-3", "\"c.kicad_sch\"")) +
         "\n;behind\n";
     tree.File(Top, text);
-    EXPECT_TRUE(Repath(Top, {{QStringLiteral("3-3 file"), QStringLiteral("sub/c.kicad_sch")},
-                             {QStringLiteral("1-1 file"), QStringLiteral("a.kicad_sch")},
-                             {QStringLiteral("2-2 file"), QStringLiteral("x.kicad_sch")}}))
+    EXPECT_TRUE(Repath(Top, {{u"3-3 file"_s, u"sub/c.kicad_sch"_s},
+                             {u"1-1 file"_s, u"a.kicad_sch"_s},
+                             {u"2-2 file"_s, u"x.kicad_sch"_s}}))
         << context.lines.join(u'\n').toStdString();
     QByteArray expected = text;
     expected.replace(text.lastIndexOf("\"a.kicad_sch\""), 13, "\"x.kicad_sch\"");
@@ -75,7 +77,7 @@ TEST_F(KicadRewriter, WhatIsAsItShouldBeIsNotWritten)
     tree.File(Top, Schematic(Sheet("1-1", "\"sub\\\\a.kicad_sch\"")));
     const QDateTime time = QDateTime::fromSecsSinceEpoch(1'600'000'000);
     tree.Touch(Top, time);
-    EXPECT_TRUE(Repath(Top, {{QStringLiteral("1-1 file"), QStringLiteral("sub/a.kicad_sch")}}));
+    EXPECT_TRUE(Repath(Top, {{u"1-1 file"_s, u"sub/a.kicad_sch"_s}}));
     EXPECT_EQ(tree.Modified(Top), time);
 }
 
@@ -83,36 +85,33 @@ TEST_F(KicadRewriter, AnUnknownIdLeavesTheFileAsItIs)
 {
     tree.File(Top, Schematic(Sheet("1-1", "\"a.kicad_sch\"")));
     const FileTree::Snapshot before = tree.Contents();
-    EXPECT_FALSE(Repath(Top, {{QStringLiteral("1-1 file"), QStringLiteral("b")},
-                              {QStringLiteral("9"), QStringLiteral("c")}}));
+    EXPECT_FALSE(Repath(Top, {{u"1-1 file"_s, u"b"_s}, {u"9"_s, u"c"_s}}));
     EXPECT_EQ(tree.Contents(), before);
 }
 
 TEST_F(KicadRewriter, ADataSheetOfASheetInASubfolderStaysRelativeToTheProject)
 {
-    const QString sub = QStringLiteral("p/sub/b.kicad_sch");
-    tree.File(QStringLiteral("p/a.kicad_pro"), "{}");
+    const QString sub = u"p/sub/b.kicad_sch"_s;
+    tree.File(u"p/a.kicad_pro"_s, "{}");
     tree.File(sub,
               Schematic("(symbol (uuid 1-1) (property \"Datasheet\" \"${KIPRJMOD}/doc/c.pdf\"))"));
-    EXPECT_TRUE(
-        Repath(sub, {{QStringLiteral("1-1 datasheet"), QStringLiteral("../lib/doc/d.pdf")}}));
+    EXPECT_TRUE(Repath(sub, {{u"1-1 datasheet"_s, u"../lib/doc/d.pdf"_s}}));
     EXPECT_TRUE(tree.Read(sub).contains("\"${KIPRJMOD}/lib/doc/d.pdf\""))
         << tree.Read(sub).toStdString();
-    EXPECT_TRUE(Repath(sub, {{QStringLiteral("1-1 datasheet"), QStringLiteral("doc/e.pdf")}}));
+    EXPECT_TRUE(Repath(sub, {{u"1-1 datasheet"_s, u"doc/e.pdf"_s}}));
     EXPECT_TRUE(tree.Read(sub).contains("\"${KIPRJMOD}/sub/doc/e.pdf\""))
         << tree.Read(sub).toStdString();
 }
 
 TEST_F(KicadRewriter, ADrawingSheetKeepsItsVariableAndTheProjectEveryOtherByte)
 {
-    const QString project = QStringLiteral("p/a.kicad_pro");
+    const QString project = u"p/a.kicad_pro"_s;
     const QByteArray text = "\xEF\xBB\xBF{ \"schematic\" :\n {\"page_layout_descr_file\" : "
                             "\"${KIPRJMOD}/b.kicad_wks\" ,\"x\":1.50},"
                             "\"pcbnew\":{\"page_layout_descr_file\":\"c.kicad_wks\"}}\n";
     tree.File(project, text);
-    EXPECT_TRUE(
-        Repath(project, {{QStringLiteral("schematic sheet"), QStringLiteral("ä \"b\".kicad_wks")},
-                         {QStringLiteral("pcbnew sheet"), QStringLiteral("../c.kicad_wks")}}));
+    EXPECT_TRUE(Repath(project, {{u"schematic sheet"_s, u"ä \"b\".kicad_wks"_s},
+                                 {u"pcbnew sheet"_s, u"../c.kicad_wks"_s}}));
     QByteArray expected = text;
     expected.replace("${KIPRJMOD}/b.kicad_wks", "${KIPRJMOD}/ä \\\"b\\\".kicad_wks");
     expected.replace("\"c.kicad_wks\"", "\"../c.kicad_wks\"");

@@ -10,6 +10,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using Formats::Layout::HomeFolder;
 using Formats::Layout::PlaceFiles;
 using Formats::Layout::TreePath;
@@ -179,7 +181,7 @@ TEST(Placement, TheEnvironmentNamesTheHomeFolder)
     const char* const variable = QDir::separator() == u'\\' ? "USERPROFILE" : "HOME";
     const QByteArray before = qgetenv(variable);
     // In the encoding of the system, in which Qt takes the bytes.
-    qputenv(variable, QStringLiteral("/somewhere/größe").toLocal8Bit());
+    qputenv(variable, u"/somewhere/größe"_s.toLocal8Bit());
     const auto home = HomeFolder();
     qputenv(variable, before);
     ASSERT_TRUE(home);

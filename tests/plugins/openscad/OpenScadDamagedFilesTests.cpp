@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class DamagedOpenScad : public OpenScadFixture
@@ -61,7 +63,7 @@ TEST_F(DamagedOpenScad, NamesThatAreTooLongAreReportedNotCut)
               "the path of link use 1 has 4096 characters; a link can have 259");
     const Links links = Model("import(\"" + QByteArray(10'000'000, 'a') + "\");");
     ASSERT_EQ(links.size(), 1); // an expression, to be looked at by a person
-    EXPECT_TRUE(links[0].second.startsWith(QStringLiteral("import(...")));
+    EXPECT_TRUE(links[0].second.startsWith(u"import(..."_s));
 }
 
 TEST_F(DamagedOpenScad, NestingIsBounded)
@@ -120,8 +122,7 @@ TEST_F(DamagedOpenScad, AModelCutOffAnywhereIsReadOrReported)
         context.lines.clear();
         const bool ok = TryRead(m_name);
         EXPECT_EQ(ok, context.lines.isEmpty()) << size;
-        EXPECT_TRUE(ok || context.lines[0].contains(QStringLiteral(" without an end (byte ")))
-            << size;
+        EXPECT_TRUE(ok || context.lines[0].contains(u" without an end (byte "_s)) << size;
         EXPECT_EQ(tree.Read(m_name), whole.left(size));
     }
 }
@@ -143,9 +144,9 @@ TEST_F(DamagedOpenScad, NoiseIsReadOrReportedAndLeftAsItIs)
 
 TEST_F(DamagedOpenScad, AFileThatIsMissingOrAFolderIsReported)
 {
-    EXPECT_FALSE(TryRead(QStringLiteral("none.scad")));
-    tree.Folder(QStringLiteral("folder.scad"));
-    EXPECT_FALSE(TryRead(QStringLiteral("folder.scad")));
+    EXPECT_FALSE(TryRead(u"none.scad"_s));
+    tree.Folder(u"folder.scad"_s);
+    EXPECT_FALSE(TryRead(u"folder.scad"_s));
     EXPECT_EQ(context.lines.size(), 2);
 }
 

@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 class OpenScadFixture : public ResolverFixture
 {
 protected:
@@ -24,7 +26,7 @@ protected:
         return Rewritten(m_name, text, links);
     }
 
-    const QString m_name = QStringLiteral("p/a.scad");
+    const QString m_name = u"p/a.scad"_s;
 
 private:
     Formats::OpenScad::OpenScadResolver m_resolver;

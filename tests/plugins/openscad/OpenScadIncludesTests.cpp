@@ -11,6 +11,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using OpenScadIncludes = OpenScadFixture;
@@ -19,41 +21,39 @@ using OpenScadIncludes = OpenScadFixture;
 
 TEST_F(OpenScadIncludes, AnImportOfAnIncludedFileComesAlongWithTheModel)
 {
-    tree.File(QStringLiteral("p/lib/b.scad"), "include <deep/c.scad>\nimport(\"logo.stl\");")
-        .File(QStringLiteral("p/lib/deep/c.scad"),
-              "import(file=\"t/x.stl\"); import(\"none.stl\");")
-        .File(QStringLiteral("p/logo.stl"))
-        .File(QStringLiteral("p/t/x.stl"));
+    tree.File(u"p/lib/b.scad"_s, "include <deep/c.scad>\nimport(\"logo.stl\");")
+        .File(u"p/lib/deep/c.scad"_s, "import(file=\"t/x.stl\"); import(\"none.stl\");")
+        .File(u"p/logo.stl"_s)
+        .File(u"p/t/x.stl"_s);
     EXPECT_EQ(Model("include <lib/b.scad>"), (Links{LinkTo(u"include 1", u"lib/b.scad"),
                                                     LinkTo(u"companion:logo.stl", u"logo.stl"),
                                                     LinkTo(u"companion:t/x.stl", u"t/x.stl")}));
     // From where it stands the import leads nowhere, which is not the file's fault.
-    EXPECT_EQ(Read(QStringLiteral("p/lib/b.scad")), (Links{LinkTo(u"include 1", u"deep/c.scad")}));
-    EXPECT_EQ(Read(QStringLiteral("p/lib/deep/c.scad")), (Links{LinkTo(u"import 2", u"none.stl")}));
+    EXPECT_EQ(Read(u"p/lib/b.scad"_s), (Links{LinkTo(u"include 1", u"deep/c.scad")}));
+    EXPECT_EQ(Read(u"p/lib/deep/c.scad"_s), (Links{LinkTo(u"import 2", u"none.stl")}));
 }
 
 TEST_F(OpenScadIncludes, AnImportOfAUsedFileIsItsOwnUnlessOnlyTheModelHasIt)
 {
-    tree.File(QStringLiteral("p/lib/b.scad"), "import(\"own.stl\"); import(\"top.stl\");")
-        .File(QStringLiteral("p/lib/own.stl"))
-        .File(QStringLiteral("p/own.stl"))
-        .File(QStringLiteral("p/top.stl"));
+    tree.File(u"p/lib/b.scad"_s, "import(\"own.stl\"); import(\"top.stl\");")
+        .File(u"p/lib/own.stl"_s)
+        .File(u"p/own.stl"_s)
+        .File(u"p/top.stl"_s);
     EXPECT_EQ(Model("use <lib/b.scad>"),
               (Links{LinkTo(u"use 1", u"lib/b.scad"), LinkTo(u"companion:top.stl", u"top.stl")}));
-    EXPECT_EQ(Read(QStringLiteral("p/lib/b.scad")), (Links{LinkTo(u"import 1", u"own.stl")}));
+    EXPECT_EQ(Read(u"p/lib/b.scad"_s), (Links{LinkTo(u"import 1", u"own.stl")}));
 }
 
 TEST_F(OpenScadIncludes, WhatTheModelNamesItselfIsNoCompanion)
 {
-    tree.File(QStringLiteral("p/lib/b.scad"), "import(\"x.stl\");").File(QStringLiteral("p/x.stl"));
+    tree.File(u"p/lib/b.scad"_s, "import(\"x.stl\");").File(u"p/x.stl"_s);
     EXPECT_EQ(Model("include <lib/b.scad>\nimport(\"./x.stl\");"),
               (Links{LinkTo(u"include 1", u"lib/b.scad"), LinkTo(u"import 1", u"./x.stl")}));
 }
 
 TEST_F(OpenScadIncludes, FilesThatUseEachOtherAreGoneThroughOnce)
 {
-    tree.File(QStringLiteral("p/b.scad"),
-              "use <a.scad>\ninclude <b.scad>\ninclude <../p/b.scad>\n");
+    tree.File(u"p/b.scad"_s, "use <a.scad>\ninclude <b.scad>\ninclude <../p/b.scad>\n");
     EXPECT_EQ(Model("use <b.scad>\ninclude <a.scad>\ninclude <b.scad>"),
               (Links{LinkTo(u"use 1", u"b.scad"), LinkTo(u"include 1", u"a.scad"),
                      LinkTo(u"include 2", u"b.scad")}));
@@ -61,10 +61,10 @@ TEST_F(OpenScadIncludes, FilesThatUseEachOtherAreGoneThroughOnce)
 
 TEST_F(OpenScadIncludes, AnIncludedFileThatCannotBeReadHidesNothingElse)
 {
-    tree.File(QStringLiteral("p/bad.scad"), "\"")
-        .File(QStringLiteral("p/b.scad"), "import(\"../x.stl\");")
-        .File(QStringLiteral("p/font.ttf"), "\"");
-    tree.File(QStringLiteral("x.stl"));
+    tree.File(u"p/bad.scad"_s, "\"")
+        .File(u"p/b.scad"_s, "import(\"../x.stl\");")
+        .File(u"p/font.ttf"_s, "\"");
+    tree.File(u"x.stl"_s);
     EXPECT_EQ(Model("include <bad.scad>\nuse <font.ttf>\ninclude <b.scad>").last(),
               LinkTo(u"companion:../x.stl", u"../x.stl"));
 }
@@ -74,19 +74,19 @@ TEST_F(OpenScadIncludes, TooManyIncludedFilesAreReported)
     QByteArray text;
     for (std::size_t i = 0; i <= Formats::OpenScad::MaxIncludedFiles; ++i) {
         const QByteArray name = QByteArray::number(qulonglong(i)) + ".scad";
-        tree.File(QStringLiteral("p/") + QString::fromUtf8(name), "");
+        tree.File(u"p/"_s + QString::fromUtf8(name), "");
         text += "use <" + name + ">\n";
     }
-    EXPECT_EQ(ReadFailure(m_name, text), QStringLiteral("more than 2000 files are included"));
+    EXPECT_EQ(ReadFailure(m_name, text), u"more than 2000 files are included"_s);
 }
 
 TEST_F(OpenScadIncludes, TooMuchIncludedTextIsReportedBeforeItIsRead)
 {
-    const QString large = QStringLiteral("p/large.scad");
+    const QString large = u"p/large.scad"_s;
     tree.File(large, "");
     ASSERT_TRUE(QFile::resize(tree.Path(large), qint64(Formats::OpenScad::MaxIncludedBytes) + 1));
     EXPECT_EQ(ReadFailure(m_name, "include <large.scad>"),
-              QStringLiteral("the included files have more than 268435456 bytes"));
+              u"the included files have more than 268435456 bytes"_s);
 }
 
 TEST_F(OpenScadIncludes, ACompanionThatKeepsItsPlaceNeedsNoRewriting)
@@ -104,8 +104,8 @@ TEST_F(OpenScadIncludes, ACompanionThatLosesItsPlaceIsAFailureAndTheOtherLinksAr
     EXPECT_FALSE(Repath(
         m_name, {LinkTo(u"include 1", u"b.scad"), LinkTo(u"companion:../t/x.stl", u"t/x.stl")}));
     EXPECT_TRUE(context.lines.last().endsWith(
-        QStringLiteral("../t/x.stl is named in an included file and has to keep its place, not "
-                       "become t/x.stl")))
+        u"../t/x.stl is named in an included file and has to keep its place, not "
+        "become t/x.stl"_s))
         << context.lines.last().toStdString();
     EXPECT_EQ(tree.Read(m_name), "include <b.scad>");
 }

@@ -10,6 +10,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class OpenScadPlugin : private LoadedResolver, public ResolverFixture
@@ -17,7 +19,7 @@ class OpenScadPlugin : private LoadedResolver, public ResolverFixture
 protected:
     OpenScadPlugin() : LoadedResolver(QStringLiteral(OPENSCAD_PLUGIN_FILE)), ResolverFixture(Get())
     {
-        Import(QStringLiteral(OPENSCAD_CORPUS "/gehäuse"), QStringLiteral("p"));
+        Import(QStringLiteral(OPENSCAD_CORPUS "/gehäuse"), u"p"_s);
     }
 };
 
@@ -34,16 +36,16 @@ TEST(OpenScadPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 TEST(OpenScadPluginLibrary, ItsRegistrationFileNamesItAndItsType)
 {
     const QFileInfo library(QStringLiteral(OPENSCAD_PLUGIN_FILE));
-    QFile file(library.path() + QStringLiteral("/../SyncPluginRegFiles/openscad.syncplugin"));
+    QFile file(library.path() + u"/../SyncPluginRegFiles/openscad.syncplugin"_s);
     ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
     const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(QStringLiteral("Module=\"%1\"").arg(library.fileName())));
-    EXPECT_TRUE(text.contains(QStringLiteral("FileTypes=\"scad\"")));
+    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
+    EXPECT_TRUE(text.contains(u"FileTypes=\"scad\""_s));
 }
 
 TEST_F(OpenScadPlugin, FindsEveryFileOfTheCase)
 {
-    EXPECT_EQ(Read(QStringLiteral("p/Gehäuse 木.scad")),
+    EXPECT_EQ(Read(u"p/Gehäuse 木.scad"_s),
               (Links{LinkTo(u"include 1", u"gemeinsam/Maße.scad"),
                      LinkTo(u"use 1", u"Teile/Deckel ü.scad"),
                      LinkTo(u"use 2", u"gemeinsam/Schraube M3.scad"),
@@ -53,23 +55,21 @@ TEST_F(OpenScadPlugin, FindsEveryFileOfTheCase)
                      LinkTo(u"import 4", u"verloren.stl"),
                      LinkTo(u"variable zeichen 1", u"Teile/木 Zeichen.off"),
                      LinkTo(u"companion:Logo.stl", u"Logo.stl")}));
-    EXPECT_EQ(Read(QStringLiteral("p/gemeinsam/Maße.scad")), Links{});
-    EXPECT_EQ(Read(QStringLiteral("p/gemeinsam/Mutter.scad")),
-              (Links{LinkTo(u"use 1", u"Schraube M3.scad")}));
+    EXPECT_EQ(Read(u"p/gemeinsam/Maße.scad"_s), Links{});
+    EXPECT_EQ(Read(u"p/gemeinsam/Mutter.scad"_s), (Links{LinkTo(u"use 1", u"Schraube M3.scad")}));
 }
 
 TEST_F(OpenScadPlugin, RewritesTheCaseAndBackWithoutATrace)
 {
     const FileTree::Snapshot before = tree.Contents();
-    for (const QString& file :
-         {QStringLiteral("p/Halter/Halter.scad"), QStringLiteral("p/gemeinsam/Mutter.scad")}) {
+    for (const QString& file : {u"p/Halter/Halter.scad"_s, u"p/gemeinsam/Mutter.scad"_s}) {
         const Links links = Read(file);
         ASSERT_FALSE(links.isEmpty());
         QByteArray expected = tree.Read(file);
         Links moved = links;
         for (Link& link : moved) {
             expected.replace(link.second.toUtf8(), "../Größe/" + link.second.toUtf8());
-            link.second.prepend(QStringLiteral("../Größe/"));
+            link.second.prepend(u"../Größe/"_s);
         }
         EXPECT_TRUE(Repath(file, moved));
         EXPECT_EQ(tree.Read(file), expected);

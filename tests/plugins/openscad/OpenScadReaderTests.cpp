@@ -6,12 +6,14 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class OpenScadReader : public OpenScadFixture
 {
 protected:
-    void SetUp() override { qputenv("OPENSCADPATH", tree.Path(QStringLiteral("libs")).toUtf8()); }
+    void SetUp() override { qputenv("OPENSCADPATH", tree.Path(u"libs"_s).toUtf8()); }
     void TearDown() override { qunsetenv("OPENSCADPATH"); }
 };
 
@@ -159,18 +161,17 @@ TEST_F(OpenScadReader, WhatOnlyRunningTheModelCanTellIsShownAsItStands)
                             u"surface(c?\"a.dat\"\u2236pick(\"C\u2236\u2216x\"))")}));
     const Links longOne = Model("import(str(" + QByteArray("\"ä\", ").repeated(1000) + "1));");
     ASSERT_EQ(longOne.size(), 1);
-    EXPECT_TRUE(longOne[0].second.startsWith(QStringLiteral("import(str(\"ä\",")));
-    EXPECT_TRUE(longOne[0].second.endsWith(QStringLiteral("...")));
+    EXPECT_TRUE(longOne[0].second.startsWith(u"import(str(\"ä\","_s));
+    EXPECT_TRUE(longOne[0].second.endsWith(u"..."_s));
 }
 
 TEST_F(OpenScadReader, InstalledLibrariesAreNoFilesOfTheProject)
 {
-    tree.File(QStringLiteral("libs/gears/gear.scad"));
+    tree.File(u"libs/gears/gear.scad"_s);
     const QByteArray text =
         "use <gears/gear.scad>\nuse <gears/none.scad>\ninclude <MCAD/boxes.scad>";
     EXPECT_EQ(Model(text), (Links{LinkTo(u"use 2", u"gears/none.scad")}));
-    tree.File(QStringLiteral("p/gears/gear.scad"), "")
-        .File(QStringLiteral("p/MCAD/boxes.scad"), "");
+    tree.File(u"p/gears/gear.scad"_s, "").File(u"p/MCAD/boxes.scad"_s, "");
     EXPECT_EQ(Model(text),
               (Links{LinkTo(u"use 1", u"gears/gear.scad"), LinkTo(u"use 2", u"gears/none.scad"),
                      LinkTo(u"include 1", u"MCAD/boxes.scad")}));
@@ -178,7 +179,7 @@ TEST_F(OpenScadReader, InstalledLibrariesAreNoFilesOfTheProject)
 
 TEST_F(OpenScadReader, ANameThatIsAFolderIsNoLink)
 {
-    tree.Folder(QStringLiteral("p/parts"));
+    tree.Folder(u"p/parts"_s);
     EXPECT_EQ(Model("include <>use <parts>import(\"..\");import(\"parts/\");"), Links{});
 }
 

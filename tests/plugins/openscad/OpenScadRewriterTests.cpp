@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using OpenScadRewriter = OpenScadFixture;
@@ -94,7 +96,7 @@ TEST_F(OpenScadRewriter, AnIdThatIsNotInTheFileFailsByName)
 {
     for (const char16_t* id : {u"use 2", u"use", u"import 1", u"variable f 1", u""}) {
         EXPECT_EQ(RewriteFailure(m_name, "use <a.scad> f = \"x\";", {LinkTo(id, u"x")}),
-                  QStringLiteral("the file has no link ") + QString::fromUtf16(id));
+                  u"the file has no link "_s + QString::fromUtf16(id));
     }
 }
 
@@ -103,9 +105,9 @@ TEST_F(OpenScadRewriter, ANameThatCannotBeWrittenFailsAndNothingIs)
     const QByteArray text = "use <a.scad>import(\"a.stl\");";
     EXPECT_EQ(RewriteFailure(m_name, text,
                              {LinkTo(u"import 1", u"b.stl"), LinkTo(u"use 1", u"a>b.scad")}),
-              QStringLiteral("link use 1 cannot name a>b.scad"));
+              u"link use 1 cannot name a>b.scad"_s);
     EXPECT_EQ(RewriteFailure(m_name, text, {LinkTo(u"import 1", u"a\nb.stl")}),
-              QStringLiteral("link import 1 cannot name a\nb.stl"));
+              u"link import 1 cannot name a\nb.stl"_s);
     EXPECT_EQ(Changed(text, {LinkTo(u"import 1", u"a>b.stl")}), "use <a.scad>import(\"a>b.stl\");");
 }
 

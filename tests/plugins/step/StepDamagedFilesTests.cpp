@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class DamagedStep : public StepFixture
@@ -90,16 +92,13 @@ TEST_F(DamagedStep, AFileCutOffAnywhereIsReported)
 {
     const QByteArray whole = File("#7=P('it''s',(1.,2.)); /* c */\n" + Reference("a''b.stp"));
     const qsizetype end = whole.lastIndexOf(';') + 1;
-    const QStringList messages = {QStringLiteral("no exchange file"),
-                                  QStringLiteral("a statement without an end"),
-                                  QStringLiteral("a string without an end"),
-                                  QStringLiteral("a comment without an end"),
-                                  QStringLiteral("an instance without a name"),
-                                  QStringLiteral("the file ends before END-ISO-10303-21")};
+    const QStringList messages = {
+        u"no exchange file"_s,           u"a statement without an end"_s,
+        u"a string without an end"_s,    u"a comment without an end"_s,
+        u"an instance without a name"_s, u"the file ends before END-ISO-10303-21"_s};
     for (qsizetype size = 0; size < end; ++size) {
         const QString failure = ReadFailure(m_name, whole.left(size));
-        EXPECT_TRUE(
-            messages.contains(failure.section(QStringLiteral(" (byte "), 0, 0).section(u':', 0, 0)))
+        EXPECT_TRUE(messages.contains(failure.section(u" (byte "_s, 0, 0).section(u':', 0, 0)))
             << size << ' ' << failure.toStdString();
     }
     tree.File(m_name, whole.left(end));
@@ -135,8 +134,7 @@ TEST_F(DamagedStep, AnEndlessStatementIsPassedOverInBlocks)
     tree.File(m_name, "ISO-10303-21;#1=X(");
     ASSERT_TRUE(QFile::resize(tree.Path(m_name), qint64(1) << 28)); // a hole, which takes no space
     EXPECT_FALSE(TryRead(m_name));
-    EXPECT_TRUE(
-        context.lines.value(0).endsWith(QStringLiteral("a statement without an end (byte 13)")));
+    EXPECT_TRUE(context.lines.value(0).endsWith(u"a statement without an end (byte 13)"_s));
 }
 
 TEST_F(DamagedStep, AReferenceToItselfIsReadAsAnyOther)
@@ -147,9 +145,9 @@ TEST_F(DamagedStep, AReferenceToItselfIsReadAsAnyOther)
 
 TEST_F(DamagedStep, AFileThatIsMissingOrAFolderIsReported)
 {
-    EXPECT_FALSE(TryRead(QStringLiteral("none.stp")));
-    tree.Folder(QStringLiteral("folder.stp"));
-    EXPECT_FALSE(TryRead(QStringLiteral("folder.stp")));
+    EXPECT_FALSE(TryRead(u"none.stp"_s));
+    tree.Folder(u"folder.stp"_s);
+    EXPECT_FALSE(TryRead(u"folder.stp"_s));
     EXPECT_EQ(context.lines.size(), 2);
 }
 

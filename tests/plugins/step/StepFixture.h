@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 class StepFixture : public ResolverFixture
 {
 protected:
@@ -34,7 +36,7 @@ protected:
         return Read(m_name);
     }
 
-    const QString m_name = QStringLiteral("p/a.stp");
+    const QString m_name = u"p/a.stp"_s;
 
 private:
     Formats::Step::StepResolver m_resolver;

@@ -11,6 +11,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StepPlugin : private LoadedResolver, public ResolverFixture
@@ -18,7 +20,7 @@ class StepPlugin : private LoadedResolver, public ResolverFixture
 protected:
     StepPlugin() : LoadedResolver(QStringLiteral(STEP_PLUGIN_FILE)), ResolverFixture(Get())
     {
-        Import(QStringLiteral(STEP_CORPUS "/anlage"), QStringLiteral("p"));
+        Import(QStringLiteral(STEP_CORPUS "/anlage"), u"p"_s);
     }
 };
 
@@ -35,28 +37,27 @@ TEST(StepPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 TEST(StepPluginLibrary, ItsRegistrationFileNamesItAndItsTypes)
 {
     const QFileInfo library(QStringLiteral(STEP_PLUGIN_FILE));
-    QFile file(library.path() + QStringLiteral("/../SyncPluginRegFiles/step.syncplugin"));
+    QFile file(library.path() + u"/../SyncPluginRegFiles/step.syncplugin"_s);
     ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
     const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(QStringLiteral("Module=\"%1\"").arg(library.fileName())));
-    EXPECT_TRUE(text.contains(QStringLiteral("FileTypes=\"stp,step\"")));
+    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
+    EXPECT_TRUE(text.contains(u"FileTypes=\"stp,step\""_s));
 }
 
 TEST_F(StepPlugin, FindsEveryPartOfTheAssemblies)
 {
-    EXPECT_EQ(
-        Read(QStringLiteral("p/Motor.stp")),
-        (Links{LinkTo(u"#85", u"Motor_Welle 1.stp"), LinkTo(u"#97", u"Motor_Rotor's Blech.stp")}));
-    EXPECT_EQ(PathsOf(Read(QStringLiteral("p/Anlage 木.stp"))),
-              (QStringList{QStringLiteral("Teil_Welle 1.stp"), QStringLiteral("Teil_Größe.stp"),
-                           QStringLiteral("Teil_Platz.stp"), QStringLiteral("Teil_Rest.stp")}));
-    EXPECT_EQ(Read(QStringLiteral("p/Teil_Größe.stp")), Links{});
+    EXPECT_EQ(Read(u"p/Motor.stp"_s), (Links{LinkTo(u"#85", u"Motor_Welle 1.stp"),
+                                             LinkTo(u"#97", u"Motor_Rotor's Blech.stp")}));
+    EXPECT_EQ(PathsOf(Read(u"p/Anlage 木.stp"_s)),
+              (QStringList{u"Teil_Welle 1.stp"_s, u"Teil_Größe.stp"_s, u"Teil_Platz.stp"_s,
+                           u"Teil_Rest.stp"_s}));
+    EXPECT_EQ(Read(u"p/Teil_Größe.stp"_s), Links{});
 }
 
 TEST_F(StepPlugin, RewritesAnAssemblyAndBackWithoutATrace)
 {
     const FileTree::Snapshot before = tree.Contents();
-    const QString file = QStringLiteral("p/Motor.stp");
+    const QString file = u"p/Motor.stp"_s;
     const Links links = Read(file);
     QByteArray expected = tree.Read(file);
     expected.replace("'Motor_Welle 1.stp'", "'../M\\X2\\00E4\\X0\\/Motor_Welle 1.stp'");
@@ -64,7 +65,7 @@ TEST_F(StepPlugin, RewritesAnAssemblyAndBackWithoutATrace)
                      "'../M\\X2\\00E4\\X0\\/Motor_Rotor''s Blech.stp'");
     Links moved = links;
     for (Link& link : moved)
-        link.second.prepend(QStringLiteral("../Mä/"));
+        link.second.prepend(u"../Mä/"_s);
     EXPECT_TRUE(Repath(file, moved));
     EXPECT_EQ(tree.Read(file), expected);
     EXPECT_EQ(expected.count("\\X2\\00E4\\X0\\"), 6);

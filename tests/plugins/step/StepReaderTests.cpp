@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using StepReader = StepFixture;
@@ -48,7 +50,7 @@ TEST_F(StepReader, AddressesAndFoldersAreNoLinks)
 {
     EXPECT_EQ(Data(Reference("http://host/a.stp")), Links{});
     EXPECT_EQ(Data(Reference("urn:x:y")), Links{});
-    tree.Folder(QStringLiteral("p/parts"));
+    tree.Folder(u"p/parts"_s);
     EXPECT_EQ(Data(Reference("parts")), Links{});
     EXPECT_EQ(Data(Reference("../")), Links{});
 }
@@ -65,18 +67,18 @@ TEST_F(StepReader, TheStringThatReadersFollowIsTheLink)
     EXPECT_EQ(Data(data("x.stp", "b.stp", "c.stp")), (Links{LinkTo(u"#2", u"x.stp")}));
     EXPECT_EQ(Data(data("", "b.stp", "c.stp")), (Links{LinkTo(u"#2 source", u"c.stp")}));
     EXPECT_EQ(Data(data("", "DOC-17", "")), Links{});
-    tree.File(QStringLiteral("p/b.stp"));
+    tree.File(u"p/b.stp"_s);
     EXPECT_EQ(Data(data("x.stp", "b.stp", "c.stp")), (Links{LinkTo(u"#2 document", u"b.stp")}));
     EXPECT_EQ(Data(data("", "b.stp", "c.stp")), (Links{LinkTo(u"#2 document", u"b.stp")}));
     EXPECT_EQ(Data(data("", "b.stp", "")), (Links{LinkTo(u"#2 document", u"b.stp")}));
-    tree.File(QStringLiteral("p/x.stp")).File(QStringLiteral("p/c.stp"));
+    tree.File(u"p/x.stp"_s).File(u"p/c.stp"_s);
     EXPECT_EQ(Data(data("x.stp", "b.stp", "c.stp")), (Links{LinkTo(u"#2", u"x.stp")}));
     EXPECT_EQ(Data(data("", "b.stp", "c.stp")), (Links{LinkTo(u"#2 source", u"c.stp")}));
 }
 
 TEST_F(StepReader, ADocumentThatStandsAloneIsALinkWhereItLeadsToAFile)
 {
-    tree.File(QStringLiteral("p/b.pdf"));
+    tree.File(u"p/b.pdf"_s);
     EXPECT_EQ(Data("#1=DOCUMENT_FILE('b.pdf','',$,#9,'',$);#2=DOCUMENT_FILE('DOC-17','',$,#9);"),
               (Links{LinkTo(u"#1 document", u"b.pdf")}));
 }

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StepRewriter : public StepFixture
@@ -118,14 +120,14 @@ TEST_F(StepRewriter, AnIdThatIsNotInTheFileFailsByName)
 {
     for (const char16_t* id : {u"#1", u"#3", u"#22", u"2", u"#2 ", u"#2 documents", u""}) {
         EXPECT_EQ(RewriteFailure(m_name, File(Reference("a.stp")), {LinkTo(id, u"x.stp")}),
-                  QStringLiteral("the file has no link ") + QString::fromUtf16(id));
+                  u"the file has no link "_s + QString::fromUtf16(id));
     }
 }
 
 TEST_F(StepRewriter, ANameThatCannotBeWrittenFailsAndNothingIs)
 {
     EXPECT_EQ(RewriteFailure(m_name, File(Reference("a.stp")), {LinkTo(u"#2", u"a\nb.stp")}),
-              QStringLiteral("a string of this format cannot hold a\nb.stp"));
+              u"a string of this format cannot hold a\nb.stp"_s);
 }
 
 } // namespace Halvern::Test

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using PosixStep = StepFixture;
@@ -14,7 +16,7 @@ using PosixStep = StepFixture;
 
 TEST_F(PosixStep, ABackslashStaysWhereAFileIsNamedWithIt)
 {
-    tree.File(QStringLiteral("p/x\\a.stp"));
+    tree.File(u"p/x\\a.stp"_s);
     EXPECT_EQ(Data(Reference("x\\\\a.stp")), (Links{LinkTo(u"#2", u"x\\a.stp")}));
 }
 

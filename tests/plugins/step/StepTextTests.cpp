@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "step/StepText.h"
 #include "pluginkit/FormatError.h"
+#include "step/StepText.h"
 
 #include <gtest/gtest.h>
 

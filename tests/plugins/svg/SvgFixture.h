@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 /// The resolver of drawings, and a drawing around some elements.
 class SvgFixture : public ResolverFixture
 {
@@ -39,7 +41,7 @@ protected:
         return text.mid(head, text.size() - head - tail);
     }
 
-    const QString m_file = QStringLiteral("plan/a.svg");
+    const QString m_file = u"plan/a.svg"_s;
 
 private:
     Formats::Svg::SvgResolver m_resolver;

@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qsizetype MiB = 1 << 20;
@@ -61,7 +63,7 @@ TEST_F(SvgMemory, IsBoundedForWhateverADrawingIsFullOf)
         const QByteArray bomb = Bomb(row.head, row.filling, row.tail);
         ASSERT_LT(bomb.size(), Size / 500);
         const PeakMemory peak;
-        EXPECT_EQ(ReadFailure(QStringLiteral("a.svgz"), bomb).toStdString(), row.message);
+        EXPECT_EQ(ReadFailure(u"a.svgz"_s, bomb).toStdString(), row.message);
         EXPECT_GT(peak.Bytes(), LeastMemory) << row.what;
         EXPECT_LT(peak.Bytes(), MostMemory) << row.what;
     }
@@ -69,9 +71,9 @@ TEST_F(SvgMemory, IsBoundedForWhateverADrawingIsFullOf)
 
 TEST_F(SvgMemory, IsBoundedForAPictureInsideOfTheDrawing)
 {
-    tree.File(QStringLiteral("a.svgz"), Bomb("<svg><image href='data:", "a", "'/></svg>"));
+    tree.File(u"a.svgz"_s, Bomb("<svg><image href='data:", "a", "'/></svg>"));
     const PeakMemory peak;
-    EXPECT_EQ(Read(QStringLiteral("a.svgz")), Links{});
+    EXPECT_EQ(Read(u"a.svgz"_s), Links{});
     EXPECT_LT(peak.Bytes(), MostMemory);
 }
 

@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class SvgPlugin : private LoadedResolver, public ResolverFixture
@@ -33,16 +35,16 @@ const char16_t* const Red = u"../Bilder & Texturen/Rot 赤.png";
 TEST(SvgPluginLibrary, ItsRegistrationFileNamesIt)
 {
     const QFileInfo library(QStringLiteral(SVG_PLUGIN_FILE));
-    QFile file(library.absolutePath() + QStringLiteral("/../SyncPluginRegFiles/svg.syncplugin"));
+    QFile file(library.absolutePath() + u"/../SyncPluginRegFiles/svg.syncplugin"_s);
     ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
     const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(QStringLiteral("Module=\"%1\"").arg(library.fileName())));
-    EXPECT_TRUE(text.contains(QStringLiteral("FileTypes=\"svg,svgz,css\"")));
+    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
+    EXPECT_TRUE(text.contains(u"FileTypes=\"svg,svgz,css\""_s));
 }
 
 TEST_F(SvgPlugin, FindsEveryLinkThatInkscapeWrote)
 {
-    EXPECT_EQ(Read(QStringLiteral("Zeichnungen/Haupt Größe.svg")),
+    EXPECT_EQ(Read(u"Zeichnungen/Haupt Größe.svg"_s),
               (Links{L(u"#cell0/xlink:href", Red),
                      L(u"#cell1/xlink:href", u"../Bilder & Texturen/Grün #1 50%.png"),
                      L(u"#cell2/xlink:href", u"Blau.png"),
@@ -52,42 +54,40 @@ TEST_F(SvgPlugin, FindsEveryLinkThatInkscapeWrote)
                      L(u"#cell7/style/url", u"Teile ü.svg"),
                      L(u"#cell8/xlink:href", u"Gibt es nicht.png"), L(u"#cell10/xlink:href", Red),
                      L(u"#cell12/xlink:href", u"../Fern/Oliv.png")}));
-    EXPECT_EQ(Read(QStringLiteral("Zeichnungen/Neben.svgz")),
+    EXPECT_EQ(Read(u"Zeichnungen/Neben.svgz"_s),
               (Links{L(u"#cell0/xlink:href", Red), L(u"#cell1/xlink:href", u"Teile ü.svg")}));
     EXPECT_TRUE(context.lines.isEmpty());
 }
 
 TEST_F(SvgPlugin, FindsTheStyleSheetsOfADrawingAndTheirs)
 {
-    const Links plan = Read(QStringLiteral("Plan/Plan 1.svg"));
+    const Links plan = Read(u"Plan/Plan 1.svg"_s);
     ASSERT_EQ(plan.size(), 10);
     EXPECT_EQ(plan.at(0), L(u"xml-stylesheet/href", u"Stil/farben.css"));
-    EXPECT_EQ(Read(QStringLiteral("Plan/Plan 2.svgz")), plan);
-    EXPECT_EQ(Read(QStringLiteral("Plan/Stil/farben.css")),
-              (Links{L(u"css/@import", u"mehr farben.css")}));
-    EXPECT_EQ(Read(QStringLiteral("Plan/Stil/mehr farben.css")), Links());
+    EXPECT_EQ(Read(u"Plan/Plan 2.svgz"_s), plan);
+    EXPECT_EQ(Read(u"Plan/Stil/farben.css"_s), (Links{L(u"css/@import", u"mehr farben.css")}));
+    EXPECT_EQ(Read(u"Plan/Stil/mehr farben.css"_s), Links());
 }
 
 TEST_F(SvgPlugin, RewritesTheDrawingsAndBackWithoutATrace)
 {
     const FileTree::Snapshot before = tree.Contents();
-    for (const QString& file : {QStringLiteral("Zeichnungen/Haupt Größe.svg"),
-                                QStringLiteral("Zeichnungen/Teile ü.svg")}) {
+    for (const QString& file : {u"Zeichnungen/Haupt Größe.svg"_s, u"Zeichnungen/Teile ü.svg"_s}) {
         const Links links = Read(file);
         Links moved = links;
         for (Link& link : moved)
-            link.second.prepend(QStringLiteral("../ganz wo anders (2)/"));
+            link.second.prepend(u"../ganz wo anders (2)/"_s);
         EXPECT_TRUE(Repath(file, moved));
         EXPECT_EQ(Read(file), moved);
         EXPECT_TRUE(Repath(file, links));
     }
     FileTree::Snapshot after = tree.Contents();
     // What is spelled in several ways is written in one.
-    QByteArray& drawing = after[QStringLiteral("Zeichnungen/Haupt Größe.svg")];
+    QByteArray& drawing = after[u"Zeichnungen/Haupt Größe.svg"_s];
     drawing.replace("url(Teile%20%C3%BC.svg", "url(Teile%20ü.svg")
         .replace("url('Teile%20%C3%BC.svg", "url('Teile ü.svg")
         .replace("Grau&apos;s", "Grau's");
-    EXPECT_EQ(drawing, before.value(QStringLiteral("Zeichnungen/Haupt Größe.svg")));
+    EXPECT_EQ(drawing, before.value(u"Zeichnungen/Haupt Größe.svg"_s));
     EXPECT_TRUE(after == before);
 }
 

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using SvgReader = SvgFixture;
 
 TEST_F(SvgReader, LinksOfElementsAreFoundWithAndWithoutAPrefix)
@@ -22,7 +24,7 @@ TEST_F(SvgReader, LinksOfElementsAreFoundWithAndWithoutAPrefix)
 
 TEST_F(SvgReader, WhatNamesNoFileIsNoLink)
 {
-    tree.Folder(QStringLiteral("plan/folder"));
+    tree.Folder(u"plan/folder"_s);
     EXPECT_EQ(LinksOf("<use href='#a'/><image href=''/><image href='data:image/png;base64,AA=='/>"
                       "<a href='https://example.com/a.svg'/><a href='mailto:x@example.com'/>"
                       "<a href='folder'/><a href='../'/>"
@@ -69,7 +71,7 @@ TEST_F(SvgReader, LinkedStyleSheetsAreFound)
 
 TEST_F(SvgReader, AddressesAreDecoded)
 {
-    tree.File(QStringLiteral("plan/50%20.png"));
+    tree.File(u"plan/50%20.png"_s);
     EXPECT_EQ(LinksOf("<image href=' H%C3%B6he%20&amp;%231.png '/><image href='Höhe &#x26;2.png'/>"
                       "<image href='file:///D:/x/a%20b.png'/><image href='file:c.png?x=1#y'/>"
                       "<image href='50%20.png'/>"),
@@ -88,13 +90,12 @@ TEST_F(SvgReader, EntitiesOfTheDocumentTypeAreReplacedInAddresses)
 
 TEST_F(SvgReader, TheAbsoluteNameIsTakenWhenOnlyThatOneLeadsAnywhere)
 {
-    tree.File(QStringLiteral("far/a.png"));
-    const QByteArray far = tree.Path(QStringLiteral("far/a.png")).toUtf8();
+    tree.File(u"far/a.png"_s);
+    const QByteArray far = tree.Path(u"far/a.png"_s).toUtf8();
     const QByteArray image =
         "<image xlink:href='old/a.png' sodipodi:absref='" + far + "' xmlns:sodipodi='s'/>";
-    EXPECT_EQ(LinksOf(image),
-              (Links{{QStringLiteral("image/xlink:href"), QString::fromUtf8(far)}}));
-    tree.File(QStringLiteral("plan/old/a.png"));
+    EXPECT_EQ(LinksOf(image), (Links{{u"image/xlink:href"_s, QString::fromUtf8(far)}}));
+    tree.File(u"plan/old/a.png"_s);
     EXPECT_EQ(LinksOf(image), (Links{L(u"image/xlink:href", u"old/a.png")}));
 }
 
@@ -102,17 +103,17 @@ TEST_F(SvgReader, CompressedDrawingsAreReadWhateverTheirName)
 {
     const std::string text = Svg("<image href='a.png'/>").toStdString();
     const std::string packed = PluginKit::Compressed(PluginKit::Compression::Gzip, text);
-    for (const QString& name : {QStringLiteral("b.svgz"), QStringLiteral("c.svg")}) {
+    for (const QString& name : {u"b.svgz"_s, u"c.svg"_s}) {
         tree.File(name, QByteArray::fromStdString(packed));
         EXPECT_EQ(Read(name), (Links{L(u"image/href", u"a.png")}));
     }
-    tree.File(QStringLiteral("d.svgz"), QByteArray::fromStdString(text));
-    EXPECT_EQ(Read(QStringLiteral("d.svgz")), (Links{L(u"image/href", u"a.png")}));
+    tree.File(u"d.svgz"_s, QByteArray::fromStdString(text));
+    EXPECT_EQ(Read(u"d.svgz"_s), (Links{L(u"image/href", u"a.png")}));
 }
 
 TEST_F(SvgReader, StyleSheetsAreReadAsFiles)
 {
-    const QString name = QStringLiteral("s/a.CSS");
+    const QString name = u"s/a.CSS"_s;
     tree.File(name,
               "@charset \"UTF-8\"; @import 'b.css'; p { fill: url(../c.svg#g) } /* url(no) */");
     EXPECT_EQ(Read(name), (Links{L(u"css/@import", u"b.css"), L(u"css/url", u"../c.svg")}));

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using SvgRewriter = SvgFixture;
 
 TEST_F(SvgRewriter, OnlyTheBytesOfTheAddressChange)
@@ -74,7 +76,7 @@ TEST_F(SvgRewriter, TheAbsoluteNameFollowsTheLink)
         return "<image sodipodi:absref=\"" + absolute + "\" xlink:href=\"" + href +
                "\" xmlns:sodipodi=\"s\"/>";
     };
-    const QByteArray absolute = tree.Path(QStringLiteral("neu/ö & b.png")).toUtf8();
+    const QByteArray absolute = tree.Path(u"neu/ö & b.png"_s).toUtf8();
     EXPECT_EQ(
         Rewritten(image("old/a.png", "/gone/a.png"), {L(u"image/xlink:href", u"../neu/ö & b.png")}),
         image("../neu/%C3%B6%20&amp;%20b.png", QByteArray(absolute).replace("&", "&amp;")));
@@ -82,7 +84,7 @@ TEST_F(SvgRewriter, TheAbsoluteNameFollowsTheLink)
 
 TEST_F(SvgRewriter, TheAbsoluteNameOfALinkThatIsWrittenForOldAndNewReadersFollowsOnce)
 {
-    const QByteArray absolute = tree.Path(QStringLiteral("neu/a.png")).toUtf8();
+    const QByteArray absolute = tree.Path(u"neu/a.png"_s).toUtf8();
     const QByteArray rest = " xmlns:sodipodi='s'/>";
     EXPECT_EQ(
         Rewritten("<image href='a.png' xlink:href='a.png' sodipodi:absref='/gone/a.png'" + rest,
@@ -111,7 +113,7 @@ TEST_F(SvgRewriter, ASecondRewriteDoesNothing)
 
 TEST_F(SvgRewriter, ALinkWhoseOldNameIsAFolderBesideTheCopyIsRewritten)
 {
-    tree.Folder(QStringLiteral("plan/a"));
+    tree.Folder(u"plan/a"_s);
     EXPECT_EQ(Rewritten("<image href='a'/>", {L(u"image/href", u"b")}), "<image href='b'/>");
 }
 
@@ -122,7 +124,7 @@ TEST_F(SvgRewriter, ACompressedDrawingStaysCompressed)
         return QByteArray::fromStdString(
             PluginKit::Compressed(Compression::Gzip, text.toStdString()));
     };
-    const QString name = QStringLiteral("a.svgz");
+    const QString name = u"a.svgz"_s;
     tree.File(name, packed(Svg("<image href='a.png'/>")));
     EXPECT_TRUE(Repath(name, {L(u"image/href", u"t/b.png")}));
     EXPECT_EQ(tree.Read(name), packed(Svg("<image href='t/b.png'/>")));
@@ -131,7 +133,7 @@ TEST_F(SvgRewriter, ACompressedDrawingStaysCompressed)
 
 TEST_F(SvgRewriter, AStyleSheetIsRewritten)
 {
-    const QString name = QStringLiteral("a.css");
+    const QString name = u"a.css"_s;
     tree.File(name, "@import 'b.css';\r\np { fill: url(c\\ d.svg#g) }");
     EXPECT_TRUE(Repath(name, {L(u"css/@import", u"x/ü.css"), L(u"css/url", u"y z.svg")}));
     EXPECT_EQ(tree.Read(name), "@import 'x/%C3%BC.css';\r\np { fill: url(y%20z.svg#g) }");
@@ -142,10 +144,8 @@ TEST_F(SvgRewriter, AnIdThatIsNotInTheFileFailsByNameAndNothingIsWritten)
     const QByteArray text = Svg("<image href='a.png'/>");
     tree.File(m_file, text);
     EXPECT_FALSE(Repath(m_file, {L(u"image/href", u"b.png"), L(u"image/href#2", u"c.png")}));
-    EXPECT_EQ(context.lines,
-              QStringList{QStringLiteral("ERROR Failed to rewrite the file links of %1: the file "
-                                         "has no link image/href#2")
-                              .arg(tree.Path(m_file))});
+    EXPECT_EQ(context.lines, QStringList{u"ERROR Failed to rewrite the file links of %1: the file "
+                                         "has no link image/href#2"_s.arg(tree.Path(m_file))});
     EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{m_file, text}}));
 }
 

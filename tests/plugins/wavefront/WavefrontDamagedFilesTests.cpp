@@ -11,6 +11,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Formats::Wavefront::StatementReader;
@@ -22,11 +24,11 @@ protected:
 
     std::string Object(const QByteArray& content)
     {
-        return ReadFailure(QStringLiteral("a.obj"), content).toStdString();
+        return ReadFailure(u"a.obj"_s, content).toStdString();
     }
     std::string Library(const QByteArray& content)
     {
-        return ReadFailure(QStringLiteral("a.mtl"), content).toStdString();
+        return ReadFailure(u"a.mtl"_s, content).toStdString();
     }
 
 private:
@@ -57,21 +59,20 @@ TEST_F(DamagedWavefront, WhatCannotBeALinkIsReported)
 
 TEST_F(DamagedWavefront, AMaterialsNameIsNeverInTheWay)
 {
-    tree.File(QStringLiteral("a.mtl"), QByteArray("newmtl a\0\x01\x7F\xFF\nmap_Kd a.png\n"
-                                                  "newmtl\nmap_Kd b.png",
-                                                  45));
-    EXPECT_EQ(Read(QStringLiteral("a.mtl")),
+    tree.File(u"a.mtl"_s, QByteArray("newmtl a\0\x01\x7F\xFF\nmap_Kd a.png\n"
+                                     "newmtl\nmap_Kd b.png",
+                                     45));
+    EXPECT_EQ(Read(u"a.mtl"_s),
               (Links{LinkTo(u"a??\x7F\u00FF/map_kd", u"a.png"), LinkTo(u"/map_kd", u"b.png")}));
 }
 
 TEST_F(DamagedWavefront, AKeywordThatReadsLikeTheIdOfAnotherStatementIsToldApart)
 {
     const QByteArray text = "map_Kd a\nmap_Kd#2 b\nmap_Kd c\nmap_Kd#2 d\n";
-    tree.File(QStringLiteral("a.mtl"), text);
-    EXPECT_EQ(Read(QStringLiteral("a.mtl")),
-              (Links{LinkTo(u"/map_kd", u"a"), LinkTo(u"/map_kd#2", u"b"),
-                     LinkTo(u"/map_kd#3", u"c"), LinkTo(u"/map_kd#2#2", u"d")}));
-    EXPECT_EQ(Rewritten(QStringLiteral("a.mtl"), text, {LinkTo(u"/map_kd#3", u"x")}),
+    tree.File(u"a.mtl"_s, text);
+    EXPECT_EQ(Read(u"a.mtl"_s), (Links{LinkTo(u"/map_kd", u"a"), LinkTo(u"/map_kd#2", u"b"),
+                                       LinkTo(u"/map_kd#3", u"c"), LinkTo(u"/map_kd#2#2", u"d")}));
+    EXPECT_EQ(Rewritten(u"a.mtl"_s, text, {LinkTo(u"/map_kd#3", u"x")}),
               "map_Kd a\nmap_Kd#2 b\nmap_Kd x\nmap_Kd#2 d\n");
 }
 
@@ -99,30 +100,30 @@ TEST_F(DamagedWavefront, AnObjectCutOffAnywhereHasTheLinksBeforeTheCut)
     const qsizetype first = whole.indexOf("a.mtl");
     const qsizetype second = whole.indexOf("b.mtl");
     for (qsizetype size = 0; size <= whole.size(); ++size) {
-        tree.File(QStringLiteral("x.obj"), whole.left(size));
+        tree.File(u"x.obj"_s, whole.left(size));
         Links expected;
         if (size > first)
-            expected.append({QStringLiteral("mtllib 1"),
-                             QString::fromLatin1(whole.mid(first, qMin(size - first, 5)))});
+            expected.append(
+                {u"mtllib 1"_s, QString::fromLatin1(whole.mid(first, qMin(size - first, 5)))});
         if (size > second)
-            expected.append({QStringLiteral("mtllib 2"),
-                             QString::fromLatin1(whole.mid(second, qMin(size - second, 5)))});
-        EXPECT_EQ(Read(QStringLiteral("x.obj")), expected) << size;
+            expected.append(
+                {u"mtllib 2"_s, QString::fromLatin1(whole.mid(second, qMin(size - second, 5)))});
+        EXPECT_EQ(Read(u"x.obj"_s), expected) << size;
     }
 }
 
 TEST_F(DamagedWavefront, ABinaryFileHasNoLinks)
 {
     QByteArray noise = PatternBytes(1 << 20);
-    tree.File(QStringLiteral("a.obj"), noise.prepend("\x7F"));
-    EXPECT_EQ(Read(QStringLiteral("a.obj")), Links{});
-    tree.File(QStringLiteral("a.mtl"), noise);
-    EXPECT_EQ(Read(QStringLiteral("a.mtl")), Links{});
+    tree.File(u"a.obj"_s, noise.prepend("\x7F"));
+    EXPECT_EQ(Read(u"a.obj"_s), Links{});
+    tree.File(u"a.mtl"_s, noise);
+    EXPECT_EQ(Read(u"a.mtl"_s), Links{});
 }
 
 TEST_F(DamagedWavefront, AVeryLargeFileWithoutALineBreakIsPassedOverInBlocks)
 {
-    const QString name = QStringLiteral("a.obj");
+    const QString name = u"a.obj"_s;
     tree.File(name, "v 0 0 0 ");
     ASSERT_TRUE(QFile::resize(tree.Path(name), qint64(1) << 28)); // a hole, which takes no space
     EXPECT_EQ(Read(name), Links{});
@@ -130,11 +131,11 @@ TEST_F(DamagedWavefront, AVeryLargeFileWithoutALineBreakIsPassedOverInBlocks)
 
 TEST_F(DamagedWavefront, AFileThatIsMissingOrAFolderIsReported)
 {
-    EXPECT_FALSE(TryRead(QStringLiteral("none.obj")));
-    tree.Folder(QStringLiteral("folder.mtl"));
-    EXPECT_FALSE(TryRead(QStringLiteral("folder.mtl")));
+    EXPECT_FALSE(TryRead(u"none.obj"_s));
+    tree.Folder(u"folder.mtl"_s);
+    EXPECT_FALSE(TryRead(u"folder.mtl"_s));
     ASSERT_EQ(context.lines.size(), 2);
-    EXPECT_TRUE(context.lines.first().contains(QStringLiteral("the file cannot be opened: ")));
+    EXPECT_TRUE(context.lines.first().contains(u"the file cannot be opened: "_s));
 }
 
 } // namespace Halvern::Test

@@ -11,6 +11,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class WavefrontPlugin : private LoadedResolver, public ResolverFixture
@@ -19,7 +21,7 @@ protected:
     WavefrontPlugin()
         : LoadedResolver(QStringLiteral(WAVEFRONT_PLUGIN_FILE)), ResolverFixture(Get())
     {
-        Import(QStringLiteral(WAVEFRONT_CORPUS "/möbel"), QStringLiteral("möbel"));
+        Import(QStringLiteral(WAVEFRONT_CORPUS "/möbel"), u"möbel"_s);
     }
 };
 
@@ -36,38 +38,33 @@ TEST(WavefrontPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 TEST(WavefrontPluginLibrary, ItsRegistrationFileNamesItAndItsTypes)
 {
     const QFileInfo library(QStringLiteral(WAVEFRONT_PLUGIN_FILE));
-    QFile file(library.path() + QStringLiteral("/../SyncPluginRegFiles/wavefront.syncplugin"));
+    QFile file(library.path() + u"/../SyncPluginRegFiles/wavefront.syncplugin"_s);
     ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
     const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(QStringLiteral("Module=\"%1\"").arg(library.fileName())));
-    EXPECT_TRUE(text.contains(QStringLiteral("FileTypes=\"obj,mtl\"")));
+    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
+    EXPECT_TRUE(text.contains(u"FileTypes=\"obj,mtl\""_s));
 }
 
 TEST_F(WavefrontPlugin, FindsEveryFileOfTheExportedObjects)
 {
-    const QString picture = QStringLiteral("Bilder für alle/");
-    EXPECT_EQ(Read(QStringLiteral("möbel/Stuhl grün.obj")),
-              (Links{LinkTo(u"mtllib 1", u"Stuhl grün.mtl")}));
-    EXPECT_EQ(
-        Read(QStringLiteral("möbel/Stuhl grün.mtl")),
-        (Links{
-            {QStringLiteral("Eiche_hell/map_kd"), picture + QStringLiteral("Eiche hell.png")},
-            {QStringLiteral("Eiche_hell_rau/map_ns"), picture + QStringLiteral("Eiche hell.png")},
-            {QStringLiteral("Höhe_über_Grund/map_kd"), picture + QStringLiteral("Höhe #1.png")},
-            {QStringLiteral("Höhe_über_Grund_rau/map_ns"),
-             picture + QStringLiteral("Höhe #1.png")}}));
-    const QStringList table = PathsOf(Read(QStringLiteral("möbel/Tisch 木.mtl")));
-    EXPECT_TRUE(table.contains(picture + QStringLiteral("Relief.png")));
-    EXPECT_TRUE(table.contains(picture + QStringLiteral("木目 50%.png")));
+    const QString picture = u"Bilder für alle/"_s;
+    EXPECT_EQ(Read(u"möbel/Stuhl grün.obj"_s), (Links{LinkTo(u"mtllib 1", u"Stuhl grün.mtl")}));
+    EXPECT_EQ(Read(u"möbel/Stuhl grün.mtl"_s),
+              (Links{{u"Eiche_hell/map_kd"_s, picture + u"Eiche hell.png"_s},
+                     {u"Eiche_hell_rau/map_ns"_s, picture + u"Eiche hell.png"_s},
+                     {u"Höhe_über_Grund/map_kd"_s, picture + u"Höhe #1.png"_s},
+                     {u"Höhe_über_Grund_rau/map_ns"_s, picture + u"Höhe #1.png"_s}}));
+    const QStringList table = PathsOf(Read(u"möbel/Tisch 木.mtl"_s));
+    EXPECT_TRUE(table.contains(picture + u"Relief.png"_s));
+    EXPECT_TRUE(table.contains(picture + u"木目 50%.png"_s));
     for (const QString& path : table)
-        EXPECT_TRUE(tree.Exists(QStringLiteral("möbel/") + path)) << path.toStdString();
+        EXPECT_TRUE(tree.Exists(u"möbel/"_s + path)) << path.toStdString();
 }
 
 TEST_F(WavefrontPlugin, RewritesTheExportedObjectsAndBackWithoutATrace)
 {
     const FileTree::Snapshot before = tree.Contents();
-    for (const QString& file :
-         {QStringLiteral("möbel/Stuhl grün.obj"), QStringLiteral("möbel/Tisch 木.mtl")}) {
+    for (const QString& file : {u"möbel/Stuhl grün.obj"_s, u"möbel/Tisch 木.mtl"_s}) {
         const Links links = Read(file);
         ASSERT_FALSE(links.isEmpty());
         QByteArray expected = tree.Read(file);
@@ -75,7 +72,7 @@ TEST_F(WavefrontPlugin, RewritesTheExportedObjectsAndBackWithoutATrace)
         expected.replace("Bilder", "../Größe/Bilder");
         Links moved = links;
         for (Link& link : moved)
-            link.second.prepend(QStringLiteral("../Größe/"));
+            link.second.prepend(u"../Größe/"_s);
         EXPECT_TRUE(Repath(file, moved));
         EXPECT_EQ(tree.Read(file), expected);
         // The object finds the library of its own name beside itself, told or not.

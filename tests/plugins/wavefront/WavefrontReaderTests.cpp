@@ -9,6 +9,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class WavefrontReader : public ResolverFixture
@@ -18,17 +20,17 @@ protected:
 
     Links Object(const QByteArray& content)
     {
-        tree.File(QStringLiteral("a.obj"), content);
-        return Read(QStringLiteral("a.obj"));
+        tree.File(u"a.obj"_s, content);
+        return Read(u"a.obj"_s);
     }
     /// The paths of a material library's links.
     QStringList Maps(const QByteArray& content)
     {
-        tree.File(QStringLiteral("a.MTL"), content);
+        tree.File(u"a.MTL"_s, content);
         QStringList paths;
-        for (const Link& link : Read(QStringLiteral("a.MTL")))
+        for (const Link& link : Read(u"a.MTL"_s))
             paths.append(link.second);
-        tree.Remove(QStringLiteral("a.MTL"));
+        tree.Remove(u"a.MTL"_s);
         return paths;
     }
 
@@ -74,14 +76,14 @@ TEST_F(WavefrontReader, SeveralNamesOfOneLineAreToldByTheirExtensions)
 
 TEST_F(WavefrontReader, ALineThatIsTheNameOfAFileIsOneName)
 {
-    tree.File(QStringLiteral("one.mtl b.mtl"));
+    tree.File(u"one.mtl b.mtl"_s);
     EXPECT_EQ(Object("mtllib one.mtl b.mtl"), (Links{LinkTo(u"mtllib 1", u"one.mtl b.mtl")}));
 }
 
 TEST_F(WavefrontReader, QuotationMarksAroundANameAreNotPartOfIt)
 {
     EXPECT_EQ(Object("mtllib \"one two.mtl\""), (Links{LinkTo(u"mtllib 1", u"one two.mtl")}));
-    EXPECT_EQ(Maps("map_Kd \"a b.png\""), QStringList{QStringLiteral("a b.png")});
+    EXPECT_EQ(Maps("map_Kd \"a b.png\""), QStringList{u"a b.png"_s});
     EXPECT_EQ(
         Object("mtllib \"one two.mtl\"  \"b.mtl\" c.mtl \"d.mtl e.MTL\""),
         (Links{LinkTo(u"mtllib 1 words 1-2", u"one two.mtl"),
@@ -113,7 +115,7 @@ TEST_F(WavefrontReader, OtherStatementsAndCommentsAreNoLinks)
 
 TEST_F(WavefrontReader, ALibraryWithTheNameOfTheFileComesAlong)
 {
-    tree.File(QStringLiteral("a.mtl"));
+    tree.File(u"a.mtl"_s);
     EXPECT_EQ(Object("v 0 0 0\n"), (Links{LinkTo(u"companion:mtl", u"a.mtl")}));
     EXPECT_EQ(Object("mtllib none.mtl\n"),
               (Links{LinkTo(u"mtllib 1", u"none.mtl"), LinkTo(u"companion:mtl", u"a.mtl")}));
@@ -122,11 +124,11 @@ TEST_F(WavefrontReader, ALibraryWithTheNameOfTheFileComesAlong)
 
 TEST_F(WavefrontReader, EveryKindOfMapIsALinkNamedByItsMaterial)
 {
-    tree.File(QStringLiteral("a.mtl"), "newmtl Eiche hell\nmap_Kd 1.png\nmap_Bump 2.png\n"
-                                       "bump 3.png\nnewmtl b\r\nmap_Kd 4.png\r\ndisp 5.png\r\n"
-                                       "decal 6.png\r\nrefl 7.png\r\nrefl 8.png\r\nnorm 9.png\r\n"
-                                       "map_Pr 10.png\nnewmtl b\nMAP_KD 11.png\n");
-    EXPECT_EQ(Read(QStringLiteral("a.mtl")),
+    tree.File(u"a.mtl"_s, "newmtl Eiche hell\nmap_Kd 1.png\nmap_Bump 2.png\n"
+                          "bump 3.png\nnewmtl b\r\nmap_Kd 4.png\r\ndisp 5.png\r\n"
+                          "decal 6.png\r\nrefl 7.png\r\nrefl 8.png\r\nnorm 9.png\r\n"
+                          "map_Pr 10.png\nnewmtl b\nMAP_KD 11.png\n");
+    EXPECT_EQ(Read(u"a.mtl"_s),
               (Links{LinkTo(u"Eiche hell/map_kd", u"1.png"),
                      LinkTo(u"Eiche hell/map_bump", u"2.png"), LinkTo(u"Eiche hell/bump", u"3.png"),
                      LinkTo(u"b/map_kd", u"4.png"), LinkTo(u"b/disp", u"5.png"),
@@ -167,29 +169,26 @@ TEST_F(WavefrontReader, TheNameOfAMapFollowsItsOptions)
 
 TEST_F(WavefrontReader, ANumberBelongsToTheNameWhereOnlySuchAFileExists)
 {
-    tree.File(QStringLiteral("2 holes.png"))
-        .File(QStringLiteral("a.mtl"), "newmtl m\nmap_Kd -s 1 1 2 holes.png\n");
-    EXPECT_EQ(Read(QStringLiteral("a.mtl")),
-              (Links{LinkTo(u"m/map_kd words 4-5", u"2 holes.png")}));
-    tree.File(QStringLiteral("holes.png"));
-    EXPECT_EQ(Read(QStringLiteral("a.mtl")), (Links{LinkTo(u"m/map_kd", u"holes.png")}));
+    tree.File(u"2 holes.png"_s).File(u"a.mtl"_s, "newmtl m\nmap_Kd -s 1 1 2 holes.png\n");
+    EXPECT_EQ(Read(u"a.mtl"_s), (Links{LinkTo(u"m/map_kd words 4-5", u"2 holes.png")}));
+    tree.File(u"holes.png"_s);
+    EXPECT_EQ(Read(u"a.mtl"_s), (Links{LinkTo(u"m/map_kd", u"holes.png")}));
 }
 
 TEST_F(WavefrontReader, BytesThatAreNoUtf8AreLatin1)
 {
     EXPECT_EQ(Object("mtllib H\xF6he.mtl"), (Links{LinkTo(u"mtllib 1", u"Höhe.mtl")}));
-    tree.File(QStringLiteral("b.mtl"), "newmtl Gr\xFCn\nmap_Kd gr\xFCn.png");
-    EXPECT_EQ(Read(QStringLiteral("b.mtl")), (Links{LinkTo(u"Grün/map_kd", u"grün.png")}));
+    tree.File(u"b.mtl"_s, "newmtl Gr\xFCn\nmap_Kd gr\xFCn.png");
+    EXPECT_EQ(Read(u"b.mtl"_s), (Links{LinkTo(u"Grün/map_kd", u"grün.png")}));
 }
 
 TEST_F(WavefrontReader, AMaterialWithALongNameStillHasAnId)
 {
-    tree.File(QStringLiteral("a.mtl"),
+    tree.File(u"a.mtl"_s,
               "newmtl " + QByteArray("ä").repeated(500) + "\nmap_Kd a.png\nmap_Kd b.png\n");
     const QString name(50, QChar(0xE4));
-    EXPECT_EQ(Read(QStringLiteral("a.mtl")),
-              (Links{{name + QStringLiteral("/map_kd"), QStringLiteral("a.png")},
-                     {name + QStringLiteral("/map_kd#2"), QStringLiteral("b.png")}}));
+    EXPECT_EQ(Read(u"a.mtl"_s),
+              (Links{{name + u"/map_kd"_s, u"a.png"_s}, {name + u"/map_kd#2"_s, u"b.png"_s}}));
 }
 
 TEST_F(WavefrontReader, StatementsAreFoundBehindManyBlocksOfGeometry)
@@ -207,12 +206,12 @@ TEST_F(WavefrontReader, StatementsAreFoundBehindManyBlocksOfGeometry)
 TEST_F(WavefrontReader, ReadingLeavesTheFileAlone)
 {
     const QByteArray content = "mtllib a.mtl\r\nv 0 0 0\r\n";
-    tree.File(QStringLiteral("a.obj"), content);
+    tree.File(u"a.obj"_s, content);
     const QDateTime time = QDateTime::fromSecsSinceEpoch(1'000'000'000);
-    tree.Touch(QStringLiteral("a.obj"), time);
-    Read(QStringLiteral("a.obj"));
-    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{QStringLiteral("a.obj"), content}}));
-    EXPECT_EQ(tree.Modified(QStringLiteral("a.obj")), time);
+    tree.Touch(u"a.obj"_s, time);
+    Read(u"a.obj"_s);
+    EXPECT_EQ(tree.Contents(), (FileTree::Snapshot{{u"a.obj"_s, content}}));
+    EXPECT_EQ(tree.Modified(u"a.obj"_s), time);
 }
 
 } // namespace Halvern::Test

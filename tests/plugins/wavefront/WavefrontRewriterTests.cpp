@@ -7,6 +7,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class WavefrontRewriter : public ResolverFixture
@@ -23,8 +25,8 @@ protected:
         return Rewritten(m_library, content, links);
     }
 
-    const QString m_object = QStringLiteral("a.obj");
-    const QString m_library = QStringLiteral("lib.mtl");
+    const QString m_object = u"a.obj"_s;
+    const QString m_library = u"lib.mtl"_s;
 
 private:
     Formats::Wavefront::WavefrontResolver m_resolver;
@@ -71,7 +73,7 @@ TEST_F(WavefrontRewriter, AnIdMeansTheSameWordsWhereTheFilesAroundAreOthers)
     EXPECT_EQ(Library("newmtl m\nmap_Kd -s 1 1 2 holes.png\n",
                       {LinkTo(u"m/map_kd words 4-5", u"sub/2 holes.png")}),
               "newmtl m\nmap_Kd -s 1 1 sub/2 holes.png\n");
-    tree.File(QStringLiteral("one.mtl b.mtl"));
+    tree.File(u"one.mtl b.mtl"_s);
     EXPECT_EQ(Object("mtllib one.mtl b.mtl\n", {LinkTo(u"mtllib 1 words 2-2", u"x.mtl")}),
               "mtllib one.mtl x.mtl\n");
 }
@@ -176,11 +178,11 @@ TEST_F(WavefrontRewriter, AnIdThatIsNotInTheFileFailsByName)
           u"mtllib 1 words 2-1", u"mtllib 1 words 1-", u"mtllib 1 words 1-2 ", u"mtllib 11",
           u"mtllib 1 words 1-99999999999999999999", u"companion:png", u""}) {
         EXPECT_EQ(RewriteFailure(m_object, "mtllib a.mtl b.mtl\n", {LinkTo(id, u"x.mtl")}),
-                  QStringLiteral("the file has no link ") + QString::fromUtf16(id));
+                  u"the file has no link "_s + QString::fromUtf16(id));
     }
     // A map with nothing but options names no file, which its plain id would have to mean.
     EXPECT_EQ(RewriteFailure(m_library, "newmtl m\nmap_Kd -s 1 1 1\n", {LinkTo(u"m/map_kd", u"x")}),
-              QStringLiteral("the file has no link m/map_kd"));
+              u"the file has no link m/map_kd"_s);
 }
 
 TEST_F(WavefrontRewriter, APathThatNoLineCanHoldFailsAndNothingIsWritten)
@@ -188,10 +190,10 @@ TEST_F(WavefrontRewriter, APathThatNoLineCanHoldFailsAndNothingIsWritten)
     for (const char16_t* path : {u" a.mtl", u"a.mtl ", u"a\nb.mtl", u"a\rb.mtl", u"a\tb", u"a\\"}) {
         EXPECT_EQ(RewriteFailure(m_object, "mtllib a.mtl\nmtllib b.mtl\n",
                                  {LinkTo(u"mtllib 1", u"good.mtl"), LinkTo(u"mtllib 2", path)}),
-                  QStringLiteral("a line of this format cannot name ") + QString::fromUtf16(path));
+                  u"a line of this format cannot name "_s + QString::fromUtf16(path));
     }
     EXPECT_EQ(RewriteFailure(m_object, "v 0 0 0\n", {LinkTo(u"companion:mtl", u"a\nb.mtl")}),
-              QStringLiteral("a line of this format cannot name a\nb.mtl"));
+              u"a line of this format cannot name a\nb.mtl"_s);
 }
 
 } // namespace Halvern::Test

@@ -8,6 +8,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class PosixWavefront : public ResolverFixture
@@ -23,8 +25,8 @@ private:
 
 TEST_F(PosixWavefront, ABackslashStaysWhereAFileIsNamedWithIt)
 {
-    tree.File(QStringLiteral("tex\\a.png")).File(QStringLiteral("a.mtl"), "map_Kd tex\\a.png\n");
-    EXPECT_EQ(Read(QStringLiteral("a.mtl")), (Links{LinkTo(u"/map_kd", u"tex\\a.png")}));
+    tree.File(u"tex\\a.png"_s).File(u"a.mtl"_s, "map_Kd tex\\a.png\n");
+    EXPECT_EQ(Read(u"a.mtl"_s), (Links{LinkTo(u"/map_kd", u"tex\\a.png")}));
 }
 
 } // namespace Halvern::Test

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 template <typename Files>
@@ -69,7 +71,7 @@ QList<std::shared_ptr<SyncServices::SyncItem>> CountingDatabase::GetAllItems(int
 QList<std::shared_ptr<SyncServices::FileMapping>>
 CountingDatabase::GetFileCopyHistoryByAuthenticationId(int authenticationId)
 {
-    calls.append(QStringLiteral("read %1").arg(authenticationId));
+    calls.append(u"read %1"_s.arg(authenticationId));
     return m_store->GetFileCopyHistoryByAuthenticationId(authenticationId);
 }
 
@@ -77,13 +79,13 @@ bool CountingDatabase::AddAndUpdateFileCopyHistory(List<FileMapping> added,
                                                    List<FileMapping> updated)
 {
     const QStringList written = Sources(added, u'+') + Sources(updated, u'~');
-    calls.append(QStringLiteral("write ") + written.join(u' '));
+    calls.append(u"write "_s + written.join(u' '));
     return m_store->AddAndUpdateFileCopyHistory(std::move(added), std::move(updated));
 }
 
 bool CountingDatabase::DeleteAllFileCopyHistory(int authenticationId)
 {
-    calls.append(QStringLiteral("delete %1").arg(authenticationId));
+    calls.append(u"delete %1"_s.arg(authenticationId));
     return m_store->DeleteAllFileCopyHistory(authenticationId);
 }
 

@@ -10,6 +10,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool IsSame(const QString& a, const QString& b)
@@ -120,9 +122,8 @@ void EagerTrees::Expand(EagerNode& node)
              above = above->parent)
             child->closesCycle = IsSame(PathOf(*above->mapping), path);
         if (child->closesCycle)
-            m_cycleLines.append(QStringLiteral("INFO Circular reference detected. File link %1 in "
-                                               "%2 leads to circular reference.")
-                                    .arg(path, base));
+            m_cycleLines.append(u"INFO Circular reference detected. File link %1 in "
+                                "%2 leads to circular reference."_s.arg(path, base));
         else
             Expand(*child);
     }

@@ -4,6 +4,7 @@
 #include "LogCapture.h"
 #include "RandomSets.h"
 #include "fileset/LinkGraph.h"
+#include "fileset/LinkWalk.h"
 
 #include <gtest/gtest.h>
 
@@ -13,15 +14,13 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 constexpr quint32 Seeds = 4000;
 
 QString Head(const QString& linkPath, const QString& refId, qsizetype member, bool closesCycle)
 {
-    return QStringLiteral("%1|%2|%3%4(")
-        .arg(linkPath, refId)
-        .arg(member)
-        .arg(closesCycle ? QStringLiteral("!") : QString());
+    return u"%1|%2|%3%4("_s.arg(linkPath, refId).arg(member).arg(closesCycle ? u"!"_s : QString());
 }
 
 QString Text(const EagerNode& node, const FileMappingList& members)
@@ -41,6 +40,27 @@ QString Text(FileMappingRef& node, const FileMappingList& members)
         text += Text(*child, members);
     }
     return text + u')';
+}
+
+/// The same text, by a walk.
+QString Walked(const FileMappingRef::Pointer& root, const FileMappingList& members)
+{
+    QString text;
+    LinkWalk walk;
+    const auto enter = [&](const FileMappingRef::Pointer& node) {
+        text += Head(node->LinkPath(), node->RefId(), members.indexOf(node->Mapping()),
+                     node->ClosesCycle());
+        walk.Enter(node);
+    };
+    for (enter(root); walk.IsOpen();) {
+        if (const FileMappingRef::Pointer child = walk.NextChild()) {
+            enter(child);
+            continue;
+        }
+        text += u')';
+        walk.Leave();
+    }
+    return text;
 }
 
 std::set<const FileMapping*> SetOf(const FileMappingList& files)
@@ -74,6 +94,21 @@ TEST_P(RandomLinkTrees, HaveTheNodesOfTreesBuiltAtOnce)
     EXPECT_GT(cyclesMet, 1000) << "the random sets hardly hold cycles";
 }
 
+TEST_P(RandomLinkTrees, AreWalkedNodeForNodeAsOftenAsOneLikes)
+{
+    for (quint32 seed = 0; seed < Seeds; seed += 4) {
+        const FileMappingList members = RandomMembers(seed);
+        FileSet set;
+        AddAll(set, members);
+        const EagerTrees eager(members, GetParam());
+        const FileSetImp::NodeList roots = Imp(set).GetFileLinkHierarchy(GetParam());
+        for (qsizetype i = 0; i < roots.size(); ++i)
+            for (int round = 0; round < 2; ++round)
+                ASSERT_EQ(Walked(roots[i], members), Text(*eager.Roots()[size_t(i)], members))
+                    << "seed " << seed;
+    }
+}
+
 TEST_P(RandomLinkTrees, ShowTheLinksOfTheirMakingWhateverChangesLater)
 {
     for (quint32 seed = 0; seed < Seeds; seed += 10) {
@@ -85,9 +120,9 @@ TEST_P(RandomLinkTrees, ShowTheLinksOfTheirMakingWhateverChangesLater)
         for (const FileMappingPointer& member : members) {
             member->ClearSourceFileLinks();
             member->ClearTargetFileLinks();
-            member->SetTargetFile(QStringLiteral("D:/elsewhere"), true);
+            member->SetTargetFile(u"D:/elsewhere"_s, true);
             set.RemoveFile(member->GetSourceFile(), false, false);
-            member->SetSourceFile(QStringLiteral("D:/elsewhere"));
+            member->SetSourceFile(u"D:/elsewhere"_s);
         }
         for (qsizetype i = 0; i < roots.size(); ++i)
             ASSERT_EQ(Text(*roots[i], members), Text(*eager.Roots()[size_t(i)], members))
@@ -164,8 +199,7 @@ QStringList CyclesAndRemovals(const FileMappingList& members, const FileMappingL
 {
     QStringList lines = EagerTrees(members, true).CycleLines();
     for (const FileMappingPointer& file : removal)
-        lines.append(QStringLiteral("DEBUG Removing file from selection set: %1")
-                         .arg(file->GetSourceFile()));
+        lines.append(u"DEBUG Removing file from selection set: %1"_s.arg(file->GetSourceFile()));
     return lines;
 }
 

@@ -86,6 +86,9 @@ TEST_F(MappingView, ListsChildrenInLinkOrderFromTheFront)
         while (children->HasNext())
             sources.append(SourceOf(children->Next()));
         EXPECT_FALSE(children->HasNext());
+        EXPECT_EQ(children->Next(), nullptr);
+        EXPECT_EQ(children->Next(), nullptr);
+        EXPECT_FALSE(children->HasNext());
         children->ToFront();
     }
     EXPECT_EQ(sources, (QStringList{u"D:/w/a.prt"_s, u"D:/w/sub.asm"_s, u"D:/w/a.prt"_s,
@@ -103,6 +106,7 @@ TEST_F(MappingView, GivesEachCallerAnIteratorOfItsOwn)
 TEST_F(MappingView, OfAFileWithoutLinksHasNoChildren)
 {
     EXPECT_FALSE(Children(Child(root, 0))->HasNext());
+    EXPECT_EQ(Children(Child(root, 0))->Next(), nullptr);
 }
 
 TEST_F(MappingView, KeepsChildrenAliveWhileAnIteratorListsThem)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "fileset/PathIndex.h"
 #include "Mappings.h"
+#include "fileset/PathIndex.h"
 
 #include <QtCore/QDir>
 

@@ -10,42 +10,33 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-const RecordsOf
-    extractSet(u"FileLinkExtractorImp::ExtractFileLinks(FileSet*, bool, const QStringList&)"_s);
-const RecordsOf
-    extractFile(u"FileLinkExtractorImp::ExtractFileLinks(const QString&, FileLinkList&)"_s);
-const RecordsOf
-    logLinks(u"FileLinkExtractorImp::LogFileLinks(const QString&, const FileLinkList&)"_s);
-const RecordsOf assign(u"FileLinkImporterImp::AssignTargetPaths()"_s);
-const RecordsOf mark(u"FileLinkImporterImp::MarkCollisions()"_s);
-const RecordsOf resolve(u"FileLinkImporterImp::ResolveCollisions()"_s);
-const RecordsOf logTree(u"FileLinkImporterImp::LogFileTree(bool)"_s);
-const RecordsOf
-    logNode(u"FileLinkImporterImp::LogFileTree(const NodePointer&, bool, int, QSet<QString>&)"_s);
-const RecordsOf copyFiles(u"FileLinkImporterImp::CopyFiles()"_s);
-const RecordsOf copyFile(u"FileLinkImporterImp::CopyFile(const FileMappingPointer&, bool)"_s);
-const RecordsOf repathFiles(u"FileLinkImporterImp::RepathFiles()"_s);
-const RecordsOf repathMapping(u"FileLinkImporterImp::RepathFile(const FileMappingPointer&)"_s);
-const RecordsOf
-    repathFile(u"FileLinkImporterImp::RepathFile(const QString&, const QList<FileLinkInfo>&)"_s);
-const RecordsOf updateDatabase(u"FileLinkImporterImp::UpdateSyncDatabase()"_s);
+const RecordsOf extractSet(u"FileLinkExtractorImp::ExtractFileLinks"_s);
+const RecordsOf extractFile(u"FileLinkExtractorImp::ExtractFileLinks"_s);
+const RecordsOf logLinks(u"FileLinkExtractorImp::LogFileLinks"_s);
+const RecordsOf assign(u"FileLinkImporterImp::AssignTargetPaths"_s);
+const RecordsOf mark(u"FileLinkImporterImp::MarkCollisions"_s);
+const RecordsOf resolve(u"FileLinkImporterImp::ResolveCollisions"_s);
+const RecordsOf logTree(u"FileLinkImporterImp::LogFileTree"_s);
+const RecordsOf logNode(u"FileLinkImporterImp::LogFileTree"_s);
+const RecordsOf copyFiles(u"FileLinkImporterImp::CopyFiles"_s);
+const RecordsOf copyFile(u"FileLinkImporterImp::CopyFile"_s);
+const RecordsOf repathFiles(u"FileLinkImporterImp::RepathFiles"_s);
+const RecordsOf repathMapping(u"FileLinkImporterImp::RepathFile"_s);
+const RecordsOf repathFile(u"FileLinkImporterImp::RepathFile"_s);
+const RecordsOf updateDatabase(u"FileLinkImporterImp::UpdateSyncDatabase"_s);
 
 RecordsOf OfPlugins(const QString& function)
 {
     return RecordsOf(function, u"PluginManager.cpp"_s);
 }
-const RecordsOf registration = OfPlugins(u"PluginManager::RegisterPlugins()"_s);
-const RecordsOf lookup =
-    OfPlugins(u"PluginManager::FindPluginForFile(const QString&, PluginType)"_s);
-const RecordsOf load = OfPlugins(u"Plugin::LoadModule()"_s);
-const RecordsOf layout = OfPlugins(
-    u"PluginManager::AssignTargetPaths(std::shared_ptr<FileMappingRef>, FileLayoutContext*)"_s);
-const RecordsOf dump = OfPlugins(u"PluginManager::DumpFileMapping(FileMappingRef*)"_s);
-const RecordsOf pluginRepath =
-    OfPlugins(u"PluginManager::RepathFileLinks(const QString&, const QList<FileLinkInfo>&, "
-              "IFileLinkResolverContext*)"_s);
-const RecordsOf resolverPlugin(u"PluginLogger::LogError(const WideChar*)"_s,
-                               u"FileLinkManagerImp.cpp"_s, u"ResolverPlugin"_s);
+const RecordsOf registration = OfPlugins(u"PluginManager::RegisterPlugins"_s);
+const RecordsOf lookup = OfPlugins(u"PluginManager::FindPluginForFile"_s);
+const RecordsOf load = OfPlugins(u"Plugin::LoadModule"_s);
+const RecordsOf layout = OfPlugins(u"PluginManager::AssignTargetPaths"_s);
+const RecordsOf dump = OfPlugins(u"PluginManager::DumpFileMapping"_s);
+const RecordsOf pluginRepath = OfPlugins(u"PluginManager::RepathFileLinks"_s);
+const RecordsOf resolverPlugin(u"PluginLogger::LogError"_s, u"FileLinkManagerImp.cpp"_s,
+                               u"ResolverPlugin"_s);
 
 } // namespace
 

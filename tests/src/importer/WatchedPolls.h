@@ -56,8 +56,8 @@ protected:
     Job MakeJob(const QString& name)
     {
         using namespace Qt::Literals::StringLiterals;
-        const QString src = QStringLiteral("src/%1/").arg(name);
-        const QString cloud = QStringLiteral("cloud/%1/").arg(name);
+        const QString src = u"src/%1/"_s.arg(name);
+        const QString cloud = u"cloud/%1/"_s.arg(name);
         tree.File(src + u"a.tasm"_s, "a\nlink 1 lib/b.tasm\nlink 2 c.tlk\n");
         tree.File(src + u"lib/b.tasm"_s, "b\nlink 1 d.tlk\n");
         tree.File(src + u"c.tlk"_s, "c")
@@ -73,8 +73,8 @@ protected:
     {
         QStringList result = Short(lines);
         for (QString& line : result)
-            line.replace(QStringLiteral("src/%1").arg(job.name), QStringLiteral("src"))
-                .replace(QStringLiteral("cloud/%1").arg(job.name), QStringLiteral("cloud"));
+            line.replace(u"src/%1"_s.arg(job.name), u"src"_s)
+                .replace(u"cloud/%1"_s.arg(job.name), u"cloud"_s);
         return result;
     }
 
@@ -93,10 +93,9 @@ protected:
         }
         for (const auto& item : Database().GetAllItems(7))
             if (item->GetLocalPath().startsWith(job.target + u'/'))
-                lines.append(QStringLiteral("item %1 %2 %3")
-                                 .arg(item->GetLocalPath(),
-                                      QString::number(item->GetSyncOption(), 16),
-                                      Describe(item->GetFileLinks())));
+                lines.append(u"item %1 %2 %3"_s.arg(item->GetLocalPath(),
+                                                    QString::number(item->GetSyncOption(), 16),
+                                                    Describe(item->GetFileLinks())));
         return Neutral(lines + calls.Calls(), job);
     }
 
@@ -118,9 +117,9 @@ private:
               file.GetTargetFileLinksExtractedAtFileDate(), file.GetSourceFileLastModified(),
               file.GetTargetFileLastModified(), file.GetCopyDate()})
             dates += date.isValid() ? u'x' : u'-';
-        return QStringLiteral("%1 -> %2 (%3) [%4] [%5] %6")
-            .arg(file.GetSourceFile(), file.GetTargetFile(), file.GetFlagName(),
-                 Describe(file.GetSourceFileLinks()), Describe(file.GetTargetFileLinks()), dates);
+        return u"%1 -> %2 (%3) [%4] [%5] %6"_s.arg(
+            file.GetSourceFile(), file.GetTargetFile(), file.GetFlagName(),
+            Describe(file.GetSourceFileLinks()), Describe(file.GetTargetFileLinks()), dates);
     }
 };
 

@@ -11,6 +11,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using LoadState = Plugin::LoadState;
 
 class ContractVersion : public PluginsFixture
@@ -20,14 +21,12 @@ protected:
     void Register(const QString& fault, const QString& version = {})
     {
         module = ZooModule(fault);
-        QString text = QString::fromUtf8(
-            Registration(module, QStringLiteral("FileLinkResolver"), QStringLiteral("x")));
+        QString text = QString::fromUtf8(Registration(module, u"FileLinkResolver"_s, u"x"_s));
         if (!version.isNull())
-            text.replace(QStringLiteral("Module="),
-                         QStringLiteral("ContractVersion=\"%1\" Module=").arg(version));
-        WriteRegistration(QStringLiteral("zoo"), text.toUtf8());
-        RegisterResolver(TestResolverModule(), QStringLiteral("tlk"));
-        tree.File(QStringLiteral("a.x"), "x").File(QStringLiteral("a.tlk"), "");
+            text.replace(u"Module="_s, u"ContractVersion=\"%1\" Module="_s.arg(version));
+        WriteRegistration(u"zoo"_s, text.toUtf8());
+        RegisterResolver(TestResolverModule(), u"tlk"_s);
+        tree.File(u"a.x"_s, "x").File(u"a.tlk"_s, "");
         manager.EnsureRegistered();
         log.Clear();
     }
@@ -43,28 +42,27 @@ protected:
     {
         for (int file = 0; file < 2; ++file) {
             log.Clear();
-            EXPECT_FALSE(Read(QStringLiteral("a.x")));
-            EXPECT_TRUE(log.Has(QStringLiteral("ERROR ") + sentence))
-                << log.Lines().join(u'\n').toStdString();
+            EXPECT_FALSE(Read(u"a.x"_s));
+            EXPECT_TRUE(log.Has(u"ERROR "_s + sentence)) << log.Lines().join(u'\n').toStdString();
         }
-        EXPECT_FALSE(log.Has(QStringLiteral("INFO Plugin %1 loaded").arg(module)));
+        EXPECT_FALSE(log.Has(u"INFO Plugin %1 loaded"_s.arg(module)));
         EXPECT_EQ(Find(module).GetLastError(), sentence);
         EXPECT_EQ(Find(module).GetLoadState(), LoadState::Failed);
         EXPECT_FALSE(Find(module).IsLoaded());
         EXPECT_EQ(calls.Calls(), QStringList()) << "nothing of the library was called";
         EXPECT_TRUE(manager.UnloadAllPlugins());
-        EXPECT_TRUE(Read(QStringLiteral("a.tlk"))) << "the other plug-in";
+        EXPECT_TRUE(Read(u"a.tlk"_s)) << "the other plug-in";
     }
     void ExpectUsed()
     {
-        EXPECT_TRUE(Read(QStringLiteral("a.x")));
+        EXPECT_TRUE(Read(u"a.x"_s));
         EXPECT_EQ(links.size(), 2);
-        EXPECT_TRUE(log.Has(QStringLiteral("INFO Plugin %1 loaded").arg(module)));
-        EXPECT_TRUE(log.Lines().filter(QStringLiteral("contract")).isEmpty());
+        EXPECT_TRUE(log.Has(u"INFO Plugin %1 loaded"_s.arg(module)));
+        EXPECT_TRUE(log.Lines().filter(u"contract"_s).isEmpty());
     }
     QString Sentence(const char* text) const
     {
-        return QStringLiteral("Plugin %1 ").arg(module) + QString::fromUtf8(text);
+        return u"Plugin %1 "_s.arg(module) + QString::fromUtf8(text);
     }
 
     QString module;
@@ -73,39 +71,39 @@ protected:
 
 TEST_F(ContractVersion, ALibraryAndAFileThatStateNothingAreTakenForVersionOne)
 {
-    Register(QStringLiteral("WellBehaved"));
+    Register(u"WellBehaved"_s);
     ExpectUsed();
 }
 
 TEST_F(ContractVersion, ALibraryThatStatesThisProgramsContractIsUsed)
 {
-    Register(QStringLiteral("StatedVersion"), QStringLiteral("1"));
+    Register(u"StatedVersion"_s, u"1"_s);
     ExpectUsed();
 }
 
 TEST_F(ContractVersion, AnEmptyVersionInTheFileStatesNothing)
 {
-    Register(QStringLiteral("WellBehaved"), QStringLiteral(""));
+    Register(u"WellBehaved"_s, u""_s);
     ExpectUsed();
     EXPECT_TRUE(manager.RegistrationProblems().isEmpty());
 }
 
 TEST_F(ContractVersion, ALibraryBuiltForAnotherVersionIsRefused)
 {
-    Register(QStringLiteral("OtherVersion"));
+    Register(u"OtherVersion"_s);
     ExpectRefused(Sentence("wants contract version 2, this program has version 1"));
 }
 
 TEST_F(ContractVersion, ALibraryBuiltWithRecordsOfAnotherSizeIsRefused)
 {
-    Register(QStringLiteral("OtherRecordSize"));
+    Register(u"OtherRecordSize"_s);
     ExpectRefused(Sentence("wants contract version 1 (link records of 2084 bytes), this program "
                            "has version 1 (link records of 1044 bytes)"));
 }
 
 TEST_F(ContractVersion, ALibraryBuiltByAnotherCompilerIsRefused)
 {
-    Register(QStringLiteral("OtherCompiler"));
+    Register(u"OtherCompiler"_s);
     ExpectRefused(Sentence("wants contract version 1 (characters of 4 bytes, objects laid out as "
                            "by Visual C++, the runtime of Visual C++), this program has version 1 "
                            "(characters of 2 bytes, objects laid out as by GCC, libstdc++)"));
@@ -113,28 +111,28 @@ TEST_F(ContractVersion, ALibraryBuiltByAnotherCompilerIsRefused)
 
 TEST_F(ContractVersion, ALibraryBuiltByACompilerThatIsNotKnownIsRefused)
 {
-    Register(QStringLiteral("UnknownCompiler"));
+    Register(u"UnknownCompiler"_s);
     ExpectRefused(Sentence("wants contract version 1 (object layout 9, runtime library 10), this "
                            "program has version 1 (objects laid out as by GCC, libstdc++)"));
 }
 
 TEST_F(ContractVersion, ALibraryWhoseAnswerIsNoVersionIsRefused)
 {
-    Register(QStringLiteral("GarbageVersion"));
+    Register(u"GarbageVersion"_s);
     ExpectRefused(Sentence("returned 0xdeadbeef in GetSyncPluginContractVersion, which is no "
                            "contract version; this program has version 1"));
 }
 
 TEST_F(ContractVersion, ALibraryThatThrowsInsteadOfAnsweringIsRefused)
 {
-    Register(QStringLiteral("ThrowingVersion"));
+    Register(u"ThrowingVersion"_s);
     ExpectRefused(Sentence("threw an exception in GetSyncPluginContractVersion: a fault of the "
                            "zoo"));
 }
 
 TEST_F(ContractVersion, ARegistrationForAnotherVersionIsRefusedBeforeTheLibraryIsLoaded)
 {
-    Register(QStringLiteral("WellBehaved"), QStringLiteral("2"));
+    Register(u"WellBehaved"_s, u"2"_s);
     manager.AddPluginSearchPaths({tree.Path()});
     ExpectRefused(Sentence("wants contract version 2, this program has version 1"));
     // The file is one that is read, and says what its author means.
@@ -143,21 +141,21 @@ TEST_F(ContractVersion, ARegistrationForAnotherVersionIsRefusedBeforeTheLibraryI
 
 TEST_F(ContractVersion, ARegisteredVersionIsRefusedEvenWhereThereIsNoLibrary)
 {
-    Register(QStringLiteral("NoSuchLibrary"), QStringLiteral("3"));
+    Register(u"NoSuchLibrary"_s, u"3"_s);
     EXPECT_FALSE(Find(module).TryService());
     EXPECT_EQ(log.Lines(),
-              QStringList{QStringLiteral("ERROR ") +
+              QStringList{u"ERROR "_s +
                           Sentence("wants contract version 3, this program has version 1")});
 }
 
 TEST_F(ContractVersion, ARegisteredVersionThatIsNoNumberIsRefusedAndAMistake)
 {
-    Register(QStringLiteral("WellBehaved"), QStringLiteral("1.0"));
+    Register(u"WellBehaved"_s, u"1.0"_s);
     ExpectRefused(Sentence("wants contract version 1.0, this program has version 1"));
     ASSERT_EQ(manager.RegistrationProblems().size(), 1);
     EXPECT_EQ(manager.RegistrationProblems().first().text,
-              QStringLiteral("ContractVersion \"1.0\" is no number from 0 to 4294967295, the "
-                             "plug-in is refused"));
+              u"ContractVersion \"1.0\" is no number from 0 to 4294967295, the "
+              "plug-in is refused"_s);
 }
 
 } // namespace

@@ -17,6 +17,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using Halvern::SyncFolderManagerLib::FolderManager;
 using Halvern::SyncServices::FileMapping;
 using Halvern::SyncServices::SyncManager;
@@ -97,15 +98,13 @@ TEST_F(FileLinkManagerLife, ItCanBeInitialisedAgainWithNothingLeftOver)
 TEST_F(FileLinkManagerLife, TheLastUninitializeUnloadsPlugins)
 {
     FileLinkManager::Initialize();
-    RegisterTestResolver(tree, QStringLiteral("reg"));
+    RegisterTestResolver(tree, u"reg"_s);
     FileLinkManager::GetInstance()->AddPluginSearchPaths({TestPluginFolder()});
-    FileLinkManager::GetInstance()->AddPluginRegistrationFolders(
-        {tree.Path(QStringLiteral("reg"))});
+    FileLinkManager::GetInstance()->AddPluginRegistrationFolders({tree.Path(u"reg"_s)});
     ASSERT_TRUE(FileLinkManager::GetInstance()->LoadPlugin(TestResolverModule(), nullptr));
     log.Clear();
     FileLinkManager::Uninitialize();
-    EXPECT_EQ(log.Lines(),
-              QStringList{QStringLiteral("INFO Plugin %1 unloaded").arg(TestResolverModule())});
+    EXPECT_EQ(log.Lines(), QStringList{u"INFO Plugin %1 unloaded"_s.arg(TestResolverModule())});
 }
 
 class FileLinkManagerTest : public FileLinkManagerLife
@@ -114,11 +113,10 @@ protected:
     FileLinkManagerTest()
     {
         FileLinkManager::Initialize();
-        RegisterTestResolver(tree, QStringLiteral("reg1"));
-        RegisterTestLayout(tree, QStringLiteral("reg2"));
+        RegisterTestResolver(tree, u"reg1"_s);
+        RegisterTestLayout(tree, u"reg2"_s);
         Manager().AddPluginSearchPaths({TestPluginFolder()});
-        Manager().AddPluginRegistrationFolders(
-            {tree.Path(QStringLiteral("reg1")), tree.Path(QStringLiteral("reg2"))});
+        Manager().AddPluginRegistrationFolders({tree.Path(u"reg1"_s), tree.Path(u"reg2"_s)});
     }
     static FileLinkManager& Manager() { return *FileLinkManager::GetInstance(); }
 };
@@ -127,13 +125,13 @@ TEST_F(FileLinkManagerTest, GetPluginsTellsWhatRegistrationFilesSayAndLoadsNothi
 {
     const QList<PluginDescription> plugins = Manager().GetPlugins();
     ASSERT_EQ(plugins.size(), 2);
-    EXPECT_EQ(plugins[0].name, QStringLiteral("For tests"));
+    EXPECT_EQ(plugins[0].name, u"For tests"_s);
     EXPECT_EQ(plugins[0].module, TestResolverModule());
-    EXPECT_EQ(plugins[0].service, QStringLiteral("File Link Resolver"));
-    EXPECT_EQ(plugins[0].fileTypes, (QStringList{QStringLiteral("tlk"), QStringLiteral("tasm")}));
+    EXPECT_EQ(plugins[0].service, u"File Link Resolver"_s);
+    EXPECT_EQ(plugins[0].fileTypes, (QStringList{u"tlk"_s, u"tasm"_s}));
     EXPECT_EQ(plugins[0].priority, 0u);
     EXPECT_EQ(plugins[1].module, TestLayoutModule());
-    EXPECT_EQ(plugins[1].service, QStringLiteral("File Layout"));
+    EXPECT_EQ(plugins[1].service, u"File Layout"_s);
     for (const Plugin* plugin : GetPluginManager()->Plugins())
         EXPECT_FALSE(plugin->IsLoaded());
     EXPECT_EQ(Manager().GetPlugins().size(), 2);
@@ -141,74 +139,65 @@ TEST_F(FileLinkManagerTest, GetPluginsTellsWhatRegistrationFilesSayAndLoadsNothi
 
 TEST_F(FileLinkManagerTest, LoadPluginLoadsTheLibraryAndMakesTheService)
 {
-    QString error = QStringLiteral("untouched");
+    QString error = u"untouched"_s;
     EXPECT_TRUE(Manager().LoadPlugin(TestResolverModule().toUpper(), &error));
     EXPECT_TRUE(Manager().LoadPlugin(TestLayoutModule(), &error));
-    EXPECT_EQ(error, QStringLiteral("untouched"));
+    EXPECT_EQ(error, u"untouched"_s);
     for (const Plugin* plugin : GetPluginManager()->Plugins())
         EXPECT_TRUE(plugin->IsLoaded());
 }
 
 TEST_F(FileLinkManagerTest, LoadPluginTellsWhatWasWrong)
 {
-    tree.File(QStringLiteral("reg3/a.syncplugin"),
-              Registration(QStringLiteral("nowhere.so"), QStringLiteral("FileLayout"),
-                           QStringLiteral("x")));
-    tree.File(
-        QStringLiteral("reg4/a.syncplugin"),
-        Registration(QStringLiteral("copy.so"), QStringLiteral("FileLayout"), QStringLiteral("x")));
-    ASSERT_TRUE(QFile::copy(TestPluginFolder() + u'/' + TestResolverModule(),
-                            tree.Path(QStringLiteral("copy.so"))));
+    tree.File(u"reg3/a.syncplugin"_s, Registration(u"nowhere.so"_s, u"FileLayout"_s, u"x"_s));
+    tree.File(u"reg4/a.syncplugin"_s, Registration(u"copy.so"_s, u"FileLayout"_s, u"x"_s));
+    ASSERT_TRUE(
+        QFile::copy(TestPluginFolder() + u'/' + TestResolverModule(), tree.Path(u"copy.so"_s)));
     Manager().AddPluginSearchPaths({tree.Path()});
-    Manager().AddPluginRegistrationFolders(
-        {tree.Path(QStringLiteral("reg3")), tree.Path(QStringLiteral("reg4"))});
+    Manager().AddPluginRegistrationFolders({tree.Path(u"reg3"_s), tree.Path(u"reg4"_s)});
 
     QString error;
-    EXPECT_FALSE(Manager().LoadPlugin(QStringLiteral("unknown.so"), &error));
-    EXPECT_EQ(error, QStringLiteral("Plugin unknown.so is not registered"));
-    EXPECT_FALSE(Manager().LoadPlugin(QStringLiteral("unknown.so"), nullptr));
+    EXPECT_FALSE(Manager().LoadPlugin(u"unknown.so"_s, &error));
+    EXPECT_EQ(error, u"Plugin unknown.so is not registered"_s);
+    EXPECT_FALSE(Manager().LoadPlugin(u"unknown.so"_s, nullptr));
 
-    QLibrary reference(QStringLiteral("nowhere.so"));
+    QLibrary reference(u"nowhere.so"_s);
     ASSERT_FALSE(reference.load());
-    EXPECT_FALSE(Manager().LoadPlugin(QStringLiteral("nowhere.so"), &error));
-    EXPECT_EQ(
-        error,
-        QStringLiteral("Failed to load plugin nowhere.so. Error %1.").arg(reference.errorString()));
+    EXPECT_FALSE(Manager().LoadPlugin(u"nowhere.so"_s, &error));
+    EXPECT_EQ(error, u"Failed to load plugin nowhere.so. Error %1."_s.arg(reference.errorString()));
 
-    EXPECT_FALSE(Manager().LoadPlugin(QStringLiteral("copy.so"), &error));
-    EXPECT_EQ(error, QStringLiteral(
-                         "Exported function CreateSyncPluginFactory not found in plugin copy.so"));
+    EXPECT_FALSE(Manager().LoadPlugin(u"copy.so"_s, &error));
+    EXPECT_EQ(error, u"Exported function CreateSyncPluginFactory not found in plugin copy.so"_s);
 }
 
 TEST_F(FileLinkManagerTest, LoadPluginTellsWhichContractAPluginWants)
 {
-    tree.File(QStringLiteral("reg3/a.syncplugin"),
+    tree.File(u"reg3/a.syncplugin"_s,
               "<SyncPlugins><P Module=\"a.so\" ContractVersion=\"7\"><FileLayout FileTypes=\"x\"/>"
               "</P></SyncPlugins>");
-    Manager().AddPluginRegistrationFolders({tree.Path(QStringLiteral("reg3"))});
+    Manager().AddPluginRegistrationFolders({tree.Path(u"reg3"_s)});
     QString error;
-    EXPECT_FALSE(Manager().LoadPlugin(QStringLiteral("a.so"), &error));
-    EXPECT_EQ(error,
-              QStringLiteral("Plugin a.so wants contract version 7, this program has version 1"));
+    EXPECT_FALSE(Manager().LoadPlugin(u"a.so"_s, &error));
+    EXPECT_EQ(error, u"Plugin a.so wants contract version 7, this program has version 1"_s);
 }
 
 TEST_F(FileLinkManagerTest, RegistrationProblemsAreToldWithoutLoadingOrLoggingAnything)
 {
-    const QString file = QStringLiteral("reg3/a.syncplugin");
+    const QString file = u"reg3/a.syncplugin"_s;
     tree.File(file, "<SyncPlugins><P Module=\"a.so\"><FileLayout FileTypes=\"x, y\"/></P>"
                     "</SyncPlugins>");
-    Manager().AddPluginRegistrationFolders({tree.Path(QStringLiteral("reg3"))});
+    Manager().AddPluginRegistrationFolders({tree.Path(u"reg3"_s)});
     const QList<Problem> problems = Manager().GetRegistrationProblems();
     ASSERT_EQ(problems.size(), 1);
     EXPECT_EQ(problems[0].stage, Stage::Plugins);
     EXPECT_EQ(problems[0].kind, ProblemKind::Registration);
     EXPECT_EQ(problems[0].file, tree.Path(file));
-    EXPECT_EQ(problems[0].plugin, QStringLiteral("a.so"));
-    EXPECT_EQ(problems[0].text, QStringLiteral("FileTypes: no file has the type \" y\", separate "
-                                               "types by a comma, without blanks"));
+    EXPECT_EQ(problems[0].plugin, u"a.so"_s);
+    EXPECT_EQ(problems[0].text, u"FileTypes: no file has the type \" y\", separate "
+                                "types by a comma, without blanks"_s);
     for (const Plugin* plugin : GetPluginManager()->Plugins())
         EXPECT_FALSE(plugin->IsLoaded());
-    EXPECT_EQ(log.Lines().filter(QStringLiteral("FileTypes")), QStringList());
+    EXPECT_EQ(log.Lines().filter(u"FileTypes"_s), QStringList());
     EXPECT_EQ(Manager().GetRegistrationProblems().size(), 1) << "the files are read once";
 }
 
@@ -217,8 +206,7 @@ TEST_F(FileLinkManagerTest, UnloadAllPluginsUnloadsThemAndTheyLoadAgain)
     ASSERT_TRUE(Manager().LoadPlugin(TestResolverModule(), nullptr));
     log.Clear();
     EXPECT_TRUE(Manager().UnloadAllPlugins());
-    EXPECT_EQ(log.Lines(),
-              QStringList{QStringLiteral("INFO Plugin %1 unloaded").arg(TestResolverModule())});
+    EXPECT_EQ(log.Lines(), QStringList{u"INFO Plugin %1 unloaded"_s.arg(TestResolverModule())});
     EXPECT_TRUE(Manager().LoadPlugin(TestResolverModule(), nullptr));
 }
 
@@ -227,8 +215,8 @@ TEST_F(FileLinkManagerTest, DeletingTheCopyHistoryDeletesThatOfTheCurrentUserOnl
     const auto database = FolderManager::GetInstance()->GetSyncDatabase();
     ASSERT_NE(database, nullptr);
     const auto add = [&](int user) {
-        const auto mapping = std::make_shared<FileMapping>(
-            tree.Path(QStringLiteral("a.tlk")), tree.Path(QStringLiteral("b.tlk")), user);
+        const auto mapping =
+            std::make_shared<FileMapping>(tree.Path(u"a.tlk"_s), tree.Path(u"b.tlk"_s), user);
         mapping->SetCopyDate(QDateTime::currentDateTime());
         return database->AddAndUpdateFileCopyHistory({mapping}, {});
     };

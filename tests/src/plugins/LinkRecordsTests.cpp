@@ -11,17 +11,17 @@
 namespace {
 
 using namespace Halvern::FileLink;
+using namespace Qt::StringLiterals;
 using Halvern::SyncPlugin::FileLinkInfo;
 using Halvern::SyncPlugin::MaxLinkText;
 using Halvern::SyncPlugin::WideChar;
 
 TEST(LinkRecords, ARecordKnowsItsSizeAndGivesItsTextsBack)
 {
-    const FileLinkInfo link =
-        MakeFileLinkInfo(QStringLiteral("ref 1"), QString::fromUtf8("lib/ü.prt"));
+    const FileLinkInfo link = MakeFileLinkInfo(u"ref 1"_s, u"lib/ü.prt"_s);
     EXPECT_EQ(link.size, 1044u);
-    EXPECT_EQ(GetReferenceId(link), QStringLiteral("ref 1"));
-    EXPECT_EQ(GetLinkPath(link), QString::fromUtf8("lib/ü.prt"));
+    EXPECT_EQ(GetReferenceId(link), u"ref 1"_s);
+    EXPECT_EQ(GetLinkPath(link), u"lib/ü.prt"_s);
 }
 
 TEST(LinkRecords, APathOf300CharactersIsCutToItsFirst259)

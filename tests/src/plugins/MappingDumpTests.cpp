@@ -12,6 +12,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using Pointer = FileMappingRef::Pointer;
 using Halvern::SyncServices::FileMapping;
 
@@ -22,8 +23,8 @@ protected:
     {
         return std::make_shared<FileMappingRef>(
             QString(), QString(),
-            std::make_shared<FileMapping>(QStringLiteral("D:/%1").arg(QString::fromLatin1(source)),
-                                          QString(), 1));
+            std::make_shared<FileMapping>(u"D:/%1"_s.arg(QString::fromLatin1(source)), QString(),
+                                          1));
     }
     static Pointer Child(const Pointer& parent, const char* source)
     {
@@ -51,7 +52,7 @@ TEST_F(MappingDump, FollowsTheFirstChildBeforeTheSecond)
     Child(first, "1b");
     Child(Child(second, "2a"), "2a1");
     Child(second, "2b");
-    EXPECT_EQ(Dump(root), QStringLiteral("root first second 1a 1b 2a 2b 2a1"));
+    EXPECT_EQ(Dump(root), u"root first second 1a 1b 2a 2b 2a1"_s);
 }
 
 TEST_F(MappingDump, FinishesWhatLiesBelowOneChildBeforeTheNext)
@@ -61,15 +62,15 @@ TEST_F(MappingDump, FinishesWhatLiesBelowOneChildBeforeTheNext)
     const Pointer second = Child(root, "second");
     Child(Child(Child(first, "1a"), "1a1"), "1a11");
     Child(second, "2a");
-    EXPECT_EQ(Dump(root), QStringLiteral("root first second 1a 1a1 1a11 2a"));
+    EXPECT_EQ(Dump(root), u"root first second 1a 1a1 1a11 2a"_s);
 }
 
 TEST_F(MappingDump, OfANodeWithoutAMappingHasEmptyPaths)
 {
     FileMappingRef node(QString(), QString(), nullptr);
     manager.DumpFileMapping(&node);
-    EXPECT_EQ(log.Lines(), (QStringList{QStringLiteral("TRACE Source and target path mappings:"),
-                                        QStringLiteral("TRACE \"\" ==> \"\"")}));
+    EXPECT_EQ(log.Lines(),
+              (QStringList{u"TRACE Source and target path mappings:"_s, u"TRACE \"\" ==> \"\""_s}));
 }
 
 } // namespace

@@ -10,6 +10,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using Halvern::SyncPlugin::FileLinkInfo;
 
 class PluginCalls : public PluginsFixture
@@ -19,20 +20,20 @@ protected:
     QString ZooFile(const char* fault)
     {
         module = ZooModule(QString::fromLatin1(fault));
-        RegisterResolver(module, QStringLiteral("zoo"));
-        tree.File(QStringLiteral("a.zoo"));
-        manager.FindPluginForFile(QStringLiteral("a.zoo"), PluginType::FileLinkResolver);
+        RegisterResolver(module, u"zoo"_s);
+        tree.File(u"a.zoo"_s);
+        manager.FindPluginForFile(u"a.zoo"_s, PluginType::FileLinkResolver);
         log.Clear();
-        return tree.Path(QStringLiteral("a.zoo"));
+        return tree.Path(u"a.zoo"_s);
     }
     /// A file of the text format with its plug-in registered.
     QString TextFile(const QByteArray& content)
     {
-        RegisterResolver(TestResolverModule(), QStringLiteral("tlk"));
-        tree.File(QStringLiteral("a.tlk"), content);
-        manager.FindPluginForFile(QStringLiteral("a.tlk"), PluginType::FileLinkResolver);
+        RegisterResolver(TestResolverModule(), u"tlk"_s);
+        tree.File(u"a.tlk"_s, content);
+        manager.FindPluginForFile(u"a.tlk"_s, PluginType::FileLinkResolver);
         log.Clear();
-        return tree.Path(QStringLiteral("a.tlk"));
+        return tree.Path(u"a.tlk"_s);
     }
     bool Get(const QString& file) { return manager.GetFileLinks(file, links, &context); }
     bool Repath(const QString& file, const QList<FileLinkInfo>& to)
@@ -50,19 +51,17 @@ protected:
     /// The module's lines without those about loading.
     QStringList Errors() const
     {
-        QStringList lines = log.Lines(QStringLiteral("CorsyncFileLink"));
-        lines.removeIf([](const QString& line) { return line.startsWith(QStringLiteral("INFO")); });
+        QStringList lines = log.Lines(u"CorsyncFileLink"_s);
+        lines.removeIf([](const QString& line) { return line.startsWith(u"INFO"_s); });
         return lines;
     }
     QString GetFailure(const QString& file) const
     {
-        return QStringLiteral("ERROR Failed to get file links from file %1").arg(file);
+        return u"ERROR Failed to get file links from file %1"_s.arg(file);
     }
     QString RepathFailure(const QString& file) const
     {
-        return QStringLiteral(
-                   "ERROR Failed to repath file links in file %1. Plugin returned false.")
-            .arg(file);
+        return u"ERROR Failed to repath file links in file %1. Plugin returned false."_s.arg(file);
     }
     static FileLinkInfo Link(const char* id, const char* path)
     {
@@ -79,59 +78,54 @@ TEST_F(PluginCalls, LinksAreAppendedInTheOrderOfThePlugin)
     links.append(Link("0", "earlier"));
     const QString file = TextFile("link 2 lib/b.tlk\nnoise\nlink x ../\xc3\xbc c.tlk\n");
     EXPECT_TRUE(Get(file));
-    EXPECT_EQ(Links(), (QStringList{QStringLiteral("0=earlier"), QStringLiteral("2=lib/b.tlk"),
-                                    QString::fromUtf8("x=../ü c.tlk")}));
+    EXPECT_EQ(Links(), (QStringList{u"0=earlier"_s, u"2=lib/b.tlk"_s, u"x=../ü c.tlk"_s}));
     EXPECT_EQ(links.last().size, 1044u);
-    EXPECT_EQ(calls.Calls(), QStringList{QStringLiteral("GetFileLinks ") + file});
+    EXPECT_EQ(calls.Calls(), QStringList{u"GetFileLinks "_s + file});
     EXPECT_EQ(Errors(), QStringList());
 }
 
 TEST_F(PluginCalls, AMissingFileIsAFailureThatAsksNoPlugin)
 {
     TextFile({});
-    const QString file = tree.Path(QStringLiteral("none.tlk"));
+    const QString file = tree.Path(u"none.tlk"_s);
     EXPECT_FALSE(Get(file));
     EXPECT_EQ(
         log.Lines(),
-        QStringList{QStringLiteral("ERROR Failed to get file links from file %1. File not found.")
-                        .arg(file)});
-    EXPECT_EQ(log.Records().first().file, QStringLiteral("PluginManager.cpp"));
-    EXPECT_TRUE(
-        log.Records().first().function.contains(QStringLiteral("PluginManager::GetFileLinks(")));
+        QStringList{u"ERROR Failed to get file links from file %1. File not found."_s.arg(file)});
+    EXPECT_EQ(log.Records().first().file, u"PluginManager.cpp"_s);
+    EXPECT_TRUE(log.Records().first().function.contains(u"PluginManager::GetFileLinks("_s));
     log.Clear();
     EXPECT_FALSE(Repath(file, {Link("1", "b")}));
     EXPECT_EQ(
         log.Lines(),
-        QStringList{QStringLiteral("ERROR Failed to repath file links in file %1. File not found.")
-                        .arg(file)});
+        QStringList{u"ERROR Failed to repath file links in file %1. File not found."_s.arg(file)});
     EXPECT_EQ(calls.Calls(), QStringList());
 }
 
 TEST_F(PluginCalls, AFileThatNoPluginServesHasNoLinksAndNeedsNoRepathing)
 {
     TextFile({});
-    const QString file =
-        tree.File(QStringLiteral("a.txt"), "link 1 b").Path(QStringLiteral("a.txt"));
+    const QString file = tree.File(u"a.txt"_s, "link 1 b").Path(u"a.txt"_s);
     EXPECT_TRUE(Get(file));
     EXPECT_EQ(Links(), QStringList());
     EXPECT_TRUE(Repath(file, {Link("1", "c")}));
-    EXPECT_EQ(tree.Read(QStringLiteral("a.txt")), "link 1 b");
+    EXPECT_EQ(tree.Read(u"a.txt"_s), "link 1 b");
 }
 
 TEST_F(PluginCalls, OnlyTheFirstPluginIsAsked)
 {
     const QString file = TextFile("fail\n");
-    RegisterResolver(ZooModule(QStringLiteral("WellBehaved")), QStringLiteral("*"));
+    RegisterResolver(ZooModule(u"WellBehaved"_s), u"*"_s);
     EXPECT_FALSE(Get(file));
-    EXPECT_EQ(calls.Calls(), QStringList{QStringLiteral("GetFileLinks ") + file});
+    EXPECT_EQ(calls.Calls(), QStringList{u"GetFileLinks "_s + file});
 }
 
 TEST_F(PluginCalls, ACatchAllServesWhatNoOtherDoes)
 {
-    RegisterResolver(TestResolverModule(), QStringLiteral("*"));
-    tree.File(QStringLiteral("README"), "link 1 b.tlk");
-    EXPECT_TRUE(Get(tree.Path(QStringLiteral("README"))));
-    EXPECT_EQ(Links(), QStringList{QStringLiteral("1=b.tlk")});
+    RegisterResolver(TestResolverModule(), u"*"_s);
+    tree.File(u"README"_s, "link 1 b.tlk");
+    EXPECT_TRUE(Get(tree.Path(u"README"_s)));
+    EXPECT_EQ(Links(), QStringList{u"1=b.tlk"_s});
 }
 
 TEST_F(PluginCalls, APluginThatReturnsFalseIsLoggedWithItsOwnReasonUnderItsOwnName)
@@ -140,20 +134,19 @@ TEST_F(PluginCalls, APluginThatReturnsFalseIsLoggedWithItsOwnReasonUnderItsOwnNa
     EXPECT_FALSE(Get(file));
     EXPECT_EQ(Links(), QStringList());
     EXPECT_EQ(Errors(), QStringList{GetFailure(file)});
-    EXPECT_EQ(log.Lines(QStringLiteral("ResolverPlugin")),
-              QStringList{QStringLiteral("ERROR test resolver: told to fail")});
+    EXPECT_EQ(log.Lines(u"ResolverPlugin"_s), QStringList{u"ERROR test resolver: told to fail"_s});
 }
 
 TEST_F(PluginCalls, APluginWhoseLibraryIsMissingFailsWithoutAFurtherLine)
 {
-    RegisterResolver(QStringLiteral("nowhere.so"), QStringLiteral("tlk"));
-    const QString file = tree.File(QStringLiteral("a.tlk")).Path(QStringLiteral("a.tlk"));
+    RegisterResolver(u"nowhere.so"_s, u"tlk"_s);
+    const QString file = tree.File(u"a.tlk"_s).Path(u"a.tlk"_s);
     EXPECT_FALSE(Get(file));
     EXPECT_FALSE(Repath(file, {Link("1", "b")}));
-    const QStringList errors = log.Lines().filter(QStringLiteral("ERROR"));
+    const QStringList errors = log.Lines().filter(u"ERROR"_s);
     ASSERT_EQ(errors.size(), 2);
     for (const QString& error : errors)
-        EXPECT_TRUE(error.startsWith(QStringLiteral("ERROR Failed to load plugin nowhere.so.")));
+        EXPECT_TRUE(error.startsWith(u"ERROR Failed to load plugin nowhere.so."_s));
 }
 
 TEST_F(PluginCalls, RepathingRewritesTheLinksGivenAndNoOtherByte)
@@ -161,10 +154,10 @@ TEST_F(PluginCalls, RepathingRewritesTheLinksGivenAndNoOtherByte)
     const QString file =
         TextFile("head\r\nlink 1 old.tlk\r\nlink 2 same.tlk\nlink 3 same.tlk\ntail");
     EXPECT_TRUE(Repath(file, {Link("3", "new/c.tlk"), Link("1", "a.tlk")}));
-    EXPECT_EQ(tree.Read(QStringLiteral("a.tlk")),
+    EXPECT_EQ(tree.Read(u"a.tlk"_s),
               "head\r\nlink 1 a.tlk\r\nlink 2 same.tlk\nlink 3 new/c.tlk\ntail");
     EXPECT_EQ(calls.Calls(),
-              QStringList{QStringLiteral("RepathFileLinks %1 [3=new/c.tlk] [1=a.tlk]").arg(file)});
+              QStringList{u"RepathFileLinks %1 [3=new/c.tlk] [1=a.tlk]"_s.arg(file)});
     EXPECT_EQ(Errors(), QStringList());
 }
 
@@ -172,14 +165,13 @@ TEST_F(PluginCalls, APathOf300CharactersReachesThePluginAsItsFirst259)
 {
     const QString file = TextFile("link 1 old.tlk\n");
     const QString path = QString(250, u'a') + QString(50, u'b');
-    EXPECT_TRUE(Repath(file, {MakeFileLinkInfo(QStringLiteral("1"), path)}));
-    EXPECT_EQ(calls.Calls(),
-              QStringList{QStringLiteral("RepathFileLinks %1 [1=%2]").arg(file, path.left(259))});
+    EXPECT_TRUE(Repath(file, {MakeFileLinkInfo(u"1"_s, path)}));
+    EXPECT_EQ(calls.Calls(), QStringList{u"RepathFileLinks %1 [1=%2]"_s.arg(file, path.left(259))});
 }
 
 TEST_F(PluginCalls, RepathingNoLinksSucceedsEvenForAMissingFile)
 {
-    EXPECT_TRUE(Repath(tree.Path(QStringLiteral("none.tlk")), {}));
+    EXPECT_TRUE(Repath(tree.Path(u"none.tlk"_s), {}));
     EXPECT_EQ(log.Lines(), QStringList());
 }
 
@@ -188,24 +180,21 @@ TEST_F(PluginCalls, ARepathThatReturnsFalseIsLogged)
     const QString file = TextFile("link 1 b\nnorepath\n");
     EXPECT_FALSE(Repath(file, {Link("1", "c")}));
     EXPECT_EQ(Errors(), QStringList{RepathFailure(file)});
-    EXPECT_TRUE(
-        log.Records().last().function.contains(QStringLiteral("PluginManager::RepathFileLinks(")));
-    EXPECT_EQ(tree.Read(QStringLiteral("a.tlk")), "link 1 b\nnorepath\n");
+    EXPECT_TRUE(log.Records().last().function.contains(u"PluginManager::RepathFileLinks("_s));
+    EXPECT_EQ(tree.Read(u"a.tlk"_s), "link 1 b\nnorepath\n");
 }
 
 TEST_F(PluginCalls, AnExceptionBecomesAFailureThatNamesTheModule)
 {
     const QString file = ZooFile("CallThrows");
     EXPECT_FALSE(Get(file));
-    EXPECT_EQ(Errors(), (QStringList{QStringLiteral("ERROR Plugin %1 threw an exception in "
-                                                    "GetFileLinks: a fault of the zoo")
-                                         .arg(module),
+    EXPECT_EQ(Errors(), (QStringList{u"ERROR Plugin %1 threw an exception in "
+                                     "GetFileLinks: a fault of the zoo"_s.arg(module),
                                      GetFailure(file)}));
     log.Clear();
     EXPECT_FALSE(Repath(file, {Link("1", "b")}));
-    EXPECT_EQ(Errors(), (QStringList{QStringLiteral("ERROR Plugin %1 threw an exception in "
-                                                    "RepathFileLinks: a fault of the zoo")
-                                         .arg(module),
+    EXPECT_EQ(Errors(), (QStringList{u"ERROR Plugin %1 threw an exception in "
+                                     "RepathFileLinks: a fault of the zoo"_s.arg(module),
                                      RepathFailure(file)}));
 }
 
@@ -213,9 +202,8 @@ TEST_F(PluginCalls, AnythingThrownBecomesAFailure)
 {
     const QString file = ZooFile("CallThrowsAnInt");
     EXPECT_FALSE(Get(file));
-    EXPECT_EQ(Errors(), (QStringList{QStringLiteral("ERROR Plugin %1 threw an exception in "
-                                                    "GetFileLinks: unknown exception")
-                                         .arg(module),
+    EXPECT_EQ(Errors(), (QStringList{u"ERROR Plugin %1 threw an exception in "
+                                     "GetFileLinks: unknown exception"_s.arg(module),
                                      GetFailure(file)}));
 }
 
@@ -257,10 +245,9 @@ TEST_F(PluginCalls, AnArrayThatCannotBeIsThePluginsFailure)
         const QString name = ZooModule(QString::fromLatin1(row.fault));
         PluginManager own;
         own.AddPluginSearchPaths({ZooFolder()});
-        tree.File(QStringLiteral("own/a.syncplugin"),
-                  Registration(name, QStringLiteral("FileLinkResolver"), QStringLiteral("zoo")));
-        own.AddRegistrationFolders({tree.Path(QStringLiteral("own"))});
-        const QString file = tree.File(QStringLiteral("a.zoo")).Path(QStringLiteral("a.zoo"));
+        tree.File(u"own/a.syncplugin"_s, Registration(name, u"FileLinkResolver"_s, u"zoo"_s));
+        own.AddRegistrationFolders({tree.Path(u"own"_s)});
+        const QString file = tree.File(u"a.zoo"_s).Path(u"a.zoo"_s);
         EXPECT_FALSE(own.GetFileLinks(file, links, &context));
         EXPECT_EQ(Links(), QStringList());
         EXPECT_TRUE(log.Has(QString::fromLatin1(row.line).arg(name)));

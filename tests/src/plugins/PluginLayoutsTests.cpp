@@ -10,6 +10,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using Pointer = FileMappingRef::Pointer;
 using Halvern::SyncServices::FileMapping;
 
@@ -24,22 +25,20 @@ protected:
     /// A node for D:/p/<source> without a target, added to a parent.
     static Pointer Child(const Pointer& parent, const char* source)
     {
-        const Pointer child = Node(QStringLiteral("D:/p/") + QString::fromUtf8(source));
+        const Pointer child = Node(u"D:/p/"_s + QString::fromUtf8(source));
         parent->AddChild(child);
         return child;
     }
-    void Layout(const QString& module) { RegisterLayout(module, QStringLiteral("tasm")); }
+    void Layout(const QString& module) { RegisterLayout(module, u"tasm"_s); }
     bool Assign(const Pointer& mapping) { return manager.AssignTargetPaths(mapping, &context); }
     /// The module's lines about layouts.
     QStringList Lines(const char* level)
     {
-        return log.Lines(QStringLiteral("CorsyncFileLink"))
-            .filter(QString::fromLatin1(level))
-            .filter(Source);
+        return log.Lines(u"CorsyncFileLink"_s).filter(QString::fromLatin1(level)).filter(Source);
     }
 
-    const QString Source = QStringLiteral("D:/p/a.tasm");
-    Pointer root = Node(Source, QStringLiteral("F:/t/a.tasm"));
+    const QString Source = u"D:/p/a.tasm"_s;
+    Pointer root = Node(Source, u"F:/t/a.tasm"_s);
     FileLayoutContext context;
 };
 
@@ -49,18 +48,16 @@ TEST_F(PluginLayouts, ALayoutSetsTheTargetsOfLinkedFiles)
     const Pointer child = Child(root, "lib/b.tlk");
     const Pointer grandChild = Child(child, "c.tlk");
     EXPECT_TRUE(Assign(root));
-    EXPECT_EQ(child->TargetFile(), QStringLiteral("F:/t/layout/b.tlk"));
-    EXPECT_EQ(grandChild->TargetFile(), QStringLiteral("F:/t/layout/c.tlk"));
-    EXPECT_EQ(calls.Calls(), QStringList{QStringLiteral("AssignTargetPaths ") + Source});
-    const QString line =
-        QStringLiteral("DEBUG Plugin %1 assigned target paths successfully for file %2")
-            .arg(TestLayoutModule(), Source);
+    EXPECT_EQ(child->TargetFile(), u"F:/t/layout/b.tlk"_s);
+    EXPECT_EQ(grandChild->TargetFile(), u"F:/t/layout/c.tlk"_s);
+    EXPECT_EQ(calls.Calls(), QStringList{u"AssignTargetPaths "_s + Source});
+    const QString line = u"DEBUG Plugin %1 assigned target paths successfully for file %2"_s.arg(
+        TestLayoutModule(), Source);
     EXPECT_TRUE(log.Has(line));
     for (const LogRecord& record : log.Records())
         if (line.endsWith(record.text)) {
-            EXPECT_EQ(record.file, QStringLiteral("PluginManager.cpp"));
-            EXPECT_TRUE(
-                record.function.contains(QStringLiteral("PluginManager::AssignTargetPaths(")));
+            EXPECT_EQ(record.file, u"PluginManager.cpp"_s);
+            EXPECT_TRUE(record.function.contains(u"PluginManager::AssignTargetPaths("_s));
         }
 }
 
@@ -75,73 +72,66 @@ TEST_F(PluginLayouts, WithoutALayoutNothingIsAssignedAndThatIsNoFailure)
     const Pointer child = Child(root, "b.tlk");
     EXPECT_TRUE(Assign(root));
     EXPECT_FALSE(child->HasTargetFile());
-    EXPECT_FALSE(log.Has(QStringLiteral("TRACE Source and target path mappings:")));
+    EXPECT_FALSE(log.Has(u"TRACE Source and target path mappings:"_s));
 }
 
 TEST_F(PluginLayouts, EveryLayoutIsAskedInOrderEvenAfterOneSucceeded)
 {
-    const QString second = ZooModule(QStringLiteral("WellBehaved"));
+    const QString second = ZooModule(u"WellBehaved"_s);
     Layout(TestLayoutModule());
     Layout(second);
     EXPECT_TRUE(Assign(root));
-    EXPECT_EQ(calls.Calls().filter(QStringLiteral("AssignTargetPaths")),
-              (QStringList{QStringLiteral("AssignTargetPaths ") + Source,
-                           QStringLiteral("AssignTargetPaths")}));
+    EXPECT_EQ(calls.Calls().filter(u"AssignTargetPaths"_s),
+              (QStringList{u"AssignTargetPaths "_s + Source, u"AssignTargetPaths"_s}));
     EXPECT_EQ(Lines("DEBUG"),
-              (QStringList{
-                  QStringLiteral("DEBUG Plugin %1 assigned target paths successfully for file %2")
-                      .arg(TestLayoutModule(), Source),
-                  QStringLiteral("DEBUG Plugin %1 assigned target paths successfully for file %2")
-                      .arg(second, Source)}));
+              (QStringList{u"DEBUG Plugin %1 assigned target paths successfully for file %2"_s.arg(
+                               TestLayoutModule(), Source),
+                           u"DEBUG Plugin %1 assigned target paths successfully for file %2"_s.arg(
+                               second, Source)}));
 }
 
 TEST_F(PluginLayouts, OneLayoutThatSucceedsIsEnough)
 {
-    const QString failing = ZooModule(QStringLiteral("CallReturnsFalse"));
-    Layout(QStringLiteral("nowhere.so"));
+    const QString failing = ZooModule(u"CallReturnsFalse"_s);
+    Layout(u"nowhere.so"_s);
     Layout(failing);
     Layout(TestLayoutModule());
     EXPECT_TRUE(Assign(root));
-    EXPECT_EQ(
-        Lines("INFO"),
-        QStringList{QStringLiteral("INFO Plugin %1 returned false in AssignTargetPaths for file %2")
-                        .arg(failing, Source)});
+    EXPECT_EQ(Lines("INFO"),
+              QStringList{u"INFO Plugin %1 returned false in AssignTargetPaths for file %2"_s.arg(
+                  failing, Source)});
     EXPECT_EQ(Lines("ERROR"), QStringList());
 }
 
 TEST_F(PluginLayouts, WhenEveryLayoutFailsTheResultIsAFailure)
 {
-    Layout(ZooModule(QStringLiteral("CallReturnsFalse")));
-    Layout(ZooModule(QStringLiteral("NullObject")));
+    Layout(ZooModule(u"CallReturnsFalse"_s));
+    Layout(ZooModule(u"NullObject"_s));
     EXPECT_FALSE(Assign(root));
-    EXPECT_EQ(
-        Lines("ERROR"),
-        QStringList{QStringLiteral("ERROR Failed to assign target paths for file %1").arg(Source)});
-    EXPECT_FALSE(log.Has(QStringLiteral("TRACE Source and target path mappings:")));
+    EXPECT_EQ(Lines("ERROR"),
+              QStringList{u"ERROR Failed to assign target paths for file %1"_s.arg(Source)});
+    EXPECT_FALSE(log.Has(u"TRACE Source and target path mappings:"_s));
 }
 
 TEST_F(PluginLayouts, AnExceptionBecomesAFailureThatNamesTheModule)
 {
-    const QString module = ZooModule(QStringLiteral("CallThrows"));
+    const QString module = ZooModule(u"CallThrows"_s);
     Layout(module);
     EXPECT_FALSE(Assign(root));
-    const QStringList lines = log.Lines(QStringLiteral("CorsyncFileLink"));
+    const QStringList lines = log.Lines(u"CorsyncFileLink"_s);
     EXPECT_EQ(lines.mid(lines.size() - 3),
-              (QStringList{
-                  QStringLiteral("ERROR Plugin %1 threw an exception in AssignTargetPaths: "
-                                 "a fault of the zoo")
-                      .arg(module),
-                  QStringLiteral("INFO Plugin %1 returned false in AssignTargetPaths for file %2")
-                      .arg(module, Source),
-                  QStringLiteral("ERROR Failed to assign target paths for file %1").arg(Source)}));
+              (QStringList{u"ERROR Plugin %1 threw an exception in AssignTargetPaths: "
+                           "a fault of the zoo"_s.arg(module),
+                           u"INFO Plugin %1 returned false in AssignTargetPaths for file %2"_s.arg(
+                               module, Source),
+                           u"ERROR Failed to assign target paths for file %1"_s.arg(Source)}));
 }
 
 TEST_F(PluginLayouts, ALayoutsMessagesGoToItsOwnLogger)
 {
     Layout(TestLayoutModule());
-    EXPECT_FALSE(Assign(Node(QStringLiteral("D:/p/layoutfails.tasm"))));
-    EXPECT_EQ(log.Lines(QStringLiteral("SyncPlugin")),
-              QStringList{QStringLiteral("WARN test layout: told to fail")});
+    EXPECT_FALSE(Assign(Node(u"D:/p/layoutfails.tasm"_s)));
+    EXPECT_EQ(log.Lines(u"SyncPlugin"_s), QStringList{u"WARN test layout: told to fail"_s});
 }
 
 TEST_F(PluginLayouts, SuccessDumpsTheTreeChildrenFirstThenWhatTheyLink)
@@ -153,22 +143,21 @@ TEST_F(PluginLayouts, SuccessDumpsTheTreeChildrenFirstThenWhatTheyLink)
     Child(b, "e.tlk");
     Child(d, "f.tlk");
     EXPECT_TRUE(Assign(root));
-    const QStringList lines = log.Lines(QStringLiteral("CorsyncFileLink"));
-    EXPECT_EQ(lines.filter(QStringLiteral("TRACE")),
-              (QStringList{QStringLiteral("TRACE Source and target path mappings:"),
-                           QStringLiteral("TRACE \"D:/p/a.tasm\" ==> \"F:/t/a.tasm\""),
-                           QStringLiteral("TRACE \"D:/p/b.tlk\" ==> \"F:/t/layout/b.tlk\""),
-                           QStringLiteral("TRACE \"D:/p/leave.tlk\" ==> \"\""),
-                           QStringLiteral("TRACE \"D:/p/d.tlk\" ==> \"F:/t/layout/d.tlk\""),
-                           QStringLiteral("TRACE \"D:/p/e.tlk\" ==> \"F:/t/layout/e.tlk\""),
-                           QStringLiteral("TRACE \"D:/p/f.tlk\" ==> \"F:/t/layout/f.tlk\"")}));
-    EXPECT_TRUE(
-        log.Records().last().function.contains(QStringLiteral("PluginManager::DumpFileMapping(")));
+    const QStringList lines = log.Lines(u"CorsyncFileLink"_s);
+    EXPECT_EQ(lines.filter(u"TRACE"_s),
+              (QStringList{u"TRACE Source and target path mappings:"_s,
+                           u"TRACE \"D:/p/a.tasm\" ==> \"F:/t/a.tasm\""_s,
+                           u"TRACE \"D:/p/b.tlk\" ==> \"F:/t/layout/b.tlk\""_s,
+                           u"TRACE \"D:/p/leave.tlk\" ==> \"\""_s,
+                           u"TRACE \"D:/p/d.tlk\" ==> \"F:/t/layout/d.tlk\""_s,
+                           u"TRACE \"D:/p/e.tlk\" ==> \"F:/t/layout/e.tlk\""_s,
+                           u"TRACE \"D:/p/f.tlk\" ==> \"F:/t/layout/f.tlk\""_s}));
+    EXPECT_TRUE(log.Records().last().function.contains(u"PluginManager::DumpFileMapping("_s));
 }
 
 TEST_F(PluginLayouts, WithoutTraceNothingIsDumped)
 {
-    log.SetLevel(QStringLiteral("CorsyncFileLink"), log4cplus::DEBUG_LOG_LEVEL);
+    log.SetLevel(u"CorsyncFileLink"_s, log4cplus::DEBUG_LOG_LEVEL);
     manager.DumpFileMapping(root.get());
     EXPECT_EQ(log.Lines(), QStringList());
 }
@@ -179,30 +168,29 @@ TEST_F(PluginLayouts, ADumpOfAHundredThousandLinesIsComplete)
         Child(root, "b.tlk");
     manager.DumpFileMapping(root.get());
     EXPECT_EQ(log.Records().size(), 100'001);
-    EXPECT_EQ(log.Lines().last(), QStringLiteral("TRACE \"D:/p/b.tlk\" ==> \"\""));
+    EXPECT_EQ(log.Lines().last(), u"TRACE \"D:/p/b.tlk\" ==> \"\""_s);
 }
 
 TEST_F(PluginLayouts, ADumpOfASharedTreeStopsAfterAHundredThousandLines)
 {
     // Each level links the next one twice: 2^40 nodes.
-    Pointer bottom = Node(QStringLiteral("D:/p/40.tlk"));
+    Pointer bottom = Node(u"D:/p/40.tlk"_s);
     for (int level = 39; level >= 0; --level) {
-        const Pointer above = Node(QStringLiteral("D:/p/%1.tlk").arg(level));
+        const Pointer above = Node(u"D:/p/%1.tlk"_s.arg(level));
         above->AddChild(bottom);
         above->AddChild(bottom);
         bottom = above;
     }
     manager.DumpFileMapping(bottom.get());
     ASSERT_EQ(log.Records().size(), 100'002);
-    EXPECT_EQ(log.Lines().last(),
-              QStringLiteral("TRACE Stopped after 100000 lines: there are more mappings"));
+    EXPECT_EQ(log.Lines().last(), u"TRACE Stopped after 100000 lines: there are more mappings"_s);
 }
 
 TEST_F(PluginLayouts, AChainOfFiftyThousandLinksIsDumpedWithoutRecursion)
 {
     std::vector<Pointer> chain;
     for (int i = 0; i < 50'000; ++i)
-        chain.push_back(Node(QStringLiteral("D:/p/%1.tlk").arg(i)));
+        chain.push_back(Node(u"D:/p/%1.tlk"_s.arg(i)));
     for (size_t i = 0; i + 1 < chain.size(); ++i)
         chain[i]->AddChild(chain[i + 1]);
     manager.DumpFileMapping(chain.front().get());

@@ -14,10 +14,11 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using Halvern::SyncPlugin::IPluginLogger;
 
-const QString ResolverName = QStringLiteral("ResolverPlugin");
-const QString LayoutName = QStringLiteral("SyncPlugin");
+const QString ResolverName = u"ResolverPlugin"_s;
+const QString LayoutName = u"SyncPlugin"_s;
 
 WideString Message(const char* text)
 {
@@ -50,10 +51,10 @@ TEST(PluginLogger, EachMethodWritesAtItsLevelUnderItsOwnSignature)
         const LogRecord record = log.Records().first();
         EXPECT_EQ(record.logger, ResolverName);
         EXPECT_EQ(record.level, row.level);
-        EXPECT_EQ(record.text, QStringLiteral("a message"));
-        EXPECT_EQ(record.file, QStringLiteral("FileLinkManagerImp.cpp"));
-        EXPECT_TRUE(record.function.contains(
-            QStringLiteral("PluginLogger::%1(").arg(QString::fromLatin1(row.name))))
+        EXPECT_EQ(record.text, u"a message"_s);
+        EXPECT_EQ(record.file, u"FileLinkManagerImp.cpp"_s);
+        EXPECT_TRUE(
+            record.function.contains(u"PluginLogger::%1("_s.arg(QString::fromLatin1(row.name))))
             << record.function.toStdString();
     }
 }
@@ -65,9 +66,9 @@ TEST(PluginLogger, LayoutsLogAsSyncPluginAndResolversAsResolverPlugin)
     FileLinkResolverContext resolver;
     layout.GetLogger()->LogInfo(Message("from a layout").c_str());
     resolver.GetLogger()->LogInfo(Message("from a resolver").c_str());
-    EXPECT_EQ(log.Lines(LayoutName), QStringList{QStringLiteral("INFO from a layout")});
-    EXPECT_EQ(log.Lines(ResolverName), QStringList{QStringLiteral("INFO from a resolver")});
-    EXPECT_EQ(log.Lines(QStringLiteral("CorsyncFileLink")), QStringList());
+    EXPECT_EQ(log.Lines(LayoutName), QStringList{u"INFO from a layout"_s});
+    EXPECT_EQ(log.Lines(ResolverName), QStringList{u"INFO from a resolver"_s});
+    EXPECT_EQ(log.Lines(u"CorsyncFileLink"_s), QStringList());
 }
 
 TEST(PluginLogger, AWarningWritesNothingWhenItsLoggerIsDisabledForWarnings)
@@ -78,7 +79,7 @@ TEST(PluginLogger, AWarningWritesNothingWhenItsLoggerIsDisabledForWarnings)
     context.GetLogger()->LogWarn(Message("unheard").c_str());
     EXPECT_EQ(log.Lines(), QStringList());
     context.GetLogger()->LogError(Message("heard").c_str());
-    EXPECT_EQ(log.Lines(), QStringList{QStringLiteral("ERROR heard")});
+    EXPECT_EQ(log.Lines(), QStringList{u"ERROR heard"_s});
 }
 
 TEST(PluginLogger, MessagesAreWrittenAsTheyAre)
@@ -87,7 +88,7 @@ TEST(PluginLogger, MessagesAreWrittenAsTheyAre)
     FileLayoutContext context;
     context.GetLogger()->LogInfo(Message("100 %1 \"%s\" ü \n second line").c_str());
     ASSERT_EQ(log.Records().size(), 1);
-    EXPECT_EQ(log.Records().first().text, QString::fromUtf8("100 %1 \"%s\" ü \n second line"));
+    EXPECT_EQ(log.Records().first().text, u"100 %1 \"%s\" ü \n second line"_s);
 }
 
 TEST(PluginLogger, TheLoggerOfAContextStaysTheSame)

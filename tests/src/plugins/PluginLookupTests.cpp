@@ -8,6 +8,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 class PluginLookup : public PluginsFixture
 {
@@ -62,8 +63,8 @@ TEST_F(PluginLookup, PluginsOfTheTypeAndExtensionComeInRegistrationOrder)
                                  "DEBUG Found 2 File Link Resolver plugin(s) for file type PRT: "
                                  "b.so,a.so"}));
     for (const LogRecord& record : log.Records()) {
-        EXPECT_EQ(record.file, QStringLiteral("PluginManager.cpp"));
-        EXPECT_TRUE(record.function.contains(QStringLiteral("PluginManager::FindPluginForFile(")));
+        EXPECT_EQ(record.file, u"PluginManager.cpp"_s);
+        EXPECT_TRUE(record.function.contains(u"PluginManager::FindPluginForFile("_s));
     }
     EXPECT_EQ(Layouts("part.prt"), List({"l.so"}));
 }
@@ -93,8 +94,7 @@ TEST_F(PluginLookup, AnEmptyAnswerIsRememberedToo)
     Start();
     Resolvers("a.prt");
     Resolvers("b.prt");
-    EXPECT_EQ(
-        log.Count(QStringLiteral("INFO No File Link Resolver plugin found for file type PRT")), 1);
+    EXPECT_EQ(log.Count(u"INFO No File Link Resolver plugin found for file type PRT"_s), 1);
 }
 
 TEST_F(PluginLookup, OnlyTheLastExtensionCounts)
@@ -103,8 +103,7 @@ TEST_F(PluginLookup, OnlyTheLastExtensionCounts)
     Resolver("tar.so", "tar,tar.gz");
     Start();
     EXPECT_EQ(Resolvers("archive.tar.gz"), List({"gz.so"}));
-    EXPECT_TRUE(
-        log.Has(QStringLiteral("DEBUG Searching for File Link Resolver plugin for file type GZ")));
+    EXPECT_TRUE(log.Has(u"DEBUG Searching for File Link Resolver plugin for file type GZ"_s));
 }
 
 TEST_F(PluginLookup, AFileWithoutADotHasTheEmptyExtension)
@@ -145,13 +144,13 @@ TEST_F(PluginLookup, AStarHasNoMeaningForLayouts)
 
 TEST_F(PluginLookup, PriorityDoesNotRank)
 {
-    WriteRegistration(QStringLiteral("low"),
+    WriteRegistration(u"low"_s,
                       "<SyncPlugins><P Module=\"low.so\"><FileLinkResolver FileTypes=\"prt\" "
                       "Priority=\"1\"/></P></SyncPlugins>");
-    tree.File(QStringLiteral("more/high.syncplugin"),
+    tree.File(u"more/high.syncplugin"_s,
               "<SyncPlugins><P Module=\"high.so\"><FileLinkResolver FileTypes=\"prt\" "
               "Priority=\"9\"/></P></SyncPlugins>");
-    manager.AddRegistrationFolders({tree.Path(QStringLiteral("more"))});
+    manager.AddRegistrationFolders({tree.Path(u"more"_s)});
     EXPECT_EQ(Resolvers("x.prt"), List({"low.so", "high.so"}));
 }
 
@@ -159,15 +158,13 @@ TEST_F(PluginLookup, AnExtensionThatLooksLikeAPlaceholderIsLoggedAsItIs)
 {
     Start();
     EXPECT_EQ(Resolvers("x.%1"), QStringList());
-    EXPECT_TRUE(
-        log.Has(QStringLiteral("INFO No File Link Resolver plugin found for file type %1")));
+    EXPECT_TRUE(log.Has(u"INFO No File Link Resolver plugin found for file type %1"_s));
 }
 
 TEST_F(PluginLookup, TheNamesOfTheTypesAreThoseOfTheLog)
 {
-    EXPECT_EQ(GetPluginTypeName(PluginType::FileLayout), QStringLiteral("File Layout"));
-    EXPECT_EQ(GetPluginTypeName(PluginType::FileLinkResolver),
-              QStringLiteral("File Link Resolver"));
+    EXPECT_EQ(GetPluginTypeName(PluginType::FileLayout), u"File Layout"_s);
+    EXPECT_EQ(GetPluginTypeName(PluginType::FileLinkResolver), u"File Link Resolver"_s);
     EXPECT_EQ(GetPluginTypeName(PluginType(2)), QString());
 }
 

@@ -17,6 +17,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using Halvern::SyncPlugin::FileLinkInfo;
 using Halvern::SyncServices::FileMapping;
 
@@ -38,16 +39,14 @@ protected:
     bool Rewrite(const QString& file)
     {
         FileLinkResolverContext context(CallProblems(&sink, Stage::RepathFiles, file));
-        return manager.RepathFileLinks(
-            file, {MakeFileLinkInfo(QStringLiteral("1"), QStringLiteral("b"))}, &context);
+        return manager.RepathFileLinks(file, {MakeFileLinkInfo(u"1"_s, u"b"_s)}, &context);
     }
     bool Assign(const QString& file)
     {
         FileLayoutContext context(CallProblems(&sink, Stage::AssignTargetPaths, file));
         return manager.AssignTargetPaths(
-            std::make_shared<FileMappingRef>(
-                QString(), QString(),
-                std::make_shared<FileMapping>(file, QStringLiteral("F:/a"), 1)),
+            std::make_shared<FileMappingRef>(QString(), QString(),
+                                             std::make_shared<FileMapping>(file, u"F:/a"_s, 1)),
             &context);
     }
     QString File(const char* name)
@@ -69,11 +68,11 @@ protected:
     QStringList LoggedReasons() const
     {
         QStringList reasons;
-        for (const QString& line : log.Lines(QStringLiteral("CorsyncFileLink")))
-            if (line.startsWith(QStringLiteral("ERROR ")) &&
-                !line.startsWith(QStringLiteral("ERROR Failed to get file links")) &&
-                !line.startsWith(QStringLiteral("ERROR Failed to repath file links")) &&
-                !line.startsWith(QStringLiteral("ERROR Failed to assign target paths")))
+        for (const QString& line : log.Lines(u"CorsyncFileLink"_s))
+            if (line.startsWith(u"ERROR "_s) &&
+                !line.startsWith(u"ERROR Failed to get file links"_s) &&
+                !line.startsWith(u"ERROR Failed to repath file links"_s) &&
+                !line.startsWith(u"ERROR Failed to assign target paths"_s))
                 reasons.append(line.mid(6));
         return reasons;
     }
@@ -127,13 +126,13 @@ protected:
 
 TEST_P(PluginProblemsOf, ALibraryWithoutAServiceAreToldOfEachFile)
 {
-    RegisterResolver(Module(), QStringLiteral("res"));
+    RegisterResolver(Module(), u"res"_s);
     ExpectFaultsEverywhere(Module());
 }
 
 TEST_P(PluginProblemsOf, ALibraryWithoutALayoutAreToldOfEachFile)
 {
-    RegisterLayout(Module(), QStringLiteral("lay"));
+    RegisterLayout(Module(), u"lay"_s);
     ExpectLayoutFaults(Module());
 }
 
@@ -150,9 +149,8 @@ TEST_F(PluginProblems, OfAnImpossibleAnswerAreToldOfEachFile)
         PluginManager fresh;
         fresh.AddPluginSearchPaths({ZooFolder()});
         const QString module = ZooModule(QString::fromLatin1(fault));
-        const QString registration = QStringLiteral("one.syncplugin");
-        tree.File(registration,
-                  Registration(module, QStringLiteral("FileLinkResolver"), QStringLiteral("res")));
+        const QString registration = u"one.syncplugin"_s;
+        tree.File(registration, Registration(module, u"FileLinkResolver"_s, u"res"_s));
         ASSERT_TRUE(fresh.LoadRegistrationFile(tree.Path(registration)));
         for (const char* name : {"a.res", "b.res"}) {
             const QString file = File(name);
@@ -162,8 +160,7 @@ TEST_F(PluginProblems, OfAnImpossibleAnswerAreToldOfEachFile)
             EXPECT_FALSE(fresh.GetFileLinks(file, links, &context));
             const QStringList faults = Texts(ProblemKind::PluginFault, file, module);
             ASSERT_EQ(faults.size(), 1);
-            EXPECT_TRUE(faults.first().startsWith(
-                QStringLiteral("Plugin %1 returned a count of ").arg(module)));
+            EXPECT_TRUE(faults.first().startsWith(u"Plugin %1 returned a count of "_s.arg(module)));
             EXPECT_EQ(sink.problems.last().kind, ProblemKind::LinksNotRead);
         }
     }
@@ -171,35 +168,52 @@ TEST_F(PluginProblems, OfAnImpossibleAnswerAreToldOfEachFile)
 
 TEST_F(PluginProblems, OfALibraryThatIsNotFoundHoldTheSystemsReason)
 {
-    const QString module = QStringLiteral("nowhere_to_be_found.so");
+    const QString module = u"nowhere_to_be_found.so"_s;
     QLibrary reference(module);
     ASSERT_FALSE(reference.load());
-    RegisterResolver(module, QStringLiteral("res"));
+    RegisterResolver(module, u"res"_s);
     const QString file = File("a.res");
     EXPECT_FALSE(Read(file));
-    EXPECT_EQ(Texts(ProblemKind::PluginFault, file, module),
-              QStringList{QStringLiteral("Failed to load plugin %1. Error %2.")
-                              .arg(module, reference.errorString())});
+    EXPECT_EQ(
+        Texts(ProblemKind::PluginFault, file, module),
+        QStringList{u"Failed to load plugin %1. Error %2."_s.arg(module, reference.errorString())});
+}
+
+TEST_F(PluginProblems, OfALibraryThatCannotBeLoadedHoldTheSystemsReasonAtEachFile)
+{
+    const QString module = u"broken.so"_s;
+    tree.File(u"lib/"_s + module, "no library");
+    manager.AddPluginSearchPaths({tree.Path(u"lib"_s)});
+    QLibrary reference(tree.Path(u"lib/"_s + module));
+    ASSERT_FALSE(reference.load());
+    RegisterResolver(module, u"res"_s);
+    for (const char* name : {"a.res", "b.res"}) {
+        const QString file = File(name);
+        EXPECT_FALSE(Read(file));
+        EXPECT_EQ(Texts(ProblemKind::PluginFault, file, module),
+                  QStringList{u"Failed to load plugin %1. Error %2."_s.arg(
+                      module, reference.errorString())});
+    }
 }
 
 TEST_F(PluginProblems, OfAnObjectThatIsMissingAndALibraryThatStaysAreBothTold)
 {
     const QString module = QStringLiteral(SYSTEM_LIBRARY);
-    RegisterResolver(module, QStringLiteral("res"));
+    RegisterResolver(module, u"res"_s);
     ASSERT_TRUE(Find(module).LoadModule());
     OverRelease(module);
     const QString file = File("a.res");
     ExpectFaults([&] { return Read(file); }, file, module, ProblemKind::LinksNotRead);
     const QStringList faults = Texts(ProblemKind::PluginFault, file, module);
     ASSERT_EQ(faults.size(), 2);
-    EXPECT_TRUE(faults.last().startsWith(QStringLiteral("Failed to unload plugin ")));
-    EXPECT_EQ(Find(module).GetLastError(), faults.join(QStringLiteral("; ")));
+    EXPECT_TRUE(faults.last().startsWith(u"Failed to unload plugin "_s));
+    EXPECT_EQ(Find(module).GetLastError(), faults.join(u"; "_s));
 }
 
 TEST_F(PluginProblems, OfAMissingFactoryAreToldEvenWhenAnEarlierObjectServes)
 {
-    const QString module = ZooModule(QStringLiteral("NullFactoryTheSecondTime"));
-    RegisterResolver(module, QStringLiteral("res"));
+    const QString module = ZooModule(u"NullFactoryTheSecondTime"_s);
+    RegisterResolver(module, u"res"_s);
     const QString file = File("a.res");
     EXPECT_TRUE(Read(file));
     EXPECT_TRUE(sink.problems.isEmpty());
@@ -210,9 +224,9 @@ TEST_F(PluginProblems, OfAMissingFactoryAreToldEvenWhenAnEarlierObjectServes)
 
 TEST_F(PluginProblems, OfAFailedLayoutAreToldThoughAnotherOneServes)
 {
-    const QString module = ZooModule(QStringLiteral("OtherVersion"));
-    RegisterLayout(module, QStringLiteral("tasm"));
-    RegisterLayout(TestLayoutModule(), QStringLiteral("tasm"));
+    const QString module = ZooModule(u"OtherVersion"_s);
+    RegisterLayout(module, u"tasm"_s);
+    RegisterLayout(TestLayoutModule(), u"tasm"_s);
     const QString file = File("a.tasm");
     EXPECT_TRUE(Assign(file));
     EXPECT_EQ(Texts(ProblemKind::PluginFault, file, module).size(), 1);
@@ -221,7 +235,7 @@ TEST_F(PluginProblems, OfAFailedLayoutAreToldThoughAnotherOneServes)
 
 TEST_F(PluginProblems, AreNoneWhereNothingGoesWrong)
 {
-    RegisterResolver(ZooModule(QStringLiteral("StatedVersion")), QStringLiteral("res"));
+    RegisterResolver(ZooModule(u"StatedVersion"_s), u"res"_s);
     const QString file = File("a.res");
     EXPECT_TRUE(Read(file));
     EXPECT_TRUE(Rewrite(file));
@@ -231,8 +245,8 @@ TEST_F(PluginProblems, AreNoneWhereNothingGoesWrong)
 
 TEST_F(PluginProblems, OfAFileThatIsGoneNameNoPlugin)
 {
-    const QString file = tree.Path(QStringLiteral("gone.res"));
-    RegisterResolver(ZooModule(QStringLiteral("StatedVersion")), QStringLiteral("res"));
+    const QString file = tree.Path(u"gone.res"_s);
+    RegisterResolver(ZooModule(u"StatedVersion"_s), u"res"_s);
     EXPECT_FALSE(Read(file));
     EXPECT_EQ(Texts(ProblemKind::FileMissing, file, QString()).size(), 1);
     EXPECT_FALSE(Rewrite(file));

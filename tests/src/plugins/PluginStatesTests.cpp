@@ -14,6 +14,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using LoadState = Plugin::LoadState;
 
 /// One of the two services and what is particular to it.
@@ -72,23 +73,22 @@ protected:
         return calls.Calls().count(QString::fromLatin1("%1 %2").arg(
             QString::fromLatin1(what), QString::fromLatin1(service.object)));
     }
-    QString Loaded() const { return QStringLiteral("INFO Plugin %1 loaded").arg(module); }
-    QString Unloaded() const { return QStringLiteral("INFO Plugin %1 unloaded").arg(module); }
+    QString Loaded() const { return u"INFO Plugin %1 loaded"_s.arg(module); }
+    QString Unloaded() const { return u"INFO Plugin %1 unloaded"_s.arg(module); }
     QString NullFactory() const
     {
         // The same export's name for both services.
-        return QStringLiteral("ERROR Plugin %1 returned NULL in CreateFileLinkResolverFactory")
-            .arg(module);
+        return u"ERROR Plugin %1 returned NULL in CreateFileLinkResolverFactory"_s.arg(module);
     }
     QString NullObject() const
     {
-        return QStringLiteral("ERROR Plugin %1 returned NULL in %2")
-            .arg(module, QString::fromLatin1(service.creatorName));
+        return u"ERROR Plugin %1 returned NULL in %2"_s.arg(
+            module, QString::fromLatin1(service.creatorName));
     }
     QString MissingExport() const
     {
-        return QStringLiteral("ERROR Exported function %1 not found in plugin %2")
-            .arg(QString::fromLatin1(service.exportName), module);
+        return u"ERROR Exported function %1 not found in plugin %2"_s.arg(
+            QString::fromLatin1(service.exportName), module);
     }
 
     const Service service = GetParam();
@@ -110,15 +110,15 @@ TEST_P(PluginStates, WithoutAModuleNameARequestFailsSilentlyAndMarksNothing)
 
 TEST_P(PluginStates, AFailedLoadIsMarkedAndTriedAgainAtEveryRequest)
 {
-    tree.File(QStringLiteral("first/text.so"), "This is a text, and not a library.");
-    searchPaths = {tree.Path(QStringLiteral("first"))};
-    Make(QStringLiteral("text.so"));
+    tree.File(u"first/text.so"_s, "This is a text, and not a library.");
+    searchPaths = {tree.Path(u"first"_s)};
+    Make(u"text.so"_s);
     for (int attempt = 1; attempt <= 2; ++attempt) {
         EXPECT_EQ(service.request(*plugin), nullptr);
         EXPECT_EQ(plugin->GetLoadState(), LoadState::Failed);
         EXPECT_EQ(log.Lines().size(), attempt);
-        EXPECT_TRUE(log.Lines().last().startsWith(
-            QStringLiteral("ERROR Failed to load plugin text.so. Error ")));
+        EXPECT_TRUE(
+            log.Lines().last().startsWith(u"ERROR Failed to load plugin text.so. Error "_s));
     }
     EXPECT_TRUE(plugin->UnloadModule());
     EXPECT_EQ(plugin->GetLoadState(), LoadState::Failed) << "there was nothing to unload";
@@ -135,8 +135,8 @@ TEST_P(PluginStates, ALibraryWithoutAnObjectThatCannotBeUnloadedStaysMarkedAsFai
     EXPECT_EQ(service.request(*plugin), nullptr);
     ASSERT_EQ(log.Lines().size(), 2);
     EXPECT_EQ(log.Lines().first(), MissingExport());
-    EXPECT_TRUE(log.Lines().last().startsWith(
-        QStringLiteral("ERROR Failed to unload plugin %1. Error ").arg(module)));
+    EXPECT_TRUE(
+        log.Lines().last().startsWith(u"ERROR Failed to unload plugin %1. Error "_s.arg(module)));
     EXPECT_EQ(plugin->GetLoadState(), LoadState::Failed);
 }
 
@@ -205,18 +205,17 @@ TEST_P(PluginStates, ANullObjectTakesThePlaceOfTheEarlierOneAndUnloadsTheLibrary
 TEST_P(PluginStates, AMissingExportLeavesTheEarlierObjectWhichIsTheAnswer)
 {
     // Only the excepted module still has an object when its library is another one.
-    const QString name = QStringLiteral("FerruleSyncPlugin.dll");
+    const QString name = u"FerruleSyncPlugin.dll"_s;
     const QString other =
         service.type == PluginType::FileLayout ? TestResolverModule() : TestLayoutModule();
-    CopyLibrary(ZooFolder() + u'/' + ZooModule(QStringLiteral("WellBehaved")),
-                QStringLiteral("good"), name);
-    CopyLibrary(TestPluginFolder() + u'/' + other, QStringLiteral("other"), name);
-    searchPaths = {tree.Path(QStringLiteral("good"))};
+    CopyLibrary(ZooFolder() + u'/' + ZooModule(u"WellBehaved"_s), u"good"_s, name);
+    CopyLibrary(TestPluginFolder() + u'/' + other, u"other"_s, name);
+    searchPaths = {tree.Path(u"good"_s)};
     Make(name);
     const void* const first = service.request(*plugin);
     ASSERT_NE(first, nullptr);
     ASSERT_TRUE(plugin->UnloadModule());
-    searchPaths = {tree.Path(QStringLiteral("other"))};
+    searchPaths = {tree.Path(u"other"_s)};
     log.Clear();
 
     EXPECT_EQ(service.request(*plugin), first);
@@ -231,7 +230,7 @@ TEST_P(PluginStates, TheExceptedModuleIsUnloadedWithItsObjectLeftAlone)
     for (const char* name : {"FerruleSyncPlugin.dll", "FERRULESYNCPLUGIN.DLL"}) {
         SCOPED_TRACE(name);
         const QString folder = QString::number(++number);
-        CopyLibrary(ZooFolder() + u'/' + ZooModule(QStringLiteral("WellBehaved")), folder,
+        CopyLibrary(ZooFolder() + u'/' + ZooModule(u"WellBehaved"_s), folder,
                     QString::fromLatin1(name));
         searchPaths = {tree.Path(folder)};
         calls.Clear();
@@ -250,10 +249,9 @@ TEST_P(PluginStates, TheExceptedModuleIsUnloadedWithItsObjectLeftAlone)
 
 TEST_P(PluginStates, AModuleWhoseNameOnlyBeginsLikeTheExceptedOneIsNotExcepted)
 {
-    const QString name = QStringLiteral("FerruleSyncPlugin.dll.so");
-    CopyLibrary(ZooFolder() + u'/' + ZooModule(QStringLiteral("WellBehaved")),
-                QStringLiteral("one"), name);
-    searchPaths = {tree.Path(QStringLiteral("one"))};
+    const QString name = u"FerruleSyncPlugin.dll.so"_s;
+    CopyLibrary(ZooFolder() + u'/' + ZooModule(u"WellBehaved"_s), u"one"_s, name);
+    searchPaths = {tree.Path(u"one"_s)};
     Make(name);
     ASSERT_NE(service.request(*plugin), nullptr);
     EXPECT_TRUE(plugin->UnloadModule());

@@ -11,6 +11,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 using LoadState = Plugin::LoadState;
 
 /// A plug-in of its own, without a manager.
@@ -60,39 +61,39 @@ TEST_F(PluginTest, ALibraryIsLoadedOnceAndUnloaded)
     EXPECT_TRUE(resolver.UnloadModule());
     EXPECT_EQ(resolver.GetLoadState(), LoadState::NotLoaded);
     EXPECT_FALSE(resolver.IsLoaded());
-    EXPECT_EQ(log.Lines(QStringLiteral("CorsyncFileLink")),
+    EXPECT_EQ(log.Lines(u"CorsyncFileLink"_s),
               (QStringList{Line("INFO Plugin %1 loaded", TestResolverModule()),
                            Line("INFO Plugin %1 unloaded", TestResolverModule())}));
-    EXPECT_EQ(log.Records().first().file, QStringLiteral("PluginManager.cpp"));
-    EXPECT_TRUE(log.Records().first().function.contains(QStringLiteral("Plugin::LoadModule(")));
-    EXPECT_TRUE(log.Records().last().function.contains(QStringLiteral("Plugin::UnloadModule(")));
+    EXPECT_EQ(log.Records().first().file, u"PluginManager.cpp"_s);
+    EXPECT_TRUE(log.Records().first().function.contains(u"Plugin::LoadModule("_s));
+    EXPECT_TRUE(log.Records().last().function.contains(u"Plugin::UnloadModule("_s));
 }
 
 TEST_F(PluginTest, ALibraryInTheSecondSearchFolderIsLoadedFromThere)
 {
-    const QString module = QStringLiteral("copy.so");
-    CopyResolver(QStringLiteral("second/") + module);
-    searchPaths = {tree.Path(QStringLiteral("first")), tree.Path(QStringLiteral("second"))};
+    const QString module = u"copy.so"_s;
+    CopyResolver(u"second/"_s + module);
+    searchPaths = {tree.Path(u"first"_s), tree.Path(u"second"_s)};
     EXPECT_TRUE(MakeResolver(module).LoadModule());
 }
 
 TEST_F(PluginTest, TheFirstSearchFolderWithSuchAFileWinsEvenIfItCannotBeLoaded)
 {
-    const QString module = QStringLiteral("copy.so");
-    CopyResolver(QStringLiteral("second/") + module);
-    tree.File(QStringLiteral("first/") + module, "not a library");
-    searchPaths = {tree.Path(QStringLiteral("first")), tree.Path(QStringLiteral("second"))};
+    const QString module = u"copy.so"_s;
+    CopyResolver(u"second/"_s + module);
+    tree.File(u"first/"_s + module, "not a library");
+    searchPaths = {tree.Path(u"first"_s), tree.Path(u"second"_s)};
     EXPECT_FALSE(MakeResolver(module).LoadModule());
 }
 
 TEST_F(PluginTest, SearchFoldersAddedLaterAreSearchedAtTheNextLoad)
 {
-    const QString module = QStringLiteral("copy.so");
-    CopyResolver(QStringLiteral("later/") + module);
+    const QString module = u"copy.so"_s;
+    CopyResolver(u"later/"_s + module);
     Plugin& resolver = MakeResolver(module);
     EXPECT_FALSE(resolver.LoadModule());
     EXPECT_EQ(resolver.GetLoadState(), LoadState::Failed);
-    searchPaths.append(tree.Path(QStringLiteral("later")));
+    searchPaths.append(tree.Path(u"later"_s));
     EXPECT_TRUE(resolver.LoadModule());
     EXPECT_EQ(resolver.GetLoadState(), LoadState::Loaded);
     EXPECT_EQ(resolver.GetLastError(), QString());
@@ -108,21 +109,21 @@ TEST_F(PluginTest, ALibraryInNoSearchFolderIsLoadedByItsBareName)
 
 TEST_F(PluginTest, ALibraryThatIsNowhereFailsWithTheLoadersReason)
 {
-    const QString module = QStringLiteral("nowhere_to_be_found.so");
+    const QString module = u"nowhere_to_be_found.so"_s;
     QLibrary reference(module);
     ASSERT_FALSE(reference.load());
     Plugin& resolver = MakeResolver(module);
     EXPECT_FALSE(resolver.LoadModule());
     const QString reason =
-        QStringLiteral("Failed to load plugin %1. Error %2.").arg(module, reference.errorString());
-    EXPECT_EQ(log.Lines(), QStringList{QStringLiteral("ERROR ") + reason});
+        u"Failed to load plugin %1. Error %2."_s.arg(module, reference.errorString());
+    EXPECT_EQ(log.Lines(), QStringList{u"ERROR "_s + reason});
     EXPECT_EQ(resolver.GetLastError(), reason);
     EXPECT_EQ(resolver.GetLoadState(), LoadState::Failed);
 }
 
 TEST_F(PluginTest, AFileThatIsNoLibraryFailsAndIsTriedAgain)
 {
-    const QString module = QStringLiteral("text.so");
+    const QString module = u"text.so"_s;
     tree.File(module, "This is a text, and not a library.");
     searchPaths = {tree.Path()};
     Plugin& resolver = MakeResolver(module);
@@ -130,8 +131,8 @@ TEST_F(PluginTest, AFileThatIsNoLibraryFailsAndIsTriedAgain)
     EXPECT_EQ(resolver.GetFileLinkResolver(), nullptr);
     QLibrary reference(tree.Path(module));
     ASSERT_FALSE(reference.load());
-    EXPECT_EQ(log.Count(QStringLiteral("ERROR Failed to load plugin %1. Error %2.")
-                            .arg(module, reference.errorString())),
+    EXPECT_EQ(log.Count(u"ERROR Failed to load plugin %1. Error %2."_s.arg(
+                  module, reference.errorString())),
               2);
 
     tree.Remove(module);
@@ -165,7 +166,7 @@ TEST_F(PluginTest, AFailedUnloadIsLoggedAndLeavesTheLibraryObject)
     const QString reason = log.Records().first().text;
     EXPECT_EQ(log.Records().first().level, log4cplus::ERROR_LOG_LEVEL);
     EXPECT_TRUE(reason.startsWith(Line("Failed to unload plugin %1. Error ", module)));
-    EXPECT_TRUE(reason.contains(QStringLiteral("Cannot unload library")));
+    EXPECT_TRUE(reason.contains(u"Cannot unload library"_s));
     EXPECT_TRUE(reason.endsWith(u'.'));
     EXPECT_EQ(resolver.GetLastError(), reason);
     EXPECT_EQ(resolver.GetLoadState(), LoadState::Loaded);
@@ -174,18 +175,16 @@ TEST_F(PluginTest, AFailedUnloadIsLoggedAndLeavesTheLibraryObject)
 TEST_F(PluginTest, TheFactoryLivesOnlyForOneCreation)
 {
     MakeResolver(Zoo("WellBehaved")).GetFileLinkResolver();
-    const QStringList resolverCalls{QStringLiteral("new factory"), QStringLiteral("new resolver"),
-                                    QStringLiteral("delete factory")};
+    const QStringList resolverCalls{u"new factory"_s, u"new resolver"_s, u"delete factory"_s};
     EXPECT_EQ(calls.Calls(), resolverCalls);
     plugin.reset();
-    EXPECT_EQ(calls.Calls(), resolverCalls + QStringList{QStringLiteral("delete resolver")});
+    EXPECT_EQ(calls.Calls(), resolverCalls + QStringList{u"delete resolver"_s});
 
     calls.Clear();
     MakeLayout(Zoo("WellBehaved")).GetFileLayout();
     plugin.reset();
-    EXPECT_EQ(calls.Calls(),
-              (QStringList{QStringLiteral("new factory"), QStringLiteral("new layout"),
-                           QStringLiteral("delete factory"), QStringLiteral("delete layout")}));
+    EXPECT_EQ(calls.Calls(), (QStringList{u"new factory"_s, u"new layout"_s, u"delete factory"_s,
+                                          u"delete layout"_s}));
 }
 
 TEST_F(PluginTest, EachRequestMakesANewObjectAndTheReplacedOneIsNotDestroyed)
@@ -195,9 +194,9 @@ TEST_F(PluginTest, EachRequestMakesANewObjectAndTheReplacedOneIsNotDestroyed)
     auto* second = resolver.GetFileLinkResolver();
     EXPECT_NE(first, second);
     EXPECT_EQ(resolver.GetStoredResolver(), second);
-    EXPECT_EQ(calls.Calls().count(QStringLiteral("new resolver")), 2);
+    EXPECT_EQ(calls.Calls().count(u"new resolver"_s), 2);
     EXPECT_TRUE(resolver.UnloadModule());
-    EXPECT_EQ(calls.Calls().count(QStringLiteral("delete resolver")), 1);
+    EXPECT_EQ(calls.Calls().count(u"delete resolver"_s), 1);
 }
 
 TEST_F(PluginTest, APluginOfTheOtherTypeGivesNothingAndLoadsNothing)
@@ -234,13 +233,12 @@ TEST_P(PluginWithoutService, AsAResolverIsUnloadedAndStaysMarkedAsFailed)
     EXPECT_EQ(log.Lines(),
               (QStringList{Line("INFO Plugin %1 loaded", module), Line(row.resolverLine, module),
                            Line("INFO Plugin %1 unloaded", module)}));
-    EXPECT_TRUE(log.Records()[1].function.contains(QStringLiteral("GetFileLinkResolver(")));
-    EXPECT_EQ(log.Records()[1].file, QStringLiteral("PluginManager.cpp"));
+    EXPECT_TRUE(log.Records()[1].function.contains(u"GetFileLinkResolver("_s));
+    EXPECT_EQ(log.Records()[1].file, u"PluginManager.cpp"_s);
     EXPECT_EQ(resolver.GetLoadState(), LoadState::Failed);
     EXPECT_FALSE(resolver.IsLoaded());
-    EXPECT_EQ(QStringLiteral("ERROR ") + resolver.GetLastError(), Line(row.resolverLine, module));
-    EXPECT_EQ(calls.Calls().count(QStringLiteral("new factory")),
-              calls.Calls().count(QStringLiteral("delete factory")));
+    EXPECT_EQ(u"ERROR "_s + resolver.GetLastError(), Line(row.resolverLine, module));
+    EXPECT_EQ(calls.Calls().count(u"new factory"_s), calls.Calls().count(u"delete factory"_s));
 }
 
 TEST_P(PluginWithoutService, AsALayoutIsUnloadedWhichClearsTheMark)
@@ -252,11 +250,10 @@ TEST_P(PluginWithoutService, AsALayoutIsUnloadedWhichClearsTheMark)
     EXPECT_EQ(log.Lines(),
               (QStringList{Line("INFO Plugin %1 loaded", module), Line(row.layoutLine, module),
                            Line("INFO Plugin %1 unloaded", module)}));
-    EXPECT_TRUE(log.Records()[1].function.contains(QStringLiteral("GetFileLayout(")));
+    EXPECT_TRUE(log.Records()[1].function.contains(u"GetFileLayout("_s));
     EXPECT_EQ(layout.GetLoadState(), LoadState::NotLoaded);
     EXPECT_FALSE(layout.IsLoaded());
-    EXPECT_EQ(calls.Calls().count(QStringLiteral("new factory")),
-              calls.Calls().count(QStringLiteral("delete factory")));
+    EXPECT_EQ(calls.Calls().count(u"new factory"_s), calls.Calls().count(u"delete factory"_s));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -267,18 +264,18 @@ INSTANTIATE_TEST_SUITE_P(
                    "ERROR Exported function CreateFileLinkResolverFactory not found in plugin %1",
                    "ERROR Exported function CreateSyncPluginFactory not found in plugin %1"},
         // A layout's null factory is reported under the resolver's export, too.
-        FailureRow{"NullFactory", ZooModule(QStringLiteral("NullFactory")),
+        FailureRow{"NullFactory", ZooModule(u"NullFactory"_s),
                    "ERROR Plugin %1 returned NULL in CreateFileLinkResolverFactory",
                    "ERROR Plugin %1 returned NULL in CreateFileLinkResolverFactory"},
-        FailureRow{"NullObject", ZooModule(QStringLiteral("NullObject")),
+        FailureRow{"NullObject", ZooModule(u"NullObject"_s),
                    "ERROR Plugin %1 returned NULL in CreateFileLinkResolver",
                    "ERROR Plugin %1 returned NULL in CreateFileLayout"},
-        FailureRow{"ThrowingFactory", ZooModule(QStringLiteral("ThrowingFactory")),
+        FailureRow{"ThrowingFactory", ZooModule(u"ThrowingFactory"_s),
                    "ERROR Plugin %1 threw an exception in CreateFileLinkResolverFactory: "
                    "a fault of the zoo",
                    "ERROR Plugin %1 threw an exception in CreateSyncPluginFactory: "
                    "a fault of the zoo"},
-        FailureRow{"ThrowingCreation", ZooModule(QStringLiteral("ThrowingCreation")),
+        FailureRow{"ThrowingCreation", ZooModule(u"ThrowingCreation"_s),
                    "ERROR Plugin %1 threw an exception in CreateFileLinkResolver: "
                    "a fault of the zoo",
                    "ERROR Plugin %1 threw an exception in CreateFileLayout: a fault of the zoo"}),
@@ -313,7 +310,7 @@ TEST_F(PluginTest, ANullObjectReplacesTheObjectOfTheEarlierRequest)
     EXPECT_EQ(resolver.GetStoredResolver(), nullptr);
     EXPECT_FALSE(resolver.IsLoaded());
     // The replaced object is not destroyed.
-    EXPECT_EQ(calls.Calls().count(QStringLiteral("delete resolver")), 0);
+    EXPECT_EQ(calls.Calls().count(u"delete resolver"_s), 0);
     // The next request starts anew.
     EXPECT_NE(resolver.GetFileLinkResolver(), nullptr);
 }
@@ -353,8 +350,8 @@ TEST_F(PluginTest, TheExceptedModuleKeepsItsObjectsWhenItIsUnloaded)
                                             Line("INFO Plugin %1 unloaded", module)}));
         EXPECT_NE(resolver.GetFileLinkResolver(), nullptr);
         plugin.reset();
-        EXPECT_EQ(calls.Calls().count(QStringLiteral("new resolver")), 2);
-        EXPECT_EQ(calls.Calls().count(QStringLiteral("delete resolver")), 0);
+        EXPECT_EQ(calls.Calls().count(u"new resolver"_s), 2);
+        EXPECT_EQ(calls.Calls().count(u"delete resolver"_s), 0);
     }
 }
 

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 using FileLink::Plugin;
 
 QString ZooFolder()
@@ -21,29 +23,29 @@ QString ZooModule(const QString& fault)
 PluginsFixture::PluginsFixture()
 {
     manager.AddPluginSearchPaths({TestPluginFolder(), ZooFolder()});
-    manager.AddRegistrationFolders({tree.Path(QStringLiteral("reg"))});
+    manager.AddRegistrationFolders({tree.Path(u"reg"_s)});
 }
 
 void PluginsFixture::WriteRegistration(const QString& name, const QByteArray& text)
 {
-    tree.File(QStringLiteral("reg/%1.syncplugin").arg(name), text);
+    tree.File(u"reg/%1.syncplugin"_s.arg(name), text);
 }
 
 void PluginsFixture::AddRegistration(const QByteArray& text)
 {
-    const QString folder = QStringLiteral("reg%1").arg(++m_registrations);
-    tree.File(folder + QStringLiteral("/plugin.syncplugin"), text);
+    const QString folder = u"reg%1"_s.arg(++m_registrations);
+    tree.File(folder + u"/plugin.syncplugin"_s, text);
     manager.AddRegistrationFolders({tree.Path(folder)});
 }
 
 void PluginsFixture::RegisterResolver(const QString& module, const QString& fileTypes)
 {
-    AddRegistration(Registration(module, QStringLiteral("FileLinkResolver"), fileTypes));
+    AddRegistration(Registration(module, u"FileLinkResolver"_s, fileTypes));
 }
 
 void PluginsFixture::RegisterLayout(const QString& module, const QString& fileTypes)
 {
-    AddRegistration(Registration(module, QStringLiteral("FileLayout"), fileTypes));
+    AddRegistration(Registration(module, u"FileLayout"_s, fileTypes));
 }
 
 Plugin& PluginsFixture::Find(const QString& module)

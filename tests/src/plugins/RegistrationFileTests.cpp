@@ -8,14 +8,15 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 class RegistrationFile : public PluginsFixture
 {
 protected:
     bool Load(const QByteArray& text)
     {
-        tree.File(QStringLiteral("one.syncplugin"), text);
-        return manager.LoadRegistrationFile(tree.Path(QStringLiteral("one.syncplugin")));
+        tree.File(u"one.syncplugin"_s, text);
+        return manager.LoadRegistrationFile(tree.Path(u"one.syncplugin"_s));
     }
     /// Loads a single plug-in element's content with the given service element.
     bool LoadService(const QByteArray& service)
@@ -40,8 +41,8 @@ TEST_F(RegistrationFile, ADeclarationIsReadWithAllItsAttributes)
                      "<FileLinkResolver FileTypes=\"prt,asm,drw\" Priority=\"10\"/>"
                      "</Plugin></SyncPlugins>"));
     ASSERT_EQ(manager.Plugins().size(), 1);
-    EXPECT_EQ(First().GetModule(), QStringLiteral("sub/Ferrule.so"));
-    EXPECT_EQ(First().GetName(), QString::fromUtf8("Ferrule ü"));
+    EXPECT_EQ(First().GetModule(), u"sub/Ferrule.so"_s);
+    EXPECT_EQ(First().GetName(), u"Ferrule ü"_s);
     EXPECT_EQ(First().GetType(), PluginType::FileLinkResolver);
     EXPECT_EQ(First().GetFileTypes(), List({"prt", "asm", "drw"}));
     EXPECT_EQ(First().GetPriority(), 10u);
@@ -68,7 +69,7 @@ TEST_F(RegistrationFile, AContainerFurtherDownOrUnderAnotherNameIsNotFound)
 
 TEST_F(RegistrationFile, AMissingOrMalformedFileFailsAndRegistersNothing)
 {
-    EXPECT_FALSE(manager.LoadRegistrationFile(tree.Path(QStringLiteral("none.syncplugin"))));
+    EXPECT_FALSE(manager.LoadRegistrationFile(tree.Path(u"none.syncplugin"_s)));
     EXPECT_FALSE(Load({}));
     EXPECT_FALSE(Load("<SyncPlugins><P Module=\"a.so\"><FileLayout FileTypes=\"x\"/></P>"));
     EXPECT_EQ(Registered(), QStringList());
@@ -136,8 +137,8 @@ TEST_F(RegistrationFile, ModuleAndNameWrittenInTrAreUnwrapped)
 {
     ASSERT_TRUE(Load("<SyncPlugins><P Module=\"tr(Foo.dll)\" Name=\" TR ( Foo files) \">"
                      "<FileLayout FileTypes=\"x\"/></P></SyncPlugins>"));
-    EXPECT_EQ(First().GetModule(), QStringLiteral("Foo.dll"));
-    EXPECT_EQ(First().GetName(), QStringLiteral(" Foo files"));
+    EXPECT_EQ(First().GetModule(), u"Foo.dll"_s);
+    EXPECT_EQ(First().GetName(), u" Foo files"_s);
 }
 
 TEST_F(RegistrationFile, OfTwoServicesOnlyTheLayoutCounts)

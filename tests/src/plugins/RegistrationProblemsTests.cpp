@@ -11,6 +11,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 QByteArray InContainer(const QByteArray& elements)
 {
@@ -35,7 +36,7 @@ protected:
     QStringList ProblemsOf(const QByteArray& text)
     {
         PluginManager fresh;
-        const QString file = QStringLiteral("one.syncplugin");
+        const QString file = u"one.syncplugin"_s;
         tree.File(file, text);
         log.Clear();
         const bool isLoaded = fresh.LoadRegistrationFile(tree.Path(file));
@@ -50,7 +51,7 @@ protected:
             EXPECT_EQ(problem.stage, Stage::Plugins);
             EXPECT_EQ(problem.kind, ProblemKind::Registration);
             EXPECT_EQ(problem.file, file);
-            texts.append(QStringLiteral("%1: %2").arg(problem.plugin, problem.text));
+            texts.append(u"%1: %2"_s.arg(problem.plugin, problem.text));
         }
         return texts;
     }
@@ -112,8 +113,8 @@ TEST_F(RegistrationProblems, AreNoneInAFileThatDoesWhatItSays)
 TEST_F(RegistrationProblems, TellOfTypesThatNoFileHas)
 {
     const auto no = [](const char* type, const char* advice) {
-        return QStringLiteral("a.so: FileTypes: no file has the type \"%1\", %2")
-            .arg(QString::fromUtf8(type), QString::fromUtf8(advice));
+        return u"a.so: FileTypes: no file has the type \"%1\", %2"_s.arg(QString::fromUtf8(type),
+                                                                         QString::fromUtf8(advice));
     };
     const char blanks[] = "separate types by a comma, without blanks";
     const char comma[] = "separate types by a comma";
@@ -240,15 +241,15 @@ TEST_F(RegistrationProblems, TellOfAttributesThatAreNotReadWhereTheyStand)
     const char plugin[] = "the plug-in's element";
     const auto line = [](const char* written, const char* element, const char* known,
                          const char* place) {
-        return QStringLiteral("a.so: \"%1\" in %2 is not read: write %3, in %4")
-            .arg(QString::fromUtf8(written), QString::fromUtf8(element), QString::fromUtf8(known),
-                 QString::fromUtf8(place));
+        return u"a.so: \"%1\" in %2 is not read: write %3, in %4"_s.arg(
+            QString::fromUtf8(written), QString::fromUtf8(element), QString::fromUtf8(known),
+            QString::fromUtf8(place));
     };
     Expect({
         {"types of the plug-in",
          InContainer("<P Module=\"a.so\" FileTypes=\"x\"><FileLayout/></P>"),
          {line("FileTypes", "<P>", "FileTypes", service),
-          QStringLiteral("a.so: <FileLayout> names no FileTypes")}},
+          u"a.so: <FileLayout> names no FileTypes"_s}},
         {"a priority of the plug-in",
          InContainer("<P Module=\"a.so\" Priority=\"1\"><FileLayout FileTypes=\"x\"/></P>"),
          {line("Priority", "<P>", "Priority", service)}},
@@ -257,7 +258,7 @@ TEST_F(RegistrationProblems, TellOfAttributesThatAreNotReadWhereTheyStand)
          {line("ContractVersion", "<FileLayout>", "ContractVersion", plugin)}},
         {"a small letter",
          WithContent("<FileLayout fileTypes=\"x\"/>"),
-         {QStringLiteral("a.so: <FileLayout> names no FileTypes"),
+         {u"a.so: <FileLayout> names no FileTypes"_s,
           line("fileTypes", "<FileLayout>", "FileTypes", service)}},
         {"a small module", InContainer("<P module=\"a.so\"><FileLayout FileTypes=\"x\"/></P>"),
          List({": \"module\" in <P> is not read: write Module, in the plug-in's element",
@@ -286,18 +287,18 @@ TEST_F(RegistrationProblems, TellWhereAFileIsNoXml)
     for (const QByteArray text : {"", "Module=a.so", "<SyncPlugins>\n <P Module=\"a.so\">\n"}) {
         const QStringList problems = ProblemsOf(text);
         ASSERT_EQ(problems.size(), 1) << text.constData();
-        EXPECT_TRUE(problems.first().startsWith(QStringLiteral(": The file is no XML: ")))
+        EXPECT_TRUE(problems.first().startsWith(u": The file is no XML: "_s))
             << problems.first().toStdString();
     }
     EXPECT_TRUE(ProblemsOf("<SyncPlugins>\n <P></Q>\n</SyncPlugins>")
                     .first()
-                    .contains(QStringLiteral("(line 2, column ")));
+                    .contains(u"(line 2, column "_s));
 }
 
 TEST_F(RegistrationProblems, TellOfALibraryThatASecondFileRegistersOtherwise)
 {
     const auto write = [&](const char* folder, const char* module, const char* content) {
-        const QString file = QString::fromUtf8(folder) + QStringLiteral("/a.syncplugin");
+        const QString file = QString::fromUtf8(folder) + u"/a.syncplugin"_s;
         tree.File(file,
                   InContainer(QByteArray("<P Module=\"") + module + "\">" + content + "</P>"));
         EXPECT_TRUE(manager.LoadRegistrationFile(tree.Path(file)));
@@ -320,11 +321,9 @@ TEST_F(RegistrationProblems, TellOfALibraryThatASecondFileRegistersOtherwise)
         SCOPED_TRACE(content);
         const QString file = write("3", module, content);
         ASSERT_EQ(manager.RegistrationProblems().size(), ++number);
-        EXPECT_EQ(
-            Texts({manager.RegistrationProblems().last()}, file),
-            QStringList{QStringLiteral("a.so: The file is not used: %1 registers this library "
-                                       "already, otherwise")
-                            .arg(first)});
+        EXPECT_EQ(Texts({manager.RegistrationProblems().last()}, file),
+                  QStringList{u"a.so: The file is not used: %1 registers this library "
+                              "already, otherwise"_s.arg(first)});
     }
     EXPECT_EQ(manager.Plugins().size(), 1);
 }
@@ -332,7 +331,7 @@ TEST_F(RegistrationProblems, TellOfALibraryThatASecondFileRegistersOtherwise)
 TEST_F(RegistrationProblems, TellOfResolversOfOneFolderThatShareTypes)
 {
     const auto write = [&](const char* name, const char* service, const char* types) {
-        const QString file = QString::fromUtf8(name) + QStringLiteral(".syncplugin");
+        const QString file = QString::fromUtf8(name) + u".syncplugin"_s;
         const QString module = QFileInfo(QString::fromUtf8(name)).fileName();
         tree.File(file, Registration(module, QString::fromUtf8(service), QString::fromUtf8(types)));
         EXPECT_TRUE(manager.LoadRegistrationFile(tree.Path(file)));

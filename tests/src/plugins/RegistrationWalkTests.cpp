@@ -11,6 +11,7 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 const QByteArray Layout = "<FileLayout FileTypes=\"x\"/>";
 
@@ -24,7 +25,7 @@ class RegistrationWalk : public PluginsFixture
 protected:
     bool Load(const QByteArray& container)
     {
-        const QString name = QStringLiteral("%1.syncplugin").arg(++m_files);
+        const QString name = u"%1.syncplugin"_s.arg(++m_files);
         tree.File(name, "<SyncPlugins>" + container + "</SyncPlugins>");
         return manager.LoadRegistrationFile(tree.Path(name));
     }
@@ -38,14 +39,14 @@ TEST_F(RegistrationWalk, GoesOnBehindADeclarationThatIsRegisteredAlready)
 {
     ASSERT_TRUE(Load(Declaration("known.so")));
     EXPECT_TRUE(Load(Declaration("known.so") + "<Group>" + Declaration("next.so") + "</Group>"));
-    EXPECT_EQ(Registered(), QStringLiteral("known.so next.so"));
+    EXPECT_EQ(Registered(), u"known.so next.so"_s);
 }
 
 TEST_F(RegistrationWalk, GoesOnBehindADeclarationWithoutAService)
 {
     EXPECT_TRUE(
         Load(Declaration("none.so", "<Other/>") + "<Group>" + Declaration("next.so") + "</Group>"));
-    EXPECT_EQ(Registered(), QStringLiteral("next.so"));
+    EXPECT_EQ(Registered(), u"next.so"_s);
 }
 
 TEST_F(RegistrationWalk, GoesOnBehindTheServiceElementThatHasNoFileTypes)
@@ -53,13 +54,13 @@ TEST_F(RegistrationWalk, GoesOnBehindTheServiceElementThatHasNoFileTypes)
     EXPECT_TRUE(Load(
         Declaration("none.so", "<FileLayout/><Group>" + Declaration("inside.so") + "</Group>") +
         "<Group>" + Declaration("behind.so") + "</Group>"));
-    EXPECT_EQ(Registered(), QStringLiteral("inside.so"));
+    EXPECT_EQ(Registered(), u"inside.so"_s);
 }
 
 TEST_F(RegistrationWalk, EndsWhereTheServiceElementIsTheLastOfItsDeclaration)
 {
     EXPECT_TRUE(Load(Declaration("first.so") + "<Group>" + Declaration("next.so") + "</Group>"));
-    EXPECT_EQ(Registered(), QStringLiteral("first.so"));
+    EXPECT_EQ(Registered(), u"first.so"_s);
 }
 
 TEST_F(RegistrationWalk, EndsAtAnElementWithoutChildren)
@@ -71,7 +72,7 @@ TEST_F(RegistrationWalk, EndsAtAnElementWithoutChildren)
 TEST_F(RegistrationWalk, DescendsOneLevelWithEveryPass)
 {
     EXPECT_TRUE(Load("<A/><B><C/><D><E/><F>" + Declaration("deep.so") + "</F></D></B>"));
-    EXPECT_EQ(Registered(), QStringLiteral("deep.so"));
+    EXPECT_EQ(Registered(), u"deep.so"_s);
 }
 
 TEST_F(RegistrationWalk, PassesOverEverythingThatIsNoElement)
@@ -79,20 +80,20 @@ TEST_F(RegistrationWalk, PassesOverEverythingThatIsNoElement)
     const QByteArray noise = "<!-- <P Module=\"no.so\"/> -->text<?target data?><![CDATA[<P/>]]>\n";
     EXPECT_TRUE(Load(noise + "<A/>" + noise + "<Group>" + noise +
                      Declaration("a.so", noise + Layout + noise) + noise + "</Group>" + noise));
-    EXPECT_EQ(Registered(), QStringLiteral("a.so"));
+    EXPECT_EQ(Registered(), u"a.so"_s);
 }
 
 TEST_F(RegistrationWalk, CountsAsLoadedOnceADeclarationWasAcceptedWhateverFollows)
 {
     EXPECT_TRUE(Load(
         Declaration("a.so", Layout + "<Group>" + Declaration("none.so", "<Other/>") + "</Group>")));
-    EXPECT_EQ(Registered(), QStringLiteral("a.so"));
+    EXPECT_EQ(Registered(), u"a.so"_s);
 }
 
 TEST_F(RegistrationWalk, RegistersAModuleOnceThatOneFileDeclaresTwice)
 {
     EXPECT_TRUE(Load(Declaration("a.so", Layout + "<Group>" + Declaration("A.SO") + "</Group>")));
-    EXPECT_EQ(Registered(), QStringLiteral("a.so"));
+    EXPECT_EQ(Registered(), u"a.so"_s);
 }
 
 TEST_F(RegistrationWalk, SkipsADeclarationWhoseTextsAreEmptyInTheirTr)
@@ -106,12 +107,12 @@ TEST_F(RegistrationWalk, TakesTheDotsFromTheFirstTypeEvenWhenSeparatorsStandBefo
 {
     ASSERT_TRUE(Load(Declaration("a.so", "<FileLayout FileTypes=\",.a.b,,.c.d, .e\"/>")));
     EXPECT_EQ(manager.Plugins().first()->GetFileTypes(),
-              (QStringList{QStringLiteral("ab"), QStringLiteral("c.d"), QStringLiteral(" .e")}));
+              (QStringList{u"ab"_s, u"c.d"_s, u" .e"_s}));
 }
 
 TEST_F(RegistrationWalk, LeavesTheAnswersOfEarlierLookupsAsTheyAre)
 {
-    const QString file = QStringLiteral("a.x");
+    const QString file = u"a.x"_s;
     EXPECT_TRUE(manager.FindPluginForFile(file, PluginType::FileLayout).isEmpty());
     ASSERT_TRUE(Load(Declaration("a.so")));
     EXPECT_TRUE(manager.FindPluginForFile(file, PluginType::FileLayout).isEmpty());
@@ -120,7 +121,7 @@ TEST_F(RegistrationWalk, LeavesTheAnswersOfEarlierLookupsAsTheyAre)
 TEST_F(RegistrationWalk, UnloadingKeepsTheAnswersOfEarlierLookups)
 {
     ASSERT_TRUE(Load(Declaration("a.so")));
-    const QString file = QStringLiteral("a.x");
+    const QString file = u"a.x"_s;
     ASSERT_EQ(manager.FindPluginForFile(file, PluginType::FileLayout).size(), 1);
     EXPECT_TRUE(manager.UnloadAllPlugins());
     log.Clear();

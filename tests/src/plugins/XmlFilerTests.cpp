@@ -13,20 +13,20 @@ namespace {
 
 using namespace Halvern::FileLink;
 using namespace Halvern::Test;
+using namespace Qt::StringLiterals;
 
 class XmlFilerOnADocument : public ::testing::Test
 {
 protected:
     XmlFilerOnADocument()
     {
-        tree.File(QStringLiteral("doc.xml"),
-                  "<?xml version=\"1.0\"?><!-- before -->\n"
-                  "<Root Name=\"the root\">text<!-- c -->"
-                  "<A Id=\"1\"><B Id=\"1.1\"/><B Id=\"1.2\"/></A><A Id=\"2\"><C/></A>"
-                  "</Root>");
-        opened = filer.Open(tree.Path(QStringLiteral("doc.xml")));
+        tree.File(u"doc.xml"_s, "<?xml version=\"1.0\"?><!-- before -->\n"
+                                "<Root Name=\"the root\">text<!-- c -->"
+                                "<A Id=\"1\"><B Id=\"1.1\"/><B Id=\"1.2\"/></A><A Id=\"2\"><C/></A>"
+                                "</Root>");
+        opened = filer.Open(tree.Path(u"doc.xml"_s));
     }
-    QString Id() const { return filer.GetAttribute(QStringLiteral("Id"), QStringLiteral("none")); }
+    QString Id() const { return filer.GetAttribute(u"Id"_s, u"none"_s); }
 
     FileTree tree;
     XmlFiler filer{XmlFiler::KeepTr};
@@ -36,15 +36,15 @@ protected:
 TEST_F(XmlFilerOnADocument, OpenMakesTheRootElementCurrent)
 {
     EXPECT_TRUE(opened);
-    EXPECT_EQ(filer.GetTag(), QStringLiteral("Root"));
-    EXPECT_EQ(filer.FileName(), tree.Path(QStringLiteral("doc.xml")));
+    EXPECT_EQ(filer.GetTag(), u"Root"_s);
+    EXPECT_EQ(filer.FileName(), tree.Path(u"doc.xml"_s));
 }
 
 TEST_F(XmlFilerOnADocument, ARelativePathIsWalkedFromTheCurrentElementToFirstMatches)
 {
-    EXPECT_TRUE(filer.MoveTo(QStringLiteral("A")));
-    EXPECT_TRUE(filer.MoveTo(QStringLiteral("B")));
-    EXPECT_EQ(Id(), QStringLiteral("1.1"));
+    EXPECT_TRUE(filer.MoveTo(u"A"_s));
+    EXPECT_TRUE(filer.MoveTo(u"B"_s));
+    EXPECT_EQ(Id(), u"1.1"_s);
 }
 
 TEST_F(XmlFilerOnADocument, AnAbsolutePathMayNameTheRootOrLeaveItOut)
@@ -52,53 +52,51 @@ TEST_F(XmlFilerOnADocument, AnAbsolutePathMayNameTheRootOrLeaveItOut)
     for (const char* path : {"/Root/A/B", "/A/B", "\\Root\\A\\B", "  //Root//A/B/ "}) {
         SCOPED_TRACE(path);
         EXPECT_TRUE(filer.MoveTo(QString::fromLatin1(path)));
-        EXPECT_EQ(Id(), QStringLiteral("1.1"));
+        EXPECT_EQ(Id(), u"1.1"_s);
     }
-    EXPECT_TRUE(filer.MoveTo(QStringLiteral("/")));
-    EXPECT_EQ(filer.GetTag(), QStringLiteral("Root"));
+    EXPECT_TRUE(filer.MoveTo(u"/"_s));
+    EXPECT_EQ(filer.GetTag(), u"Root"_s);
 }
 
 TEST_F(XmlFilerOnADocument, APathThatIsNotFoundLeavesTheCurrentElement)
 {
-    ASSERT_TRUE(filer.MoveTo(QStringLiteral("A/B")));
+    ASSERT_TRUE(filer.MoveTo(u"A/B"_s));
     // The second A has a C, but only first children are followed.
     for (const char* path : {"X", "/Root/A/C", "/Root/A/X", "/Root/Root", "..", "b"}) {
         SCOPED_TRACE(path);
         EXPECT_FALSE(filer.MoveTo(QString::fromLatin1(path)));
-        EXPECT_EQ(Id(), QStringLiteral("1.1"));
+        EXPECT_EQ(Id(), u"1.1"_s);
     }
 }
 
 TEST_F(XmlFilerOnADocument, AnEmptyPathSucceedsAndChangesNothing)
 {
-    ASSERT_TRUE(filer.MoveTo(QStringLiteral("A/B")));
+    ASSERT_TRUE(filer.MoveTo(u"A/B"_s));
     EXPECT_TRUE(filer.MoveTo({}));
-    EXPECT_TRUE(filer.MoveTo(QStringLiteral(" \t ")));
-    EXPECT_EQ(Id(), QStringLiteral("1.1"));
+    EXPECT_TRUE(filer.MoveTo(u" \t "_s));
+    EXPECT_EQ(Id(), u"1.1"_s);
 }
 
 TEST_F(XmlFilerOnADocument, ChildrenAndSiblingsAreElementsOfAnyTag)
 {
     EXPECT_TRUE(filer.MoveToFirstChild());
-    EXPECT_EQ(Id(), QStringLiteral("1"));
+    EXPECT_EQ(Id(), u"1"_s);
     EXPECT_TRUE(filer.MoveToNextSibling());
-    EXPECT_EQ(Id(), QStringLiteral("2"));
+    EXPECT_EQ(Id(), u"2"_s);
     EXPECT_FALSE(filer.MoveToNextSibling());
-    EXPECT_EQ(Id(), QStringLiteral("2"));
+    EXPECT_EQ(Id(), u"2"_s);
     EXPECT_TRUE(filer.MoveToFirstChild());
-    EXPECT_EQ(filer.GetTag(), QStringLiteral("C"));
+    EXPECT_EQ(filer.GetTag(), u"C"_s);
     EXPECT_FALSE(filer.MoveToFirstChild());
 }
 
 TEST_F(XmlFilerOnADocument, AMissingAttributeAndAMissingElementGiveTheDefault)
 {
-    EXPECT_EQ(filer.GetAttribute(QStringLiteral("Name"), {}), QStringLiteral("the root"));
-    EXPECT_EQ(Id(), QStringLiteral("none"));
+    EXPECT_EQ(filer.GetAttribute(u"Name"_s, {}), u"the root"_s);
+    EXPECT_EQ(Id(), u"none"_s);
     const XmlFiler unopened(XmlFiler::KeepTr);
-    EXPECT_EQ(unopened.GetAttribute(QStringLiteral("Id"), QStringLiteral("none")),
-              QStringLiteral("none"));
-    EXPECT_EQ(unopened.GetPlainAttribute(QStringLiteral("Id"), QStringLiteral("none")),
-              QStringLiteral("none"));
+    EXPECT_EQ(unopened.GetAttribute(u"Id"_s, u"none"_s), u"none"_s);
+    EXPECT_EQ(unopened.GetPlainAttribute(u"Id"_s, u"none"_s), u"none"_s);
 }
 
 TEST(XmlFiler, TrIsUnwrappedOnlyWhereItOpensAndClosesTheValue)
@@ -123,12 +121,12 @@ TEST(XmlFiler, TrIsUnwrappedOnlyWhereItOpensAndClosesTheValue)
     FileTree tree;
     for (const Row& row : rows) {
         SCOPED_TRACE(row.written);
-        tree.File(QStringLiteral("x.xml"), QByteArray("<R V=\"") + row.written + "\"/>");
+        tree.File(u"x.xml"_s, QByteArray("<R V=\"") + row.written + "\"/>");
         XmlFiler unwrapping(XmlFiler::UnwrapTr);
         XmlFiler keeping(XmlFiler::KeepTr);
-        ASSERT_TRUE(unwrapping.Open(tree.Path(QStringLiteral("x.xml"))));
-        ASSERT_TRUE(keeping.Open(tree.Path(QStringLiteral("x.xml"))));
-        const QString name = QStringLiteral("V");
+        ASSERT_TRUE(unwrapping.Open(tree.Path(u"x.xml"_s)));
+        ASSERT_TRUE(keeping.Open(tree.Path(u"x.xml"_s)));
+        const QString name = u"V"_s;
         EXPECT_EQ(unwrapping.GetAttribute(name, {}), QString::fromLatin1(row.read));
         EXPECT_EQ(unwrapping.GetPlainAttribute(name, {}), QString::fromLatin1(row.written));
         EXPECT_EQ(keeping.GetAttribute(name, {}), QString::fromLatin1(row.written));
@@ -138,32 +136,31 @@ TEST(XmlFiler, TrIsUnwrappedOnlyWhereItOpensAndClosesTheValue)
 TEST(XmlFiler, AFileThatIsMissingOrNotWellFormedDoesNotOpen)
 {
     FileTree tree;
-    tree.File(QStringLiteral("empty.xml"), {})
-        .File(QStringLiteral("cut.xml"), "<SyncPlugins><Plugin>")
-        .File(QStringLiteral("text.xml"), "no markup")
-        .File(QStringLiteral("two.xml"), "<A/><B/>");
+    tree.File(u"empty.xml"_s, {})
+        .File(u"cut.xml"_s, "<SyncPlugins><Plugin>")
+        .File(u"text.xml"_s, "no markup")
+        .File(u"two.xml"_s, "<A/><B/>");
     for (const char* name : {"missing.xml", "empty.xml", "cut.xml", "text.xml", "two.xml"}) {
         SCOPED_TRACE(name);
         XmlFiler filer(XmlFiler::UnwrapTr);
         EXPECT_FALSE(filer.Open(tree.Path(QString::fromLatin1(name))));
         EXPECT_EQ(filer.GetOpenError(), QString());
-        EXPECT_FALSE(filer.MoveTo(QStringLiteral("/SyncPlugins")));
+        EXPECT_FALSE(filer.MoveTo(u"/SyncPlugins"_s));
     }
 }
 
 TEST(XmlFiler, AFileThatCannotBeOpenedSaysWhy)
 {
     FileTree tree;
-    const QString folder = tree.Folder(QStringLiteral("f.xml")).Path(QStringLiteral("f.xml"));
+    const QString folder = tree.Folder(u"f.xml"_s).Path(u"f.xml"_s);
     QFile file(folder);
     ASSERT_FALSE(file.open(QIODevice::ReadOnly));
 
     XmlFiler filer(XmlFiler::UnwrapTr);
     EXPECT_FALSE(filer.Open(folder));
-    EXPECT_EQ(filer.GetOpenError(),
-              QStringLiteral("XmlFiler: Failed to open file %1. %2 (Error code: %3)")
-                  .arg(folder, file.errorString())
-                  .arg(int(file.error())));
+    EXPECT_EQ(filer.GetOpenError(), u"XmlFiler: Failed to open file %1. %2 (Error code: %3)"_s
+                                        .arg(folder, file.errorString())
+                                        .arg(int(file.error())));
 }
 
 } // namespace

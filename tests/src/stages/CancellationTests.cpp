@@ -7,6 +7,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Runs a stage once for each poll that it makes, with a cancel at that poll, and once to its end.
@@ -134,7 +136,7 @@ TEST_F(Cancellation, OfRepathingKeepsTheMarksOfWhatWasNotFinished)
     const auto set = [&] {
         Restart();
         members.clear();
-        for (const QString& name : {QString("a.tlk"), QString("b.tlk"), QString("stays.tlk")}) {
+        for (const QString& name : {u"a.tlk"_s, u"b.tlk"_s, u"stays.tlk"_s}) {
             tree.File("cloud/" + name, LinkText({{"1", "old"}}));
             const auto mapping = Add("src/" + name, name);
             mapping->SetTargetFileLinks({Link("1", "new")});

@@ -6,6 +6,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class CopyFiles : public CopyingFixture
@@ -14,7 +16,7 @@ protected:
     /// The last line with counters, without its opening words.
     QString Summary() const
     {
-        const QString begin = QStringLiteral("INFO Finished copying files. ");
+        const QString begin = u"INFO Finished copying files. "_s;
         const QStringList lines = LinesWith(begin);
         return lines.isEmpty() ? QString() : lines.last().mid(begin.size());
     }

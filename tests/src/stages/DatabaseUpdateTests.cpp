@@ -7,6 +7,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using SyncFolderManagerLib::FolderManager;
@@ -373,12 +375,12 @@ TEST_F(DatabaseUpdate, SharedSubTreesAreWorkedThroughOnce)
     // Twenty levels, each linking the next twice: a million paths, whose last file is missing.
     const int levels = 20;
     for (int i = 0; i < levels; ++i) {
-        const QString next = QStringLiteral("%1.tlk").arg(i + 1);
-        AddCopy(QStringLiteral("%1.tlk").arg(i), {next, next},
+        const QString next = u"%1.tlk"_s.arg(i + 1);
+        AddCopy(u"%1.tlk"_s.arg(i), {next, next},
                 i == 0 ? FileMapping::Selected | FileMapping::Copied : FileMapping::Copied);
     }
-    AddLinked(QStringLiteral("%1.tlk").arg(levels));
-    tree.Remove(QStringLiteral("cloud/%1.tlk").arg(levels));
+    AddLinked(u"%1.tlk"_s.arg(levels));
+    tree.Remove(u"cloud/%1.tlk"_s.arg(levels));
     EXPECT_TRUE(Update());
     EXPECT_EQ(database->written.size(), levels);
     EXPECT_LT(controller->polls, 10 * levels);

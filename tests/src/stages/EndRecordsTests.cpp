@@ -12,6 +12,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using SyncFolderManagerLib::FolderManager;
@@ -21,22 +23,22 @@ RecordsOf Of(const char* function)
     return RecordsOf(QString::fromLatin1("FileLinkImporterImp::") + QString::fromLatin1(function));
 }
 
-const RecordsOf copyFiles = Of("CopyFiles()");
-const RecordsOf copyFile = Of("CopyFile(const FileMappingPointer&, bool)");
-const RecordsOf createFolder = Of("CreateFolder(const QString&, bool)");
-const RecordsOf repathFiles = Of("RepathFiles()");
-const RecordsOf repathMapping = Of("RepathFile(const FileMappingPointer&)");
-const RecordsOf repathPath = Of("RepathFile(const QString&, const QList<FileLinkInfo>&)");
-const RecordsOf repathItems = Of("RepathFiles(const QList<std::shared_ptr<SyncItem>>&)");
-const RecordsOf update = Of("UpdateSyncDatabase()");
-const RecordsOf updateNode = Of("UpdateSyncDatabase(const NodePointer&, DatabaseUpdateState&)");
-const RecordsOf logTree = Of("LogFileTree(bool)");
-const RecordsOf logNode = Of("LogFileTree(const NodePointer&, bool, int, QSet<QString>&)");
+const RecordsOf copyFiles = Of("CopyFiles");
+const RecordsOf copyFile = Of("CopyFile");
+const RecordsOf createFolder = Of("CreateFolder");
+const RecordsOf repathFiles = Of("RepathFiles");
+const RecordsOf repathMapping = Of("RepathFile");
+const RecordsOf repathPath = Of("RepathFile");
+const RecordsOf repathItems = Of("RepathFiles");
+const RecordsOf update = Of("UpdateSyncDatabase");
+const RecordsOf updateNode = Of("UpdateSyncDatabase");
+const RecordsOf logTree = Of("LogFileTree");
+const RecordsOf logNode = Of("LogFileTree");
 
-const QString canceled = Of("CheckIfCanceled()").Info("Operation canceled");
-const QString waits = QStringLiteral(". File is locked. File will be repathed after it is "
-                                     "unlocked.");
-const QString unsupported = QStringLiteral(". File links not supported for this file type.");
+const QString canceled = Of("CheckIfCanceled").Info("Operation canceled");
+const QString waits = u". File is locked. File will be repathed after it is "
+                      "unlocked."_s;
+const QString unsupported = u". File links not supported for this file type."_s;
 
 class EndRecords : public CopyingFixture
 {

@@ -4,6 +4,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Copies what was added and looks at the lines of the two trees.
@@ -155,11 +157,11 @@ TEST_F(FileTreeLog, SharedSubTreesAreWrittenOnce)
 {
     const int levels = 20;
     for (int i = 0; i < levels; ++i) {
-        const QString next = QStringLiteral("%1.tlk").arg(i + 1);
-        AddFile(QStringLiteral("%1.tlk").arg(i), {next, next},
+        const QString next = u"%1.tlk"_s.arg(i + 1);
+        AddFile(u"%1.tlk"_s.arg(i), {next, next},
                 i == 0 ? FileMapping::Selected : FileMapping::NoFlag);
     }
-    AddFile(QStringLiteral("%1.tlk").arg(levels), {});
+    AddFile(u"%1.tlk"_s.arg(levels), {});
     EXPECT_EQ(SourceTree().size(), 2 * levels + 1);
 }
 

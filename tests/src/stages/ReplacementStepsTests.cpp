@@ -14,11 +14,12 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString success = QStringLiteral("File copied successfully from ");
-const RecordsOf
-    copyFile(QStringLiteral("FileLinkImporterImp::CopyFile(const FileMappingPointer&, bool)"));
+const QString success = u"File copied successfully from "_s;
+const RecordsOf copyFile(u"FileLinkImporterImp::CopyFile"_s);
 
 /// The selection "src/a.prt" goes to "cloud/a.prt", where another file stands.
 class ReplacementSteps : public CopyingFixture

@@ -12,6 +12,8 @@
 
 namespace Halvern::Test {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using SyncFolderManagerLib::FolderManager;
@@ -166,7 +168,7 @@ TEST_F(RepathingRules, APendingItemWithoutLinksIsDone)
 
 TEST_F(RepathingRules, TheFirstCopiedFileAmongTheLinksEndsTheSearch)
 {
-    for (const QString& name : {QString("stays.tlk"), QString("b.tlk"), QString("c.tlk")})
+    for (const QString& name : {u"stays.tlk"_s, u"b.tlk"_s, u"c.tlk"_s})
         tree.File("src/" + name, "").File("cloud/" + name, "");
     Add("src/stays.tlk", "stays.tlk", FileMapping::Selected,
         {Link("1", "b.tlk"), Link("2", "c.tlk"), Link("3", "c.tlk")});

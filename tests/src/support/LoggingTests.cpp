@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "support/Logging.h"
 #include "LogCapture.h"
+#include "support/Logging.h"
 
 #include <gtest/gtest.h>
 

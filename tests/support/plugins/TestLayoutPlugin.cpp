@@ -58,23 +58,33 @@ void Replace(IFileMapping& mapping, const std::filesystem::path& source)
     mapping.ChangeSourceFile(other.generic_string<WideChar>().c_str());
 }
 
-void AssignChildren(IFileMapping& mapping, const std::filesystem::path& folder)
+/// Whether the links of a file are to be followed.
+bool AssignChild(IFileMapping& child, const std::filesystem::path& folder)
 {
-    const std::unique_ptr<IFileMappingIterator> children(mapping.GetChildren());
-    while (children->HasNext()) {
-        IFileMapping& child = *children->Next();
-        const std::filesystem::path source = Ask(child, &IFileMapping::GetSourceFile);
-        if (Holds(source, "leave"))
-            continue;
-        const WideString target = (folder / source.filename()).generic_string<WideChar>();
-        // A file that has its target was here before, perhaps along another path.
-        if (!child.SetTargetFile(target.c_str(), false))
-            continue;
-        SetFlags(child, source);
-        if (Holds(source, "replaced"))
-            Replace(child, source);
-        if (!Holds(source, "nofollow"))
-            AssignChildren(child, folder);
+    const std::filesystem::path source = Ask(child, &IFileMapping::GetSourceFile);
+    if (Holds(source, "leave"))
+        return false;
+    const WideString target = (folder / source.filename()).generic_string<WideChar>();
+    // A file that has its target was here before, perhaps along another path.
+    if (!child.SetTargetFile(target.c_str(), false))
+        return false;
+    SetFlags(child, source);
+    if (Holds(source, "replaced"))
+        Replace(child, source);
+    return !Holds(source, "nofollow");
+}
+
+void AssignChildren(IFileMapping& top, const std::filesystem::path& folder)
+{
+    std::vector<std::unique_ptr<IFileMappingIterator>> open;
+    open.emplace_back(top.GetChildren());
+    while (!open.empty()) {
+        // Without asking HasNext: after the last child there is none.
+        IFileMapping* const child = open.back()->Next();
+        if (!child)
+            open.pop_back();
+        else if (AssignChild(*child, folder))
+            open.emplace_back(child->GetChildren());
     }
 }
 

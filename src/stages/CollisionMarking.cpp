@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "importer/FileLinkImporterImp.h"
-#include "importer/FileTimes.h"
+#include "stages/CollisionMarking.h"
+
+#include "stages/FileTimes.h"
 #include "support/FileOperations.h"
-#include "support/Logging.h"
 #include "support/PathUtilities.h"
 
-namespace Halvern::FileLink {
+namespace Halvern::FileLink::Stages {
 
 namespace {
 
@@ -43,23 +43,30 @@ bool MarkAgainstHistory(FileMapping& mapping, const FileMapping& earlier)
     return !changed;
 }
 
-} // namespace
-
-bool FileLinkImporterImp::MarkCollisions()
+bool MarkAll(const StageContext& context)
 {
-    FILELINK_LOG(LogLevel::Info, QStringLiteral("Begin marking file conflicts"));
+    FILELINK_LOG_FOR(Operation::MarkCollisions, LogLevel::Info,
+                     QStringLiteral("Begin marking file conflicts"));
     const LogFinally finally(&ModuleLogger(), LogLevel::Info,
                              QStringLiteral("Finished marking file conflicts"));
     bool result = true;
-    for (const FileMappingPointer& mapping : Files()) {
-        if (CheckIfCanceled())
+    for (const FileMappingPointer& mapping : context.Files()) {
+        if (context.IsCanceled())
             return false;
-        result = MarkCollisions(mapping) && result;
+        result = MarkCollision(context, mapping) && result;
     }
     return result;
 }
 
-bool FileLinkImporterImp::MarkCollisions(const FileMappingPointer& mapping)
+} // namespace
+
+bool MarkCollisions(const StageContext& context)
+{
+    return RunStage(context, Stage::MarkCollisions, Operation::MarkCollisions,
+                    [&] { return MarkAll(context); });
+}
+
+bool MarkCollision(const StageContext& context, const FileMappingPointer& mapping)
 {
     if (!mapping)
         return false;
@@ -67,12 +74,12 @@ bool FileLinkImporterImp::MarkCollisions(const FileMappingPointer& mapping)
     if (!IsLocalPath(source))
         return true;
     if (mapping->GetTargetFile().isEmpty()) {
-        Report(Stage::MarkCollisions, ProblemKind::NoTarget, source);
+        context.Report(Stage::MarkCollisions, ProblemKind::NoTarget, source);
         return false;
     }
     if (MarkWhatIsNotCopied(*mapping))
         return true;
-    const int authenticationId = GetAuthenticationId();
+    const int authenticationId = context.services->AuthenticationId();
     mapping->SetFlag(FileMapping::Collision | FileMapping::Unchanged, false);
     if (!mapping->ExistsInTarget())
         return true;
@@ -80,22 +87,22 @@ bool FileLinkImporterImp::MarkCollisions(const FileMappingPointer& mapping)
         mapping->SetFlag(FileMapping::Collision, true);
         return true;
     }
-    const FileMappingPointer earlier = m_copyHistory->Find(source, authenticationId);
-    if (CheckIfCanceled())
+    const FileMappingPointer earlier = context.history->Find(source, authenticationId);
+    if (context.IsCanceled())
         return false;
     if (!earlier || !earlier->HasTargetFile()) {
         mapping->SetFlag(FileMapping::Collision, true);
         return true;
     }
     const bool unchanged = MarkAgainstHistory(*mapping, *earlier);
-    FILELINK_LOG(LogLevel::Info,
-                 (unchanged ? QStringLiteral("File %1 was copied last time as %2. Source and "
-                                             "target files have not changed since then.")
-                            : QStringLiteral("File %1 was copied last time as %2. Source or "
-                                             "target file has changed since then."))
-                     .arg(source)
-                     .arg(earlier->GetTargetFile()));
+    FILELINK_LOG_FOR(Operation::MarkCollision, LogLevel::Info,
+                     (unchanged ? QStringLiteral("File %1 was copied last time as %2. Source and "
+                                                 "target files have not changed since then.")
+                                : QStringLiteral("File %1 was copied last time as %2. Source or "
+                                                 "target file has changed since then."))
+                         .arg(source)
+                         .arg(earlier->GetTargetFile()));
     return true;
 }
 
-} // namespace Halvern::FileLink
+} // namespace Halvern::FileLink::Stages

@@ -23,12 +23,11 @@ RecordsOf Of(const QString& function)
 {
     return RecordsOf(u"FileLinkExtractorImp::"_s + function);
 }
-const RecordsOf extractSet = Of(u"ExtractFileLinks(FileSet*, bool, const QStringList&)"_s);
-const RecordsOf extractMapping =
-    Of(u"ExtractFileLinks(const FileMappingPointer&, const QStringList&)"_s);
-const RecordsOf extractFile = Of(u"ExtractFileLinks(const QString&, FileLinkList&)"_s);
-const RecordsOf logLinks = Of(u"LogFileLinks(const QString&, const FileLinkList&)"_s);
-const QString canceled = Of(u"CheckIfCanceled()"_s).Info(u"File link operation canceled"_s);
+const RecordsOf extractSet = Of(u"ExtractFileLinks"_s);
+const RecordsOf extractMapping = Of(u"ExtractFileLinks"_s);
+const RecordsOf extractFile = Of(u"ExtractFileLinks"_s);
+const RecordsOf logLinks = Of(u"LogFileLinks"_s);
+const QString canceled = Of(u"CheckIfCanceled"_s).Info(u"File link operation canceled"_s);
 const QString begin = extractSet.Info(u"Begin extracting file links"_s);
 const QString finished = ClosingRecord(u"Finished extracting file links"_s);
 const QString skipped = u"File link extraction skipped for file "_s;
@@ -117,7 +116,7 @@ TEST_F(ExtractionEnds, ASetWithoutFilesThatSupportLinksIsSkippedBeforeItBegins)
     FileLinkImporterImp importer(controller);
     EXPECT_TRUE(importer.ExtractFileLinks());
     EXPECT_EQ(Records(),
-              QStringList{RecordsOf(u"FileLinkImporterImp::ExtractFileLinks()"_s).Info(all)});
+              QStringList{RecordsOf(u"FileLinkImporterImp::ExtractFileLinks"_s).Info(all)});
     EXPECT_EQ(controller->Polls(), 0);
 }
 
@@ -291,11 +290,9 @@ TEST_F(ExtractionEnds, AFileThatThePluginCannotReadIsOneWithoutLinks)
     tree.File(u"src/bad.tlk"_s, "fail\n");
     const FileMappingPointer mapping = Mapping(u"src/bad.tlk"_s);
     EXPECT_TRUE(extractor.ExtractFileLinks(mapping, {}));
-    const RecordsOf plugin(u"PluginLogger::LogError(const WideChar*)"_s,
-                           u"FileLinkManagerImp.cpp"_s, u"ResolverPlugin"_s);
-    const RecordsOf manager(u"PluginManager::GetFileLinks(const QString&, QList<FileLinkInfo>&, "
-                            "IFileLinkResolverContext*)"_s,
-                            u"PluginManager.cpp"_s);
+    const RecordsOf plugin(u"PluginLogger::LogError"_s, u"FileLinkManagerImp.cpp"_s,
+                           u"ResolverPlugin"_s);
+    const RecordsOf manager(u"PluginManager::GetFileLinks"_s, u"PluginManager.cpp"_s);
     EXPECT_EQ(Records(),
               (QStringList{Reads(u"src/bad.tlk"_s), plugin.Error(u"test resolver: told to fail"_s),
                            manager.Error(u"Failed to get file links from file "
