@@ -120,7 +120,7 @@ TEST_F(Decisions, TheHistoryOfAnotherUserIsNoHelp)
     EXPECT_EQ(mapping->GetFlag(), FileMapping::Collision);
 }
 
-TEST_F(Decisions, APathThatHoldsAPlaceholderIsDecidedOnAndToldOfLikeAnyOther)
+TEST_F(Decisions, APathThatHoldsAPlaceholderIsComparedLikeAnyOtherAndLeavesOneLine)
 {
     const auto mapping = std::make_shared<FileMapping>(Source(u"50%2.tlk"_s), QString(), 7);
     tree.File(u"src/50%2.tlk"_s, "x").File(u"cloud/50%2.tlk"_s, "x");
@@ -131,7 +131,7 @@ TEST_F(Decisions, APathThatHoldsAPlaceholderIsDecidedOnAndToldOfLikeAnyOther)
     EXPECT_TRUE(importer.MarkCollisions(mapping));
     EXPECT_EQ(mapping->GetFlag(), FileMapping::Collision);
     EXPECT_EQ(mapping->GetSourceFile(), Source(u"50%2.tlk"_s));
-    EXPECT_EQ(mapping->GetTargetFile(), Cloud(u"50%2.tlk"_s));
+    EXPECT_EQ(mapping->GetTargetFile(), Cloud(u"old"_s));
     const QStringList lines = log.Lines();
     ASSERT_EQ(lines.size(), 1);
     EXPECT_TRUE(lines[0].startsWith(u"INFO File "_s));
