@@ -9,7 +9,6 @@
 #include "filelink/FileLinkManager.h"
 #include "syncservices/FolderManager.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
@@ -39,10 +38,9 @@ QStringList CheckedFolders(const QStringList& folders)
     return checked;
 }
 
-QString CommonData()
+QString Text(const std::filesystem::path& path)
 {
-    return QDir::fromNativeSeparators(
-        QStringView(Base::PathText(Base::CommonDataFolder())).toString());
+    return QDir::fromNativeSeparators(QStringView(Base::PathText(path)).toString());
 }
 
 /// Folders given to the module replace its default ones, so these are named as well.
@@ -51,9 +49,10 @@ void AddPluginFolders(const QStringList& folders)
     if (folders.isEmpty())
         return;
     FileLinkManager* manager = FileLinkManager::GetInstance();
-    const QString program = QCoreApplication::applicationDirPath();
+    const QString program = Text(Base::ProgramFile().parent_path());
     manager->AddPluginRegistrationFolders(
-        folders + QStringList{CommonData() + QStringLiteral("/Halvern/Halvern Sync/Plugins"),
+        folders + QStringList{Text(Base::CommonDataFolder()) +
+                                  QStringLiteral("/Halvern/Halvern Sync/Plugins"),
                               program, program + QStringLiteral("/SyncPluginRegFiles")});
     manager->AddPluginSearchPaths(folders +
                                   QStringList{program, program + QStringLiteral("/SyncPlugins")});

@@ -80,6 +80,7 @@ void JobsFixture::TakeGardenShed()
         ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
         tree.File(u"work/shed"_s + file.fileName().mid(from.size()), file.readAll());
     }
+    tree.Remove(u"work/shed/textures/Poster (spring).png"_s);
 }
 
 Jobs::ImportRequest JobsFixture::Request(const QStringList& sources, const QString& target) const

@@ -34,7 +34,7 @@ protected:
     Jobs::Session& Begin(Jobs::SessionUse use = Jobs::SessionUse::Import);
     /// Ends the session, and forgets what was imported.
     void StartOver();
-    /// Copies the sample project into "work/shed".
+    /// Copies the sample project into "work/shed", without the poster that Shed.gltf links.
     void TakeGardenShed();
     Jobs::ImportRequest Request(const QStringList& sources, const QString& target = {}) const;
     /// Plans and executes.

@@ -46,7 +46,7 @@ TEST_F(PlanOfAnImport, TellsForEachFileWhereItGoesWhyItComesAndHowBigItIs)
     EXPECT_EQ(planks.outcome, Outcome::Copied);
     EXPECT_EQ(planks.linkedFrom, (QList<LinkPlace>{{scene.source, u"../textures/Planks.png"_s},
                                                    {scene.source, u"../textures/Planks.png"_s}}));
-    const PlannedFile& poster = FileOf(plan, u"shed/textures/Poster (lost).png"_s);
+    const PlannedFile& poster = FileOf(plan, u"shed/textures/Poster (spring).png"_s);
     EXPECT_EQ(poster.outcome, Outcome::Missing);
     EXPECT_EQ(poster.bytes, 0);
 }

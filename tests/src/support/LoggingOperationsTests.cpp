@@ -42,10 +42,9 @@ TEST(LoggingOperations, APartOfAnOperationLogsInTheNameOfTheWhole)
     const QString file = u"SomeSource.cpp"_s;
     const QStringList lines = RecordLines(log);
     ASSERT_EQ(lines.size(), 2);
-    EXPECT_TRUE(lines[0].endsWith(u"Stage::Run(int): in the name of the stage"_s))
+    EXPECT_TRUE(lines[0].endsWith(u"Stage::Run: in the name of the stage"_s))
         << lines[0].toStdString();
-    EXPECT_TRUE(lines[1].endsWith(u"Stage::LogPart(int, const char*): in its own name"_s))
-        << lines[1].toStdString();
+    EXPECT_TRUE(lines[1].endsWith(u"Stage::LogPart: in its own name"_s)) << lines[1].toStdString();
     EXPECT_EQ(log.Records()[0].file, file);
 }
 
