@@ -30,6 +30,7 @@ struct Spelled
     {
         return SPELLED;
     }
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): so is the operation's
     static std::string Initialize(const QStringList&, QString, bool, CopyOption, const QStringList&)
     {
         return SPELLED;
