@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
-# One room of the module CorsyncFileLink, compiled once for the library and for the tests.
+# One folder of the module CorsyncFileLink, compiled once for the library and for the tests.
 set(CORSYNC_MODULE_OPTIONS "" CACHE STRING "Further compiler options of the module's sources and of base/")
 option(CORSYNC_MODULE_PRECOMPILE "Precompile the headers of libraries for the module's sources")
-function(corsync_module_room name)
+function(corsync_module_folder name)
   set(target corsync_${name}_objects)
   add_library(${target} OBJECT ${ARGN})
   target_compile_definitions(${target} PUBLIC FILELINK_BUILD)

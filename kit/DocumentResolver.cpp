@@ -20,7 +20,7 @@ using SyncPlugin::WideChar;
 
 constexpr bool HasDrives = std::filesystem::path::preferred_separator == '\\';
 
-/// Hosts take a ":" behind the second character of a relative path for the end of a scheme. Where a
+/// Hosts take a ":" after the second character of a relative path for the end of a scheme. Where a
 /// name can hold one, a file that is there is named by its whole path, if that fits a record.
 std::string WithoutScheme(const std::string& path, const std::filesystem::path& folder)
 {

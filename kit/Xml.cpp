@@ -48,14 +48,14 @@ void RequireBytesOfUtf8(std::string_view text)
         throw FormatError("the document is not encoded as UTF-8", 0);
 }
 
-/// Behind the next `mark`, or the end.
-std::size_t Behind(std::string_view document, std::string_view mark, std::size_t at)
+/// After the next `mark`, or the end.
+std::size_t After(std::string_view document, std::string_view mark, std::size_t at)
 {
     const std::size_t found = document.find(mark, at);
     return found == std::string_view::npos ? document.size() : found + mark.size();
 }
 
-/// Behind the tag that begins at `begin`.
+/// After the tag that begins at `begin`.
 std::size_t BehindTag(std::string_view document, std::size_t begin)
 {
     std::size_t attributes = 0;
@@ -63,13 +63,13 @@ std::size_t BehindTag(std::string_view document, std::size_t begin)
     while (at < document.size() && document[at] != '>') {
         const char c = document[at++];
         if (c != '=')
-            at = Behind(document, {&c, 1}, at);
+            at = After(document, {&c, 1}, at);
         else if (++attributes > MaxXmlAttributes)
             throw FormatError(
                 "a tag with more than " + std::to_string(MaxXmlAttributes) + " attributes", begin);
         at = document.find_first_of("\"'=>", at);
     }
-    return Behind(document, ">", at);
+    return After(document, ">", at);
 }
 
 /// The parser takes all attributes of a tag apart before it tells of any.
@@ -79,11 +79,11 @@ void RequireFewAttributes(std::string_view document)
     while (at < document.size()) {
         const std::string_view rest = document.substr(at);
         if (rest.starts_with("<!--"))
-            at = Behind(document, "-->", at);
+            at = After(document, "-->", at);
         else if (rest.starts_with("<![CDATA["))
-            at = Behind(document, "]]>", at);
+            at = After(document, "]]>", at);
         else if (rest.starts_with("<?"))
-            at = Behind(document, "?>", at);
+            at = After(document, "?>", at);
         else // what stands inside of a document type is looked at one by one
             at = rest.starts_with("<!") ? at + 1 : BehindTag(document, at);
         at = document.find('<', at);

@@ -34,7 +34,7 @@ void AppendCodePoint(std::string& text, std::uint32_t code)
     }
 }
 
-/// Behind "&#" and in front of ";".
+/// After "&#" and in front of ";".
 std::optional<std::string> NumberedCharacter(std::string_view number)
 {
     const bool hexadecimal = number.starts_with('x');
@@ -49,7 +49,7 @@ std::optional<std::string> NumberedCharacter(std::string_view number)
     return text;
 }
 
-/// In front of "&" and behind ";".
+/// In front of "&" and after ";".
 std::optional<std::string> EntityText(std::string_view name)
 {
     if (name.starts_with('#'))

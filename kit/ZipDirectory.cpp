@@ -203,7 +203,7 @@ void ZipDirectory::FindPlaces(const InputFile& file)
         if (entry->offset < free)
             throw FormatError("two entries overlap", entry->offset);
         if (entry->offset >= m_recordsOffset)
-            throw FormatError("an entry lies behind the directory", entry->offset);
+            throw FormatError("an entry lies after the directory", entry->offset);
         const std::string header = ReadLocalHeader(file, *entry);
         CheckAgreement(header, *entry);
         entry->dataOffset = entry->offset + header.size();

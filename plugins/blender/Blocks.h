@@ -29,7 +29,7 @@ struct BlockHeader
     /// Index into the file's own description of its structs.
     std::uint64_t structIndex = 0;
     std::uint64_t count = 0;
-    /// Of the bytes behind the header.
+    /// Of the bytes after the header.
     std::uint64_t dataBegin = 0;
     /// Of the header's number that gives the size.
     std::uint64_t sizeField = 0;
@@ -43,7 +43,7 @@ public:
     explicit Blocks(const InputFile& file);
 
     const MachineForm& Form() const { return m_form; }
-    /// The next block; what was not read of the one before is passed over. Nothing behind the block
+    /// The next block; what was not read of the one before is passed over. Nothing after the block
     /// that ends the file.
     std::optional<BlockHeader> Next();
     /// The next bytes of the block that was given last.

@@ -26,7 +26,7 @@ struct StripEntry
     std::uint64_t files = 0;
 };
 
-/// What one data block of Blender (an image, a scene, a library) and the plain blocks behind it,
+/// What one data block of Blender (an image, a scene, a library) and the plain blocks after it,
 /// which belong to it, say of other files.
 struct DataBlock
 {

@@ -27,7 +27,7 @@ struct StoredText
 /// The text at the beginning of `bytes`; it need not be ended there.
 StoredText TextIn(std::string_view bytes, std::uint64_t position);
 
-/// Puts a text in the place of another: what is behind the ends of both stays. Throws FormatError,
+/// Puts a text in the place of another: what is after the ends of both stays. Throws FormatError,
 /// which names the link `id`, for one that does not fit.
 void AddTextEdits(const StoredText& text, const std::string& value, const std::string& id,
                   const MachineForm& form, std::vector<FileEdit>& edits);

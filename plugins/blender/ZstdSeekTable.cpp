@@ -34,7 +34,7 @@ void AppendNumber(std::string& bytes, std::uint64_t number)
         bytes.push_back(static_cast<char>((number >> shift) & 0xFFU));
 }
 
-/// Bytes of the table behind its header; nothing when the file's end is no footer.
+/// Bytes of the table after its header; nothing when the file's end is no footer.
 std::optional<std::uint64_t> TableSize(const InputFile& file)
 {
     if (file.Size() < HeaderSize + FooterSize)

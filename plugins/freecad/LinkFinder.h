@@ -22,7 +22,7 @@ enum class PathKind
 /// A path as it stands in one of a document's XML files.
 struct FoundLink
 {
-    /// "Object.Property", with "#2" and so on behind it for a property with several links.
+    /// "Object.Property", with "#2" and so on after it for a property with several links.
     std::string id;
     std::string path;
     PathKind kind;

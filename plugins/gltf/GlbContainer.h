@@ -18,7 +18,7 @@ struct GlbLayout
 {
     std::uint64_t jsonBegin = 0;
     std::uint64_t jsonSize = 0;
-    /// The chunks behind the JSON, headers included.
+    /// The chunks after the JSON, headers included.
     std::uint64_t restBegin = 0;
     std::uint64_t restSize = 0;
 };

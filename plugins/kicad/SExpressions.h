@@ -39,7 +39,7 @@ public:
     virtual void EndList() = 0;
 };
 
-/// Reads the one list that a file consists of, in fixed memory. What stands behind it is nobody's,
+/// Reads the one list that a file consists of, in fixed memory. What stands after it is nobody's,
 /// as KiCad has it. Throws FormatError, also when the list has another name than one of `names`.
 void ReadLists(const InputFile& file, const std::vector<std::string>& names, ListHandler& handler);
 

@@ -51,7 +51,7 @@ bool IsAbsolute(std::string_view path)
     return path.starts_with('/') || path.starts_with('\\') || (path.size() > 1 && path[1] == ':');
 }
 
-/// The text behind "${KIPRJMOD}/"; nothing when it begins otherwise.
+/// The text after "${KIPRJMOD}/"; nothing when it begins otherwise.
 std::optional<std::string_view> BehindProjectVariable(std::string_view text)
 {
     for (const std::string_view variable : {"${KIPRJMOD}", "$(KIPRJMOD)"})

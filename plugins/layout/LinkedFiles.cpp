@@ -50,7 +50,7 @@ LinkedFile FileOf(IFileMapping& node, TreePath source)
     return file;
 }
 
-/// Walks breadth first, so that a file stands behind one that links it.
+/// Walks breadth first, so that a file stands after one that links it.
 class Collector
 {
 public:

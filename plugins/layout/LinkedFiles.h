@@ -42,7 +42,7 @@ struct Bond
     std::string set;
 };
 
-/// What a layout works on. The first file is the top file; each other file stands behind one that
+/// What a layout works on. The first file is the top file; each other file stands after one that
 /// links it.
 struct LinkedFiles
 {

@@ -19,7 +19,7 @@ bool NamesFiles(std::string_view keyword)
            keyword == "EXTERNAL_SOURCE";
 }
 
-/// Statements refer to others before and behind them: everything is collected, then joined.
+/// Statements refer to others before and after them: everything is collected, then joined.
 class Collector
 {
 public:

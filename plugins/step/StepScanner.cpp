@@ -44,7 +44,7 @@ const StepString* Statement::FirstString() const
             ++depth;
         if (parameter.kind == Parameter::Close)
             --depth;
-        // Behind a keyword's brackets, as in IDENTIFIER(''), or a word there is the next one.
+        // After a keyword's brackets, as in IDENTIFIER(''), or a word there is the next one.
         const bool isKeyword = parameter.kind == Parameter::Word && parameter.string.raw.size() > 1;
         if (depth == 1 && parameter.kind != Parameter::Open && !isKeyword)
             return nullptr;

@@ -72,7 +72,7 @@ private:
     void SkipBlanks();
     void SkipComment();
     void SkipString();
-    /// To behind the semicolon.
+    /// Goes past the next semicolon.
     void SkipStatement(std::uint64_t begin);
     bool ReadHead(Statement& statement);
     void ReadParameters(Statement& statement);

@@ -207,7 +207,7 @@ private:
 
     std::string_view m_css;
     std::size_t m_at = 0;
-    /// Behind the last escape: a blank in front of it belongs to a name.
+    /// After the last escape: a blank in front of it belongs to a name.
     std::size_t m_escapeEnd = 0;
     bool m_import = false;
     bool m_namespace = false;

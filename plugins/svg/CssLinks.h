@@ -21,7 +21,7 @@ struct CssLink
     std::size_t end;
 };
 
-/// Every address that a style sheet, or the value of a property, holds in url() and behind @import,
+/// Every address that a style sheet, or the value of a property, holds in url() and after @import,
 /// in their order; comments, strings of other meaning and names of namespaces are passed over. Like
 /// every reader of style sheets it takes any text.
 std::vector<CssLink> FindCssLinks(std::string_view css);

@@ -20,7 +20,7 @@ namespace Halvern::Formats::Svg {
 namespace {
 
 /// No longer address names a file: a link can have 259 characters, each of them encoded with at
-/// most nine, and whatever stands behind a "#".
+/// most nine, and whatever stands after a "#".
 constexpr std::size_t MaxAddress = std::size_t(64) << 10;
 constexpr std::size_t MaxAbsoluteName = 4 * MaxLinkUnits;
 

@@ -33,7 +33,7 @@ struct UriReference
     /// The bytes that give way to another address: those of `uri`, if they could be told apart from
     /// the ones of `suffix`.
     Span span;
-    /// What has to stand behind a new address; empty when it is not part of the span.
+    /// What has to stand after a new address; empty when it is not part of the span.
     std::string suffix;
     Place place = Place::Attribute;
     /// The same file by its absolute name, in another attribute: Inkscape takes it when it does not

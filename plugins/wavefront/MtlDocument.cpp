@@ -66,9 +66,9 @@ constexpr std::array<Option, 14> Options = {{{"-blendu", 1, 0},
 /// Where the name can begin.
 struct NameStart
 {
-    /// Behind all that can belong to the options.
+    /// After all that can belong to the options.
     std::size_t latest = 0;
-    /// Behind what must belong to them.
+    /// After what must belong to them.
     std::size_t earliest = 0;
 };
 

@@ -120,7 +120,7 @@ FileEdit ObjDocument::NewStatement(const std::string& path) const
 {
     RequireFitsLine(path);
     const std::string lineBreak = FirstLineBreak(File());
-    // Behind the others, so that these keep their numbers.
+    // After the others, so that these keep their numbers.
     if (!Statements().empty()) {
         const Statement& last = Statements().back().Text();
         const std::uint64_t end = last.begin + last.text.size();

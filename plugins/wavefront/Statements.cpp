@@ -56,7 +56,7 @@ StatementReader::StatementReader(const InputFile& file, IsWanted wanted, Continu
     : m_scanner(file, MarkSize(file)), m_wanted(wanted), m_continuation(continuation)
 {}
 
-/// Takes the line break behind a backslash, which was taken; says whether there was one.
+/// Takes the line break after a backslash, which was taken; says whether there was one.
 bool StatementReader::JoinsLines(std::string* text)
 {
     if (m_continuation == Continuation::None || !IsLineBreak(m_scanner.Peek()))

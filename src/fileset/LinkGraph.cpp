@@ -145,7 +145,7 @@ void LinkGraph::Reach(const FileMappingPointer& root, const Members& members, Vi
 }
 
 /// Links never lead to a root whose path an earlier member has, but to that member. In the root's
-/// tree it closes a cycle and has nothing below it; what lies behind it is reached only if another
+/// tree it closes a cycle and has nothing below it; what it links is reached only if another
 /// root leads there.
 void LinkGraph::ReachRepeated(const FileMappingPointer& root, const Members& members,
                               VisitedSet& closed)

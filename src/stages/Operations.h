@@ -3,7 +3,7 @@
 #pragma once
 
 /// The names under which log records know the operations of an import, as the compiler spells the
-/// functions that a host calls. Filters rely on them: they stay when the code behind an operation
+/// functions that a host calls. Filters rely on them: they stay when the code of an operation
 /// moves.
 namespace Halvern::FileLink::Operation {
 

@@ -21,11 +21,11 @@ import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-ROOMS = ("base", "include", "src", "services", "jobs", "kit", "plugins", "cli")
+FOLDERS = ("base", "include", "src", "services", "jobs", "kit", "plugins", "cli")
 # What git calls a tree without files: against it everything has changed.
 EMPTY_TREE = "4b825dc642cb6eb9a060e54bf8d69288fbee4904"
-ROOM_OF_HEADERS = {"include/filelink": "src", "include/syncplugin": "plugins", "include/pluginkit": "kit",
-                   "include/syncservices": "services", "include/corsync": "jobs"}
+FOLDER_OF_HEADERS = {"include/filelink": "src", "include/syncplugin": "plugins", "include/pluginkit": "kit",
+                     "include/syncservices": "services", "include/corsync": "jobs"}
 
 
 def git(*arguments):
@@ -43,7 +43,7 @@ def default_base():
 
 
 def is_ours(path):
-    return path.suffix in (".h", ".cpp") and path.parts[0] in ROOMS and (ROOT / path).is_file()
+    return path.suffix in (".h", ".cpp") and path.parts[0] in FOLDERS and (ROOT / path).is_file()
 
 
 def changed_files(base):
@@ -69,7 +69,7 @@ class Commands:
         return path in self.sources or path.suffix == ".h"
 
     def write(self, paths):
-        """The compilation database of these files: a header is compiled as a source of its room is."""
+        """The compilation database of these files: a header is compiled as a source of its folder is."""
         entries = [self.entry(path) for path in paths]
         (self.folder / "compile_commands.json").write_text(json.dumps(entries), encoding="utf-8")
 
@@ -90,10 +90,10 @@ class Commands:
                 "arguments": kept + language + ["-c", str(ROOT / path)]}
 
     def relative_of(self, header):
-        """The first source beside the header, or else of the room that the header belongs to, or any."""
-        room = ROOM_OF_HEADERS.get(header.parent.as_posix(), header.parts[0])
+        """The first source beside the header, or else of the folder that the header belongs to, or any."""
+        folder = FOLDER_OF_HEADERS.get(header.parent.as_posix(), header.parts[0])
         near = [path for path in sorted(self.sources) if path.parent == header.parent]
-        same = [path for path in sorted(self.sources) if path.parts[0] == room]
+        same = [path for path in sorted(self.sources) if path.parts[0] == folder]
         return self.sources[(near or same or sorted(self.sources))[0]]
 
 
@@ -123,7 +123,7 @@ def main():
 def check(arguments, commands):
     first = arguments.files or [path for path in changed_files(arguments.base or default_base()) if is_ours(path)]
     folders = {path.parent for path in first}
-    all_ours = sorted(path.relative_to(ROOT) for room in ROOMS for path in (ROOT / room).rglob("*.*"))
+    all_ours = sorted(path.relative_to(ROOT) for folder in FOLDERS for path in (ROOT / folder).rglob("*.*"))
     others = [] if arguments.files else [path for path in all_ours
                                          if is_ours(path) and path.parent in folders and path not in first]
     # What is built for another system only has no command here.

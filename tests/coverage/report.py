@@ -5,7 +5,7 @@
 
 Lines must be covered above LINES percent. Every branch that no test takes must be explained in explained.txt, one
 line for each: file, the source line's text, and why, with tabs in between. File and text may be patterns (* and ?).
-A number behind another tab limits how many branches of one line a pattern explains, so that it cannot hide a decision
+A number after another tab limits how many branches of one line a pattern explains, so that it cannot hide a decision
 that comes to stand on such a line. A branch that is neither taken nor explained fails the check, and so does an
 explanation that belongs to nothing.
 

@@ -92,7 +92,7 @@ TEST(FileUri, APathBecomesAUri)
         {"what would be query, fragment or escape", "a%3Fb%23c%25d.png", "a?b#c%d.png"},
         {"sub-delims stay", "a(1)+b,c;d=e&f!.png", "a(1)+b,c;d=e&f!.png"},
         {"a colon that would end a scheme", "./12:30/a.png", "12:30/a.png"},
-        {"a colon behind the first segment", "a/12:30.png", "a/12:30.png"},
+        {"a colon after the first segment", "a/12:30.png", "a/12:30.png"},
         {"a drive", "file:///D:/x/a%20b.png", "D:/x/a b.png"},
         {"a drive with backslashes", "file:///D:/x/a.png", "D:\\x\\a.png"},
         {"a drive's own current folder is none", "./D:a.png", "D:a.png"},

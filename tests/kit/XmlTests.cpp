@@ -116,7 +116,7 @@ TEST(XmlPlaces, WhatIsNotWellFormedIsReportedWithItsPlace)
         {"nothing", "", "no element found @0"},
         {"a text", "hello", "syntax error @0"},
         {"cut off in a tag", "<a b='c'", "unclosed token @0"},
-        {"cut off behind a tag", "<a>", "no element found @3"},
+        {"cut off after a tag", "<a>", "no element found @3"},
         {"tags that do not match", "<a><b></a>", "mismatched tag @8"},
         {"two roots", "<a/><b/>", "junk after document element @4"},
         {"an attribute twice", "<a b='1' b='2'/>", "duplicate attribute @9"},

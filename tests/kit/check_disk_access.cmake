@@ -2,15 +2,15 @@
 # Fails when code that Windows builds reaches the disk through functions of the standard library, in
 # base/ or in what stands on it. There they take no long path, and take a server for a folder of the
 # current drive; under Wine they do neither, so that no test of behaviour would show it. Fails also
-# where a room other than base/ asks which system it is built for, or calls a system itself.
+# where a folder other than base/ asks which system it is built for, or calls a system itself.
 set(calls absolute canonical weakly_canonical copy copy_file create_directories create_directory
           directory_iterator recursive_directory_iterator equivalent exists file_size is_directory is_empty
           is_regular_file is_symlink last_write_time permissions remove remove_all rename resize_file status
           symlink_status)
 list(JOIN calls "|" calls)
 set(patterns "")
-foreach(room IN ITEMS base src services kit plugins include/pluginkit)
-  list(APPEND patterns ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h)
+foreach(folder IN ITEMS base src services kit plugins include/pluginkit)
+  list(APPEND patterns ${ROOT}/${folder}/*.cpp ${ROOT}/${folder}/*.h)
 endforeach()
 file(GLOB_RECURSE sources RELATIVE ${ROOT} ${patterns})
 list(FILTER sources EXCLUDE REGEX "_posix\\.cpp$")

@@ -24,7 +24,7 @@ HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 PRESET = "mutation"
 
-# The test programs that hold the module, and which of them most likely notices a change of a room.
+# The test programs that hold the module, and which of them most likely notices a change of a folder.
 PROGRAMS = {
     "base": ["base_tests", "support_tests", "services_tests", "kit_tests"],
     "support": ["support_tests", "stages_tests", "importer_tests"],
@@ -74,7 +74,7 @@ def read_list(path):
         if not line.strip() or mark == "#":
             continue
         if line[1:2] not in ("", " "):
-            raise SystemExit(f"{path.name}:{number}: no blank behind the mark: {line}")
+            raise SystemExit(f"{path.name}:{number}: no blank after the mark: {line}")
         if mark == "@":
             file, first_tests = text, ""
         elif mark == "=" and file:
@@ -98,8 +98,8 @@ def check(mutations):
             raise SystemExit(f"{mutation.name()}\n  stands twice in the list")
         names.add(mutation.name())
     listed = {mutation.file for mutation in mutations}
-    for room in sorted(PROGRAMS):
-        folder = ROOT / room if room == "base" else ROOT / "src" / room
+    for name in sorted(PROGRAMS):
+        folder = ROOT / name if name == "base" else ROOT / "src" / name
         for source in sorted(folder.glob("*.cpp")):
             path = source.relative_to(ROOT).as_posix()
             # The programs run on this system alone.

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Runs inside Blender, with a file open: writes what Blender found behind each reference, as JSON.
+"""Runs inside Blender, with a file open: writes what Blender found at each reference, as JSON.
 
     blender -b --factory-startup FILE -P inspect_blend.py -- OUTPUT
 

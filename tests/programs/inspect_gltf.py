@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Runs inside Blender: imports a glTF scene and writes what it found behind each reference, as JSON.
+"""Runs inside Blender: imports a glTF scene and writes what it found at each reference, as JSON.
 
     blender -b --factory-startup -P inspect_gltf.py -- FILE OUTPUT
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The fixture that tests of other rooms build on.
+// The fixture that tests of other folders build on.
 
 #include "ServicesFixture.h"
 

@@ -71,11 +71,11 @@ protected:
     Links Read(const QString& file);
     bool TryRead(const QString& file);
     bool Repath(const QString& file, const Links& links);
-    /// What reading a file of this content, which must fail, logs behind "<file>: ".
+    /// What reading a file of this content, which must fail, logs after "<file>: ".
     QString ReadFailure(const QString& file, const QByteArray& content);
     /// The content of a file of this content after its links got new paths, which must succeed.
     QByteArray Rewritten(const QString& file, const QByteArray& content, const Links& links);
-    /// What rewriting a file of this content, which must fail and change nothing, logs behind
+    /// What rewriting a file of this content, which must fail and change nothing, logs after
     /// "<file>: ".
     QString RewriteFailure(const QString& file, const QByteArray& content, const Links& links);
 

@@ -13,7 +13,7 @@ struct ZipMember
     QByteArray name;
     QByteArray content;
     bool deflated = true;
-    /// Sizes and checksum stand behind the data, as in archives written to a stream.
+    /// Sizes and checksum stand after the data, as in archives written to a stream.
     bool streamed = false;
     QByteArray comment = {};
     QByteArray extra = {};

@@ -34,7 +34,7 @@ protected:
         EXPECT_TRUE(Repath(file, links)) << context.lines.join(u'\n').toStdString();
         return tree.Read(file);
     }
-    /// What a rewrite that must fail logs behind "<file>: ".
+    /// What a rewrite that must fail logs after "<file>: ".
     std::string RewriteFailure(const QByteArray& content, const Links& links)
     {
         tree.File(file, content);

@@ -44,7 +44,7 @@ QByteArray With(QByteArray bytes, qsizetype at, const QByteArray& part)
     return bytes.replace(at, part.size(), part);
 }
 
-/// A binary file of these bytes behind the header, whose length is right.
+/// A binary file of these bytes after the header, whose length is right.
 QByteArray Headed(const QByteArray& body)
 {
     return "glTF" + LittleEndian(2) + LittleEndian(static_cast<quint32>(12 + body.size())) + body;
@@ -64,9 +64,9 @@ TEST_F(DamagedGltf, MalformedJsonIsReportedWithItsPlace)
          "Missing a comma or '}' after an object member. (byte 7)"},
         {"cut off in a string", "{\"a\": \"xyz",
          "Missing a closing quotation mark in string. (byte 10)"},
-        {"cut off behind a key", "{\"a\"",
+        {"cut off after a key", "{\"a\"",
          "Missing a colon after a name of object member. (byte 4)"},
-        {"cut off behind a colon", "{\"a\":", "Invalid value. (byte 5)"},
+        {"cut off after a colon", "{\"a\":", "Invalid value. (byte 5)"},
         {"cut off in a literal", "{\"a\": tr", "Invalid value. (byte 8)"},
         {"cut off in an escape", "{\"a\": \"\\u00",
          "Incorrect hex digit after \\u escape in string. (byte 7)"},
@@ -110,12 +110,12 @@ TEST_F(DamagedGltf, MalformedJsonIsReportedWithItsPlace)
         {"UTF-16", QByteArray("\xFF\xFE{\0}\0", 6), "Invalid value. (byte 0)"},
         {"a NUL in a string", QByteArray("{\"a\": \"x\0y\"}", 12),
          "Missing a closing quotation mark in string. (byte 8)"},
-        {"a NUL behind the document", QByteArray("{}\0", 3),
+        {"a NUL after the document", QByteArray("{}\0", 3),
          "a NUL byte follows the document (byte 2)"},
-        {"a document behind a NUL", QByteArray("{}\0{}", 5),
+        {"a document after a NUL", QByteArray("{}\0{}", 5),
          "a NUL byte follows the document (byte 2)"},
         {"a mark and nothing else", "\xEF\xBB\xBF", "The document is empty. (byte 3)"},
-        {"a fault behind a mark", "\xEF\xBB\xBF{\"a\" 1}",
+        {"a fault after a mark", "\xEF\xBB\xBF{\"a\" 1}",
          "Missing a colon after a name of object member. (byte 8)"},
     };
     for (const Row& row : rows)
@@ -185,7 +185,7 @@ TEST_F(DamagedGltf, ABinaryFileWithALyingHeaderIsReportedWithThePlace)
          "the header gives a length of 32 bytes, the file has 48 (byte 8)"},
         {"a length of nothing", With(good, 8, LittleEndian(0)),
          "the header gives a length of 0 bytes, the file has 48 (byte 8)"},
-        {"something behind the end", good + "more",
+        {"something after the end", good + "more",
          "the header gives a length of 48 bytes, the file has 52 (byte 8)"},
         {"a JSON chunk beyond the file", With(good, 12, LittleEndian(32)),
          "a chunk of 32 bytes where 28 are left (byte 12)"},

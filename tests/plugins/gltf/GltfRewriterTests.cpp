@@ -25,7 +25,7 @@ protected:
         EXPECT_TRUE(Repath(m_file, links)) << context.lines.join(u'\n').toStdString();
         return tree.Read(m_file);
     }
-    /// What a rewrite that must fail logs behind "<file>: ".
+    /// What a rewrite that must fail logs after "<file>: ".
     QString Failure(const QByteArray& json, const Links& links)
     {
         tree.File(m_file, json);

@@ -38,7 +38,7 @@ protected:
                       arguments);
     }
 
-    /// The strings behind a word of a file, in order.
+    /// The strings after a word of a file, in order.
     QStringList Strings(const QString& file, const QString& word) const
     {
         QStringList found;

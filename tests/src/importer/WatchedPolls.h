@@ -85,8 +85,8 @@ protected:
         if (const auto set = importer.GetFileSet())
             for (const FileMappingPointer& file : set->GetFiles())
                 lines.append(Describe(*file));
-        for (const char* room : {"src/", "cloud/"}) {
-            const QString folder = QString::fromLatin1(room) + job.name;
+        for (const char* top : {"src/", "cloud/"}) {
+            const QString folder = QString::fromLatin1(top) + job.name;
             const FileTree::Snapshot contents = tree.Contents(folder);
             for (auto file = contents.cbegin(); file != contents.cend(); ++file)
                 lines.append(folder + u'/' + file.key() + u'=' + QString::fromUtf8(file.value()));

@@ -28,7 +28,7 @@ struct Service
     const char* creatorName;
     /// How the zoo's call log names the object.
     const char* object;
-    /// After a request without an object whose library was unloaded: a resolver is marked behind
+    /// After a request without an object whose library was unloaded: a resolver is marked after
     /// the unload, a layout before it, which clears the mark.
     LoadState withoutObject;
 };
