@@ -11,7 +11,7 @@ namespace Halvern::Base {
 // Folders that the system names. Empty when it does not. Nothing is made. Not to be called while
 // another thread changes the environment.
 
-/// The file of the running program.
+/// The file of the running program. On Windows without a prefix "\\?\" by which it was started.
 std::filesystem::path ProgramFile();
 /// The machine's folder for data of all users: CSIDL_COMMON_APPDATA, on POSIX /usr/share.
 std::filesystem::path CommonDataFolder();

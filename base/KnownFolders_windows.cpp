@@ -3,6 +3,7 @@
 #include "base/KnownFolders.h"
 
 #include "base/WindowsApi.h"
+#include "base/WindowsApiPath.h"
 
 #include <algorithm>
 #include <array>
@@ -35,7 +36,7 @@ std::filesystem::path ProgramFile()
     std::wstring program(32768, L'\0');
     const DWORD size = ::GetModuleFileNameW(nullptr, program.data(), DWORD(program.size()));
     program.resize(size < program.size() ? size : 0);
-    return program;
+    return ToWide(WithoutApiPrefix(FromWide(program)));
 }
 
 std::filesystem::path CommonDataFolder()

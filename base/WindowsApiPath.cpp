@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t LongPath = 248;
 
 constexpr std::u16string_view Prefix = u"\\\\?\\";
+constexpr std::u16string_view ServerPrefix = u"\\\\?\\UNC\\";
 constexpr std::u16string_view DevicePrefix = u"\\\\.\\";
 
 } // namespace
@@ -28,6 +29,15 @@ std::u16string WindowsApiPath(std::u16string_view path)
     if (IsUncPath(native))
         return std::u16string(u"\\\\?\\UNC").append(native, 1);
     return HasDrive(native) ? std::u16string(Prefix).append(native) : native;
+}
+
+std::u16string WithoutApiPrefix(std::u16string_view native)
+{
+    if (native.starts_with(ServerPrefix))
+        return std::u16string(u"\\\\").append(native.substr(ServerPrefix.size()));
+    const std::u16string_view path = native.substr(native.starts_with(Prefix) ? Prefix.size() : 0);
+    // What is no drive ("\\?\Volume{...}") has no other name.
+    return std::u16string(HasDrive(path) ? path : native);
 }
 
 bool RuntimeTakesPath(std::u16string_view native) noexcept

@@ -16,6 +16,12 @@ namespace Halvern::Base {
 ///     "\\?\UNC\server\share\..."
 std::u16string WindowsApiPath(std::u16string_view path);
 
+/// The other way round: a path without that prefix, which none of the functions on the text of a
+/// path knows. The system answers with one where it was given one.
+///
+///     "\\?\D:\a.prt" gives "D:\a.prt", "\\?\UNC\server\share" gives "\\server\share"
+std::u16string WithoutApiPrefix(std::u16string_view native);
+
 /// False for a path of WindowsApiPath that the C runtime refuses: it takes the "?" of the prefix
 /// for a wildcard, and answers that there is no such file.
 bool RuntimeTakesPath(std::u16string_view native) noexcept;

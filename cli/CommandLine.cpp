@@ -6,7 +6,8 @@
 
 #include "corsync/Version.h"
 
-#include <map>
+#include <utility>
+#include <vector>
 
 namespace Halvern::Cli {
 
@@ -39,9 +40,13 @@ A policy for collisions is one of
   rename    copy under a new name: "a (2).gltf"
   replace   put the copy in its place)";
 
+/// Names in the order in which a usage error lists them.
+template <typename Value>
+using NamedValues = std::vector<std::pair<std::string, Value>>;
+
 /// The option takes one of the names, each for a value.
 template <typename Value>
-void TakesOneOf(CLI::Option* option, const std::map<std::string, Value>& values)
+void TakesOneOf(CLI::Option* option, const NamedValues<Value>& values)
 {
     std::vector<std::string> names;
     for (const auto& [name, value] : values)
@@ -51,18 +56,26 @@ void TakesOneOf(CLI::Option* option, const std::map<std::string, Value>& values)
     option->transform(CLI::IsMember(names).description(""));
 }
 
-const std::map<std::string, Jobs::CollisionPolicy> Policies = {
-    {"stop", Jobs::CollisionPolicy::Stop},
-    {"keep", Jobs::CollisionPolicy::Keep},
-    {"rename", Jobs::CollisionPolicy::Rename},
-    {"replace", Jobs::CollisionPolicy::Replace}};
+const NamedValues<Jobs::CollisionPolicy> Policies = {{"stop", Jobs::CollisionPolicy::Stop},
+                                                     {"keep", Jobs::CollisionPolicy::Keep},
+                                                     {"rename", Jobs::CollisionPolicy::Rename},
+                                                     {"replace", Jobs::CollisionPolicy::Replace}};
 
-const std::map<std::string, ProgressMode> ProgressModes = {
+const NamedValues<ProgressMode> ProgressModes = {
     {"auto", ProgressMode::Auto}, {"always", ProgressMode::Always}, {"never", ProgressMode::Never}};
 
 /// As log4cplus numbers them.
-const std::map<std::string, int> LogLevels = {
+const NamedValues<int> LogLevels = {
     {"error", 40000}, {"warn", 30000}, {"info", 20000}, {"debug", 10000}, {"trace", 0}};
+
+QStringList TypesIn(const QString& list)
+{
+    QStringList types;
+    for (const QString& type : list.split(u','))
+        types.append(type.trimmed());
+    types.removeAll(QString());
+    return types;
+}
 
 /// CLI11 takes the arguments last one first, without the program's name.
 std::vector<std::string> Reversed(const QStringList& arguments)
@@ -115,7 +128,6 @@ Options CommandLine::Parse(const QStringList& arguments)
             m_import.request.selectedCollisions = m_collisions;
         if (m_linkedOption->empty())
             m_import.request.linkedCollisions = m_collisions;
-        m_import.request.fileTypes.removeAll(QString());
         options.command = m_import;
     } else {
         m_plugins.load = !m_noLoad;
@@ -203,12 +215,12 @@ void CommandLine::AddWhat(CLI::App& app)
     app.add_flag("--direct-links-only", request.directLinksOnly,
                  "Do not follow the links of linked files")
         ->group("What");
-    AddTexts(app, "--types", request.fileTypes,
-             "Extensions whose links are followed, such as gltf,glb (default: all)")
+    // Split here: CLI11 would take the next argument for a list that names nothing, such as ",".
+    app.add_option_function<std::string>(
+           "--types",
+           [&request](const std::string& list) { request.fileTypes = TypesIn(Text(list)); },
+           "Extensions whose links are followed, such as gltf,glb (default: all)")
         ->type_name("LIST")
-        ->delimiter(',')
-        ->transform([](const std::string& type) { return Text(type).trimmed().toStdString(); })
-        ->allow_extra_args(false)
         ->group("What");
     app.add_flag("-n,--dry-run", m_import.dryRun, "Print what would happen and do nothing")
         ->group("What");

@@ -110,10 +110,10 @@ public:
     /// the set, and after a cancel the next stage stops at its first file.
 
     /// Adds every file that is linked, directly or by a linked file. True also when no file's type
-    /// has links, and when single files could not be read; false on cancel and without a file set.
+    /// has links, when single files could not be read, and without a file set; false on cancel.
     bool ExtractFileLinks();
     /// Gives linked files their targets: first by layout plug-ins, then below the file that links
-    /// them. False on cancel, without a file set, and when a file got no target.
+    /// them. A file whose path is an address gets none. False on cancel and without a file set.
     bool AssignTargetPaths();
     /// Sets SourceMissing, SameSourceAndTarget, Collision and Unchanged anew. False on cancel and
     /// when a file has no target; the others are marked all the same.
@@ -151,7 +151,7 @@ public:
     void SetCopyOption(SyncServices::Global::CopyOption option, bool on);
 
 Q_SIGNALS:
-    /// A folder was made for a target, after it was there.
+    /// A folder was made for a target. Raised for a selected folder that could not be made, too.
     void FolderCreated(QString newFolder);
     /// A copy is complete, its links not yet rewritten.
     void FileCopied(QString sourceFile, QString targetFile);

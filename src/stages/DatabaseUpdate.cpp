@@ -79,6 +79,7 @@ public:
 private:
     std::optional<bool> KnownResult(const FileMapping& mapping);
     void ReportNotRecorded(const FileMapping* mapping, const QString& text = {}) const;
+    bool Fail(const FileMapping& mapping, const QString& text = {});
     bool UpdateTree(const NodePointer& root);
     bool WriteItem(const FileMapping& mapping);
     bool MergeLinks(const FileMapping& mapping, SyncItem& item) const;
@@ -147,8 +148,16 @@ std::optional<bool> DatabaseUpdate::KnownResult(const FileMapping& mapping)
         return false;
     if (m_context.services->IsInCloudCacheFolder(mapping.GetTargetFile()))
         return std::nullopt;
-    m_failed.insert(&mapping);
-    ReportNotRecorded(&mapping, QStringLiteral("The target lies outside the cloud cache folder"));
+    return Fail(mapping, QStringLiteral("The target lies outside the cloud cache folder"));
+}
+
+/// Reports a file once, though it is tried again where links close a cycle: always false.
+bool DatabaseUpdate::Fail(const FileMapping& mapping, const QString& text)
+{
+    if (!m_failed.contains(&mapping)) {
+        m_failed.insert(&mapping);
+        ReportNotRecorded(&mapping, text);
+    }
     return false;
 }
 
@@ -198,11 +207,8 @@ bool DatabaseUpdate::UpdateTree(const NodePointer& node)
 bool DatabaseUpdate::WriteItem(const FileMapping& mapping)
 {
     const QString target = mapping.GetTargetFile();
-    if (!PathExists(target)) {
-        m_failed.insert(&mapping);
-        ReportNotRecorded(&mapping, QStringLiteral("The target does not exist"));
-        return false;
-    }
+    if (!PathExists(target))
+        return Fail(mapping, QStringLiteral("The target does not exist"));
     std::shared_ptr<SyncItem> item =
         m_database->GetSyncItem(target, true, mapping.GetAuthenticationId(), FileItem::ItemOnly);
     if (item) {
@@ -212,17 +218,14 @@ bool DatabaseUpdate::WriteItem(const FileMapping& mapping)
         }
     } else {
         item = MakeItem(mapping);
-        if (!item) {
-            m_failed.insert(&mapping);
-            ReportNotRecorded(&mapping);
-            return false;
-        }
+        if (!item)
+            return Fail(mapping);
     }
     m_processed.Append(item);
     ResolveItemLinks(*item);
     SetSyncOptions(mapping, *item);
     if (!m_database->AddOrUpdateFileConfiguration(item))
-        ReportNotRecorded(&mapping);
+        Fail(mapping);
     return true;
 }
 

@@ -112,16 +112,10 @@ void DeleteParkedFile(const StageContext& context, const QString& source, const 
          {}});
 }
 
-} // namespace
-
-bool CopyFile(const StageContext& context, const FileMappingPointer& mapping, bool deleteSource)
+/// Nothing is made or put aside before this has said yes: the system would do that to the file "a"
+/// for "a.".
+bool CanBeCopied(const StageContext& context, const QString& source, const QString& target)
 {
-    if (!mapping)
-        return false;
-    if (mapping->AreSourceAndTargetSame())
-        return true;
-    const QString source = mapping->GetSourceFile();
-    const QString target = mapping->GetTargetFile();
     IProblemSink* const sink = context.problems.get();
     if (source.isEmpty() || target.isEmpty()) {
         context.Report(Stage::CopyFiles,
@@ -136,8 +130,7 @@ bool CopyFile(const StageContext& context, const FileMappingPointer& mapping, bo
                          {Stage::CopyFiles, ProblemKind::FileMissing, source, {}, {}});
         return false;
     }
-    // Before anything is made or put aside: the system would do that to the file "a" for "a.".
-    QString error = WhyForbidden(target);
+    const QString error = WhyForbidden(target);
     if (!error.isEmpty()) {
         ReportCopyFailure(sink, source, target, ProblemKind::NameRefused, error);
         return false;
@@ -146,24 +139,57 @@ bool CopyFile(const StageContext& context, const FileMappingPointer& mapping, bo
         context.Report(Stage::CopyFiles, ProblemKind::FolderInTheWay, source);
         return false;
     }
-    if (!MakeParentFolder(context, source, target))
+    return MakeParentFolder(context, source, target);
+}
+
+/// False when the file that stands at the target must stay. Otherwise `parked` is its new name, if
+/// it has one.
+bool MakeWay(const StageContext& context, const QString& source, const QString& target,
+             QString& parked)
+{
+    if (!PathExists(target))
+        return true;
+    if (!IsWritable(target)) {
+        FILELINK_PROBLEM(context.problems.get(), Operation::CopyFile, LogLevel::Info,
+                         QStringLiteral("Copy skipped for file %1. Target file %2 exists and is "
+                                        "read-only.")
+                             .arg(source)
+                             .arg(target),
+                         {Stage::CopyFiles, ProblemKind::TargetReadOnly, source, {}, {}});
         return false;
-    QString parked;
-    if (PathExists(target)) {
-        if (!IsWritable(target)) {
-            FILELINK_PROBLEM(
-                sink, Operation::CopyFile, LogLevel::Info,
-                QStringLiteral("Copy skipped for file %1. Target file %2 exists and is "
-                               "read-only.")
-                    .arg(source)
-                    .arg(target),
-                {Stage::CopyFiles, ProblemKind::TargetReadOnly, source, {}, {}});
-            return false;
-        }
-        parked = ParkExistingFile(context, source, target);
     }
+    parked = ParkExistingFile(context, source, target);
+    return true;
+}
+
+void RecordCopy(const StageContext& context, const FileMappingPointer& mapping, bool deleteSource)
+{
+    mapping->UpdateSourceFileProperties();
+    mapping->UpdateTargetFileProperties();
+    context.history->AddOrUpdate(mapping);
+    mapping->SetFlag(FileMapping::Copied, true);
+    if (deleteSource)
+        context.signals.fileMoved(mapping->GetSourceFile(), mapping->GetTargetFile());
+    else
+        context.signals.fileCopied(mapping->GetSourceFile(), mapping->GetTargetFile());
+}
+
+} // namespace
+
+bool CopyFile(const StageContext& context, const FileMappingPointer& mapping, bool deleteSource)
+{
+    if (!mapping)
+        return false;
+    if (mapping->AreSourceAndTargetSame())
+        return true;
+    const QString source = mapping->GetSourceFile();
+    const QString target = mapping->GetTargetFile();
+    QString parked;
+    if (!CanBeCopied(context, source, target) || !MakeWay(context, source, target, parked))
+        return false;
+    QString error;
     if (!CopyFileBytes(source, target, &error)) {
-        ReportCopyFailure(sink, source, target, ProblemKind::NotCopied, error);
+        ReportCopyFailure(context.problems.get(), source, target, ProblemKind::NotCopied, error);
         return false;
     }
     if (deleteSource && !DeleteMovedSource(context, source, target))
@@ -174,14 +200,7 @@ bool CopyFile(const StageContext& context, const FileMappingPointer& mapping, bo
         QStringLiteral("File copied successfully from %1 to %2").arg(source).arg(target));
     if (!parked.isEmpty())
         DeleteParkedFile(context, source, parked, target);
-    mapping->UpdateSourceFileProperties();
-    mapping->UpdateTargetFileProperties();
-    context.history->AddOrUpdate(mapping);
-    mapping->SetFlag(FileMapping::Copied, true);
-    if (deleteSource)
-        context.signals.fileMoved(source, target);
-    else
-        context.signals.fileCopied(source, target);
+    RecordCopy(context, mapping, deleteSource);
     return true;
 }
 

@@ -45,10 +45,11 @@ bool HasDriveRoot(const QString& path)
     return Base::HasDrive(Units(path)) && (path.size() == 2 || path[2] == u'/');
 }
 
-/// For Qt every name that ends so is a shortcut, also that of a file that does not exist.
+/// For Qt every name that ends so is a shortcut, also that of a file that does not exist. Elsewhere
+/// there are none, and Qt would ask the disk for nothing.
 bool IsShortcut(const QString& path)
 {
-    return QFileInfo(path).isShortcut() && Base::Exists(Native(path));
+    return IsWindows && QFileInfo(path).isShortcut() && Base::Exists(Native(path));
 }
 
 } // namespace

@@ -40,6 +40,15 @@ TEST(WindowsApiPaths, HaveThePrefixOnceAndOnlyWhenAbsolute)
     EXPECT_EQ(WindowsApiPath(Long(u"a/", 300)), Long(u"a\\", 300));
 }
 
+TEST(WindowsApiPaths, LoseThePrefixWhereTheyHaveAnotherName)
+{
+    EXPECT_EQ(WithoutApiPrefix(u"\\\\?\\D:\\a\\b.exe"), u"D:\\a\\b.exe");
+    EXPECT_EQ(WithoutApiPrefix(u"\\\\?\\UNC\\server\\share\\b.exe"), u"\\\\server\\share\\b.exe");
+    for (const char16_t* const path :
+         {u"D:\\a", u"\\\\server\\share", u"\\\\?\\Volume{1}\\a", u"\\\\.\\D:\\a", u""})
+        EXPECT_EQ(WithoutApiPrefix(path), path);
+}
+
 TEST(WindowsApiPaths, WithThePrefixAreNoneForTheRuntime)
 {
     EXPECT_TRUE(RuntimeTakesPath(WindowsApiPath(Long(u"D:/a/", 247))));

@@ -52,6 +52,17 @@ TEST(CommandLine, OptionsMayStandBeforeAndAfterTheSources)
                 options.request.directLinksOnly && options.dryRun);
 }
 
+TEST(CommandLine, AListOfTypesThatNamesNoneIsAllTypesAndTakesNoOtherArgument)
+{
+    for (const QString& list : {u","_s, u" , "_s, QString()}) {
+        const ImportOptions options =
+            ParseImport({u"--types"_s, list, u"a.gltf"_s, u"--to"_s, u"Demo"_s});
+        EXPECT_TRUE(options.request.fileTypes.isEmpty()) << list.toStdString();
+        EXPECT_EQ(options.request.sources, QStringList{u"a.gltf"_s});
+        EXPECT_EQ(options.request.target, u"Demo"_s);
+    }
+}
+
 TEST(CommandLine, AnOwnCollisionPolicyOutranksTheCommonOneInAnyOrder)
 {
     for (const QStringList& arguments :
@@ -137,4 +148,14 @@ TEST(CommandLine, AWrongOptionGivesTwoLinesThatNameIt)
         EXPECT_TRUE(parsed.error.contains(row.named)) << parsed.error.toStdString();
         EXPECT_EQ(parsed.error.count(u'\n'), 2) << parsed.error.toStdString();
     }
+}
+
+TEST(CommandLine, AUsageErrorListsTheChoicesInTheOrderOfTheHelp)
+{
+    const auto errorOf = [](const QString& option) {
+        return Parse({u"import"_s, u"a"_s, option, u"wrong"_s}).error;
+    };
+    EXPECT_TRUE(errorOf(u"--collisions"_s).contains(u"{stop,keep,rename,replace}"_s));
+    EXPECT_TRUE(errorOf(u"--progress"_s).contains(u"{auto,always,never}"_s));
+    EXPECT_TRUE(errorOf(u"--log-level"_s).contains(u"{error,warn,info,debug,trace}"_s));
 }

@@ -252,6 +252,27 @@ TEST_F(Problems, OfTheUpdateNameWhatCouldNotBeRecordedOnceEach)
            tree.Path("elsewhere/c.tlk"));
 }
 
+TEST_F(Problems, OfTheUpdateNameFilesThatLinkEachOtherOnceEach)
+{
+    const auto database = WatchedDatabase::Install();
+    const FileMappingFlag copied = FileMapping::Selected | FileMapping::Copied;
+    for (const auto& [name, linked] : {std::pair("a.tlk", "b.tlk"), std::pair("b.tlk", "a.tlk")}) {
+        tree.File(u"src/%1"_s.arg(name)).File(u"cloud/%1"_s.arg(name));
+        Add(u"src/%1"_s.arg(name), name, copied)->SetTargetFileLinks({{-1, "1", linked, {}}});
+    }
+    for (bool* const refused : {&database->refuseFolders, &database->refuseWrites}) {
+        problems->list.clear();
+        *refused = true;
+        importer->UpdateSyncDatabase();
+        *refused = false;
+        ASSERT_EQ(problems->list.size(), 2) << problems->Texts().join("; ").toStdString();
+        Expect(problems->list[0], Stage::UpdateSyncDatabase, ProblemKind::NotRecorded,
+               Cloud("a.tlk"));
+        Expect(problems->list[1], Stage::UpdateSyncDatabase, ProblemKind::NotRecorded,
+               Cloud("b.tlk"));
+    }
+}
+
 TEST_F(Problems, OfTheUpdateTellADatabaseThatIsMissing)
 {
     tree.File("src/a.tlk").File("cloud/a.tlk");
