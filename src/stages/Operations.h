@@ -21,7 +21,7 @@ inline constexpr char Initialize[] =
 inline constexpr char AssignTargetPaths[] = "bool " FILELINK_IMPORTER "AssignTargetPaths()";
 inline constexpr char AssignDefaultTargetPaths[] =
     "bool " FILELINK_IMPORTER "AssignDefaultTargetPaths(const NodePointer&, QSet<const "
-                              "Halvern::SyncServices::FileMapping*>&)";
+    "Halvern::SyncServices::FileMapping*>&)";
 inline constexpr char MarkCollisions[] = "bool " FILELINK_IMPORTER "MarkCollisions()";
 inline constexpr char MarkCollision[] =
     "bool " FILELINK_IMPORTER "MarkCollisions(const Halvern::FileLink::FileMappingPointer&)";
