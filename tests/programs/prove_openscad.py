@@ -8,7 +8,7 @@ import tempfile
 
 import proof
 
-MAKE = proof.TESTS / "formats" / "openscad" / "corpus" / "make-corpus.py"
+MAKE = proof.TESTS / "plugins" / "openscad" / "corpus" / "make-corpus.py"
 
 
 def edit(file, *changes):

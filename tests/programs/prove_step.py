@@ -10,7 +10,7 @@ import tempfile
 import draw
 import proof
 
-MAKE = proof.TESTS / "formats" / "step" / "corpus" / "make-corpus.py"
+MAKE = proof.TESTS / "plugins" / "step" / "corpus" / "make-corpus.py"
 
 
 def escaped(text):

@@ -7,7 +7,7 @@ import tempfile
 
 import proof
 
-CORPUS = proof.TESTS / "formats" / "wavefront" / "corpus" / "make-corpus.py"
+CORPUS = proof.TESTS / "plugins" / "wavefront" / "corpus" / "make-corpus.py"
 MATERIALS = "Material & Farbe"
 PICTURES = "Bilder für alle"
 
