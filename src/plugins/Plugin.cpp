@@ -88,8 +88,18 @@ QString Plugin::OpenLibrary()
     QString error = CheckRegisteredContract(GetModule(), m_registration.contractVersion);
     if (!error.isEmpty())
         return error;
+    if (!m_initializationFault.isEmpty())
+        return m_initializationFault;
     m_library = std::make_unique<QLibrary>(FindLibrary());
-    if (!m_library->load())
+    // A static object of the library may throw while it is made.
+    const auto loaded = CallPlugin(
+        GetModule(), "its initialization", [&] { return m_library->load(); },
+        m_initializationFault);
+    if (!loaded) {
+        m_library.reset();
+        return m_initializationFault;
+    }
+    if (!*loaded)
         return QStringLiteral("Failed to load plugin %1. Error %2.")
             .arg(GetModule())
             .arg(m_library->errorString());

@@ -105,6 +105,9 @@ private:
     LoadState m_loadState = LoadState::NotLoaded;
     QStringList m_errors;
     std::unique_ptr<QLibrary> m_library;
+    /// What the library threw while it was loaded. It is not loaded again: the system would take
+    /// it for loaded, although its objects are not made.
+    QString m_initializationFault;
     // Plain pointers: a replaced object, and those of a module that keeps its objects, are not
     // destroyed.
     SyncPlugin::IFileLayout* m_fileLayout = nullptr;

@@ -65,7 +65,11 @@ QString ParkExistingFile(const StageContext& context, const QString& source, con
                          .arg(target)
                          .arg(parked)
                          .arg(error),
-                     {Stage::CopyFiles, ProblemKind::TargetNotParked, source, error, {}});
+                     {Stage::CopyFiles,
+                      ProblemKind::TargetNotParked,
+                      source,
+                      QStringLiteral("The existing file could not be put aside: ") + error,
+                      {}});
     return QString();
 }
 
@@ -86,7 +90,11 @@ bool DeleteMovedSource(const StageContext& context, const QString& source, const
                        "move operation. Error: %2")
             .arg(source)
             .arg(error),
-        {Stage::CopyFiles, ProblemKind::SourceNotDeleted, source, error, {}});
+        {Stage::CopyFiles,
+         ProblemKind::SourceNotDeleted,
+         source,
+         QStringLiteral("The source was copied, but could not be deleted: ") + error,
+         {}});
     return false;
 }
 

@@ -129,7 +129,7 @@ bool RepathMapping(const StageContext& context, const FileMappingPointer& mappin
             {Stage::RepathFiles,
              ProblemKind::FileMissing,
              target.isEmpty() ? mapping->GetSourceFile() : target,
-             {},
+             QStringLiteral("There is no copy whose links could be rewritten"),
              {}});
         return false;
     }

@@ -217,6 +217,7 @@ TEST_F(Problems, OfRepathingNameTheCopyThatIsGone)
     Add("src/a.tlk", "a.tlk", FileMapping::Selected | FileMapping::Copied);
     EXPECT_FALSE(importer->RepathFiles());
     ExpectOnly(Stage::RepathFiles, ProblemKind::FileMissing, Cloud("a.tlk"));
+    EXPECT_EQ(problems->list[0].text, "There is no copy whose links could be rewritten");
     problems->list.clear();
     EXPECT_FALSE(importer->RepathFile(Cloud("b.tlk"), FileLinkList{Link("1", "new")}));
     ExpectOnly(Stage::RepathFiles, ProblemKind::FileMissing, Cloud("b.tlk"));

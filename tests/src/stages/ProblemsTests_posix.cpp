@@ -49,7 +49,8 @@ TEST_F(RefusedByTheSystem, AReplacementIsTwoProblemsWithTheSystemsWords)
     EXPECT_FALSE(Copy(mapping));
     ASSERT_EQ(problems->list.size(), 2);
     EXPECT_EQ(problems->list[0].kind, ProblemKind::TargetNotParked);
-    EXPECT_FALSE(problems->list[0].text.isEmpty());
+    EXPECT_TRUE(
+        problems->list[0].text.startsWith("The existing file could not be put aside: Cannot "));
     EXPECT_EQ(problems->list[1].kind, ProblemKind::NotCopied);
     EXPECT_EQ(problems->list[1].text, "Destination file exists");
     for (const auto& problem : problems->list) {
@@ -68,7 +69,8 @@ TEST_F(RefusedByTheSystem, ASourceThatStaysIsNamedAfterAMove)
     ASSERT_EQ(problems->list.size(), 1);
     EXPECT_EQ(problems->list[0].kind, ProblemKind::SourceNotDeleted);
     EXPECT_EQ(problems->list[0].file, tree.Path("src/a.prt"));
-    EXPECT_TRUE(problems->list[0].text.contains("Permission denied"));
+    EXPECT_EQ(problems->list[0].text,
+              "The source was copied, but could not be deleted: Permission denied");
 }
 
 } // namespace Halvern::Test

@@ -24,6 +24,7 @@ enum class Fault
     NullObjectTheSecondTime,
     ThrowingFactory,
     ThrowingCreation,
+    ThrowingInitialization,
     CallReturnsFalse,
     CallThrows,
     CallThrowsAnInt,
@@ -50,6 +51,13 @@ void ThrowWhen(bool faulty)
     if (faulty)
         throw std::runtime_error("a fault of the zoo");
 }
+
+struct Initialized
+{
+    Initialized() { ThrowWhen(fault == Fault::ThrowingInitialization); }
+};
+
+const Initialized initialized;
 
 bool Call(const char* name)
 {
