@@ -161,6 +161,8 @@ TEST_F(HeldGltf, WhatItsHolderWritesMeanwhileIsNotOverwritten)
     std::thread writer([&] {
         std::this_thread::sleep_for(300ms);
         tree.File(u"a.gltf"_s, "theirs");
+        // A look at the file comes between: what is written right before the end goes unseen.
+        std::this_thread::sleep_for(700ms);
         reader.LetGo();
     });
     EXPECT_THROW(replacement.Commit(), FormatError);
