@@ -86,6 +86,7 @@ ExitCode ExitCodeOf(Jobs::JobErrorKind kind)
     case Jobs::JobErrorKind::SessionTaken:
     case Jobs::JobErrorKind::SyncOff:
     case Jobs::JobErrorKind::SelectionRefused:
+    case Jobs::JobErrorKind::PlanNotMade:
     case Jobs::JobErrorKind::WrongOrder:
         return ExitCode::Failed;
     }

@@ -102,9 +102,9 @@ const Plan& ImportJob::MakePlan()
     RequireSync();
     const QStringList sources = CheckedSources(state.request.sources);
     const QString target = CheckedTarget(state.request.target);
-    state.planned = true;
     state.plan.leftOut = LeftOut(sources);
     state.run.Plan(sources, target);
+    state.planned = true;
     state.WritePlan();
     state.control->Rethrow();
     return state.plan;

@@ -123,6 +123,16 @@ void JobRun::Plan(const QStringList& sources, const QString& target)
         return;
     if (Run(Phase::ResolvingConflicts, 0, [&] { m_importer->ResolveCollisions(); }))
         m_conflicts = SettleTargets(*m_state.files, m_state.request, m_state.wantedTargets);
+    RequireWholePlan();
+}
+
+/// A stage that an exception ended leaves files out: the others would come without what they link,
+/// and a move would delete their sources.
+void JobRun::RequireWholePlan() const
+{
+    for (const FileLink::Problem& problem : m_control->Problems().All())
+        if (problem.kind == FileLink::ProblemKind::StageEnded)
+            throw JobError(JobErrorKind::PlanNotMade, problem.text);
 }
 
 bool JobRun::AssignTargets()

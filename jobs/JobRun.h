@@ -36,7 +36,7 @@ public:
     JobRun& operator=(const JobRun&) = delete;
 
     /// Sources and target are checked. Throws JobError(SelectionRefused) when the module refuses
-    /// them.
+    /// them, and JobError(PlanNotMade).
     void Plan(const QStringList& sources, const QString& target);
     /// False when the job is cancelled.
     bool MayBegin();
@@ -55,6 +55,7 @@ private:
     template <typename Stage>
     bool Run(Phase phase, qint64 total, Stage stage);
     void ConnectSignals();
+    void RequireWholePlan() const;
     bool AssignTargets();
     bool AssignOtherTargets();
     bool MarkCollisions();

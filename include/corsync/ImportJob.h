@@ -35,7 +35,8 @@ public:
     ImportJob& operator=(const ImportJob&) = delete;
 
     /// Finds out what is to be done. Nothing is written anywhere. Throws JobError: SyncOff,
-    /// SourceMissing, SourceRefused, TargetRefused, SelectionRefused; WrongOrder when called twice.
+    /// SourceMissing, SourceRefused, TargetRefused, SelectionRefused, PlanNotMade; WrongOrder when
+    /// called twice.
     const Plan& MakePlan();
     /// The plan as made; empty before.
     const Plan& GetPlan() const;

@@ -33,6 +33,8 @@ enum class JobErrorKind
     TargetRefused,
     /// The module did not take the selection.
     SelectionRefused,
+    /// An exception ended the making of the plan, for example for want of memory.
+    PlanNotMade,
     /// The calls came in an order that makes no sense.
     WrongOrder,
 };
