@@ -10,4 +10,14 @@ JobError::JobError(JobErrorKind kind, const QString& text)
 
 JobError::~JobError() = default;
 
+JobErrorKind JobError::Kind() const
+{
+    return m_kind;
+}
+
+const QString& JobError::Text() const
+{
+    return m_text;
+}
+
 } // namespace Halvern::Jobs

@@ -47,9 +47,9 @@ public:
     JobError(JobErrorKind kind, const QString& text);
     ~JobError() override;
 
-    JobErrorKind Kind() const { return m_kind; }
+    JobErrorKind Kind() const;
     /// One sentence for people, without a full stop. It begins with what it is about.
-    const QString& Text() const { return m_text; }
+    const QString& Text() const;
 
 private:
     JobErrorKind m_kind;
