@@ -5,6 +5,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcessEnvironment>
+#include <QtCore/QRegularExpression>
 
 namespace Halvern::Test {
 
@@ -92,9 +93,12 @@ CommandResult CommandFixture::Finish(QProcess& process)
         return {};
     }
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    // Expected lines are written with forward slashes, and end as they do on POSIX.
+    // Expected lines are written with forward slashes, and end as they do on POSIX. In JSON a
+    // quotation mark keeps its backslash.
     const auto text = [](const QByteArray& bytes) {
-        return QDir::fromNativeSeparators(QString::fromUtf8(bytes)).replace(u"\r\n"_s, u"\n"_s);
+        static const QRegularExpression separator(u"\\\\(?!\")"_s);
+        QString lines = QString::fromUtf8(bytes).replace(u"\r\n"_s, u"\n"_s);
+        return QDir::separator() == u'/' ? lines : lines.replace(separator, u"/"_s);
     };
     return {process.exitCode(), text(process.readAllStandardOutput()),
             text(process.readAllStandardError())};

@@ -28,6 +28,7 @@ protected:
         own = std::make_shared<WatchedDatabase>(
             SyncFolderManagerLib::FolderManager::GetInstance()->GetSyncDatabase());
         SyncFolderManagerLib::FolderManager::Uninitialize();
+        SyncFolderManagerLib::FolderManager::Configure(settings);
         FileLink::FileLinkManager::Initialize();
         Restart();
     }
