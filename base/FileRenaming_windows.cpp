@@ -67,9 +67,16 @@ FileResult RenameToFree(const std::filesystem::path& from, const std::filesystem
 
 void RemoveFile(const std::filesystem::path& file) noexcept
 {
-    const std::wstring native = ApiPath(file);
-    ::SetFileAttributesW(native.c_str(), FILE_ATTRIBUTE_NORMAL);
-    ::DeleteFileW(native.c_str());
+    const auto remove = [](const wchar_t* native) {
+        ::SetFileAttributesW(native, FILE_ATTRIBUTE_NORMAL);
+        ::DeleteFileW(native);
+    };
+    try {
+        remove(ApiPath(file).c_str());
+    } catch (...) {
+        // Without memory for another form of it the path must do as it is, and most do.
+        remove(file.c_str());
+    }
 }
 
 } // namespace Halvern::Base
