@@ -21,7 +21,8 @@ constexpr char Examples[] = R"(Examples:
   corsync plugins                         which formats are understood
 
 Exit codes: 0 complete, 1 failed, 2 usage, 3 source missing, 4 missing links,
-5 locked files, 6 unresolved collisions, 7 plug-in or database, 20 cancelled.)";
+5 locked files, 6 unresolved conflicts, 7 plug-in or database, 8 refused files,
+20 cancelled.)";
 
 constexpr char ImportExamples[] = R"(Examples:
   corsync import project --to Demo

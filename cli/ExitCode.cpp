@@ -19,16 +19,18 @@ int Rank(ExitCode code)
         return 2;
     case ExitCode::Failed:
         return 3;
-    case ExitCode::PluginOrDatabase:
+    case ExitCode::Refused:
         return 4;
-    case ExitCode::Collisions:
+    case ExitCode::PluginOrDatabase:
         return 5;
-    case ExitCode::Cancelled:
+    case ExitCode::Collisions:
         return 6;
-    case ExitCode::SourceMissing:
+    case ExitCode::Cancelled:
         return 7;
-    case ExitCode::Usage:
+    case ExitCode::SourceMissing:
         return 8;
+    case ExitCode::Usage:
+        return 9;
     }
     return 0;
 }
@@ -59,8 +61,10 @@ ExitCode ExitCodeOf(const Jobs::Summary& summary)
         codes.append(ExitCode::MissingLinks);
     if (summary.Count(Jobs::Outcome::Locked) > 0)
         codes.append(ExitCode::Locked);
-    if (summary.filesWithProblems > 0 || !summary.problems.isEmpty())
+    if (summary.filesWithProblems > 0 || !summary.problems.isEmpty() || !summary.findings.isEmpty())
         codes.append(ExitCode::Failed);
+    if (summary.Count(Jobs::Outcome::Refused) > 0)
+        codes.append(ExitCode::Refused);
     if (pluginFailed || !summary.databaseError.isEmpty())
         codes.append(ExitCode::PluginOrDatabase);
     if (summary.conflicts > 0)

@@ -30,14 +30,16 @@ enum class ExitCode : int
     Collisions = 6,
     /// A plug-in or the sync database failed.
     PluginOrDatabase = 7,
+    /// Done, but files that are linked were not brought along: the boundary does not allow it.
+    Refused = 8,
     /// Stopped by the user.
     Cancelled = 20,
 };
 
 /// The one that outranks the others; Complete for an empty list. What kept the job from being done
 /// outranks what it got wrong, and that outranks what is left to do:
-/// usage, source missing, cancelled, collisions, plug-in or database, failed, locked, missing
-/// links.
+/// usage, source missing, cancelled, collisions, plug-in or database, refused, failed, locked,
+/// missing links.
 ExitCode MostSerious(const QList<ExitCode>& codes);
 /// A registration file of which nothing came keeps plug-ins from being used.
 bool HasBroken(const QList<Jobs::RegistrationFault>& faults);

@@ -71,6 +71,8 @@ QString Explanation(const Conflict& conflict, const ReportFolders& folders)
         return QStringLiteral("a file stands where the folder must go");
     case ConflictKind::SameTarget:
         return QStringLiteral("also wanted by ") + Shown(conflict.other, folders.current);
+    case ConflictKind::BothChanged:
+        return QStringLiteral("source and copy both changed");
     }
     return {};
 }
@@ -129,15 +131,20 @@ bool ShowsTarget(const FileResult& result)
     case Outcome::Missing:
     case Outcome::Url:
     case Outcome::Skipped:
+    case Outcome::Refused:
     case Outcome::InPlace:
         return false;
     case Outcome::Copied:
     case Outcome::Moved:
     case Outcome::Replaced:
+    case Outcome::Updated:
     case Outcome::Renamed:
     case Outcome::Kept:
+    case Outcome::Left:
     case Outcome::Unchanged:
     case Outcome::Locked:
+    case Outcome::Orphaned:
+    case Outcome::Pruned:
     case Outcome::Failed:
     case Outcome::NotDone:
         return !result.target.isEmpty();

@@ -28,6 +28,50 @@ QString TextOf(Jobs::Remark remark)
         return QStringLiteral("a symbolic link that leads nowhere");
     case Jobs::Remark::NoFile:
         return QStringLiteral("neither a file nor a folder");
+    case Jobs::Remark::Excluded:
+        return QStringLiteral("excluded");
+    case Jobs::Remark::NotReadable:
+        return QStringLiteral("it could not be read");
+    case Jobs::Remark::NameNotText:
+        return QStringLiteral("its name is no UTF-8");
+    case Jobs::Remark::Vanished:
+        return QStringLiteral("it is gone since the selection was read");
+    case Jobs::Remark::ChangedWhileCopied:
+        return QStringLiteral("it changed while it was copied; import it again");
+    case Jobs::Remark::OutsideCloudFolder:
+        return QStringLiteral("its place lies outside the cloud cache folder");
+    case Jobs::Remark::NameRefused:
+        return QStringLiteral("the target's system refuses the name");
+    case Jobs::Remark::PathTooLong:
+        return QStringLiteral("the path of its copy is too long");
+    case Jobs::Remark::FileInTheWay:
+        return QStringLiteral("a file stands where a folder must be");
+    case Jobs::Remark::LinkEmpty:
+        return QStringLiteral("a link inside the copy would be empty");
+    case Jobs::Remark::LinkTooLong:
+        return QStringLiteral("a link inside the copy would be longer than 259 characters");
+    case Jobs::Remark::NotKept:
+        return QStringLiteral("what stands there could not be kept in the base store");
+    case Jobs::Remark::TargetChanged:
+        return QStringLiteral(
+            "what stands at the target changed after the plan was made; import it again");
+    case Jobs::Remark::SystemPlace:
+        return QStringLiteral("a place of the system; --within DIR allows it");
+    case Jobs::Remark::SecretPlace:
+        return QStringLiteral("a place where secrets are kept; --within DIR allows it");
+    case Jobs::Remark::OtherHome:
+        return QStringLiteral("another user's home; --within DIR allows it");
+    case Jobs::Remark::NotWithin:
+        return QStringLiteral("not in a folder that --within names");
+    case Jobs::Remark::RewritePending:
+        return QStringLiteral(
+            "its links are still to be rewritten; every import tries, and so does corsync retry");
+    case Jobs::Remark::LinksNotRead:
+        return QStringLiteral("its links could not be read; every import tries again");
+    case Jobs::Remark::SharedCopyStays:
+        return QStringLiteral("files of another import link the earlier copy");
+    case Jobs::Remark::SourceStays:
+        return QStringLiteral("the source stays: not everything that it links is in order");
     case Jobs::Remark::ColonInName:
         return QStringLiteral("its path holds a \":\"");
     case Jobs::Remark::NoTarget:
@@ -61,10 +105,14 @@ QString NameOf(Jobs::Outcome outcome)
         return QStringLiteral("moved");
     case Jobs::Outcome::Replaced:
         return QStringLiteral("replaced");
+    case Jobs::Outcome::Updated:
+        return QStringLiteral("updated");
     case Jobs::Outcome::Renamed:
         return QStringLiteral("renamed");
     case Jobs::Outcome::Kept:
         return QStringLiteral("kept");
+    case Jobs::Outcome::Left:
+        return QStringLiteral("left");
     case Jobs::Outcome::Unchanged:
         return QStringLiteral("unchanged");
     case Jobs::Outcome::InPlace:
@@ -75,8 +123,14 @@ QString NameOf(Jobs::Outcome outcome)
         return QStringLiteral("locked");
     case Jobs::Outcome::Missing:
         return QStringLiteral("missing");
+    case Jobs::Outcome::Refused:
+        return QStringLiteral("refused");
     case Jobs::Outcome::Url:
         return QStringLiteral("url");
+    case Jobs::Outcome::Orphaned:
+        return QStringLiteral("orphaned");
+    case Jobs::Outcome::Pruned:
+        return QStringLiteral("pruned");
     case Jobs::Outcome::Failed:
         return QStringLiteral("failed");
     case Jobs::Outcome::NotDone:
@@ -103,6 +157,8 @@ QString NameOf(Jobs::ConflictKind kind)
         return QStringLiteral("file-in-the-way");
     case Jobs::ConflictKind::SameTarget:
         return QStringLiteral("same-target");
+    case Jobs::ConflictKind::BothChanged:
+        return QStringLiteral("both-changed");
     }
     return {};
 }

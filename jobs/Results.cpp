@@ -40,18 +40,25 @@ bool FileResult::IsProblem() const
         return true;
     case Outcome::Skipped:
     case Outcome::Missing:
+    case Outcome::Refused:
     case Outcome::Url:
+    case Outcome::Orphaned:
+    case Outcome::Pruned:
     case Outcome::NotDone:
         return PluginFailed();
     case Outcome::Copied:
     case Outcome::Moved:
     case Outcome::Replaced:
+    case Outcome::Updated:
     case Outcome::Renamed:
     case Outcome::Kept:
+    case Outcome::Left:
     case Outcome::Unchanged:
     case Outcome::InPlace:
     case Outcome::Locked:
-        return !problems.isEmpty() || remark == Remark::LinksNotRewritten;
+        return !problems.isEmpty() || remark == Remark::LinksNotRewritten ||
+               remark == Remark::RewritePending || remark == Remark::LinksNotRead ||
+               remark == Remark::SourceStays;
     }
     return false;
 }

@@ -10,6 +10,8 @@
 #include "corsync/Plan.h"
 #include "corsync/Session.h"
 
+#include <QtCore/QHash>
+
 #include <memory>
 
 namespace Halvern::Jobs {
@@ -38,6 +40,9 @@ public:
     /// SourceMissing, SourceRefused, TargetRefused, SelectionRefused, PlanNotMade; WrongOrder when
     /// called twice.
     const Plan& MakePlan();
+    /// Settles conflicts of the plan, each by the source of the file, and makes the plan anew.
+    /// Conflicts that are not named stay. Requires a plan that was not executed.
+    const Plan& Resolve(const QHash<QString, ConflictAnswer>& answers);
     /// The plan as made; empty before.
     const Plan& GetPlan() const;
     /// What Execute will answer when nothing goes wrong and nobody cancels. Requires a plan.

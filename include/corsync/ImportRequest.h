@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "corsync/Plan.h"
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -31,7 +33,10 @@ struct ImportRequest
     /// For the files of the sources, and for those that are found through links.
     CollisionPolicy selectedCollisions = CollisionPolicy::Stop;
     CollisionPolicy linkedCollisions = CollisionPolicy::Stop;
-    /// Delete each source file that was copied in this job. What it links to is only copied.
+    /// For files whose source and copy both changed since the last import.
+    ConflictAnswer onConflict = ConflictAnswer::Stop;
+    /// Delete each source file once its copy, and everything that it links, is in order. What it
+    /// links to is only copied.
     bool move = false;
     /// Copy only what the sources link to.
     bool linksOnly = false;
@@ -39,6 +44,23 @@ struct ImportRequest
     bool directLinksOnly = false;
     /// Extensions whose links are followed, such as "gltf", ".gltf" or "*.gltf"; empty: all.
     QStringList fileTypes;
+    /// What is not to be imported, in the notation of .gitignore files; beside the built-in
+    /// patterns and the files .corsyncignore in the sources.
+    QStringList exclude;
+    /// When not empty, linked files come along only from these folders and the selection; what the
+    /// boundary refuses otherwise may come from here, too.
+    QStringList within;
+    /// Compare content, not times.
+    bool checksum = false;
+    /// Copy also what is unchanged.
+    bool force = false;
+    /// Read the links of files again, also of those that have not changed.
+    bool reread = false;
+    /// Bring everything below the target, also what another import has brought to the cloud cache
+    /// folder already.
+    bool selfContained = false;
+    /// Put copies whose source is gone into the base store.
+    bool prune = false;
 };
 
 } // namespace Halvern::Jobs

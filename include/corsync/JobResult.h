@@ -29,6 +29,11 @@ struct CORSYNCJOBS_EXPORT FileResult
     bool sourceDeleted = false;
     /// The links inside the file at the target were rewritten.
     bool linksRewritten = false;
+    /// As in PlannedFile.
+    bool outside = false;
+    bool isUnknownFormat = false;
+    /// With a remark: the pattern that excludes, the file in the way, the system's reason.
+    QString detail;
     /// With Missing: the files that link it, each once.
     QStringList linkedFrom;
     /// What went wrong with the file. A file that is in place may have problems, too.
@@ -56,8 +61,13 @@ struct Summary
     QList<RegistrationFault> registrationFaults;
     /// Why the sync database failed during this job; empty: it did not.
     QString databaseError;
-    /// Conflicts of the plan; with any, nothing was done.
+    /// Conflicts and findings of the plan; with any, nothing was done.
     qsizetype conflicts = 0;
+    QList<Finding> findings;
+    /// Files that came from outside the project.
+    qint64 outside = 0;
+    /// How many files there are of each extension, without a dot, that no plug-in reads.
+    QMap<QString, qint64> unknownFormats;
     bool cancelled = false;
     /// False when nothing was begun: planned only, stopped by conflicts, or cancelled before.
     bool executed = false;

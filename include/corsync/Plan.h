@@ -6,6 +6,7 @@
 
 #include "filelink/Problem.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
@@ -18,11 +19,18 @@ enum class Outcome
     Moved,
     /// Copied to where another file stood.
     Replaced,
+    /// The source changed since it was copied, the copy did not: the copy is made anew, the old one
+    /// is in the base store.
+    Updated,
     /// Copied under a name that was free.
     Renamed,
     /// The file that stands at the target is used as it is.
     Kept,
-    /// Copied earlier, and changed on neither side since.
+    /// The copy changed since it was made, the source did not: it stays as it is.
+    Left,
+    /// Copied earlier, and changed on neither side since; or somebody else put the same content
+    /// there. Its links may be rewritten all the same, when what they lead to has got another
+    /// place.
     Unchanged,
     /// Lies in the cloud cache folder already.
     InPlace,
@@ -33,8 +41,14 @@ enum class Outcome
     Locked,
     /// Linked, but not there.
     Missing,
+    /// Linked, but not to be brought along: the boundary does not allow it.
+    Refused,
     /// Linked, but no file of this machine.
     Url,
+    /// Copied earlier; its source is gone from the selection since. The copy stays.
+    Orphaned,
+    /// The same, and the copy was put into the base store.
+    Pruned,
     Failed,
     /// The job was cancelled before this file's turn.
     NotDone,
@@ -53,6 +67,46 @@ enum class Remark
     LinkToNothing,
     /// Skipped: neither a file nor a folder.
     NoFile,
+    /// Skipped: a pattern excludes it.
+    Excluded,
+    /// Failed: a folder that could not be listed, a file that could not be read.
+    NotReadable,
+    /// Failed: a name that is no UTF-8.
+    NameNotText,
+    /// Failed: it was there when the selection was read, and is gone.
+    Vanished,
+    /// Failed: it changed while it was copied.
+    ChangedWhileCopied,
+    /// Failed: the target lies outside the cloud cache folder, also through a symbolic link.
+    OutsideCloudFolder,
+    /// Failed: the target's system refuses the name, or the path is too long for it.
+    NameRefused,
+    PathTooLong,
+    /// Failed: a file stands where a folder of the target must be.
+    FileInTheWay,
+    /// Failed: a link inside the copy would be empty, or longer than 259 characters.
+    LinkEmpty,
+    LinkTooLong,
+    /// Failed: what stands at the target could not be kept in the base store.
+    NotKept,
+    /// Failed: after the plan was made another file appeared at the target, or the one there
+    /// changed.
+    TargetChanged,
+    /// Refused: a place of the system, a place where secrets are kept, another user's home, or a
+    /// place that is not among those allowed.
+    SystemPlace,
+    SecretPlace,
+    OtherHome,
+    NotWithin,
+    /// In place, but its links could not be rewritten; every import and `retry` try again.
+    RewritePending,
+    /// In place, but its links could not be read; every import tries again.
+    LinksNotRead,
+    /// With Renamed: the earlier copy stays as it is, because files of another import link it.
+    SharedCopyStays,
+    /// In place, but the source was not deleted, as asked for: something that it links, directly or
+    /// through others, is not in order.
+    SourceStays,
     /// Failed: the path below the source holds a ":".
     ColonInName,
     /// Failed: nothing says where in the cloud cache folder it goes.
@@ -112,6 +166,13 @@ struct PlannedFile
     Origin origin = Origin::Selected;
     /// The source is deleted after copying.
     bool deletesSource = false;
+    /// It comes along through a link, and lies outside the project: the folder that holds the
+    /// selection, or the version-controlled folder around it.
+    bool outside = false;
+    /// Links of the copy will be rewritten.
+    bool rewritesLinks = false;
+    /// No plug-in reads files of this type: whether it holds links is not known.
+    bool isUnknownFormat = false;
     /// Size of the source; 0 for what is not copied.
     qint64 bytes = 0;
     /// Every link that leads here, in the order of the files that hold them.
@@ -136,6 +197,27 @@ enum class ConflictKind
     FileInTheWay,
     /// Another file of the same import goes there.
     SameTarget,
+    /// Source and copy both changed since the copy was made.
+    BothChanged,
+};
+
+/// One side of a conflict: what stands there now, and what stood there when it was recorded.
+struct ConflictSide
+{
+    qint64 bytes = 0;
+    QDateTime modified;
+    /// Invalid when nothing is recorded.
+    QDateTime recordedModified;
+    qint64 recordedBytes = 0;
+};
+
+/// What to do about one conflict.
+enum class ConflictAnswer
+{
+    Stop,
+    Keep,
+    Replace,
+    Rename,
 };
 
 struct Conflict
@@ -147,6 +229,34 @@ struct Conflict
     QString other;
     /// The source is one of those given.
     bool selected = false;
+    /// With TargetTaken and BothChanged.
+    ConflictSide sourceSide;
+    ConflictSide targetSide;
+};
+
+/// What stands against an import as a whole. Looked for before the first byte is copied, all at
+/// once.
+enum class FindingKind
+{
+    /// Not enough room on the disk of the cloud cache folder.
+    NoSpace,
+    /// Not enough room for new files (inodes).
+    NoFiles,
+    /// What is to be replaced does not fit into the base store.
+    BaseStoreTooSmall,
+    BaseStoreBroken,
+    /// A folder that must be written to cannot be.
+    FolderNotWritable,
+};
+
+struct Finding
+{
+    FindingKind kind = FindingKind::NoSpace;
+    /// The folder that it is about.
+    QString path;
+    /// With NoSpace, NoFiles and BaseStoreTooSmall: bytes or files.
+    qint64 needed = 0;
+    qint64 available = 0;
 };
 
 /// What lies in the selection but is never imported.
@@ -154,9 +264,15 @@ struct LeftOutItem
 {
     QString source;
     Remark remark = Remark::NoFile;
+    /// With Excluded the pattern, with NotReadable the system's reason.
+    QString detail;
 
     /// True for a file that the user must have wanted: its absence is a failure.
-    bool IsFailure() const { return remark == Remark::ColonInName; }
+    bool IsFailure() const
+    {
+        return remark == Remark::ColonInName || remark == Remark::NotReadable ||
+               remark == Remark::NameNotText || remark == Remark::Vanished;
+    }
 };
 
 /// What an import will do. Plain data, which may be kept for as long as one likes; it is as true as
@@ -167,6 +283,8 @@ struct Plan
     QList<PlannedFile> files;
     /// What keeps the plan from being executed, in the order of the files.
     QList<Conflict> conflicts;
+    /// What keeps the plan from being executed although there is no conflict.
+    QList<Finding> findings;
     QList<LeftOutItem> leftOut;
     /// Problems of no single file.
     QList<FileLink::Problem> problems;
