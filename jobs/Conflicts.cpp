@@ -115,7 +115,8 @@ std::optional<Conflict> Settle(FileMapping& file, const QString& wanted, Owners&
     if (HasNoPlace(file))
         return {};
     Conflict conflict{
-        {}, file.GetSourceFile(), file.GetTargetFile(), {}, file.HasFlag(FileMapping::Selected)};
+        {}, file.GetSourceFile(), file.GetTargetFile(), {}, file.HasFlag(FileMapping::Selected), {},
+        {}};
     std::optional<ConflictKind> kind;
     if (StaysWhereItIs(file)) {
         kind = ObstacleInPlace(file);

@@ -29,7 +29,7 @@ void AppendLeftOut(const QString& parent, const QFileInfo& info, QList<LeftOutIt
     const QString path = info.filePath();
     const Remark remark = WhyLeftOut(path.mid(parent.size()), info);
     if (remark != Remark::None)
-        items.append({path, remark});
+        items.append({path, remark, {}});
 }
 
 } // namespace
