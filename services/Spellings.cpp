@@ -8,6 +8,8 @@
 #include "services/Platform.h"
 #include "services/SqliteConnection.h"
 
+#include <QtCore/QDir>
+
 #include <optional>
 
 namespace Halvern::SyncServices {
@@ -45,14 +47,22 @@ std::optional<qint64> FindOtherSpelling(SqliteConnection& connection, const char
 
 bool AreTwins(const QString& path, const QString& other)
 {
-    const FileStatus a = StatusOf(path);
-    return a.Exists() && StandsBeside(other, path);
+    // What does not exist yet is told apart by the folders above it.
+    QString a = QDir::cleanPath(path);
+    QString b = QDir::cleanPath(other);
+    for (; a != b; a = ParentPath(a), b = ParentPath(b)) {
+        const FileStatus status = StatusOf(a);
+        const FileStatus otherStatus = status.Exists() ? StatusOf(b) : FileStatus();
+        if (otherStatus.Exists() && !IsOne(status, otherStatus))
+            return true;
+    }
+    return false;
 }
 
 bool StandsBeside(const QString& recorded, const QString& path)
 {
     const FileStatus status = StatusOf(recorded);
-    return status.Exists() && !IsOne(status, StatusOf(path));
+    return (status.Exists() && !IsOne(status, StatusOf(path))) || AreTwins(recorded, path);
 }
 
 void AdoptOtherSpelling(SqliteConnection& connection, const SpellingQueries& queries,

@@ -11,10 +11,11 @@ class SqliteConnection;
 // Paths that differ in letter case alone: two spellings of one file, or two files where the disk
 // says so. Only the disk knows. On Windows there are no such paths.
 
-/// Both paths are there, and are two files or folders. Two hard links of one file are two.
+/// Both paths are there, and are two files or folders, or lie in two folders that are. Two hard
+/// links of one file are two.
 bool AreTwins(const QString& path, const QString& other);
 
-/// A file or folder stands at `recorded`, and it is not the one at `path`.
+/// The same, or a file or folder stands at `recorded` and nothing at `path`.
 bool StandsBeside(const QString& recorded, const QString& path);
 
 /// The statements on one table whose rows have a key of their path.
