@@ -36,6 +36,11 @@ QString PathKey(const QString& path)
     return Text(Base::FoldCase(Units(cleaned)));
 }
 
+QString ExactPathKey(const QString& path)
+{
+    return Base::IgnoresLetterCase() ? PathKey(path) : QDir::cleanPath(path);
+}
+
 std::optional<QString> PathBelow(const QString& folder, const QString& path)
 {
     const std::optional<std::u16string_view> below = Base::PathBelow(Units(folder), Units(path));
