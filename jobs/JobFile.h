@@ -5,6 +5,7 @@
 #include "Ledger.h"
 #include "ProblemBook.h"
 
+#include "corsync/ImportRequest.h"
 #include "corsync/JobResult.h"
 #include "corsync/Plan.h"
 

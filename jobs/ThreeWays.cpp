@@ -20,7 +20,7 @@ bool HoldTheSame(const QString& a, const QString& b)
     if (QFileInfo(a).size() != QFileInfo(b).size())
         return false;
     Base::ContentHash first, second;
-    return Base::HashFile(Native(a), first) && Base::HashFile(Native(b), second) &&
+    return Base::HashContent(Native(a), first) && Base::HashContent(Native(b), second) &&
            first == second;
 }
 
