@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <map>
 #include <stdexcept>
 
@@ -58,6 +59,19 @@ TEST(FolderEntries, AreAFailureWhereThereAreNone)
         EXPECT_FALSE(result) << name.toStdString();
         EXPECT_FALSE(result.Text().empty());
     }
+}
+
+TEST(FolderEntries, OfWindowsAreLinksByTheirReparseTag)
+{
+    constexpr std::uint32_t reparsePoint = 0x400;
+    for (const std::uint32_t link : {0xA000000CU, 0xA0000003U, 0xA000001DU}) {
+        EXPECT_TRUE(Base::IsLinkOfWindows(reparsePoint | 0x10, link)) << std::hex << link;
+        EXPECT_TRUE(Base::IsLinkOfWindows(reparsePoint, link)) << std::hex << link;
+        EXPECT_FALSE(Base::IsLinkOfWindows(0x10, link)) << "the field holds anything";
+    }
+    // OneDrive, deduplication, a compressed file.
+    for (const std::uint32_t other : {0x9000001AU, 0x9000101AU, 0x80000013U, 0x80000017U})
+        EXPECT_FALSE(Base::IsLinkOfWindows(reparsePoint, other)) << std::hex << other;
 }
 
 } // namespace Halvern::Test

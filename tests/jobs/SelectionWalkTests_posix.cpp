@@ -6,6 +6,9 @@
 
 #include <QtCore/QFile>
 
+#include <filesystem>
+#include <system_error>
+
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -39,6 +42,10 @@ protected:
     {
         for (const QByteArray& path : std::as_const(m_forbidden))
             ::chmod(path.constData(), 0700);
+        // Qt does not remove what has no name in UTF-8.
+        std::error_code error;
+        std::filesystem::remove_all(Native({}).constData(), error);
+        EXPECT_FALSE(error) << error.message();
     }
 
 private:
@@ -236,7 +243,7 @@ TEST_F(SelectionWalkOnPosix, TellsNamesApartThatDifferInLetterCaseAlone)
 TEST_F(SelectionWalkOnPosix, GoesAsDeepAsPathsCanWithLittleStackAndNamesTheRest)
 {
     tree.Folder(u"w/p"_s);
-    const DeepFolders deep(Native(u"p"_s), 10'000);
+    const DeepFolders deep(Native(u"p"_s), 2'200);
     SelectionListing listing;
     OnASmallStack([&] { listing = List({u"p"_s}); });
     EXPECT_GT(listing.entries.size(), 1'900);
