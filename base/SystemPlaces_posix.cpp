@@ -2,13 +2,12 @@
 
 #include "base/SystemPlaces.h"
 
+#include "base/Accounts.h"
 #include "base/KnownFolders.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <string>
-#include <string_view>
 
 #include <unistd.h>
 
@@ -70,46 +69,6 @@ void AddSession(std::vector<PlaceOfSystem>& places)
     places.push_back({session + "/doc", Open});
 }
 
-/// A line of /etc/passwd.
-struct Account
-{
-    explicit Account(std::string_view line)
-    {
-        for (std::string_view& field : fields) {
-            const std::size_t end = std::min(line.find(':'), line.size());
-            field = line.substr(0, end);
-            line.remove_prefix(std::min(end + 1, line.size()));
-        }
-    }
-
-    std::string_view User() const { return fields[2]; }
-    std::string_view Home() const { return fields[5]; }
-    /// Those of services have small numbers, or cannot log in.
-    bool IsPerson() const
-    {
-        const std::string_view shell = fields[6];
-        return User() == "0" || (User().size() >= 4 && User() != "65534" &&
-                                 !shell.ends_with("/nologin") && !shell.ends_with("/false"));
-    }
-
-    std::array<std::string_view, 7> fields;
-};
-
-/// Of root and of the people among the accounts of this machine, but for the user's own.
-std::vector<std::filesystem::path> HomesOfOtherAccounts()
-{
-    // Not through getpwent: that may ask a directory for every account of a company.
-    std::vector<std::filesystem::path> homes;
-    const std::string own = std::to_string(::getuid());
-    std::ifstream accounts("/etc/passwd");
-    for (std::string line; std::getline(accounts, line);) {
-        const Account account(line);
-        if (account.IsPerson() && account.User() != own)
-            homes.emplace_back(account.Home());
-    }
-    return homes;
-}
-
 /// Without a slash at its end; empty for one that is not absolute, and for "/".
 std::filesystem::path Home(const std::filesystem::path& home)
 {
@@ -140,7 +99,8 @@ std::vector<PlaceOfSystem> PlacesOfSystem()
     const std::filesystem::path account = Home(AccountHomeFolder());
     // Not what lies beside HOME: programs are often given one that lies beside their work.
     AddHome(places, Home(account.parent_path()), Homes);
-    for (const std::filesystem::path& home : HomesOfOtherAccounts())
+    std::ifstream accounts("/etc/passwd");
+    for (const std::string& home : HomesOfPeople(accounts, std::to_string(::getuid())))
         AddHome(places, Home(home), OtherHome);
     AddHome(places, account, OwnHome);
     AddHome(places, Home(HomeFolder()), OwnHome);
