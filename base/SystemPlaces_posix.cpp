@@ -50,6 +50,7 @@ void AddTable(std::vector<PlaceOfSystem>& places)
         {"/usr/share", Open},
         {"/usr/local/share", Open},
         {"/opt", Open},
+        {"/snap", Open},
         // The site's own data, and other disks; named because they may lie below /var.
         {"/srv", Open},
         {"/mnt", Open},
@@ -78,15 +79,24 @@ std::filesystem::path Home(const std::filesystem::path& home)
     return cleaned.is_absolute() && cleaned.has_relative_path() ? cleaned : std::filesystem::path();
 }
 
-/// A row that is there counts more, but for that of the user's own home.
+/// What is known of a folder counts more than that it is a home; the user's own may be any folder
+/// but one of the system's.
 void AddHome(std::vector<PlaceOfSystem>& places, const std::filesystem::path& folder,
              PlaceKind kind)
 {
-    const bool isNew = std::none_of(places.begin(), places.end(), [&](const PlaceOfSystem& place) {
-        return place.folder == folder;
+    const bool isTaken = std::any_of(places.begin(), places.end(), [&](const PlaceOfSystem& place) {
+        return place.folder == folder && (kind != OwnHome || place.kind == System);
     });
-    if (!folder.empty() && (isNew || kind == OwnHome))
+    if (!folder.empty() && !isTaken)
         places.push_back({folder, kind});
+}
+
+void AddOwnHome(std::vector<PlaceOfSystem>& places, const std::filesystem::path& home)
+{
+    AddHome(places, home, OwnHome);
+    // A home per program, each with hidden folders.
+    if (!home.empty())
+        places.push_back({home / "snap", Secrets});
 }
 
 } // namespace
@@ -102,8 +112,8 @@ std::vector<PlaceOfSystem> PlacesOfSystem()
     std::ifstream accounts("/etc/passwd");
     for (const std::string& home : HomesOfPeople(accounts, std::to_string(::getuid())))
         AddHome(places, Home(home), OtherHome);
-    AddHome(places, account, OwnHome);
-    AddHome(places, Home(HomeFolder()), OwnHome);
+    AddOwnHome(places, account);
+    AddOwnHome(places, Home(HomeFolder()));
     return places;
 }
 
