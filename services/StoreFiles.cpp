@@ -62,12 +62,6 @@ void OpenFile::Close()
     handle = Base::NoHandle;
 }
 
-Base::FileStatus StatusOfEntry(const QString& path)
-{
-    OpenFile file;
-    return file.Open(path) ? file.Status() : Base::FileStatus();
-}
-
 PartFile::PartFile(const QString& folder)
 {
     static std::atomic<quint64> counter{0};

@@ -31,9 +31,6 @@ public:
     Base::Handle handle = Base::NoHandle;
 };
 
-/// Of the entry itself; missing for a symbolic link and for what cannot be read.
-Base::FileStatus StatusOfEntry(const QString& path);
-
 /// A file in the making, under a name of its own. It is gone at the end of the scope unless it was
 /// moved.
 class PartFile
