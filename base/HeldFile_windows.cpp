@@ -8,9 +8,9 @@ namespace Halvern::Base {
 
 FileResult HeldFile::Hold(const std::filesystem::path& file)
 {
-    const HANDLE opened = ::CreateFileW(
-        ApiPath(file).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    const HANDLE opened =
+        ::CreateFileW(ApiPath(file).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {
         const DWORD code = ::GetLastError();
         return FileResult::Failed({}, code, code == ERROR_SHARING_VIOLATION);

@@ -2,6 +2,7 @@
 
 #include "services/StoreFiles.h"
 
+#include "base/Directory.h"
 #include "base/FileCopy.h"
 #include "base/FileRenaming.h"
 #include "services/Paths.h"
@@ -10,11 +11,13 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QDateTime>
-#include <QtCore/QRegularExpression>
+#include <QtCore/QElapsedTimer>
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace Halvern::SyncServices {
 
@@ -23,6 +26,9 @@ namespace {
 using Base::FileResult;
 
 constexpr std::size_t bufferSize = 1 << 18;
+
+/// Milliseconds; the store is locked for the time of a few calls to the system.
+constexpr int patience = 10000;
 
 /// Several times as fast as SHA-256 in Qt, and as strong.
 constexpr auto algorithm = QCryptographicHash::Blake2b_256;
@@ -34,8 +40,7 @@ FileResult HashAll(const OpenFile& source, const OpenFile* target, QByteArray& r
     std::string buffer(bufferSize, '\0');
     std::size_t got = 0;
     for (quint64 offset = 0;; offset += got) {
-        FileResult done =
-            Base::ReadSome(source.handle, offset, buffer.data(), buffer.size(), got);
+        FileResult done = Base::ReadSome(source.handle, offset, buffer.data(), buffer.size(), got);
         if (done && got == 0) {
             result = hash.result();
             return done;
@@ -79,12 +84,6 @@ PartFile::~PartFile()
     Base::RemoveFile(Platform::NativePath(m_path));
 }
 
-bool PartFile::IsPartName(const QString& name)
-{
-    static const QRegularExpression pattern(QStringLiteral("^[0-9]+-[0-9]+-[0-9]+\\.part$"));
-    return pattern.match(name).hasMatch();
-}
-
 FileResult PartFile::Make()
 {
     FileResult made = Base::CreateExclusively(Platform::NativePath(m_path), file.handle);
@@ -114,6 +113,36 @@ FileResult CopyContent(const OpenFile& source, const OpenFile& target, QByteArra
 {
     return Base::CloneBytes(source.handle, target.handle) ? HashAll(target, nullptr, hash)
                                                           : HashAll(source, &target, hash);
+}
+
+FileResult MakeOwnFolder(const QString& folder)
+{
+    const auto native = Platform::NativePath(folder);
+    switch (Base::ReadLinkStatus(native).kind) {
+    case Base::FileKind::Folder:
+        return {};
+    case Base::FileKind::Missing:
+        break;
+    case Base::FileKind::Link:
+        return FileResult::Failed(folder.toStdString() + " is a symbolic link");
+    case Base::FileKind::File:
+    case Base::FileKind::Other:
+        return FileResult::Failed(folder.toStdString() + " is no folder");
+    }
+    const FileResult made = Base::MakeFolders(native);
+    return made ? made : FileResult::Failed(folder.toStdString() + " cannot be made", made.Code());
+}
+
+FileResult HoldPatiently(Base::HeldFile& held, const QString& file)
+{
+    QElapsedTimer waited;
+    waited.start();
+    for (;;) {
+        FileResult result = held.Hold(Platform::NativePath(file));
+        if (!result.IsHeld() || waited.elapsed() > patience)
+            return result ? result : FileResult::Failed(file.toStdString() + ": " + result.Text());
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
 }
 
 QByteArray HashText(const QByteArray& text)

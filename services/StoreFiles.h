@@ -5,6 +5,7 @@
 #include "base/FileHandle.h"
 #include "base/FileResult.h"
 #include "base/FileStatus.h"
+#include "base/HeldFile.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -41,8 +42,6 @@ public:
     PartFile(const PartFile&) = delete;
     PartFile& operator=(const PartFile&) = delete;
 
-    static bool IsPartName(const QString& name);
-
     Base::FileResult Make();
     Base::FileResult Flush() const { return Base::FlushToDisk(file.handle); }
     /// Closes the file and gives it its name, in the place of what has that name. With `lasting`
@@ -60,6 +59,12 @@ private:
 Base::FileResult HashContent(const OpenFile& content, QByteArray& hash);
 /// Copies everything, and answers the hash of what `target` then holds.
 Base::FileResult CopyContent(const OpenFile& source, const OpenFile& target, QByteArray& hash);
+
+/// Makes a folder of the store. A symbolic link (Windows: or a junction) is refused, wherever it
+/// leads: what is kept must not land somewhere else.
+Base::FileResult MakeOwnFolder(const QString& folder);
+/// Waits some seconds for another one that holds the file.
+Base::FileResult HoldPatiently(Base::HeldFile& held, const QString& file);
 
 /// The hash of a text; as strong as that of contents.
 QByteArray HashText(const QByteArray& text);
