@@ -2,6 +2,7 @@
 
 // What a base store holds, for those who want something back.
 
+#include "base/FileAttributes.h"
 #include "base/FileRenaming.h"
 #include "services/BaseStore.h"
 #include "services/Paths.h"
@@ -159,8 +160,7 @@ QString BaseStore::FolderFault() const
             return QStringLiteral("the base store %1 is %2")
                 .arg(folder, kind == FileKind::Link ? QStringLiteral("a symbolic link")
                                                     : QStringLiteral("no folder"));
-        const QString existing = NearestFolder(folder);
-        if (!QFileInfo(existing).isDir() || !QFileInfo(existing).isWritable())
+        if (!Base::MayAddTo(Platform::NativePath(NearestFolder(folder))))
             return QStringLiteral("the base store %1 cannot be written to").arg(folder);
     }
     return {};
