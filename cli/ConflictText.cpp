@@ -32,7 +32,8 @@ QString JsonTime(const QDateTime& time)
 
 QString NowText(const ConflictSide& side)
 {
-    return SizeAndTime(side.bytes, side.modified);
+    return side.modified.isValid() ? SizeAndTime(side.bytes, side.modified)
+                                   : QStringLiteral("not known");
 }
 
 QString ThenText(const ConflictSide& side)
