@@ -163,6 +163,8 @@ struct PlannedFile
     QString target;
     Outcome outcome = Outcome::Copied;
     Remark remark = Remark::None;
+    /// With a remark: the pattern that excludes, the file in the way.
+    QString detail;
     Origin origin = Origin::Selected;
     /// The source is deleted after copying.
     bool deletesSource = false;
