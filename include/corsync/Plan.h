@@ -232,8 +232,8 @@ struct Conflict
     /// The source is one of those given.
     bool selected = false;
     /// With TargetTaken and BothChanged.
-    ConflictSide sourceSide;
-    ConflictSide targetSide;
+    ConflictSide sourceSide = {};
+    ConflictSide targetSide = {};
 };
 
 /// What stands against an import as a whole. Looked for before the first byte is copied, all at
@@ -267,7 +267,7 @@ struct LeftOutItem
     QString source;
     Remark remark = Remark::NoFile;
     /// With Excluded the pattern, with NotReadable the system's reason.
-    QString detail;
+    QString detail = {};
 
     /// True for a file that the user must have wanted: its absence is a failure.
     bool IsFailure() const

@@ -34,6 +34,11 @@ QString TestLayoutModule()
     return QStringLiteral(TEST_LAYOUT_MODULE);
 }
 
+QString TestTalkerModule()
+{
+    return QStringLiteral(TEST_TALKER_MODULE);
+}
+
 QByteArray Registration(const QString& module, const QString& service, const QString& fileTypes)
 {
     return u"<SyncPlugins><Plugin Module=\"%1\" Name=\"For tests\">"
@@ -51,6 +56,12 @@ void RegisterTestLayout(FileTree& tree, const QString& folder)
 {
     tree.File(folder + u"/test_layout.syncplugin"_s,
               Registration(TestLayoutModule(), u"FileLayout"_s, u"tlk,tasm"_s));
+}
+
+void RegisterTestTalker(FileTree& tree, const QString& folder)
+{
+    tree.File(folder + u"/test_talker.syncplugin"_s,
+              Registration(TestTalkerModule(), u"FileLinkResolver"_s, u"talk"_s));
 }
 
 PluginCallLog::PluginCallLog()
