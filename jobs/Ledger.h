@@ -76,7 +76,8 @@ struct CopyRecord
 /// processes may have open. One thread at a time.
 ///
 /// Nothing here throws but for a lack of memory. A failed operation changes nothing, and Error()
-/// says why it failed.
+/// says why it failed. No kill of the process takes back what Write or Remove did; a power cut
+/// takes back the last moments at most, whole operations at a time.
 class Ledger
 {
 public:
@@ -111,6 +112,9 @@ private:
     /// Runs an operation on the database; an exception becomes `failed` and the error.
     template <typename Result, typename Operation>
     Result Run(const char* name, Result failed, Operation operation);
+    /// Likewise, in a transaction that writes, over tables that are there.
+    template <typename Operation>
+    bool Change(const char* name, Operation operation);
     void Remember(const char* operation, const char* reason);
 
     const QString m_file;
