@@ -49,7 +49,7 @@ ALL = {"knows": ("*",), "libraries": ("*",), "asks_for_the_system": ("*",), "wit
 
 ROOMS = [
     Room("base", "rules on paths, names and letter case; what differs per system", (),
-         ("utf8proc", "utfcpp"), ("*",), knows_the_system=True),
+         ("utf8proc", "utfcpp", "xxHash"), ("*",), knows_the_system=True),
     Room("include/filelink", "exported classes of the module", ("include/syncservices",), ("Qt Core",),
          ("Export.h",)),
     Room("include/syncplugin", "the contract with plug-ins", asks_for_the_system=("*",)),
@@ -94,6 +94,7 @@ LIBRARIES = {
     "RapidJSON": r"rapidjson/.*",
     "utf8proc": r"utf8proc\.h",
     "utfcpp": r"utf8\.h|utf8/.*|utf8cpp/.*",
+    "xxHash": r"xxhash\.h",
     "zlib": r"zlib\.h",
     "zstd": r"zstd\.h|zstd_errors\.h",
     "expat": r"expat\.h",
