@@ -51,6 +51,7 @@ TEST_F(ProtectedLedgerFile, ThatIsReadOnlyCanBeReadAndIsRefusedForWriting)
     const OrdinaryRights rights;
     QFile::setPermissions(settings.databaseFile, QFile::ReadOwner);
     EXPECT_EQ(Targets(u"/cloud"_s), QStringList{u"/cloud/a"_s});
+    EXPECT_EQ(FilesOfTheDatabase(), before);
     const auto ledger = Open();
     EXPECT_EQ(ledger->Error(), u"Opening the records of copies failed on sync database %1: "
                                "It cannot be written."_s.arg(settings.databaseFile));
