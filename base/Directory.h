@@ -4,6 +4,7 @@
 
 #include "base/FileResult.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -55,6 +56,11 @@ FileResult VisitEntries(const std::filesystem::path& folder,
                         const std::function<bool(FolderEntry&& entry)>& visit);
 /// What stands at a path, symbolic links at its end not followed. Requires: no root.
 FolderEntry ReadEntry(const std::filesystem::path& path);
+
+/// Whether Windows, by an entry's attributes and reparse tag, shows a symbolic link, a junction or
+/// another name for something elsewhere. Files of a cloud provider and compressed ones, which are
+/// reparse points as well, are what they look like.
+bool IsLinkOfWindows(std::uint32_t attributes, std::uint32_t reparseTag) noexcept;
 
 /// The name of an entry as Windows lists it. Nothing for the folder itself, the one above it, and a
 /// name with a lone surrogate.

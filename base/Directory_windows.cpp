@@ -51,15 +51,6 @@ private:
     DWORD m_error;
 };
 
-/// A symbolic link or a junction. Other reparse points are files and folders like others: they
-/// stand for what a cloud provider keeps, or what is stored in a compressed form.
-bool IsLink(const WIN32_FIND_DATAW& data)
-{
-    return (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
-           (data.dwReserved0 == IO_REPARSE_TAG_SYMLINK ||
-            data.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
-}
-
 EntryKind KindOf(FileKind kind)
 {
     switch (kind) {
@@ -104,7 +95,7 @@ FolderEntry EntryOf(const WIN32_FIND_DATAW& data, const std::filesystem::path& p
     entry.isText = ToUtf8(name).has_value();
     entry.name = EscapedUtf8(name);
     entry.isHidden = data.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN;
-    if (IsLink(data))
+    if (IsLinkOfWindows(data.dwFileAttributes, data.dwReserved0))
         AskWhereItLeads(entry, path);
     else if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
         entry.kind = EntryKind::Folder;

@@ -22,9 +22,10 @@ FileResult CopyFileBytes(const std::filesystem::path& source, const std::filesys
 
 /// The same, and a source that became another file while it was copied is a failure of its own
 /// (FileProblem::Changed), which leaves nothing behind either: the open source is looked at before
-/// its first byte and after its last. `copied` is what the source was, and `hash` gets the hash of
-/// the bytes of the copy; both stay as they were after a failure. A source that was saved in this
-/// very moment is waited for, until the clock of the files can tell the next save from that one.
+/// its first byte and after its last, and its name must still be its. `copied` is what the source
+/// was, and `hash` gets the hash of the bytes of the copy; both stay as they were after a failure.
+/// A source that was saved in this very moment is waited for, until the clock of the files can tell
+/// the next save from that one.
 FileResult CopyUnchangedBytes(const std::filesystem::path& source,
                               const std::filesystem::path& target, FileStatus& copied,
                               ContentHash* hash = nullptr);

@@ -33,8 +33,8 @@ struct Original
     int in;
     /// Before the first byte was read.
     struct stat info;
-    /// Whether it must be so after the last byte, too.
-    bool mustStay = false;
+    /// What must be so after the last byte, too, if anything; the name of the source.
+    const std::filesystem::path* watched = nullptr;
     /// Where the hash of the bytes goes, if anywhere.
     ContentHash* hash = nullptr;
 };
@@ -109,6 +109,15 @@ bool CopyBytes(const Original& original, int out)
     return CopyByBlocks(in, out, nullptr);
 }
 
+/// The open file, and what its name leads to: programs save by giving a new file the name of the
+/// old one.
+bool HasChanged(const Original& original)
+{
+    const FileStatus before = StatusOf(original.info);
+    return ReadFileStatus(Handle(original.in)) != before ||
+           ReadFileStatus(*original.watched) != before;
+}
+
 FileResult FillCopy(const Original& original, int out)
 {
     const struct stat& info = original.info;
@@ -116,7 +125,7 @@ FileResult FillCopy(const Original& original, int out)
     if (!CopyBytes(original, out) || ::fchmod(out, info.st_mode & 0777) != 0 ||
         ::futimens(out, times) != 0)
         return LastFailure("Failure to write block");
-    if (original.mustStay && ReadFileStatus(Handle(original.in)) != StatusOf(info))
+    if (original.watched && HasChanged(original))
         return FileResult::Refused(FileProblem::Changed, "The file changed while it was copied");
     return {};
 }
@@ -212,7 +221,7 @@ FileResult MakeCopy(const Original& original, const std::filesystem::path& targe
 std::int64_t Nearness(const struct stat& info)
 {
     struct timespec now = {};
-    ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    ::clock_gettime(CLOCK_REALTIME, &now);
     const std::int64_t age = (now.tv_sec - info.st_ctim.tv_sec) * std::int64_t(1'000'000'000) +
                              now.tv_nsec - info.st_ctim.tv_nsec;
     // Times of another computer may lie in the future.
@@ -263,7 +272,7 @@ FileResult CopyUnchangedBytes(const std::filesystem::path& source,
     if (!LetTheClockGoOn(in.Get(), original.info))
         return SourceFailure(source, "", static_cast<std::uint32_t>(errno));
     ContentHash content;
-    original.mustStay = true;
+    original.watched = &source;
     original.hash = hash ? &content : nullptr;
     if (FileResult made = MakeCopy(original, target); !made)
         return made;

@@ -9,6 +9,13 @@
 
 namespace Halvern::Base {
 
+namespace {
+
+// The headers do not have it.
+constexpr std::uint32_t DiskQuotaExceeded = 1295;
+
+} // namespace
+
 FileProblem ProblemOf(std::uint32_t code) noexcept
 {
     switch (code) {
@@ -24,7 +31,7 @@ FileProblem ProblemOf(std::uint32_t code) noexcept
         return FileProblem::NotEmpty;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
-    case ERROR_DISK_QUOTA_EXCEEDED:
+    case DiskQuotaExceeded:
         return FileProblem::NoSpace;
     case ERROR_INVALID_NAME:
     case ERROR_FILENAME_EXCED_RANGE:

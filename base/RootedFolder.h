@@ -58,13 +58,13 @@ public:
     /// were not there, the uppermost first, also when a later one failed.
     FileResult MakeFolders(const std::filesystem::path& folder,
                            std::vector<std::filesystem::path>* made = nullptr) const;
-    /// Makes one folder for this user alone, hidden on Windows. Fails when the name is taken, even
-    /// by a folder (NameTaken).
+    /// Makes one folder, on POSIX for this user alone, on Windows hidden. Fails when the name is
+    /// taken, even by a folder (NameTaken).
     FileResult MakePrivateFolder(const std::filesystem::path& folder) const;
 
     /// Gives an entry another name, in one step. With Existing::Keep nothing is ever overwritten
     /// (NameTaken). With Replace a file or link of that name is replaced, a folder is not
-    /// (IsAFolder). A failure leaves both as they were.
+    /// (IsAFolder); on Windows neither is a read-only file. A failure leaves both as they were.
     FileResult Move(const std::filesystem::path& from, const std::filesystem::path& to,
                     Existing existing) const;
     /// Deletes a file or link, even a read-only one.

@@ -18,6 +18,8 @@ namespace Halvern::Base {
 
 namespace {
 
+/// How often a name is looked at anew when it became a folder meanwhile.
+constexpr int Patience = 10;
 constexpr int FolderFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 /// In one call of the system, which no rename meanwhile can lead astray. Fails on kernels before
@@ -67,16 +69,24 @@ FileResult LinkRefusal(const std::filesystem::path& link)
 FileResult EnterFolder(int folder, const std::string& name, const std::filesystem::path& relative,
                        Descriptor& entered)
 {
-    Descriptor opened(::openat(folder, name.c_str(), FolderFlags));
-    if (opened) {
-        entered = std::move(opened);
-        return {};
+    for (int attempt = 0; attempt < Patience; ++attempt) {
+        Descriptor opened(::openat(folder, name.c_str(), FolderFlags));
+        if (opened) {
+            entered = std::move(opened);
+            return {};
+        }
+        FileResult failure = LastFailure(relative.native());
+        struct stat info = {};
+        if (failure.Problem() != FileProblem::NotAFolder ||
+            ::fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0)
+            return failure;
+        if (S_ISLNK(info.st_mode))
+            break;
+        // A folder now: what was no folder a moment ago is gone.
+        if (!S_ISDIR(info.st_mode))
+            return failure;
     }
-    FileResult failure = LastFailure(relative.native());
-    struct stat info = {};
-    if (::fstatat(folder, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(info.st_mode))
-        return LinkRefusal(relative);
-    return failure;
+    return LinkRefusal(relative);
 }
 
 FileResult OpenFolderBelow(int root, const std::vector<std::filesystem::path>& names,

@@ -2,13 +2,12 @@
 
 #include "base/SystemPlaces.h"
 
+#include "base/Accounts.h"
 #include "base/KnownFolders.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <string>
-#include <string_view>
 
 #include <unistd.h>
 
@@ -51,6 +50,7 @@ void AddTable(std::vector<PlaceOfSystem>& places)
         {"/usr/share", Open},
         {"/usr/local/share", Open},
         {"/opt", Open},
+        {"/snap", Open},
         // The site's own data, and other disks; named because they may lie below /var.
         {"/srv", Open},
         {"/mnt", Open},
@@ -70,46 +70,6 @@ void AddSession(std::vector<PlaceOfSystem>& places)
     places.push_back({session + "/doc", Open});
 }
 
-/// A line of /etc/passwd.
-struct Account
-{
-    explicit Account(std::string_view line)
-    {
-        for (std::string_view& field : fields) {
-            const std::size_t end = std::min(line.find(':'), line.size());
-            field = line.substr(0, end);
-            line.remove_prefix(std::min(end + 1, line.size()));
-        }
-    }
-
-    std::string_view User() const { return fields[2]; }
-    std::string_view Home() const { return fields[5]; }
-    /// Those of services have small numbers, or cannot log in.
-    bool IsPerson() const
-    {
-        const std::string_view shell = fields[6];
-        return User() == "0" || (User().size() >= 4 && User() != "65534" &&
-                                 !shell.ends_with("/nologin") && !shell.ends_with("/false"));
-    }
-
-    std::array<std::string_view, 7> fields;
-};
-
-/// Of root and of the people among the accounts of this machine, but for the user's own.
-std::vector<std::filesystem::path> HomesOfOtherAccounts()
-{
-    // Not through getpwent: that may ask a directory for every account of a company.
-    std::vector<std::filesystem::path> homes;
-    const std::string own = std::to_string(::getuid());
-    std::ifstream accounts("/etc/passwd");
-    for (std::string line; std::getline(accounts, line);) {
-        const Account account(line);
-        if (account.IsPerson() && account.User() != own)
-            homes.emplace_back(account.Home());
-    }
-    return homes;
-}
-
 /// Without a slash at its end; empty for one that is not absolute, and for "/".
 std::filesystem::path Home(const std::filesystem::path& home)
 {
@@ -119,15 +79,24 @@ std::filesystem::path Home(const std::filesystem::path& home)
     return cleaned.is_absolute() && cleaned.has_relative_path() ? cleaned : std::filesystem::path();
 }
 
-/// A row that is there counts more, but for that of the user's own home.
+/// What is known of a folder counts more than that it is a home; the user's own may be any folder
+/// but one of the system's.
 void AddHome(std::vector<PlaceOfSystem>& places, const std::filesystem::path& folder,
              PlaceKind kind)
 {
-    const bool isNew = std::none_of(places.begin(), places.end(), [&](const PlaceOfSystem& place) {
-        return place.folder == folder;
+    const bool isTaken = std::any_of(places.begin(), places.end(), [&](const PlaceOfSystem& place) {
+        return place.folder == folder && (kind != OwnHome || place.kind == System);
     });
-    if (!folder.empty() && (isNew || kind == OwnHome))
+    if (!folder.empty() && !isTaken)
         places.push_back({folder, kind});
+}
+
+void AddOwnHome(std::vector<PlaceOfSystem>& places, const std::filesystem::path& home)
+{
+    AddHome(places, home, OwnHome);
+    // A home per program, each with hidden folders.
+    if (!home.empty())
+        places.push_back({home / "snap", Secrets});
 }
 
 } // namespace
@@ -140,10 +109,11 @@ std::vector<PlaceOfSystem> PlacesOfSystem()
     const std::filesystem::path account = Home(AccountHomeFolder());
     // Not what lies beside HOME: programs are often given one that lies beside their work.
     AddHome(places, Home(account.parent_path()), Homes);
-    for (const std::filesystem::path& home : HomesOfOtherAccounts())
+    std::ifstream accounts("/etc/passwd");
+    for (const std::string& home : HomesOfPeople(accounts, std::to_string(::getuid())))
         AddHome(places, Home(home), OtherHome);
-    AddHome(places, account, OwnHome);
-    AddHome(places, Home(HomeFolder()), OwnHome);
+    AddOwnHome(places, account);
+    AddOwnHome(places, Home(HomeFolder()));
     return places;
 }
 

@@ -36,8 +36,13 @@ std::vector<std::filesystem::path> Drives()
 void Add(std::vector<PlaceOfSystem>& places, const std::filesystem::path& folder, PlaceKind kind,
          const char* below = "")
 {
-    if (folder.is_absolute())
-        places.push_back({*below ? folder / below : folder, kind});
+    if (!folder.is_absolute())
+        return;
+    std::filesystem::path place = (folder / below).lexically_normal();
+    if (!place.has_filename())
+        place = place.parent_path();
+    if (place.has_relative_path())
+        places.push_back({place, kind});
 }
 
 void AddMachine(std::vector<PlaceOfSystem>& places)
@@ -65,16 +70,12 @@ void AddDrives(std::vector<PlaceOfSystem>& places)
         Add(places, drive, System, "$Recycle.Bin");
         Add(places, drive, System, "System Volume Information");
     }
-    // Devices, and ways around the rules on paths.
-    places.push_back({"//.", System});
-    places.push_back({"//?", System});
 }
 
 void AddHomes(std::vector<PlaceOfSystem>& places)
 {
     const std::filesystem::path account = AccountHomeFolder();
-    if (const std::filesystem::path homes = account.parent_path(); homes.has_relative_path())
-        Add(places, homes, Homes);
+    Add(places, account.parent_path(), Homes);
     // Made for sharing.
     Add(places, EnvironmentPath("PUBLIC"), Open);
     for (const std::filesystem::path& home : {account, HomeFolder()}) {

@@ -45,18 +45,12 @@ bool IsKey(const QString& path)
                        [&](const QString& ending) { return name.endsWith(ending); });
 }
 
-QString FolderOf(const QString& source)
+/// On Windows: a pipe or a device, or a way around the rules on paths.
+bool NamesDevice(const QString& path)
 {
-    return IsFolder(source) ? source : FolderAbove(source);
-}
-
-QStringList FoldersOf(const QStringList& sources)
-{
-    QStringList folders;
-    for (const QString& source : sources)
-        folders.append(FolderOf(source));
-    folders.removeDuplicates();
-    return folders;
+    const QString slashes = QDir::fromNativeSeparators(path);
+    return Base::ThisSystem == Base::System::Windows &&
+           (slashes.startsWith(u"//./") || slashes.startsWith(u"//?/"));
 }
 
 } // namespace
@@ -96,6 +90,8 @@ Boundary::Boundary(const QStringList& sources, const BoundaryFolders& folders,
 
 Boundary::Answer Boundary::Check(const QString& path)
 {
+    if (NamesDevice(path))
+        return {false, Remark::SystemPlace, false};
     const QString written = AbsolutePath(path);
     const QString real = m_real.OfFile(written);
     const PlaceMarks marks = m_map.OfFile(real).marks;
@@ -117,15 +113,17 @@ void Boundary::Mark(const QString& path, PlaceMark mark)
 
 void Boundary::MarkSources(const QStringList& sources)
 {
+    QStringList folders;
     for (const QString& source : sources) {
         m_map.Mark(source, PlaceMark::Selected);
-        const QString folder = FolderAbove(source);
-        if (IsFolder(source) || folder.isEmpty())
-            m_map.Mark(m_real.OfFolder(source), PlaceMark::Selected);
-        else
-            m_map.Mark(QDir(m_real.OfFolder(folder)).filePath(NameOf(source)), PlaceMark::Selected);
+        const bool isFolder = IsFolder(source);
+        const QString folder = isFolder ? source : FolderAbove(source);
+        const QString real = m_real.OfFolder(folder);
+        m_map.Mark(isFolder ? real : QDir(real).filePath(NameOf(source)), PlaceMark::Selected);
+        folders.append(folder);
     }
-    MarkProject(FoldersOf(sources));
+    folders.removeDuplicates();
+    MarkProject(folders);
     MarkWhatSourcesLeadTo(sources);
 }
 

@@ -287,6 +287,16 @@ bool ExcludePattern::MatchesPath(PathNames path, Base::System system) const
         });
 }
 
+bool ExcludePattern::NamesSomething() const
+{
+    if (m_parts.empty())
+        return false;
+    const std::vector<Element>& name = m_parts.back().elements;
+    return std::any_of(name.begin(), name.end(), [](const Element& element) {
+        return element.kind == Element::Kind::Character || element.kind == Element::Kind::Set;
+    });
+}
+
 bool ExcludePattern::Matches(PathNames path, bool isFolder, Base::System system) const
 {
     if (m_parts.empty() || path.empty() || (m_isForFoldersOnly && !isFolder))

@@ -32,6 +32,8 @@ public:
     const QString& Text() const { return m_text; }
     /// Begins with "!": brings back what an earlier pattern excludes.
     bool IsNegated() const { return m_isNegated; }
+    /// The name at its end is not of wildcards alone, as that of "*/" is.
+    bool NamesSomething() const;
     /// `path` is relative to the folder where the pattern stands. Letter case counts except on
     /// Windows.
     bool Matches(PathNames path, bool isFolder, Base::System system) const;

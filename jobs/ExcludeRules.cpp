@@ -125,7 +125,7 @@ std::optional<ExcludeMatch> ExcludeRules::Match(const QString& path, bool isFold
         deciding = &*file;
         rule = decide(*file);
     }
-    if (!rule) {
+    if (!rule || (rule->pattern.IsNegated() && !rule->pattern.NamesSomething())) {
         deciding = &m_builtIn;
         rule = decide(m_builtIn);
     }

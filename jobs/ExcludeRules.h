@@ -34,6 +34,9 @@ struct ExcludeMatch
 ///     own "!*.FCStd1", built in "*.FCStd1"          a/part.FCStd1 is imported
 ///     .corsyncignore "*.bak", a/.corsyncignore "!keep.bak"      a/keep.bak is imported
 ///
+/// "!*" and "!*/" bring back what own patterns and files exclude, and leave the built-in list
+/// alone: who lists what is wanted ("*", "!*/", "!*.stp") does not want the folder .git.
+///
 /// What lies in a folder that is excluded is not asked for, hence cannot be brought back.
 class ExcludeRules
 {

@@ -13,9 +13,6 @@ namespace {
 
 QString RealPath(const QString& path)
 {
-    // Devices and pipes of Windows are not to be touched.
-    if (path.startsWith(u"//.") || path.startsWith(u"//?"))
-        return {};
     const std::filesystem::path real = Base::RealPath(Base::NativePath(Base::Units(path)));
     return QStringView(Base::PathText(real)).toString();
 }
