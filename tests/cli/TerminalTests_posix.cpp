@@ -94,7 +94,7 @@ TEST_F(AtATerminal, NoNameOfAFileSteersIt)
 
 TEST_F(AtATerminal, NothingThatAPluginPrintsSteersIt)
 {
-    tree.File(u"work/a.talk"_s, "\x1b[31mred\u202e\nsystem printf 'child \\033[0m\\n' >&2\n");
+    tree.File(u"work/a.talk"_s, "\x1b[31mred\u202e\nsystem printf 'child \\033[0m\\r\\n' >&2\n");
     for (const Output output : {Output::Terminal, Output::Nowhere}) {
         const auto terminal = Start(LinksArguments({u"a.talk"_s}), output);
         EXPECT_EQ(terminal->Wait(), 0);
