@@ -141,6 +141,38 @@ TEST_F(AtATerminal, AConflictIsShownAndAskedAboutUntilTheAnswerMeansSomething)
     EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"a.tlk"_s, "old a\n"}, {u"b.tlk"_s, "old b\n"}}));
 }
 
+TEST_F(AtATerminal, EachConflictIsSettledAsAnswered)
+{
+    PutFilesInTheWay();
+    tree.File(u"work/c.tlk"_s, "new c\n").File(u"cloud/c.tlk"_s, "old c\n");
+    const auto terminal = Start(AskingArguments() + QStringList{u"c.tlk"_s});
+    for (const char* answer : {"keep\n", "r\n", "N\n"}) {
+        terminal->WaitFor(Question);
+        terminal->Type(answer);
+    }
+    EXPECT_EQ(terminal->Wait(), 0) << terminal->Screen().toStdString();
+    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"a.tlk"_s, "old a\n"},
+                                           {u"b.tlk"_s, "new b\n"},
+                                           {u"c.tlk"_s, "old c\n"},
+                                           {u"c (2).tlk"_s, "new c\n"}}));
+}
+
+TEST_F(AtATerminal, AFileThatChangedOnBothSidesIsShownThenAndNow)
+{
+    tree.File(u"work/a.tlk"_s, "first\n");
+    ASSERT_EQ(Import({u"a.tlk"_s}).exitCode, 0);
+    tree.File(u"work/a.tlk"_s, "new source\n").File(u"cloud/a.tlk"_s, "my copy\n");
+    const auto terminal = Start(ImportArguments({u"a.tlk"_s, u"--on-conflict"_s, u"ask"_s}));
+    terminal->WaitFor("both changed since the copy was made");
+    terminal->WaitFor("source  11 bytes");
+    terminal->WaitFor("when it was copied: 6 bytes");
+    terminal->WaitFor("copy    8 bytes");
+    terminal->WaitFor("when it was copied: 6 bytes");
+    terminal->Type("r all\n");
+    EXPECT_EQ(terminal->Wait(), 0) << terminal->Screen().toStdString();
+    EXPECT_EQ(tree.Read(u"cloud/a.tlk"_s), "new source\n");
+}
+
 TEST_F(AtATerminal, TheEndOfTheInputStops)
 {
     PutFilesInTheWay();
