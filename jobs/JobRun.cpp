@@ -52,7 +52,7 @@ JobRun::JobRun(const ImportRequest& request, const std::shared_ptr<JobControl>& 
     : m_control(control),
       m_database(std::make_shared<JobDatabase>(FolderManager::GetInstance()->GetSyncDatabase())),
       m_importer(MakeImporter(control, m_database)), m_ledger(OpenLedger()), m_reader(*m_importer),
-      m_layout(m_state, *m_importer), m_records(m_state, *m_ledger, *m_database, *m_importer)
+      m_layout(m_state, *control, *m_importer), m_records(m_state, *m_ledger, *m_database, *m_importer)
 {
     m_state.request = request;
     m_state.cloudFolder = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
