@@ -53,6 +53,16 @@ void RegisterTestLayout(FileTree& tree, const QString& folder)
               Registration(TestLayoutModule(), u"FileLayout"_s, u"tlk,tasm"_s));
 }
 
+PluginOrders::PluginOrders(const QByteArray& words)
+{
+    qputenv(OrdersVariable, words);
+}
+
+PluginOrders::~PluginOrders()
+{
+    qunsetenv(OrdersVariable);
+}
+
 PluginCallLog::PluginCallLog()
 {
     Clear();
