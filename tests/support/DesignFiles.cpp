@@ -3,6 +3,7 @@
 #include "DesignFiles.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QUrl>
 
 namespace Halvern::Test {
@@ -80,6 +81,19 @@ QByteArray Encoded(const QString& link, Encoding encoding)
     return {};
 }
 
+/// Doubled characters, and letters as \X2\00E9\X0\.
+QString DecodedStep(QString text)
+{
+    static const QRegularExpression letters(u"\\\\X2\\\\((?:[0-9A-F]{4})+)\\\\X0\\\\"_s);
+    for (auto match = letters.match(text); match.hasMatch(); match = letters.match(text)) {
+        QString decoded;
+        for (qsizetype at = 0; at < match.capturedLength(1); at += 4)
+            decoded += QChar(match.captured(1).mid(at, 4).toUShort(nullptr, 16));
+        text.replace(match.capturedStart(), match.capturedLength(), decoded);
+    }
+    return text.replace(u"\\\\"_s, u"\\"_s).replace(u"''"_s, u"'"_s);
+}
+
 QString Decoded(const QByteArray& text, Encoding encoding)
 {
     switch (encoding) {
@@ -90,7 +104,7 @@ QString Decoded(const QByteArray& text, Encoding encoding)
     case Encoding::AddressInJson:
         return QUrl::fromPercentEncoding(QByteArray(text).replace("\\\\", "\\"));
     case Encoding::StepString:
-        return QString::fromUtf8(QByteArray(text).replace("\\\\", "\\").replace("''", "'"));
+        return DecodedStep(QString::fromUtf8(text));
     }
     return QString::fromUtf8(text);
 }
