@@ -17,22 +17,22 @@ std::filesystem::path Native(const QString& path)
     return std::filesystem::path(path.toStdU16String());
 }
 
-using Nanoseconds = std::chrono::nanoseconds;
+using FileClock = std::chrono::file_clock;
 
 } // namespace
 
 qint64 ModifiedNanoseconds(const QString& path)
 {
-    const auto time = std::filesystem::last_write_time(Native(path)).time_since_epoch();
-    return std::chrono::duration_cast<Nanoseconds>(time).count();
+    const auto time = FileClock::to_sys(std::filesystem::last_write_time(Native(path)));
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count();
 }
 
 void SetModifiedNanoseconds(const QString& path, qint64 nanoseconds)
 {
-    using FileTime = std::filesystem::file_time_type;
+    const std::chrono::sys_time<std::chrono::nanoseconds> time{
+        std::chrono::nanoseconds(nanoseconds)};
     std::filesystem::last_write_time(
-        Native(path),
-        FileTime(std::chrono::duration_cast<FileTime::duration>(Nanoseconds(nanoseconds))));
+        Native(path), std::chrono::time_point_cast<FileClock::duration>(FileClock::from_sys(time)));
 }
 
 QMap<QString, FileStamp> StampsBelow(const QString& folder)

@@ -30,7 +30,7 @@ FileStamp StampOf(const QString& path);
 /// Everything below a folder, by relative path, folders included.
 QMap<QString, FileStamp> StampsBelow(const QString& folder);
 
-/// The last-modified time, from a beginning that is the same for both.
+/// The last-modified time, since the beginning of 1970.
 qint64 ModifiedNanoseconds(const QString& path);
 void SetModifiedNanoseconds(const QString& path, qint64 nanoseconds);
 
