@@ -74,6 +74,12 @@ ExpectedLink ExpectedImport::Resolve(const QString& file, const QString& text) c
         link.kind = ExpectedLink::Url;
         return link;
     }
+    // A whole path on every system.
+    if (text.startsWith(u"D:/"_s)) {
+        link.kind = ExpectedLink::Dead;
+        link.file = text;
+        return link;
+    }
     const QString folder = QFileInfo(m_tree.Path(file)).path();
     const QString whole = QDir::cleanPath(QDir::isAbsolutePath(text) ? text : folder + u'/' + text);
     const QString root = m_tree.Path() + u'/';
