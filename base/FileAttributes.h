@@ -11,6 +11,10 @@ namespace Halvern::Base {
 /// says yes to root for everything). False for a file that does not exist.
 bool IsWritable(const std::filesystem::path& path);
 
+/// Whether this process may make files in a folder, as far as the system tells without one being
+/// made. False for what is no folder.
+bool MayAddTo(const std::filesystem::path& folder);
+
 /// What AllowWriting changed.
 struct WriteRights
 {

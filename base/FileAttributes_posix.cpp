@@ -4,7 +4,9 @@
 
 #include <optional>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Halvern::Base {
 
@@ -25,6 +27,12 @@ std::optional<mode_t> ReadMode(const std::filesystem::path& path)
 bool IsWritable(const std::filesystem::path& path)
 {
     return (ReadMode(path).value_or(0) & S_IWUSR) != 0;
+}
+
+bool MayAddTo(const std::filesystem::path& folder)
+{
+    const std::filesystem::path inside = folder / "."; // fails for what is no folder
+    return ::faccessat(AT_FDCWD, inside.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 WriteRights AllowWriting(const std::filesystem::path& path)

@@ -26,6 +26,15 @@ bool IsWritable(const std::filesystem::path& path)
     return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_READONLY);
 }
 
+bool MayAddTo(const std::filesystem::path& folder)
+{
+    // Only a folder can be opened for that right, and the system asks its access list.
+    const DWORD attributes = ::GetFileAttributesW(ApiPath(folder).c_str());
+    const OpenFile opened(ApiPath(folder), FILE_ADD_FILE, FILE_FLAG_BACKUP_SEMANTICS);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+           bool(opened);
+}
+
 WriteRights AllowWriting(const std::filesystem::path& path)
 {
     const WriteRights before{IsWritable(path) ? 1U : 0U};

@@ -2,6 +2,7 @@
 
 #include "base/FileCopy.h"
 
+#include "base/ContentHash.h"
 #include "base/FileStatus.h"
 #include "base/NativePath.h"
 #include "base/Utf.h"
@@ -15,29 +16,6 @@
 namespace Halvern::Base {
 
 namespace {
-
-// Scanners and indexers open what was just written, and let it go again within moments.
-constexpr ULONGLONG PatienceMs = 2000;
-constexpr DWORD PauseMs = 25;
-
-/// Calls `operation` again for a while as long as it fails because another program has the file.
-/// The last failure is the system's last error.
-template <typename Operation>
-bool WithPatience(Operation operation)
-{
-    const ULONGLONG end = ::GetTickCount64() + PatienceMs;
-    for (;;) {
-        if (operation())
-            return true;
-        const DWORD failure = ::GetLastError();
-        if ((failure != ERROR_SHARING_VIOLATION && failure != ERROR_ACCESS_DENIED) ||
-            ::GetTickCount64() >= end) {
-            ::SetLastError(failure);
-            return false;
-        }
-        ::Sleep(PauseMs);
-    }
-}
 
 /// A name that is free in the folder of `target`, and says nothing of the target's own, which may
 /// be as long as names can be.
@@ -62,27 +40,104 @@ void RemoveTemporary(const std::wstring& native)
 
 FileResult NameIsTaken()
 {
-    return FileResult::Failed("Destination file exists");
+    return FileResult::Refused(FileProblem::NameTaken, "Destination file exists");
 }
+
+/// Whether a copy may get this name.
+FileResult CheckName(const std::filesystem::path& target)
+{
+    const std::u16string text = PathText(target);
+    if (const std::u16string_view name = ForbiddenName(text); !name.empty())
+        return FileResult::Refused(FileProblem::NameRefused,
+                                   "Windows does not allow the name \"" + ToUtf8Lossy(name) + '"');
+    return Exists(target) ? NameIsTaken() : FileResult();
+}
+
+/// Copies to a name for a while, asks `isGood` about what was copied, and gives the copy its name.
+template <typename Check>
+FileResult CopyChecked(const std::filesystem::path& source, const std::filesystem::path& target,
+                       Check check)
+{
+    if (FileResult taken = CheckName(target); !taken)
+        return taken;
+    const std::wstring native = ApiPath(target);
+    const std::wstring temporary = TemporaryBeside(target);
+    FileResult result = ::CopyFileW(ApiPath(source).c_str(), temporary.c_str(), TRUE)
+                            ? FileResult(check())
+                            : LastFailure();
+    // Moved without the flag to replace: a file that came into being meanwhile stays.
+    if (result &&
+        !WithPatience([&] { return ::MoveFileExW(temporary.c_str(), native.c_str(), 0) != 0; }))
+        result = LastFailure();
+    if (result)
+        return {};
+    RemoveTemporary(temporary);
+    return result.Code() == ERROR_ALREADY_EXISTS ? NameIsTaken() : result;
+}
+
+/// The source of a copy: nobody renames it meanwhile, and nobody writes it unless somebody had it
+/// open for that before.
+class Source
+{
+public:
+    explicit Source(const std::filesystem::path& path)
+    {
+        for (const DWORD share : {DWORD(FILE_SHARE_READ), DWORD(FILE_SHARE_READ | FILE_SHARE_WRITE),
+                                  DWORD(FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE)}) {
+            m_handle = ::CreateFileW(ApiPath(path).c_str(), GENERIC_READ, share, nullptr,
+                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+            if (*this || ::GetLastError() != ERROR_SHARING_VIOLATION)
+                return;
+        }
+    }
+    ~Source()
+    {
+        if (*this)
+            ::CloseHandle(m_handle);
+    }
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    explicit operator bool() const noexcept { return m_handle != INVALID_HANDLE_VALUE; }
+    Handle Get() const noexcept { return reinterpret_cast<Handle>(m_handle); }
+
+private:
+    HANDLE m_handle = INVALID_HANDLE_VALUE;
+};
 
 } // namespace
 
 FileResult CopyFileBytes(const std::filesystem::path& source, const std::filesystem::path& target)
 {
-    const std::u16string text = PathText(target);
-    if (const std::u16string_view name = ForbiddenName(text); !name.empty())
-        return FileResult::Failed("Windows does not allow the name \"" + ToUtf8Lossy(name) + '"');
-    if (Exists(target))
-        return NameIsTaken();
-    const std::wstring native = ApiPath(target);
-    const std::wstring temporary = TemporaryBeside(target);
-    // Moved without the flag to replace: a file that came into being meanwhile stays.
-    if (::CopyFileW(ApiPath(source).c_str(), temporary.c_str(), TRUE) &&
-        WithPatience([&] { return ::MoveFileExW(temporary.c_str(), native.c_str(), 0) != 0; }))
-        return {};
-    FileResult failure = LastFailure();
-    RemoveTemporary(temporary);
-    return failure.Code() == ERROR_ALREADY_EXISTS ? NameIsTaken() : failure;
+    return CopyChecked(source, target, [] { return FileResult(); });
+}
+
+FileResult CopyUnchangedBytes(const std::filesystem::path& source,
+                              const std::filesystem::path& target, FileStatus& copied,
+                              ContentHash* hash)
+{
+    const Source in(source);
+    if (!in)
+        return LastFailure("Cannot open " + PathToUtf8(source) + " for input");
+    const FileStatus before = ReadFileStatus(in.Get());
+    ContentHash content;
+    const auto check = [&] {
+        if (hash) {
+            if (FileResult hashed = HashContent(in.Get(), content); !hashed)
+                return hashed;
+        }
+        // The bytes were copied from what the name leads to.
+        return ReadFileStatus(in.Get()) == before && ReadFileStatus(source) == before
+                   ? FileResult()
+                   : FileResult::Refused(FileProblem::Changed,
+                                         "The file changed while it was copied");
+    };
+    if (FileResult made = CopyChecked(source, target, check); !made)
+        return made;
+    copied = before;
+    if (hash)
+        *hash = content;
+    return {};
 }
 
 bool CloneBytes(Handle, Handle) noexcept

@@ -19,23 +19,22 @@ int Number(Handle handle)
     return static_cast<int>(handle);
 }
 
-int OpenQuietly(const std::filesystem::path& file, Links links)
+int OpenQuietly(int folder, const char* name, int flags)
 {
-    // O_NONBLOCK: opening a named pipe must not wait for a writer.
-    const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | (links == Links::Refuse ? O_NOFOLLOW : 0);
 #ifdef O_NOATIME
-    const int quiet = ::open(file.c_str(), flags | O_NOATIME);
+    const int quiet = ::openat(folder, name, flags | O_NOATIME);
     if (quiet >= 0 || errno != EPERM) // only the owner may ask for it
         return quiet;
 #endif
-    return ::open(file.c_str(), flags);
+    return ::openat(folder, name, flags);
 }
 
 } // namespace
 
-FileResult OpenForReading(const std::filesystem::path& file, Handle& handle, Links links)
+FileResult OpenRegularFile(int folder, const char* name, int flags, Handle& handle)
 {
-    Descriptor opened(OpenQuietly(file, links));
+    // O_NONBLOCK: opening a named pipe must not wait for a writer.
+    Descriptor opened(OpenQuietly(folder, name, flags | O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!opened)
         return LastFailure();
     struct stat status = {};
@@ -43,6 +42,12 @@ FileResult OpenForReading(const std::filesystem::path& file, Handle& handle, Lin
         return FileResult::Failed("not a regular file");
     handle = opened.Release();
     return {};
+}
+
+FileResult OpenForReading(const std::filesystem::path& file, Handle& handle, Links links)
+{
+    return OpenRegularFile(AT_FDCWD, file.c_str(), (links == Links::Refuse ? O_NOFOLLOW : 0),
+                           handle);
 }
 
 FileResult CreateExclusively(const std::filesystem::path& file, Handle& handle)

@@ -4,6 +4,15 @@
 
 namespace Halvern::Base {
 
+FileProblem FileResult::Problem() const noexcept
+{
+    if (!m_failed)
+        return FileProblem::None;
+    if (m_problem != FileProblem::Other)
+        return m_problem;
+    return m_isHeld ? FileProblem::Held : ProblemOf(m_code);
+}
+
 std::string FileResult::Text() const
 {
     if (m_code == 0)

@@ -2,9 +2,33 @@
 
 #include "base/FileResult.h"
 
+#include <cerrno>
 #include <system_error>
 
 namespace Halvern::Base {
+
+FileProblem ProblemOf(std::uint32_t code) noexcept
+{
+    switch (code) {
+    case ENOENT:
+        return FileProblem::Missing;
+    case EEXIST:
+        return FileProblem::NameTaken;
+    case ENOTDIR:
+        return FileProblem::NotAFolder;
+    case EISDIR:
+        return FileProblem::IsAFolder;
+    case ENOTEMPTY:
+        return FileProblem::NotEmpty;
+    case ENOSPC:
+    case EDQUOT:
+        return FileProblem::NoSpace;
+    case ENAMETOOLONG:
+        return FileProblem::NameRefused;
+    default:
+        return FileProblem::Other;
+    }
+}
 
 std::string SystemErrorText(std::uint32_t code)
 {

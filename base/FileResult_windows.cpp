@@ -9,6 +9,40 @@
 
 namespace Halvern::Base {
 
+namespace {
+
+// The headers do not have it.
+constexpr std::uint32_t DiskQuotaExceeded = 1295;
+
+} // namespace
+
+FileProblem ProblemOf(std::uint32_t code) noexcept
+{
+    switch (code) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+        return FileProblem::Missing;
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+        return FileProblem::NameTaken;
+    case ERROR_DIRECTORY:
+        return FileProblem::NotAFolder;
+    case ERROR_DIR_NOT_EMPTY:
+        return FileProblem::NotEmpty;
+    case ERROR_DISK_FULL:
+    case ERROR_HANDLE_DISK_FULL:
+    case DiskQuotaExceeded:
+        return FileProblem::NoSpace;
+    case ERROR_INVALID_NAME:
+    case ERROR_FILENAME_EXCED_RANGE:
+        return FileProblem::NameRefused;
+    case ERROR_SHARING_VIOLATION:
+        return FileProblem::Held;
+    default:
+        return FileProblem::Other;
+    }
+}
+
 // In the user's language. The standard library's text would be in the code page of the system.
 std::string SystemErrorText(std::uint32_t code)
 {

@@ -9,9 +9,9 @@
 
 namespace Halvern::Base {
 
-// What the disk says of a file. Symbolic links are followed; a shortcut of Windows (.lnk) is the
-// file that it is. What cannot be looked at is not there: nothing here fails, and only a lack of
-// memory throws. Safe to call from any thread.
+// What the disk says of a file. Symbolic links are followed but by ReadLinkStatus; a shortcut of
+// Windows (.lnk) is the file that it is. What cannot be looked at is not there: nothing here fails,
+// and only a lack of memory throws. Safe to call from any thread.
 
 enum class FileKind
 {
@@ -19,7 +19,9 @@ enum class FileKind
     File,
     Folder,
     /// A pipe, a device, a socket.
-    Other
+    Other,
+    /// A symbolic link or (Windows) a junction, where links are not followed.
+    Link
 };
 
 struct FileStatus
@@ -28,6 +30,9 @@ struct FileStatus
     std::uint64_t size = 0;
     /// Last modification in nanoseconds since 1970, UTC; NTFS counts in steps of 100.
     std::int64_t modified = 0;
+    /// When the system last noted a change of the file, its name or its rights; no program can set
+    /// it. 0 on Windows, where reading what only the cloud has changes it.
+    std::int64_t changed = 0;
     /// Together they are the file, whatever name it was reached by.
     std::uint64_t device = 0;
     std::uint64_t index = 0;
@@ -40,6 +45,8 @@ struct FileStatus
 
 FileStatus ReadFileStatus(const std::filesystem::path& path);
 FileStatus ReadFileStatus(Handle handle);
+/// Of the entry itself: a link is a FileKind::Link, wherever it leads.
+FileStatus ReadLinkStatus(const std::filesystem::path& path);
 
 /// On Windows also true for a symbolic link that leads nowhere.
 bool Exists(const std::filesystem::path& path);

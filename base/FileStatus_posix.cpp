@@ -2,6 +2,8 @@
 
 #include "base/FileStatus.h"
 
+#include "base/PosixApi.h"
+
 #include <system_error>
 
 #include <sys/stat.h>
@@ -14,22 +16,30 @@ FileKind KindOf(mode_t mode)
 {
     if (S_ISREG(mode))
         return FileKind::File;
+    if (S_ISLNK(mode))
+        return FileKind::Link;
     return S_ISDIR(mode) ? FileKind::Folder : FileKind::Other;
 }
+
+std::int64_t Nanoseconds(const struct timespec& time)
+{
+    return std::int64_t(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+}
+
+} // namespace
 
 FileStatus StatusOf(const struct stat& info)
 {
     FileStatus status;
     status.kind = KindOf(info.st_mode);
     status.size = static_cast<std::uint64_t>(info.st_size);
-    status.modified = std::int64_t(info.st_mtim.tv_sec) * 1'000'000'000 + info.st_mtim.tv_nsec;
+    status.modified = Nanoseconds(info.st_mtim);
+    status.changed = Nanoseconds(info.st_ctim);
     status.device = static_cast<std::uint64_t>(info.st_dev);
     status.index = static_cast<std::uint64_t>(info.st_ino);
     status.names = static_cast<std::uint64_t>(info.st_nlink);
     return status;
 }
-
-} // namespace
 
 FileStatus ReadFileStatus(const std::filesystem::path& path)
 {
@@ -41,6 +51,12 @@ FileStatus ReadFileStatus(Handle handle)
 {
     struct stat info = {};
     return ::fstat(static_cast<int>(handle), &info) == 0 ? StatusOf(info) : FileStatus();
+}
+
+FileStatus ReadLinkStatus(const std::filesystem::path& path)
+{
+    struct stat info = {};
+    return ::lstat(path.c_str(), &info) == 0 ? StatusOf(info) : FileStatus();
 }
 
 bool Exists(const std::filesystem::path& path)

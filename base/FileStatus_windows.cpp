@@ -51,6 +51,19 @@ FileStatus ReadFileStatus(Handle handle)
     return status;
 }
 
+FileStatus ReadLinkStatus(const std::filesystem::path& path)
+{
+    const std::wstring native = ApiPath(path);
+    const OpenFile file(native, FILE_READ_ATTRIBUTES,
+                        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
+    if (!file)
+        return {};
+    FileStatus status = ReadFileStatus(reinterpret_cast<Handle>(file.Get()));
+    if (IsLink(file.Get(), ::GetFileAttributesW(native.c_str())))
+        status.kind = FileKind::Link;
+    return status;
+}
+
 bool Exists(const std::filesystem::path& path)
 {
     return ::GetFileAttributesW(ApiPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;

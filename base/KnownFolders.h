@@ -17,8 +17,10 @@ std::filesystem::path ProgramFile();
 std::filesystem::path CommonDataFolder();
 /// Windows: the user's folder for settings that travel with the account. POSIX has none such.
 std::filesystem::path RoamingDataFolder();
-/// The user's own folder.
+/// The user's own folder, as the environment names it.
 std::filesystem::path HomeFolder();
+/// The home folder that the account of this process was made with, whatever the environment says.
+std::filesystem::path AccountHomeFolder();
 /// What an environment variable names.
 std::filesystem::path EnvironmentPath(const std::string& variable);
 /// The same for a list, separated by ";" on Windows and ":" on POSIX.

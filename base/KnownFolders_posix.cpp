@@ -3,9 +3,13 @@
 #include "base/KnownFolders.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <string_view>
 #include <system_error>
+
+#include <pwd.h>
+#include <unistd.h>
 
 namespace Halvern::Base {
 
@@ -28,6 +32,15 @@ std::filesystem::path RoamingDataFolder()
 std::filesystem::path HomeFolder()
 {
     return EnvironmentPath("HOME");
+}
+
+std::filesystem::path AccountHomeFolder()
+{
+    std::array<char, 16384> texts{};
+    passwd entry = {};
+    passwd* found = nullptr;
+    ::getpwuid_r(::getuid(), &entry, texts.data(), texts.size(), &found);
+    return found ? std::filesystem::path(found->pw_dir) : std::filesystem::path();
 }
 
 std::filesystem::path EnvironmentPath(const std::string& variable)

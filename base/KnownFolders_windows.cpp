@@ -54,6 +54,11 @@ std::filesystem::path HomeFolder()
     return EnvironmentPath("USERPROFILE");
 }
 
+std::filesystem::path AccountHomeFolder()
+{
+    return SpecialFolder(CSIDL_PROFILE, false);
+}
+
 std::filesystem::path EnvironmentPath(const std::string& variable)
 {
     return Environment(variable);

@@ -5,11 +5,13 @@
 #pragma once
 
 #include "base/FileResult.h"
+#include "base/FileStatus.h"
 
 #include <cerrno>
 #include <string>
 #include <utility>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Halvern::Base {
@@ -21,15 +23,29 @@ inline FileResult LastFailure(std::string what = {})
     return FileResult::Failed(std::move(what), static_cast<std::uint32_t>(code));
 }
 
+FileStatus StatusOf(const struct stat& info);
+/// OpenForReading with the name in an open folder (or AT_FDCWD), and flags of open() of the
+/// caller's.
+FileResult OpenRegularFile(int folder, const char* name, int flags, Handle& handle);
+/// Waits until the data of an open file, or the names in an open folder, are on the disk. False,
+/// with errno, when the system cannot promise that.
+bool Synchronize(int fd);
+
 /// Closes a file descriptor at the end of its life.
 class Descriptor
 {
 public:
-    explicit Descriptor(int fd) noexcept : m_fd(fd) {}
+    explicit Descriptor(int fd = -1) noexcept : m_fd(fd) {}
     ~Descriptor()
     {
         if (m_fd >= 0)
             ::close(m_fd);
+    }
+    Descriptor(Descriptor&& other) noexcept : m_fd(other.Release()) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(m_fd, other.m_fd);
+        return *this;
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;

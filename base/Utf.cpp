@@ -35,6 +35,13 @@ std::size_t FindLoneSurrogate(std::u16string_view text, std::size_t at)
     return at;
 }
 
+void AppendHex(std::string& text, std::string_view mark, unsigned value, int digits)
+{
+    text += mark;
+    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+        text += "0123456789ABCDEF"[(value >> shift) & 0xFU];
+}
+
 } // namespace
 
 std::optional<std::string> ToUtf8(std::u16string_view text)
@@ -75,6 +82,34 @@ std::u16string ToUtf16Lossy(std::string_view text)
             break;
         result.push_back(Replacement);
         ++at;
+    }
+    return result;
+}
+
+std::string EscapedUtf8(std::string_view text)
+{
+    std::string result;
+    for (const char *at = text.data(), *const end = at + text.size(); at != end; ++at) {
+        const char* const invalid = utf8::find_invalid(at, end);
+        result.append(at, invalid);
+        at = invalid;
+        if (at == end)
+            break;
+        AppendHex(result, "\\x", static_cast<unsigned char>(*at), 2);
+    }
+    return result;
+}
+
+std::string EscapedUtf8(std::u16string_view text)
+{
+    std::string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const std::size_t lone = FindLoneSurrogate(text, at);
+        utf8::unchecked::utf16to8(text.begin() + at, text.begin() + lone,
+                                  std::back_inserter(result));
+        at = lone;
+        if (at < text.size())
+            AppendHex(result, "\\u", text[at], 4);
     }
     return result;
 }

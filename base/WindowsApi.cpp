@@ -39,6 +39,15 @@ bool HasAttribute(const std::wstring& native, DWORD attribute) noexcept
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
 }
 
+bool IsLink(HANDLE opened, DWORD byName) noexcept
+{
+    FILE_ATTRIBUTE_TAG_INFO info = {};
+    ::GetFileInformationByHandleEx(opened, FileAttributeTagInfo, &info, sizeof info);
+    const DWORD attributes = info.FileAttributes | (byName == INVALID_FILE_ATTRIBUTES ? 0 : byName);
+    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           (info.ReparseTag == 0 || IsReparseTagNameSurrogate(info.ReparseTag));
+}
+
 OpenFile::OpenFile(const std::wstring& native, DWORD access, DWORD flags) noexcept
     : m_handle(::CreateFileW(native.c_str(), access,
                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,

@@ -32,9 +32,37 @@ FileResult LastFailure(std::string what = {});
 
 bool HasAttribute(const std::wstring& native, DWORD attribute) noexcept;
 
+/// Whether what is open, opened as itself, is a symbolic link or a junction, and not the
+/// placeholder of a file that a cloud has. `byName` are the attributes that the name has: Wine
+/// opens what a link leads to, however it is asked, and tells a link by its name alone.
+bool IsLink(HANDLE opened, DWORD byName) noexcept;
+
 constexpr std::uint64_t JoinWords(DWORD high, DWORD low) noexcept
 {
     return (std::uint64_t(high) << 32) | low;
+}
+
+// Scanners and indexers open what was just written, and let it go again within moments.
+inline constexpr ULONGLONG PatienceMs = 2000;
+inline constexpr DWORD PauseMs = 25;
+
+/// Calls `operation` again for a while as long as it fails because another program has the file.
+/// The last failure is the system's last error.
+template <typename Operation>
+bool WithPatience(Operation operation)
+{
+    const ULONGLONG end = ::GetTickCount64() + PatienceMs;
+    for (;;) {
+        if (operation())
+            return true;
+        const DWORD failure = ::GetLastError();
+        if ((failure != ERROR_SHARING_VIOLATION && failure != ERROR_ACCESS_DENIED) ||
+            ::GetTickCount64() >= end) {
+            ::SetLastError(failure);
+            return false;
+        }
+        ::Sleep(PauseMs);
+    }
 }
 
 /// An existing file or folder, open while this lives; shared with everybody.

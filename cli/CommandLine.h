@@ -22,27 +22,50 @@ public:
     const CLI::App& App() const { return m_app; }
 
 private:
+    /// What `--on-conflict` takes.
+    enum class OnConflict
+    {
+        Stop,
+        Keep,
+        Replace,
+        Rename,
+        Ask,
+    };
+
     CLI::Option* AddText(CLI::App& app, const std::string& name, QString& value,
                          const std::string& help);
     CLI::Option* AddTexts(CLI::App& app, const std::string& name, QStringList& values,
                           const std::string& help);
+    /// An option that takes one value each time it is given.
+    CLI::Option* AddRepeated(CLI::App& app, const std::string& name, QStringList& values,
+                             const std::string& help);
     CLI::Option* AddPolicy(CLI::App& app, const std::string& name, Jobs::CollisionPolicy& policy,
                            const std::string& help);
     void AddCommonOptions(CLI::App& app);
-    void AddPlaces(CLI::App& app);
+    void AddPlaces(CLI::App& app, Jobs::Places& places);
+    void AddProgress(CLI::App& app, ProgressMode& mode);
     void AddWhat(CLI::App& app);
+    void AddWhatComesAlong(CLI::App& app);
+    void AddWhatIsDoneAgain(CLI::App& app);
+    void AddDecisions(CLI::App& app);
     void AddImport();
+    void AddRetry();
     void AddLinks();
     void AddPlugins();
+    ImportOptions ParsedImport() const;
+    static Jobs::ConflictAnswer RequestOf(OnConflict wanted);
 
     CLI::App m_app;
     CLI::App* m_importCommand = nullptr;
+    CLI::App* m_retryCommand = nullptr;
     CLI::App* m_linksCommand = nullptr;
     CLI::Option* m_selectedOption = nullptr;
     CLI::Option* m_linkedOption = nullptr;
     Jobs::CollisionPolicy m_collisions = Jobs::CollisionPolicy::Stop;
+    OnConflict m_onConflict = OnConflict::Stop;
     CommonOptions m_common;
     ImportOptions m_import;
+    RetryOptions m_retry;
     LinksOptions m_links;
     PluginsOptions m_plugins;
     bool m_noLoad = false;

@@ -2,29 +2,33 @@
 
 #include "Console.h"
 
-#include <QtCore/QJsonDocument>
+#include "Masking.h"
+#include "Streams.h"
 
-#include <cstdio>
+#include <QtCore/QJsonDocument>
 
 namespace Halvern::Cli {
 
-Console::Console(bool json, bool quiet) : m_json(json), m_quiet(quiet)
+namespace {
+
+QByteArray LineOf(const QString& text)
 {
-    // Fails only when the caller closed the stream; what is written then goes nowhere.
-    (void)m_out.open(stdout, QFile::WriteOnly);
-    (void)m_err.open(stderr, QFile::WriteOnly);
+    return Masked(text).toUtf8() + '\n';
 }
+
+} // namespace
+
+Console::Console(bool json, bool quiet) : m_json(json), m_quiet(quiet) {}
 
 void Console::Write(const QString& text)
 {
-    m_out.write(text.toUtf8());
-    m_out.flush();
+    WriteResults(MaskedLines(text).toUtf8());
 }
 
 void Console::Line(const QString& line)
 {
     if (!m_json && !m_quiet)
-        Write(line + u'\n');
+        WriteResults(LineOf(line));
 }
 
 void Console::ProblemLine(const QString& line)
@@ -32,20 +36,20 @@ void Console::ProblemLine(const QString& line)
     if (m_json)
         return;
     if (m_quiet)
-        WriteError(line + u'\n');
+        ErrorLine(line);
     else
-        Write(line + u'\n');
+        WriteResults(LineOf(line));
 }
 
 void Console::Json(const QJsonObject& object)
 {
     if (m_json)
-        Write(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n');
+        WriteResults(MaskedJson(QJsonDocument(object).toJson(QJsonDocument::Compact)) + '\n');
 }
 
 void Console::Error(const QString& text)
 {
-    WriteError(QStringLiteral("corsync: ") + text + u'\n');
+    ErrorLine(QStringLiteral("corsync: ") + text);
 }
 
 void Console::Note(const QString& text)
@@ -56,8 +60,21 @@ void Console::Note(const QString& text)
 
 void Console::WriteError(const QString& text)
 {
-    m_err.write(text.toUtf8());
-    m_err.flush();
+    WriteMessages(MaskedLines(text).toUtf8());
+}
+
+void Console::ErrorLine(const QString& line)
+{
+    WriteMessages(LineOf(line));
+}
+
+ExitCode Console::End(ExitCode code)
+{
+    const QString failure = ResultsFailure();
+    if (failure.isEmpty())
+        return code;
+    Error(QStringLiteral("not everything could be written to standard output: ") + failure);
+    return MostSerious({code, ExitCode::Failed});
 }
 
 } // namespace Halvern::Cli

@@ -2,13 +2,16 @@
 
 #pragma once
 
-#include <QtCore/QFile>
+#include "ExitCode.h"
+
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
 namespace Halvern::Cli {
 
 /// The two outputs of the process: results on standard output, everything else on standard error.
+/// Nothing else writes text there, but for the progress line and the log. Control characters in
+/// texts become visible here; JSON keeps them as escapes.
 class Console
 {
 public:
@@ -16,7 +19,7 @@ public:
 
     bool IsJson() const { return m_json; }
     bool IsQuiet() const { return m_quiet; }
-    /// Text for standard output as it is.
+    /// Text of several lines for standard output, whatever is wanted.
     void Write(const QString& text);
     /// A line of a result; not when JSON or nothing but errors is wanted.
     void Line(const QString& line);
@@ -29,14 +32,16 @@ public:
     void Error(const QString& text);
     /// The same, unless nothing but errors is wanted.
     void Note(const QString& text);
-    /// Text for standard error as it is.
+    /// Text of several lines for standard error, whatever is wanted.
     void WriteError(const QString& text);
+    /// A line for standard error, whatever is wanted.
+    void ErrorLine(const QString& line);
+    /// The code of the whole command: a failure, when standard output did not take all results.
+    ExitCode End(ExitCode code);
 
 private:
     bool m_json;
     bool m_quiet;
-    QFile m_out;
-    QFile m_err;
 };
 
 } // namespace Halvern::Cli

@@ -10,6 +10,7 @@
 #include "corsync/FileLinks.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 
 namespace Halvern::Cli {
 
@@ -20,14 +21,28 @@ QString Shown(const QString& path)
     return QDir::toNativeSeparators(path);
 }
 
+/// ".dwg"; of a name without an extension the kind of file that it is.
+QString FormatOf(const QString& file)
+{
+    const QString extension = QFileInfo(file).suffix();
+    return extension.isEmpty() ? QStringLiteral("files without an extension") : u'.' + extension;
+}
+
+QString CountOf(const Jobs::LinksOfFile& result)
+{
+    if (!result.isKnownFormat)
+        return QStringLiteral("no plug-in reads ") + FormatOf(result.file);
+    if (result.links.isEmpty())
+        return QStringLiteral("no links");
+    return QStringLiteral("%1 links").arg(result.links.size());
+}
+
 void Print(const Jobs::LinksOfFile& result, Console& console)
 {
     if (!result.problems.isEmpty())
         console.ProblemLine(Shown(result.file) + QStringLiteral(": ") + Sentence(result.problems));
-    else if (result.links.isEmpty())
-        console.Line(Shown(result.file) + QStringLiteral(": no links"));
     else
-        console.Line(Shown(result.file) + QStringLiteral(": %1 links").arg(result.links.size()));
+        console.Line(Shown(result.file) + QStringLiteral(": ") + CountOf(result));
     for (const Jobs::StoredLink& link : result.links) {
         QString line = QStringLiteral("  ") + NameOf(link.state).leftJustified(9) + link.text;
         if (link.state != Jobs::LinkState::Url)
@@ -47,6 +62,10 @@ void PrintJson(const Jobs::LinksOfFile& result, Console& console)
                       {QStringLiteral("path"), link.text},
                       {QStringLiteral("resolved"), link.file},
                       {QStringLiteral("status"), NameOf(link.state)}});
+    if (!result.isKnownFormat)
+        console.Json({{QStringLiteral("event"), QStringLiteral("unknown-format")},
+                      {QStringLiteral("file"), result.file},
+                      {QStringLiteral("extension"), QFileInfo(result.file).suffix()}});
     if (result.problems.isEmpty())
         return;
     QJsonObject problem = JsonProblem(Sentence(result.problems));

@@ -2,6 +2,8 @@
 
 #include "Logging.h"
 
+#include "Masking.h"
+#include "Streams.h"
 #include "Text.h"
 
 #include <QtCore/QDateTime>
@@ -11,7 +13,8 @@
 #include <log4cplus/spi/loggingevent.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <functional>
+#include <memory>
 
 namespace Halvern::Cli {
 
@@ -39,22 +42,17 @@ int ScreenLevel(int verbosity)
     return verbosity == 2 ? log4cplus::DEBUG_LOG_LEVEL : log4cplus::TRACE_LOG_LEVEL;
 }
 
-std::unique_ptr<QIODevice> OpenLogFile(const QString& path)
+/// Takes one line with its end.
+using LineTaker = std::function<void(const QByteArray&)>;
+
+LineTaker IntoFile(const QString& path)
 {
-    auto file = std::make_unique<QFile>(path);
+    const auto file = std::make_shared<QFile>(path);
     // Unbuffered, so that the last line before a crash is in the file.
     if (!file->open(QFile::WriteOnly | QFile::Append | QFile::Unbuffered))
         throw UsageError(
             QStringLiteral("cannot write the log file %1: %2").arg(path, file->errorString()));
-    return file;
-}
-
-std::unique_ptr<QIODevice> OpenStandardError()
-{
-    auto file = std::make_unique<QFile>();
-    if (!file->open(stderr, QFile::WriteOnly | QFile::Unbuffered))
-        return nullptr;
-    return file;
+    return [file](const QByteArray& line) { file->write(line); };
 }
 
 } // namespace
@@ -62,38 +60,38 @@ std::unique_ptr<QIODevice> OpenStandardError()
 class LogSetup::LineWriter : public log4cplus::Appender
 {
 public:
-    explicit LineWriter(std::unique_ptr<QIODevice> device) : m_device(std::move(device)) {}
+    explicit LineWriter(LineTaker take) : m_take(std::move(take)) {}
     ~LineWriter() override { destructorImpl(); }
     void close() override
     {
-        m_device->close();
+        m_take = {};
         closed = true;
     }
 
 protected:
     void append(const log4cplus::spi::InternalLoggingEvent& event) override
     {
-        const QString line = QStringLiteral("%1 %2 %3 %4\n")
+        const QString line = QStringLiteral("%1 %2 %3 %4")
                                  .arg(QDateTime::currentDateTime().toString(Qt::ISODateWithMs),
                                       LevelName(event.getLogLevel()), Text(event.getLoggerName()),
                                       Text(event.getMessage()));
-        m_device->write(line.toUtf8());
+        m_take(Masked(line).toUtf8() + '\n');
     }
 
 private:
-    std::unique_ptr<QIODevice> m_device;
+    LineTaker m_take;
 };
 
 LogSetup::LogSetup(const LogOptions& options)
 {
-    std::unique_ptr<QIODevice> file = options.file.isEmpty() ? nullptr : OpenLogFile(options.file);
+    const LineTaker file = options.file.isEmpty() ? LineTaker() : IntoFile(options.file);
     const int fileLevel = file ? options.fileLevel : log4cplus::OFF_LOG_LEVEL;
     const int screenLevel = ScreenLevel(options.verbosity);
     log4cplus::Logger::getRoot().setLogLevel(std::min(fileLevel, screenLevel));
     if (file)
-        AddLineWriter(std::move(file), fileLevel);
+        Add(log4cplus::SharedAppenderPtr(new LineWriter(file)), fileLevel);
     if (screenLevel != log4cplus::OFF_LOG_LEVEL)
-        AddLineWriter(OpenStandardError(), screenLevel);
+        Add(log4cplus::SharedAppenderPtr(new LineWriter(WriteMessages)), screenLevel);
 }
 
 LogSetup::~LogSetup()
@@ -102,17 +100,9 @@ LogSetup::~LogSetup()
         log4cplus::Logger::getRoot().removeAppender(appender);
 }
 
-void LogSetup::AddLineWriter(std::unique_ptr<QIODevice> device, int threshold)
+void LogSetup::Add(log4cplus::SharedAppenderPtr appender, int threshold)
 {
-    if (!device)
-        return;
-    log4cplus::SharedAppenderPtr writer(new LineWriter(std::move(device)));
-    writer->setThreshold(threshold);
-    Add(writer);
-}
-
-void LogSetup::Add(log4cplus::SharedAppenderPtr appender)
-{
+    appender->setThreshold(threshold);
     log4cplus::Logger::getRoot().addAppender(appender);
     m_appenders.append(appender);
 }

@@ -4,17 +4,14 @@
 
 #include "Options.h"
 
-#include <QtCore/QIODevice>
 #include <QtCore/QList>
 
 #include <log4cplus/appender.h>
 
-#include <memory>
-
 namespace Halvern::Cli {
 
 /// log4cplus as the user wants it, for as long as the object lives: lines on standard error and in
-/// the log file.
+/// the log file, one for each record.
 class LogSetup
 {
 public:
@@ -27,8 +24,7 @@ public:
 private:
     class LineWriter;
 
-    void AddLineWriter(std::unique_ptr<QIODevice> device, int threshold);
-    void Add(log4cplus::SharedAppenderPtr appender);
+    void Add(log4cplus::SharedAppenderPtr appender, int threshold);
 
     QList<log4cplus::SharedAppenderPtr> m_appenders;
 };

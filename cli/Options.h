@@ -46,7 +46,17 @@ struct ImportOptions
 {
     Jobs::ImportRequest request;
     Jobs::Places places;
+    /// Conflicts are shown one by one, and the user says what to do; the request stops at them.
+    bool asks = false;
     bool dryRun = false;
+    ProgressMode progress = ProgressMode::Auto;
+};
+
+struct RetryOptions
+{
+    /// Empty: the whole cloud cache folder.
+    QString folder;
+    Jobs::Places places;
     ProgressMode progress = ProgressMode::Auto;
 };
 
@@ -63,7 +73,7 @@ struct PluginsOptions
 struct Options
 {
     CommonOptions common;
-    std::variant<ImportOptions, LinksOptions, PluginsOptions> command;
+    std::variant<ImportOptions, RetryOptions, LinksOptions, PluginsOptions> command;
 };
 
 /// Either options, or what to print and with which code to end.

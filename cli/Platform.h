@@ -7,12 +7,9 @@
 
 namespace Halvern::Cli {
 
-/// Before the application object: text on standard output and standard error is UTF-8. When the
+/// Before anything else in main: text on standard output and standard error is UTF-8. When the
 /// program exits a console is as it was.
 void PrepareConsole();
-bool IsStandardErrorTerminal();
-/// Columns of the terminal on standard error; 80 when unknown.
-int TerminalWidth();
 /// Arguments that name files. Where the shell leaves patterns to the program, "*" and "?" in the
 /// last part of one stand for the names they match, in their order; hidden ones are left out. A
 /// pattern that matches nothing stays as it is.

@@ -7,8 +7,6 @@
 #include <cstring>
 
 #include <langinfo.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace Halvern::Cli {
 
@@ -18,18 +16,6 @@ void PrepareConsole()
     // Qt switches to UTF-8 by itself, but warns about it on standard error.
     if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
         setenv("LC_ALL", "C.UTF-8", 1);
-}
-
-bool IsStandardErrorTerminal()
-{
-    return isatty(STDERR_FILENO) == 1;
-}
-
-int TerminalWidth()
-{
-    winsize size = {};
-    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return known ? size.ws_col : 80;
 }
 
 QStringList ExpandPatterns(const QStringList& arguments)

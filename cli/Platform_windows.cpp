@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include <io.h>
 #include <windows.h>
 
 namespace Halvern::Cli {
@@ -70,19 +69,6 @@ void PrepareConsole()
     if (GetConsoleMode(error, &errorModeBefore) &&
         SetConsoleMode(error, errorModeBefore | ENABLE_VIRTUAL_TERMINAL_PROCESSING))
         std::atexit(RestoreErrorMode);
-}
-
-bool IsStandardErrorTerminal()
-{
-    return _isatty(_fileno(stderr)) != 0;
-}
-
-int TerminalWidth()
-{
-    CONSOLE_SCREEN_BUFFER_INFO info;
-    if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info))
-        return 80;
-    return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
 QStringList ExpandPatterns(const QStringList& arguments)

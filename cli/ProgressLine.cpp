@@ -2,23 +2,15 @@
 
 #include "ProgressLine.h"
 
-#include "Platform.h"
+#include "Streams.h"
 
 #include <QtCore/QLocale>
-
-#include <cstdio>
 
 namespace Halvern::Cli {
 
 namespace {
 
 constexpr qint64 MillisecondsBetweenDraws = 100;
-
-void WriteToScreen(const QByteArray& text)
-{
-    std::fwrite(text.constData(), 1, size_t(text.size()), stderr);
-    std::fflush(stderr);
-}
 
 } // namespace
 
@@ -62,7 +54,7 @@ void ProgressLine::Show(qint64 count, qint64 bytes)
 void ProgressLine::Clear()
 {
     if (m_visible)
-        WriteToScreen("\r\033[K");
+        WriteMessages("\r\033[K");
     m_visible = false;
 }
 
@@ -72,7 +64,7 @@ void ProgressLine::Draw()
         return;
     // One column stays free: a full line would make some terminals wrap.
     const QString line = RenderProgress(m_phase, m_count, m_total, m_bytes, m_width - 1);
-    WriteToScreen("\r\033[K" + line.toUtf8());
+    WriteMessages("\r\033[K" + line.toUtf8());
     m_sinceDrawn.start();
     m_visible = true;
 }

@@ -28,15 +28,24 @@ struct ImportReport
     Jobs::JobResult result;
     QList<Jobs::Conflict> conflicts;
     ReportFolders folders;
+    /// Files that a pattern excludes have lines, too.
+    bool isVerbose = false;
 };
 
 QString TextOf(const Jobs::FileResult& result, const ReportFolders& folders);
 QString TextOf(const Jobs::Conflict& conflict, const ReportFolders& folders);
+/// Without sizes and times.
+QString BriefTextOf(const Jobs::Conflict& conflict, const ReportFolders& folders);
+/// "problem    not enough room on the disk that holds /x: 5.0 GB needed, 1.0 GB available".
+QString TextOf(const Jobs::Finding& finding);
+/// "2 files whose format no plug-in reads: 1 .dwg, 1 .rvt"; empty when there is none.
+QString UnknownFormatsLine(const Jobs::Summary& summary);
 /// "3 copied, 1 missing; cloud cache folder /home/x/Corsync".
 QString CountLine(const Jobs::Summary& summary, const ReportFolders& folders);
 
 QJsonObject JsonOf(const Jobs::FileResult& result);
 QJsonObject JsonOf(const Jobs::Conflict& conflict);
+QJsonObject JsonOf(const Jobs::Finding& finding);
 QJsonObject JsonOf(const Jobs::Summary& summary);
 QJsonObject JsonProblem(const QString& text);
 /// A warning, or a problem when nothing came of the file.

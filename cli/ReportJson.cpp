@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "Report.h"
+
+#include "ConflictText.h"
 #include "Words.h"
 
 #include <QtCore/QJsonArray>
@@ -18,6 +20,14 @@ QJsonObject JsonOf(const Jobs::FileResult& result)
         object.insert(QStringLiteral("moved"), true);
     if (!result.linkedFrom.isEmpty())
         object.insert(QStringLiteral("linkedFrom"), QJsonArray::fromStringList(result.linkedFrom));
+    if (result.outside)
+        object.insert(QStringLiteral("outside"), true);
+    if (result.isUnknownFormat)
+        object.insert(QStringLiteral("unknownFormat"), true);
+    if (result.remark != Jobs::Remark::None)
+        object.insert(QStringLiteral("remark"), NameOf(result.remark));
+    if (!result.detail.isEmpty())
+        object.insert(QStringLiteral("detail"), result.detail);
     const QString reason = ReasonOf(result);
     if (!reason.isEmpty())
         object.insert(QStringLiteral("reason"), reason);
@@ -33,6 +43,22 @@ QJsonObject JsonOf(const Jobs::Conflict& conflict)
                        {QStringLiteral("selected"), conflict.selected}};
     if (!conflict.other.isEmpty())
         object.insert(QStringLiteral("other"), conflict.other);
+    if (conflict.sourceSide.modified.isValid())
+        object.insert(QStringLiteral("sourceSide"), JsonOf(conflict.sourceSide));
+    if (conflict.targetSide.modified.isValid())
+        object.insert(QStringLiteral("targetSide"), JsonOf(conflict.targetSide));
+    return object;
+}
+
+QJsonObject JsonOf(const Jobs::Finding& finding)
+{
+    QJsonObject object{{QStringLiteral("event"), QStringLiteral("finding")},
+                       {QStringLiteral("kind"), NameOf(finding.kind)},
+                       {QStringLiteral("path"), finding.path}};
+    if (finding.needed > 0) {
+        object.insert(QStringLiteral("needed"), finding.needed);
+        object.insert(QStringLiteral("available"), finding.available);
+    }
     return object;
 }
 
@@ -44,10 +70,17 @@ QJsonObject JsonOf(const Jobs::Summary& summary)
         counts.insert(NameOf(it.key()), it.value());
         files += it.value();
     }
+    QJsonObject unknownFormats;
+    for (auto it = summary.unknownFormats.begin(); it != summary.unknownFormats.end(); ++it)
+        unknownFormats.insert(it.key(), it.value());
     return {{QStringLiteral("event"), QStringLiteral("summary")},
             {QStringLiteral("files"), files},
             {QStringLiteral("counts"), counts},
             {QStringLiteral("conflicts"), summary.conflicts},
+            {QStringLiteral("findings"), summary.findings.size()},
+            {QStringLiteral("problems"), summary.filesWithProblems},
+            {QStringLiteral("outside"), summary.outside},
+            {QStringLiteral("unknownFormats"), unknownFormats},
             {QStringLiteral("exitCode"), int(ExitCodeOf(summary))}};
 }
 

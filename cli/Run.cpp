@@ -9,6 +9,7 @@
 #include "Logging.h"
 #include "Options.h"
 #include "PluginsCommand.h"
+#include "RetryCommand.h"
 
 namespace Halvern::Cli {
 
@@ -22,6 +23,8 @@ ExitCode RunCommand(const Options& options, const Jobs::CancelToken& cancel, Con
             return RunImport(command, options.common, cancel, console);
         else if constexpr (std::is_same_v<Command, LinksOptions>)
             return RunLinks(command, options.common, cancel, console);
+        else if constexpr (std::is_same_v<Command, RetryOptions>)
+            return RunRetry(command, options.common, cancel, console);
         else
             return RunPlugins(command, options.common, cancel, console);
     };
@@ -44,6 +47,20 @@ ExitCode Report(const Jobs::JobError& error, Console& console)
                   isTarget ? QStringLiteral("--to ") + error.Text() : error.Text(), console);
 }
 
+/// Whether standard output takes what there is to say, nobody can tell before all has been said.
+ExitCode RunAndReport(const Options& options, Console& console)
+{
+    const Jobs::CancelToken& cancel = WatchForCancel();
+    try {
+        const LogSetup log(options.common.log);
+        return RunCommand(options, cancel, console);
+    } catch (const Jobs::JobError& error) {
+        return Report(error, console);
+    } catch (const UsageError& error) {
+        return Report(ExitCode::Usage, error.Text(), console);
+    }
+}
+
 } // namespace
 
 int Run(const QStringList& arguments)
@@ -53,18 +70,10 @@ int Run(const QStringList& arguments)
         Console console;
         console.Write(parsed.output);
         console.WriteError(parsed.error);
-        return int(parsed.exitCode);
+        return int(console.End(parsed.exitCode));
     }
     Console console(parsed.options->common.json, parsed.options->common.quiet);
-    const Jobs::CancelToken& cancel = WatchForCancel();
-    try {
-        const LogSetup log(parsed.options->common.log);
-        return int(RunCommand(*parsed.options, cancel, console));
-    } catch (const Jobs::JobError& error) {
-        return int(Report(error, console));
-    } catch (const UsageError& error) {
-        return int(Report(ExitCode::Usage, error.Text(), console));
-    }
+    return int(console.End(RunAndReport(*parsed.options, console)));
 }
 
 } // namespace Halvern::Cli

@@ -13,85 +13,17 @@ using FileLink::ProblemKind;
 
 namespace {
 
-QString TextOf(Jobs::Remark remark)
-{
-    switch (remark) {
-    case Jobs::Remark::None:
-        return {};
-    case Jobs::Remark::OnlyLinksWanted:
-        return QStringLiteral("only its links are wanted");
-    case Jobs::Remark::LinkedFolder:
-        return QStringLiteral("a folder that is linked");
-    case Jobs::Remark::LinkToFolder:
-        return QStringLiteral("a symbolic link to a folder");
-    case Jobs::Remark::LinkToNothing:
-        return QStringLiteral("a symbolic link that leads nowhere");
-    case Jobs::Remark::NoFile:
-        return QStringLiteral("neither a file nor a folder");
-    case Jobs::Remark::Excluded:
-        return QStringLiteral("excluded");
-    case Jobs::Remark::NotReadable:
-        return QStringLiteral("it could not be read");
-    case Jobs::Remark::NameNotText:
-        return QStringLiteral("its name is no UTF-8");
-    case Jobs::Remark::Vanished:
-        return QStringLiteral("it is gone since the selection was read");
-    case Jobs::Remark::ChangedWhileCopied:
-        return QStringLiteral("it changed while it was copied; import it again");
-    case Jobs::Remark::OutsideCloudFolder:
-        return QStringLiteral("its place lies outside the cloud cache folder");
-    case Jobs::Remark::NameRefused:
-        return QStringLiteral("the target's system refuses the name");
-    case Jobs::Remark::PathTooLong:
-        return QStringLiteral("the path of its copy is too long");
-    case Jobs::Remark::FileInTheWay:
-        return QStringLiteral("a file stands where a folder must be");
-    case Jobs::Remark::LinkEmpty:
-        return QStringLiteral("a link inside the copy would be empty");
-    case Jobs::Remark::LinkTooLong:
-        return QStringLiteral("a link inside the copy would be longer than 259 characters");
-    case Jobs::Remark::NotKept:
-        return QStringLiteral("what stands there could not be kept in the base store");
-    case Jobs::Remark::TargetChanged:
-        return QStringLiteral(
-            "what stands at the target changed after the plan was made; import it again");
-    case Jobs::Remark::SystemPlace:
-        return QStringLiteral("a place of the system; --within DIR allows it");
-    case Jobs::Remark::SecretPlace:
-        return QStringLiteral("a place where secrets are kept; --within DIR allows it");
-    case Jobs::Remark::OtherHome:
-        return QStringLiteral("another user's home; --within DIR allows it");
-    case Jobs::Remark::NotWithin:
-        return QStringLiteral("not in a folder that --within names");
-    case Jobs::Remark::RewritePending:
-        return QStringLiteral(
-            "its links are still to be rewritten; every import tries, and so does corsync retry");
-    case Jobs::Remark::LinksNotRead:
-        return QStringLiteral("its links could not be read; every import tries again");
-    case Jobs::Remark::SharedCopyStays:
-        return QStringLiteral("files of another import link the earlier copy");
-    case Jobs::Remark::SourceStays:
-        return QStringLiteral("the source stays: not everything that it links is in order");
-    case Jobs::Remark::ColonInName:
-        return QStringLiteral("its path holds a \":\"");
-    case Jobs::Remark::NoTarget:
-        return QStringLiteral("it got no place in the cloud cache folder");
-    case Jobs::Remark::FolderNotMade:
-        return QStringLiteral("the folder could not be made");
-    case Jobs::Remark::FolderInTheWay:
-        return QStringLiteral("a folder stands at the target");
-    case Jobs::Remark::Unexplained:
-        return QStringLiteral("it was not copied; a log file (--log-file) may tell why");
-    case Jobs::Remark::LinksNotRewritten:
-        return QStringLiteral("its links are not rewritten yet; import it again");
-    }
-    return {};
-}
-
 bool IsExplainedByPlugin(const Problem& problem)
 {
     return problem.kind == ProblemKind::LinksNotRead ||
            problem.kind == ProblemKind::LinksNotRewritten;
+}
+
+/// What follows from a problem, beside what the problem says.
+bool IsConsequence(Jobs::Remark remark)
+{
+    return remark == Jobs::Remark::RewritePending || remark == Jobs::Remark::SourceStays ||
+           remark == Jobs::Remark::SharedCopyStays;
 }
 
 } // namespace
@@ -163,6 +95,40 @@ QString NameOf(Jobs::ConflictKind kind)
     return {};
 }
 
+QString NameOf(Jobs::FindingKind kind)
+{
+    switch (kind) {
+    case Jobs::FindingKind::NoSpace:
+        return QStringLiteral("no-space");
+    case Jobs::FindingKind::NoFiles:
+        return QStringLiteral("no-files");
+    case Jobs::FindingKind::BaseStoreTooSmall:
+        return QStringLiteral("base-store-too-small");
+    case Jobs::FindingKind::BaseStoreBroken:
+        return QStringLiteral("base-store-broken");
+    case Jobs::FindingKind::FolderNotWritable:
+        return QStringLiteral("folder-not-writable");
+    }
+    return {};
+}
+
+QString SentenceOf(Jobs::FindingKind kind)
+{
+    switch (kind) {
+    case Jobs::FindingKind::NoSpace:
+        return QStringLiteral("not enough room on the disk that holds ");
+    case Jobs::FindingKind::NoFiles:
+        return QStringLiteral("not enough room for new files (inodes) on the disk that holds ");
+    case Jobs::FindingKind::BaseStoreTooSmall:
+        return QStringLiteral("the files that are to be replaced do not fit into the base store ");
+    case Jobs::FindingKind::BaseStoreBroken:
+        return QStringLiteral("replaced files cannot be kept in the base store ");
+    case Jobs::FindingKind::FolderNotWritable:
+        return QStringLiteral("nothing can be written to ");
+    }
+    return {};
+}
+
 QString NameOf(Jobs::LinkState state)
 {
     switch (state) {
@@ -228,7 +194,12 @@ QString Sentence(const QList<Problem>& problems)
 
 QString ReasonOf(const Jobs::FileResult& result)
 {
-    return result.problems.isEmpty() ? TextOf(result.remark) : Sentence(result.problems);
+    if (result.problems.isEmpty())
+        return TextOf(result.remark, result.detail);
+    const QString sentence = Sentence(result.problems);
+    return IsConsequence(result.remark)
+               ? sentence + QStringLiteral("; ") + TextOf(result.remark, result.detail)
+               : sentence;
 }
 
 } // namespace Halvern::Cli

@@ -17,6 +17,12 @@ QString WordOf(Jobs::Outcome outcome);
 /// "target-taken" ...; the same holds for these, and for "found", "missing" and "url".
 QString NameOf(Jobs::ConflictKind kind);
 QString NameOf(Jobs::LinkState state);
+QString NameOf(Jobs::FindingKind kind);
+QString NameOf(Jobs::Remark remark);
+/// Followed by a path.
+QString SentenceOf(Jobs::FindingKind kind);
+/// Why, with what belongs to it; empty when there is nothing to say.
+QString TextOf(Jobs::Remark remark, const QString& detail);
 QString WordOf(Jobs::PluginState state);
 /// "Copying" ...
 QString WordOf(Jobs::Phase phase);

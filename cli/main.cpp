@@ -2,6 +2,7 @@
 
 #include "Platform.h"
 #include "Run.h"
+#include "Streams.h"
 
 #include <QtCore/QCoreApplication>
 
@@ -10,6 +11,7 @@
 int main(int argc, char* argv[])
 {
     Halvern::Cli::PrepareConsole();
+    Halvern::Cli::TakeStreams();
     const QCoreApplication application(argc, argv);
     const log4cplus::Initializer logging;
     return Halvern::Cli::Run(QCoreApplication::arguments());

@@ -4,7 +4,7 @@
 
 packages=(g++ cmake ninja-build git qt6-base-dev liblog4cplus-dev libsqlite3-dev libsqlitecpp-dev
           libcli11-dev rapidjson-dev zlib1g-dev libzstd-dev libexpat1-dev libutf8proc-dev
-          libutfcpp-dev pkg-config libgtest-dev libgmock-dev python3)
+          libutfcpp-dev libxxhash-dev pkg-config libgtest-dev libgmock-dev python3)
 
 # install_packages NAME...: installs those that are missing, as root or through sudo.
 install_packages() {

@@ -4,6 +4,7 @@
 
 #include "JobControl.h"
 #include "JobDatabase.h"
+#include "KnownFormats.h"
 #include "Paths.h"
 
 #include "corsync/JobError.h"
@@ -64,7 +65,7 @@ QList<StoredLink> LinksOf(const FileMapping& holder)
 
 LinksOfFile ReadOne(const QString& file, const std::shared_ptr<JobControl>& control)
 {
-    LinksOfFile result{file, {}, {}};
+    LinksOfFile result{file, {}, {}, IsKnownFormat(file)};
     FileLinkImporter importer(control);
     importer.SetSyncDatabase(
         std::make_shared<JobDatabase>(FolderManager::GetInstance()->GetSyncDatabase()));

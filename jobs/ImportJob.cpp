@@ -4,8 +4,8 @@
 
 #include "JobControl.h"
 #include "JobRun.h"
+#include "Paths.h"
 #include "PlanBuilder.h"
-#include "ResultStream.h"
 #include "Results.h"
 #include "Selection.h"
 
@@ -43,45 +43,51 @@ struct ImportJob::State
     const Session& session;
     const ImportRequest request;
     std::shared_ptr<JobControl> control;
-    /// From planning until the end of the execution, which ends the importer.
     JobRun run;
+    Results results;
     Plan plan;
-    PlaceInPlan places;
+    bool begun = false;
     bool planned = false;
     bool executed = false;
 
     State(const Session& owner, ImportRequest wanted, IJobObserver* observer,
           const CancelToken* cancel)
         : session(owner), request(std::move(wanted)),
-          control(std::make_shared<JobControl>(observer, cancel)), run(request, control)
+          control(std::make_shared<JobControl>(observer, cancel)), run(request, control),
+          results(run.State(), *control)
     {}
 
     void WritePlan();
+    bool MayExecute() const { return plan.conflicts.isEmpty() && plan.findings.isEmpty(); }
     JobResult Result(QList<FileResult> files, QList<FileLink::Problem> problems) const;
 };
 
 void ImportJob::State::WritePlan()
 {
     plan.conflicts = run.Conflicts();
+    plan.findings = run.Findings();
     plan.complete = !run.State().cancelled;
+    plan.leftOut = run.State().leftOut;
     ProblemSorter sorter(control->Problems());
-    if (run.State().files)
-        plan.files = DescribeFiles(run.State(), sorter, places);
+    plan.files = DescribeFiles(run.State(), sorter);
     plan.problems = sorter.OfNoFile();
 }
 
 JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Problem> problems) const
 {
-    if (!plan.conflicts.isEmpty())
+    if (!MayExecute()) {
         files.clear();
-    else
+    } else {
+        files += OrphanResults(run.State());
         for (const LeftOutItem& item : plan.leftOut)
             files.append(AsResult(item));
+    }
     JobResult result{std::move(files), {}};
     result.summary = Summarize(result.files);
     result.summary.problems = std::move(problems);
     result.summary.registrationFaults = ListRegistrationFaults(session);
     result.summary.conflicts = plan.conflicts.size();
+    result.summary.findings = plan.findings;
     result.summary.databaseError = run.DatabaseError();
     result.summary.cancelled = run.State().cancelled;
     result.summary.executed = run.State().executed;
@@ -98,13 +104,26 @@ ImportJob::~ImportJob() = default;
 const Plan& ImportJob::MakePlan()
 {
     State& state = *m_state;
-    Require(!state.planned, QStringLiteral("the job has a plan already"));
+    Require(!state.begun, QStringLiteral("the job has a plan already"));
+    state.begun = true;
     RequireSync();
     const QStringList sources = CheckedSources(state.request.sources);
     const QString target = CheckedTarget(state.request.target);
-    state.plan.leftOut = LeftOut(sources);
     state.run.Plan(sources, target);
     state.planned = true;
+    state.WritePlan();
+    state.control->Rethrow();
+    return state.plan;
+}
+
+const Plan& ImportJob::Resolve(const QHash<QString, ConflictAnswer>& answers)
+{
+    State& state = *m_state;
+    Require(state.planned, QStringLiteral("the job has no plan yet"));
+    Require(!state.executed, QStringLiteral("the job was executed already"));
+    if (!state.plan.complete)
+        return state.plan;
+    state.run.Decide(answers);
     state.WritePlan();
     state.control->Rethrow();
     return state.plan;
@@ -133,15 +152,10 @@ JobResult ImportJob::Execute()
     Require(state.session.Use() == SessionUse::Import,
             QStringLiteral("the session is for plans only"));
     state.executed = true;
-    ResultMaker maker(state.run.State(), state.control->Problems(), state.plan, state.places);
-    if (state.plan.conflicts.isEmpty() && state.run.MayBegin()) {
-        ResultStream stream(*state.control, maker, state.run.State());
-        state.run.Execute(stream);
-    }
-    // What the importer does at its end may fail, too.
-    state.run.Finish();
-    QList<FileResult> results = maker.MakeAll();
-    JobResult result = state.Result(std::move(results), maker.ProblemsOfNoFile());
+    if (state.MayExecute() && state.run.MayBegin())
+        state.run.Execute(state.results);
+    QList<FileResult> results = state.results.MakeAll();
+    JobResult result = state.Result(std::move(results), state.results.ProblemsOfNoFile());
     state.control->Rethrow();
     return result;
 }

@@ -13,14 +13,24 @@ void IJobObserver::ProblemFound(const FileLink::Problem&) {}
 bool JobControl::IsCancelRequested()
 {
     Tell([&](IJobObserver& observer) { observer.Progressed(m_progress); });
+    if (m_goesOn)
+        return false;
     m_stopped = m_stopped || (m_cancel && m_cancel->IsCancelled());
     return m_stopped;
 }
 
 void JobControl::Report(const FileLink::Problem& problem)
 {
-    m_problems.Add(problem);
-    Tell([&](IJobObserver& observer) { observer.ProblemFound(problem); });
+    if (m_muted)
+        return;
+    FileLink::Problem meant = problem;
+    if (!m_aliasPath.isEmpty()) {
+        if (meant.file == m_aliasPath)
+            meant.file = m_aliasMeant;
+        meant.text.replace(m_aliasPath, m_aliasMeant);
+    }
+    m_problems.Add(meant);
+    Tell([&](IJobObserver& observer) { observer.ProblemFound(meant); });
 }
 
 void JobControl::BeginPhase(Phase phase, qint64 total)

@@ -28,6 +28,28 @@ public:
     bool IsCancelRequested() override;
     void Report(const FileLink::Problem& problem) override;
 
+    /// What is said about `path` while this lives is said about `meant`, a file of the job.
+    class Alias
+    {
+    public:
+        Alias(JobControl& control, const QString& path, const QString& meant) : m_control(control)
+        {
+            control.m_aliasPath = path;
+            control.m_aliasMeant = meant;
+        }
+        ~Alias() { m_control.m_aliasPath.clear(); }
+        Alias(const Alias&) = delete;
+        Alias& operator=(const Alias&) = delete;
+
+    private:
+        JobControl& m_control;
+    };
+
+    /// From now on a wish to stop changes nothing: what was done is being recorded.
+    void GoOn() { m_goesOn = true; }
+    /// While a trial is made nothing that goes wrong with it is told.
+    void Mute(bool on) { m_muted = on; }
+
     void BeginPhase(Phase phase, qint64 total);
     void Step(qint64 bytes);
     /// Calls the observer, when there is one.
@@ -48,6 +70,10 @@ private:
     Progress m_progress;
     std::exception_ptr m_thrown;
     bool m_stopped = false;
+    bool m_muted = false;
+    bool m_goesOn = false;
+    QString m_aliasPath;
+    QString m_aliasMeant;
 };
 
 template <typename Call>

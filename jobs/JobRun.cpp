@@ -2,14 +2,21 @@
 
 #include "JobRun.h"
 
-#include "ResultStream.h"
-#include "UpToDate.h"
+#include "Closure.h"
+#include "FileMaker.h"
+#include "FileStamps.h"
+#include "Paths.h"
+#include "Preflight.h"
+#include "Results.h"
+#include "SelectionWalk.h"
+#include "SourceRemoval.h"
 
 #include "corsync/JobError.h"
 
+#include "base/FileRenaming.h"
 #include "syncservices/FolderManager.h"
-
-#include <QtCore/QFileInfo>
+#include "syncservices/SyncManager.h"
+#include "syncservices/SyncPrivate.h"
 
 #include <algorithm>
 
@@ -17,41 +24,26 @@ namespace Halvern::Jobs {
 
 using FileLink::FileLinkImporter;
 using SyncFolderManagerLib::FolderManager;
-using SyncServices::FileMapping;
-using SyncServices::Global;
+using SyncServices::SyncManager;
+using SyncServices::SyncPrivate;
 
 namespace {
 
-Global::CopyOption PolicyBits(CollisionPolicy policy, Global::CopyOption keep,
-                              Global::CopyOption rename)
+std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
+                                               const std::shared_ptr<JobDatabase>& database)
 {
-    switch (policy) {
-    case CollisionPolicy::Keep:
-        return keep;
-    case CollisionPolicy::Rename:
-        return rename;
-    case CollisionPolicy::Stop:
-    case CollisionPolicy::Replace:
-        // Left to the copy stage, which replaces the target.
-        return Global::NoCopyOption;
-    }
-    return Global::NoCopyOption;
+    auto importer = std::make_unique<FileLinkImporter>(control);
+    importer->SetSyncDatabase(database);
+    importer->SetProblemSink(control);
+    return importer;
 }
 
-Global::CopyOption CopyOptions(const ImportRequest& request)
+std::unique_ptr<Ledger> OpenLedger()
 {
-    Global::CopyOption bits =
-        PolicyBits(request.selectedCollisions, Global::KeepExistingSelectedFiles,
-                   Global::RenameSelectedFiles) |
-        PolicyBits(request.linkedCollisions, Global::KeepExistingLinkedFiles,
-                   Global::RenameLinkedFiles);
-    if (request.move)
-        bits |= Global::MoveFiles;
-    if (request.linksOnly)
-        bits |= Global::LinkedFilesOnly;
-    if (request.directLinksOnly)
-        bits |= Global::DirectLinksOnly;
-    return bits;
+    const SyncServices::ServicesSettings& settings = FolderManager::GetInstance()->GetSettings();
+    return Ledger::Open(settings.databaseFile,
+                        SyncPrivate::GetCurrentUserAuthenticationConfigurationId(),
+                        settings.databaseBusyTimeout, false);
 }
 
 } // namespace
@@ -59,71 +51,78 @@ Global::CopyOption CopyOptions(const ImportRequest& request)
 JobRun::JobRun(const ImportRequest& request, const std::shared_ptr<JobControl>& control)
     : m_control(control),
       m_database(std::make_shared<JobDatabase>(FolderManager::GetInstance()->GetSyncDatabase())),
-      m_importer(std::make_unique<FileLinkImporter>(control))
+      m_importer(MakeImporter(control, m_database)), m_ledger(OpenLedger()), m_reader(*m_importer),
+      m_layout(m_state, *m_importer), m_records(m_state, *m_ledger, *m_database, *m_importer)
 {
     m_state.request = request;
-    m_importer->SetSyncDatabase(m_database);
-    m_importer->SetProblemSink(control);
-    ConnectSignals();
+    m_state.cloudFolder = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
 }
 
 JobRun::~JobRun() = default;
 
-void JobRun::ConnectSignals()
+QString JobRun::DatabaseError() const
 {
-    const auto onCopied = [this](const QString& source, const QString&) {
-        if (m_stream)
-            m_stream->Copied(source);
-    };
-    QObject::connect(m_importer.get(), &FileLinkImporter::FileCopied, onCopied);
-    QObject::connect(m_importer.get(), &FileLinkImporter::FileMoved,
-                     [this, onCopied](const QString& source, const QString& target) {
-                         m_state.moved.insert(source);
-                         onCopied(source, target);
-                     });
-    QObject::connect(m_importer.get(), &FileLinkImporter::FileModified,
-                     [this](const QString& file) {
-                         m_state.modified.insert(file);
-                         if (m_stream)
-                             m_stream->Modified(file);
-                     });
+    const QString error = m_database->FailureOfThisJob();
+    return error.isEmpty() ? m_ledger->Error() : error;
 }
 
-template <typename Stage>
-bool JobRun::Run(Phase phase, qint64 total, Stage stage)
+bool JobRun::IsStopped()
 {
-    if (!m_control->IsCancelRequested()) {
-        m_control->BeginPhase(phase, total);
-        stage();
-    }
-    m_state.cancelled = m_control->StoppedJob();
-    if (m_stream)
-        m_stream->EndPhase();
-    return !m_state.cancelled;
+    m_state.cancelled = m_control->IsCancelRequested();
+    return m_state.cancelled;
 }
 
 void JobRun::Plan(const QStringList& sources, const QString& target)
 {
-    bool accepted = true;
-    const auto initialize = [&] {
-        accepted = m_importer->Initialize(sources, target, false, CopyOptions(m_state.request),
-                                          m_state.request.fileTypes);
-    };
-    if (!Run(Phase::ReadingSelection, 0, initialize))
+    m_state.request.sources = sources;
+    m_state.target = target;
+    if (IsStopped() || !TakeSelection(sources) || !FindLinkedFiles(sources))
         return;
-    if (!accepted)
-        throw JobError(JobErrorKind::SelectionRefused,
-                       QStringLiteral("the selection could not be read"));
-    m_state.files = m_importer->GetFileSet();
-    if (!Run(Phase::ReadingLinks, 0, [&] { m_importer->ExtractFileLinks(); }) || !AssignTargets() ||
-        !MarkCollisions())
+    m_control->BeginPhase(Phase::LayingOut, 0);
+    if (!m_layout.Assign()) {
+        RequireWholePlan();
+        if (!IsStopped())
+            throw JobError(JobErrorKind::SelectionRefused,
+                           QStringLiteral("the selection could not be laid out"));
         return;
-    m_state.wantedTargets = TargetsOf(*m_state.files);
-    if (!AssignOtherTargets())
-        return;
-    if (Run(Phase::ResolvingConflicts, 0, [&] { m_importer->ResolveCollisions(); }))
-        m_conflicts = SettleTargets(*m_state.files, m_state.request, m_state.wantedTargets);
+    }
+    Decide({});
     RequireWholePlan();
+}
+
+bool JobRun::TakeSelection(const QStringList& sources)
+{
+    m_control->BeginPhase(Phase::ReadingSelection, 0);
+    const SelectionListing listing =
+        WalkSelection(sources, ExcludeRules(m_state.request.exclude),
+                      [this] { return m_control->IsCancelRequested(); });
+    m_state.leftOut = listing.leftOut;
+    for (const SelectedEntry& entry : listing.entries) {
+        JobFile file;
+        file.source = entry.source;
+        file.target = m_state.target + u'/' + entry.name;
+        file.isSelected = true;
+        file.isFolder = entry.isFolder;
+        file.isNestedFolder = entry.isFolder && entry.isNested;
+        file.isHidden = entry.isHidden;
+        file.status = Base::ReadFileStatus(Native(entry.source));
+        m_state.files.Add(std::move(file));
+    }
+    m_state.selectionRead = true;
+    m_state.cancelled = !listing.isComplete;
+    return listing.isComplete;
+}
+
+bool JobRun::FindLinkedFiles(const QStringList& sources)
+{
+    m_control->BeginPhase(Phase::ReadingLinks, 0);
+    m_copies = CopyIndex(m_ledger->ReadAll(m_state.cloudFolder));
+    Boundary boundary(sources,
+                      {m_state.request.within,
+                       FolderManager::GetInstance()->GetSettings().allowedFolders,
+                       m_state.cloudFolder});
+    m_state.cancelled = !Closure(m_state, *m_control, m_reader, boundary, m_copies).Find();
+    return !m_state.cancelled;
 }
 
 /// A stage that an exception ended leaves files out: the others would come without what they link,
@@ -135,103 +134,135 @@ void JobRun::RequireWholePlan() const
             throw JobError(JobErrorKind::PlanNotMade, problem.text);
 }
 
-bool JobRun::AssignTargets()
+void JobRun::Decide(const Answers& answers)
 {
-    return Run(Phase::LayingOut, 0, [&] { m_importer->AssignTargetPaths(); });
-}
-
-bool JobRun::MarkCollisions()
-{
-    const TargetByFile places = TargetsOf(*m_state.files);
-    if (!Run(Phase::LookingForConflicts, 0, [&] { m_importer->MarkCollisions(); }))
-        return false;
-    KeepWhereTheyAreLookedFor(*m_state.files, places);
-    MarkUpToDate(*m_state.files, *m_database);
-    return true;
-}
-
-/// A layout does not know what stands in the way when it is asked first.
-bool JobRun::AssignOtherTargets()
-{
-    const auto marked = MarkForAnotherPlace(*m_state.files, m_state.request);
-    if (marked.isEmpty())
-        return true;
-    const bool assigned = AssignTargets();
-    for (const auto& file : marked)
-        file->SetFlag(FileMapping::RenameOnCollision, false);
-    // What was up to date at its old place is not at the new one.
-    for (const auto& file : m_state.files->GetFiles())
-        file->SetFlag(FileMapping::Copied, false);
-    if (!assigned || !MarkCollisions())
-        return false;
-    for (const auto& file : m_state.files->GetFiles())
-        if (!QFileInfo::exists(m_state.wantedTargets.value(file.get())))
-            m_state.wantedTargets.insert(file.get(), file->GetTargetFile());
-    return true;
+    m_control->BeginPhase(Phase::LookingForConflicts, 0);
+    Decisions decisions(m_state, *m_control, m_reader, m_layout, m_copies);
+    m_state.cancelled = !decisions.Make(answers) || m_control->StoppedJob();
+    m_conflicts = decisions.Conflicts();
+    m_findings = m_state.cancelled ? QList<Finding>() : LookAhead(m_state);
 }
 
 bool JobRun::MayBegin()
 {
-    m_state.cancelled = m_control->IsCancelRequested();
-    return !m_state.cancelled;
+    return !IsStopped();
 }
 
-void JobRun::Execute(ResultStream& stream)
+void JobRun::Execute(Results& results)
 {
     m_database->AllowWrites();
     m_state.executed = true;
-    m_stream = &stream;
-    if (CopyAndRepath()) {
-        IncludeRepathedInPlace();
-        Run(Phase::Recording, 0, [&] { m_importer->UpdateSyncDatabase(); });
-    } else {
-        RecordInterruptedRepath();
+    Base::RootedFolder cloud;
+    const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));
+    Staging staging(cloud);
+    const Base::FileResult begun = opened ? staging.Begin() : opened;
+    if (!begun) {
+        m_control->Report({FileLink::Stage::CopyFiles, FileLink::ProblemKind::FolderNotMade,
+                           {},
+                           m_state.cloudFolder + QStringLiteral(": ") +
+                               QString::fromStdString(begun.Text()),
+                           {}});
+        for (JobFile& file : m_state.files)
+            if (file.deed != Deed::Nothing)
+                file.End(Outcome::Failed, Remark::Unexplained);
+        return;
     }
-    m_stream = nullptr;
+    FileMaker maker(m_state, *m_control, m_reader, cloud, staging);
+    m_maker = &maker;
+    MakeFolders();
+    if (MakeFiles(results, Deed::Copy) && MakeFiles(results, Deed::Relink))
+        NoteUnchanged();
+    m_maker = nullptr;
+    Finish(results);
 }
 
-bool JobRun::CopyAndRepath()
+void JobRun::MakeFolders()
 {
-    return Run(Phase::Copying, CountFilesToCopy(), [&] { m_importer->CopyFiles(); }) &&
-           Run(Phase::RewritingLinks, 0, [&] { m_importer->RepathTargetFiles(); });
+    if (m_state.request.linksOnly)
+        return;
+    for (JobFile& file : m_state.files) {
+        if (!file.isFolder || file.isDropped || m_control->IsCancelRequested())
+            continue;
+        if (!m_maker->MakeFolder(file))
+            file.End(Outcome::Failed, Remark::FolderNotMade);
+    }
 }
 
-void JobRun::Finish()
+bool JobRun::MakeFiles(Results& results, Deed deed)
 {
-    m_importer.reset();
+    const auto isMeant = [&](const JobFile& file) { return !file.isFolder && file.deed == deed; };
+    m_control->BeginPhase(deed == Deed::Copy ? Phase::Copying : Phase::RewritingLinks,
+                          std::count_if(m_state.files.begin(), m_state.files.end(), isMeant));
+    for (JobFile& file : m_state.files) {
+        if (!isMeant(file)) {
+            if (deed == Deed::Copy && file.deed == Deed::Nothing)
+                results.Tell(file);
+            continue;
+        }
+        if (IsStopped())
+            return false;
+        const qint64 bytes = qint64(file.status.size);
+        if (deed == Deed::Copy)
+            m_maker->Make(file);
+        else
+            m_maker->Relink(file);
+        if (file.isDone)
+            m_records.Note(file);
+        results.Tell(file);
+        m_control->Step(bytes);
+    }
+    return true;
 }
 
-qint64 JobRun::CountFilesToCopy() const
+/// Copies that somebody else made, and times that changed without the content.
+void JobRun::NoteUnchanged()
 {
-    const FileMapping::FileMappingFlag notCopied =
-        FileMapping::Folder | FileMapping::Unchanged | FileMapping::NoCopy |
-        FileMapping::NotFilePath | FileMapping::SourceMissing | FileMapping::SameSourceAndTarget;
-    const auto files = m_state.files->GetFiles();
-    return std::count_if(files.begin(), files.end(),
-                         [&](const auto& file) { return !file->HasFlagAny(notCopied); });
+    for (JobFile& file : m_state.files) {
+        if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone)
+            continue;
+        const bool isKnown = file.record && !file.record->isIntent;
+        file.sourceStamp = StampOf(file.source, false);
+        file.targetStamp = StampOf(file.target, false);
+        if (isKnown && file.record->readers == file.readers &&
+            file.record->sourceStamp.modified == file.sourceStamp.modified &&
+            file.record->targetStamp.modified == file.targetStamp.modified &&
+            !IsRacyAt(file.record->targetStamp.modified, file.record->recordedAt) &&
+            !IsRacyAt(file.record->sourceStamp.modified, file.record->recordedAt)) {
+            continue;
+        }
+        file.sourceStamp = StampOf(file.source, true);
+        file.targetStamp = StampOf(file.target, true);
+        m_records.Note(file);
+    }
 }
 
-/// The module records what was copied. A file that stays where it is, but whose links were
-/// rewritten because a file that it links got a new place, has new links as well; and when it was
-/// locked, only its record can tell that they are still to be rewritten.
-void JobRun::IncludeRepathedInPlace()
+void JobRun::Finish(Results& results)
 {
-    const auto inPlace =
-        FileMapping::NoCopy | FileMapping::Unchanged | FileMapping::SameSourceAndTarget;
-    for (const auto& file : m_state.files->GetFiles())
-        if (file->HasFlagAny(inPlace) && file->ExistsInTarget() &&
-            file->HasFlagAny(FileMapping::NeedsRepath | FileMapping::Repathed))
-            file->SetFlag(FileMapping::Copied, true);
+    m_control->BeginPhase(Phase::Recording, 0);
+    // What was done is recorded also when the job was cancelled.
+    m_control->GoOn();
+    const bool recorded = m_records.Flush();
+    static_cast<void>(m_records.Finish());
+    if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
+        m_state.cancelled = !SourceRemoval(m_state, *m_control)
+                                 .Remove([&](JobFile& file) { results.Tell(file); });
+    if (m_state.request.prune && !m_state.cancelled)
+        Prune();
+    results.TellRest();
 }
 
-/// A cancel may fall between the rewriting of a file and the module's note of the file's new date.
-/// Without that note the next import would take the copy for one that somebody else changed.
-void JobRun::RecordInterruptedRepath()
+void JobRun::Prune()
 {
-    for (const auto& file : m_state.files->GetFiles())
-        if (m_state.modified.contains(file->GetTargetFile()) &&
-            !file->HasFlag(FileMapping::Repathed))
-            file->UpdateTargetFileProperties();
+    QStringList forgotten;
+    for (CopyRecord& orphan : m_state.orphans) {
+        if (!SyncManager::GetInstance()->SaveBaseFile(orphan.target.toStdWString().c_str()))
+            continue;
+        Base::RemoveFile(Native(orphan.target));
+        if (!ExistsOnDisk(orphan.target))
+            forgotten.append(orphan.target);
+    }
+    m_records.Forget(forgotten);
+    m_state.pruned = forgotten;
 }
 
 } // namespace Halvern::Jobs

@@ -2,9 +2,16 @@
 
 #pragma once
 
+#include "Boundary.h"
+#include "CopyIndex.h"
+#include "Decisions.h"
 #include "JobControl.h"
 #include "JobDatabase.h"
-#include "Outcomes.h"
+#include "JobFile.h"
+#include "Layout.h"
+#include "Ledger.h"
+#include "LinkReader.h"
+#include "Records.h"
 
 #include "filelink/FileLinkImporter.h"
 
@@ -16,17 +23,17 @@
 
 namespace Halvern::Jobs {
 
-class ResultStream;
+class FileMaker;
+class Results;
 
-/// Drives an importer through its stages, with this library's own steps in between:
+/// Drives one job from the selection to its records:
 ///
-///     Plan      Initialize, ExtractFileLinks, AssignTargetPaths, MarkCollisions, MarkUpToDate,
-///               these three once more when MarkForAnotherPlace finds files,
-///               ResolveCollisions, SettleTargets: nothing is written
-///     Execute   CopyFiles, RepathTargetFiles, IncludeRepathedInPlace, UpdateSyncDatabase
-///     Finish    the importer ends, which records what was copied
+///     Plan      WalkSelection, Closure, Layout, Decisions, LookAhead: nothing is written
+///     Execute   folders and files (FileMaker), Records, SourceRemoval
 ///
-/// A cancel ends either step at the next poll and makes the following ones do nothing.
+/// The module reads and rewrites links, assigns targets and updates the sync database; what it does
+/// with a set of files as a whole beyond that, it is not asked to. A cancel ends either step before
+/// the next file.
 class JobRun
 {
 public:
@@ -35,41 +42,47 @@ public:
     JobRun(const JobRun&) = delete;
     JobRun& operator=(const JobRun&) = delete;
 
-    /// Sources and target are checked. Throws JobError(SelectionRefused) when the module refuses
-    /// them, and JobError(PlanNotMade).
+    /// Sources and target are checked. Throws JobError: SelectionRefused, PlanNotMade.
     void Plan(const QStringList& sources, const QString& target);
+    /// Once more, with answers to conflicts.
+    void Decide(const Answers& answers);
     /// False when the job is cancelled.
     bool MayBegin();
-    /// Requires a plan without conflicts that was not cancelled.
-    void Execute(ResultStream& stream);
-    void Finish();
+    /// Requires a plan without conflicts and findings that was not cancelled.
+    void Execute(Results& results);
 
+    JobState& State() { return m_state; }
     const JobState& State() const { return m_state; }
     /// What keeps the plan from being executed.
     const QList<Conflict>& Conflicts() const { return m_conflicts; }
+    const QList<Finding>& Findings() const { return m_findings; }
     /// Why the database failed during this job; empty when it did not.
-    QString DatabaseError() const { return m_database->FailureOfThisJob(); }
+    QString DatabaseError() const;
 
 private:
-    /// False when the job is cancelled, before the stage or by it.
-    template <typename Stage>
-    bool Run(Phase phase, qint64 total, Stage stage);
-    void ConnectSignals();
+    bool TakeSelection(const QStringList& sources);
+    bool FindLinkedFiles(const QStringList& sources);
     void RequireWholePlan() const;
-    bool AssignTargets();
-    bool AssignOtherTargets();
-    bool MarkCollisions();
-    bool CopyAndRepath();
-    qint64 CountFilesToCopy() const;
-    void IncludeRepathedInPlace();
-    void RecordInterruptedRepath();
+    bool IsStopped();
+    void MakeFolders();
+    bool MakeFiles(Results& results, Deed deed);
+    void NoteUnchanged();
+    void Finish(Results& results);
+    void Prune();
 
     JobState m_state;
     std::shared_ptr<JobControl> m_control;
     std::shared_ptr<JobDatabase> m_database;
     std::unique_ptr<FileLink::FileLinkImporter> m_importer;
-    ResultStream* m_stream = nullptr;
+    std::unique_ptr<Ledger> m_ledger;
+    CopyIndex m_copies;
+    LinkReader m_reader;
+    Layout m_layout;
+    Records m_records;
+    /// While the plan is executed.
+    FileMaker* m_maker = nullptr;
     QList<Conflict> m_conflicts;
+    QList<Finding> m_findings;
 };
 
 } // namespace Halvern::Jobs

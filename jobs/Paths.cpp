@@ -2,6 +2,8 @@
 
 #include "Paths.h"
 
+#include "base/FileStatus.h"
+#include "base/NativePath.h"
 #include "base/PathText.h"
 #include "base/SamePath.h"
 #include "base/Units.h"
@@ -24,6 +26,21 @@ QString AbsolutePath(const QString& argument)
 QString PathKey(const QString& path)
 {
     return QStringView(Base::SamePathKey(Base::Units(path))).toString();
+}
+
+QString FoldedKey(const QString& path)
+{
+    return path.normalized(QString::NormalizationForm_KC).toCaseFolded();
+}
+
+std::filesystem::path Native(const QString& path)
+{
+    return Base::NativePath(Base::Units(path));
+}
+
+bool IsSameFile(const QString& a, const QString& b)
+{
+    return Base::IsSameFile(Native(a), Native(b));
 }
 
 bool IsInFolder(const QString& path, const QString& folder)

@@ -4,6 +4,7 @@
 
 #include <QtCore/QString>
 
+#include <filesystem>
 #include <functional>
 
 namespace Halvern::Jobs {
@@ -12,6 +13,11 @@ namespace Halvern::Jobs {
 QString AbsolutePath(const QString& argument);
 /// What tells the files that absolute paths name from each other: on Windows letter case does not.
 QString PathKey(const QString& path);
+/// Equal for paths whose names are alike but for letter case and the form of their characters.
+QString FoldedKey(const QString& path);
+std::filesystem::path Native(const QString& path);
+/// Both exist, and the disk says that they are one file.
+bool IsSameFile(const QString& a, const QString& b);
 /// True when `path` is `folder` or lies below it, without regard to letter case.
 bool IsInFolder(const QString& path, const QString& folder);
 /// True also for a symbolic link that leads nowhere. A shortcut of Windows (.lnk) is the file that

@@ -2,16 +2,13 @@
 
 #include "PlanBuilder.h"
 
+#include "LinkPlanning.h"
 #include "Paths.h"
+#include "Results.h"
 
 #include "syncplugin/ReferenceIds.h"
 
-#include <QtCore/QFileInfo>
-
 namespace Halvern::Jobs {
-
-using FileLink::FileSet;
-using SyncServices::FileMapping;
 
 namespace {
 
@@ -22,116 +19,114 @@ bool IsCompanionLink(const SyncServices::FileLink& link)
     return link.RefId.startsWith(mark);
 }
 
-bool IsCopied(Outcome outcome)
+/// What a move deletes when everything turns out well.
+bool DeletesSource(const JobFile& file, const ImportRequest& request)
 {
-    return outcome == Outcome::Copied || outcome == Outcome::Moved ||
-           outcome == Outcome::Replaced || outcome == Outcome::Renamed;
+    if (!request.move || !file.isSelected)
+        return false;
+    return file.outcome == Outcome::Unchanged ||
+           (file.deed == Deed::Copy && file.outcome != Outcome::Failed);
 }
 
-/// Goes through the links of all files once, and notes them on both sides.
-class LinkWriter
+PlannedFile Describe(const JobFile& file, const JobState& job, ProblemSorter& problems)
 {
-public:
-    LinkWriter(FileSet& fileSet, const PlaceInPlan& places, QList<PlannedFile>& files)
-        : m_fileSet(fileSet), m_members(fileSet.GetFiles()), m_places(places), m_files(files)
-    {}
-
-    void Write();
-
-private:
-    PlannedLink Describe(const SyncServices::FileLink& link, const FileMapping& holder);
-    void Lead(const FileMapping& linked, const SyncServices::FileLink& link,
-              const FileMapping& holder);
-
-    FileSet& m_fileSet;
-    const FileSet::FileMappingList m_members;
-    const PlaceInPlan& m_places;
-    QList<PlannedFile>& m_files;
-};
-
-void LinkWriter::Write()
-{
-    for (const auto& member : m_members) {
-        const qsizetype place = m_places.value(member.get(), -1);
-        if (place < 0)
-            continue;
-        const QList<SyncServices::FileLink> links = member->GetSourceFileLinks();
-        m_files[place].links.reserve(links.size());
-        for (const SyncServices::FileLink& link : links)
-            m_files[place].links.append(Describe(link, *member));
-    }
-}
-
-PlannedLink LinkWriter::Describe(const SyncServices::FileLink& link, const FileMapping& holder)
-{
-    PlannedLink planned;
-    planned.text = link.Path;
-    planned.file = ResolveLink(link.Path, holder.GetSourceFile());
-    const int index = m_fileSet.IndexOfSourceFile(planned.file);
-    const FileMapping* linked = index < 0 ? nullptr : m_members.at(index).get();
-    if (linked)
-        Lead(*linked, link, holder);
-    if (!IsLocalPath(link.Path)) {
-        planned.state = LinkState::Url;
-        planned.newText = link.Path;
-        return planned;
-    }
-    const bool exists =
-        linked ? !linked->HasFlag(FileMapping::SourceMissing) : QFileInfo::exists(planned.file);
-    planned.state = exists ? LinkState::Found : LinkState::Missing;
-    if (linked && linked->HasTargetFile() && holder.HasTargetFile()) {
-        planned.newFile = linked->GetTargetFile();
-        planned.newText = WayFrom(holder.GetTargetFile(), planned.newFile);
-    }
+    PlannedFile planned;
+    planned.source = file.source;
+    planned.target = file.target;
+    planned.outcome = OutcomeNow(file, job);
+    planned.problems = problems.Of(file);
+    planned.remark = file.remark;
+    if (planned.remark == Remark::None && file.linksState == LinksState::Failed)
+        planned.remark = Remark::LinksNotRead;
+    planned.detail = file.detail;
+    planned.origin = file.isSelected ? Origin::Selected : Origin::Linked;
+    planned.deletesSource = DeletesSource(file, job.request);
+    planned.outside = file.outside;
+    planned.isUnknownFormat = file.isUnknownFormat;
+    planned.rewritesLinks =
+        file.deed == Deed::Relink || (file.deed == Deed::Copy && !file.rewrites.isEmpty());
+    if (file.deed == Deed::Copy)
+        planned.bytes = qint64(file.status.size);
     return planned;
 }
 
-void LinkWriter::Lead(const FileMapping& linked, const SyncServices::FileLink& link,
-                      const FileMapping& holder)
+PlannedLink Describe(const JobLink& link, const JobFile& holder, const JobState& job)
 {
-    const qsizetype place = m_places.value(&linked, -1);
+    PlannedLink planned;
+    planned.text = link.stored.Path;
+    planned.file = link.file;
+    planned.state = link.state;
+    planned.newFile = PlaceOf(link, holder, job.files);
+    if (link.state == LinkState::Url)
+        planned.newText = link.stored.Path;
+    return planned;
+}
+
+/// Notes links on both sides.
+class LinkWriter
+{
+public:
+    LinkWriter(const JobState& job, const QList<qsizetype>& places, QList<PlannedFile>& files)
+        : m_job(job), m_places(places), m_files(files)
+    {}
+
+    void Write(qsizetype holder);
+
+private:
+    void Lead(const JobLink& link, const JobFile& holder);
+
+    const JobState& m_job;
+    const QList<qsizetype>& m_places;
+    QList<PlannedFile>& m_files;
+};
+
+void LinkWriter::Write(qsizetype place)
+{
+    const JobFile& holder = m_job.files.At(place);
+    if (m_places.at(place) < 0)
+        return;
+    for (qsizetype i = 0; i < holder.links.size(); ++i) {
+        const JobLink& link = holder.links.at(i);
+        if (link.member >= 0)
+            Lead(link, holder);
+        PlannedLink planned = Describe(link, holder, m_job);
+        if (!planned.newFile.isEmpty() && i < holder.wantedLinks.size())
+            planned.newText = holder.wantedLinks.at(i).Path;
+        m_files[m_places.at(place)].links.append(planned);
+    }
+}
+
+void LinkWriter::Lead(const JobLink& link, const JobFile& holder)
+{
+    const qsizetype place = m_places.at(link.member);
     if (place < 0)
         return;
     PlannedFile& file = m_files[place];
-    file.linkedFrom.append({holder.GetSourceFile(), link.Path});
+    file.linkedFrom.append({holder.source, link.stored.Path});
     if (file.origin == Origin::Selected)
         return;
     // One link that stores the path is enough to be more than a companion.
     const bool isFirst = file.linkedFrom.size() == 1;
-    if (!IsCompanionLink(link))
+    if (!IsCompanionLink(link.stored))
         file.origin = Origin::Linked;
     else if (isFirst)
         file.origin = Origin::Companion;
 }
 
-PlannedFile Describe(const FileMapping& file, const JobState& job, ProblemSorter& problems)
-{
-    PlannedFile planned;
-    planned.source = file.GetSourceFile();
-    planned.target = file.GetTargetFile();
-    planned.outcome = OutcomeOf(file, job);
-    planned.problems = problems.Of(file, planned.outcome);
-    if (planned.problems.isEmpty() || planned.outcome != Outcome::Failed)
-        planned.remark = RemarkOf(file, planned.outcome, job);
-    planned.origin = file.HasFlag(FileMapping::Selected) ? Origin::Selected : Origin::Linked;
-    planned.deletesSource = DeletesSource(file, planned.outcome, job);
-    if (IsCopied(planned.outcome))
-        planned.bytes = QFileInfo(planned.source).size();
-    return planned;
-}
-
 } // namespace
 
-QList<PlannedFile> DescribeFiles(const JobState& job, ProblemSorter& problems, PlaceInPlan& places)
+QList<PlannedFile> DescribeFiles(const JobState& job, ProblemSorter& problems)
 {
     QList<PlannedFile> files;
-    for (const auto& file : job.files->GetFiles()) {
-        if (!IsReported(*file, job))
-            continue;
-        places.insert(file.get(), files.size());
-        files.append(Describe(*file, job, problems));
+    QList<qsizetype> places;
+    for (const JobFile& file : job.files) {
+        places.append(IsReported(file) ? files.size() : -1);
+        if (IsReported(file))
+            files.append(Describe(file, job, problems));
     }
-    LinkWriter(*job.files, places, files).Write();
+    LinkWriter writer(job, places, files);
+    for (qsizetype place = 0; place < job.files.Size(); ++place)
+        writer.Write(place);
     return files;
 }
 

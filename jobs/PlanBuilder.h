@@ -2,20 +2,14 @@
 
 #pragma once
 
-#include "Outcomes.h"
+#include "JobFile.h"
 #include "ProblemSorter.h"
 
 #include "corsync/Plan.h"
 
-#include <QtCore/QHash>
-
 namespace Halvern::Jobs {
 
-/// Place of each file in the list of a plan.
-using PlaceInPlan = QHash<const SyncServices::FileMapping*, qsizetype>;
-
-/// Writes down as data what the flags of the files say after planning; `places` is filled in.
-/// Requires job.files.
-QList<PlannedFile> DescribeFiles(const JobState& job, ProblemSorter& problems, PlaceInPlan& places);
+/// Writes down as data what was decided.
+QList<PlannedFile> DescribeFiles(const JobState& job, ProblemSorter& problems);
 
 } // namespace Halvern::Jobs

@@ -2,11 +2,8 @@
 
 #pragma once
 
+#include "JobFile.h"
 #include "ProblemBook.h"
-
-#include "corsync/Plan.h"
-
-#include "syncservices/FileMapping.h"
 
 #include <QtCore/QList>
 #include <QtCore/QSet>
@@ -19,9 +16,8 @@ class ProblemSorter
 public:
     explicit ProblemSorter(const ProblemBook& book) : m_book(book) {}
 
-    /// What is to be told about the file, in the order in which it happened. Of a file that is not
-    /// to be there the module says that it misses it; of those only what plug-ins say counts.
-    QList<FileLink::Problem> Of(const SyncServices::FileMapping& file, Outcome outcome);
+    /// What is to be told about the file, in the order in which it happened.
+    QList<FileLink::Problem> Of(const JobFile& file);
     /// The problems that no call of Of took, each text once.
     QList<FileLink::Problem> OfNoFile() const;
 

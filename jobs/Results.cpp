@@ -2,11 +2,11 @@
 
 #include "Results.h"
 
+#include <QtCore/QFileInfo>
+
 #include <algorithm>
 
 namespace Halvern::Jobs {
-
-using SyncServices::FileMapping;
 
 namespace {
 
@@ -63,38 +63,92 @@ bool FileResult::IsProblem() const
     return false;
 }
 
-FileResult ResultMaker::Make(const FileMapping& file)
+bool IsReported(const JobFile& file)
+{
+    return !file.isDropped && (!file.isFolder || file.outcome == Outcome::Failed);
+}
+
+Outcome OutcomeNow(const JobFile& file, const JobState& job)
+{
+    const bool isAwaited = file.deed == Deed::Copy || file.outcome == Outcome::NotDone;
+    return job.cancelled && isAwaited ? Outcome::NotDone : file.outcome;
+}
+
+QStringList Results::HoldersOf(const JobFile& file)
+{
+    if (m_holders.isEmpty())
+        for (const JobFile& holder : m_job.files)
+            for (const JobLink& link : holder.links) {
+                if (link.member < 0)
+                    continue;
+                QStringList& holders = m_holders[&m_job.files.At(link.member)];
+                if (holders.isEmpty() || holders.last() != holder.source)
+                    holders.append(holder.source);
+            }
+    return m_holders.value(&file);
+}
+
+FileResult Results::Make(const JobFile& file)
 {
     FileResult result;
-    result.source = file.GetSourceFile();
-    result.target = file.GetTargetFile();
-    result.outcome = OutcomeOf(file, m_job);
-    result.problems = m_sorter.Of(file, result.outcome);
-    if (result.problems.isEmpty() || result.outcome != Outcome::Failed)
-        result.remark = RemarkOf(file, result.outcome, m_job);
-    result.sourceDeleted = DeletesSource(file, result.outcome, m_job);
-    result.linksRewritten = m_job.modified.contains(result.target);
-    const PlannedFile* planned = Planned(file);
-    if (planned && result.outcome == Outcome::Missing)
-        result.linkedFrom = LinkingFiles(*planned);
+    result.source = file.source;
+    result.target = file.target;
+    result.outcome = OutcomeNow(file, m_job);
+    result.problems = m_sorter.Of(file);
+    result.remark = file.remark;
+    if (m_job.cancelled && file.deed == Deed::Relink)
+        result.remark = Remark::LinksNotRewritten;
+    result.detail = file.detail;
+    result.sourceDeleted = file.sourceDeleted;
+    result.linksRewritten = file.linksRewritten;
+    result.outside = file.outside;
+    result.isUnknownFormat = file.isUnknownFormat;
+    if (result.outcome == Outcome::Missing || result.outcome == Outcome::Refused)
+        result.linkedFrom = HoldersOf(file);
     return result;
 }
 
-QList<FileResult> ResultMaker::MakeAll()
+void Results::Tell(const JobFile& file)
+{
+    if (!m_control.HasObserver() || !IsReported(file))
+        return;
+    const FileResult result = Make(file);
+    const Told now{result.outcome, result.remark, result.problems.size(), result.linksRewritten,
+                   result.sourceDeleted};
+    Told& told = m_told[&file];
+    if (now == told)
+        return;
+    told = now;
+    m_control.Tell([&](IJobObserver& observer) { observer.FileDone(result); });
+}
+
+void Results::TellRest()
+{
+    for (const JobFile& file : m_job.files)
+        Tell(file);
+}
+
+QList<FileResult> Results::MakeAll()
 {
     QList<FileResult> results;
-    if (!m_job.files)
-        return results;
-    for (const auto& file : m_job.files->GetFiles())
-        if (IsReported(*file, m_job))
-            results.append(Make(*file));
+    for (const JobFile& file : m_job.files)
+        if (IsReported(file))
+            results.append(Make(file));
     return results;
 }
 
-const PlannedFile* ResultMaker::Planned(const FileMapping& file) const
+QList<FileResult> OrphanResults(const JobState& job)
 {
-    const qsizetype place = m_places.value(&file, -1);
-    return place < 0 ? nullptr : &m_plan.files.at(place);
+    QList<FileResult> results;
+    for (const CopyRecord& orphan : job.orphans) {
+        FileResult result;
+        result.source = orphan.source;
+        result.target = orphan.target;
+        result.outcome =
+            job.pruned.contains(orphan.target) ? Outcome::Pruned : Outcome::Orphaned;
+        results.append(result);
+    }
+    return results;
 }
 
 FileResult AsPlanned(const PlannedFile& file)
@@ -106,7 +160,11 @@ FileResult AsPlanned(const PlannedFile& file)
     result.remark = file.remark;
     result.sourceDeleted = file.deletesSource;
     result.problems = file.problems;
-    if (file.outcome == Outcome::Missing)
+    result.detail = file.detail;
+    result.linksRewritten = file.rewritesLinks;
+    result.outside = file.outside;
+    result.isUnknownFormat = file.isUnknownFormat;
+    if (file.outcome == Outcome::Missing || file.outcome == Outcome::Refused)
         result.linkedFrom = LinkingFiles(file);
     return result;
 }
@@ -117,6 +175,7 @@ FileResult AsResult(const LeftOutItem& item)
     result.source = item.source;
     result.outcome = item.IsFailure() ? Outcome::Failed : Outcome::Skipped;
     result.remark = item.remark;
+    result.detail = item.detail;
     return result;
 }
 
@@ -127,6 +186,9 @@ Summary Summarize(const QList<FileResult>& files)
         ++summary.counts[file.outcome];
         summary.filesWithProblems += file.IsProblem() ? 1 : 0;
         summary.pluginFailures += file.PluginFailed() ? 1 : 0;
+        summary.outside += file.outside ? 1 : 0;
+        if (file.isUnknownFormat)
+            ++summary.unknownFormats[QFileInfo(file.source).suffix().toLower()];
     }
     return summary;
 }

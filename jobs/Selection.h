@@ -17,8 +17,5 @@ QStringList CheckedSources(const QStringList& sources);
 /// The absolute target folder. Throws JobError(TargetRefused) when it does not lie in the cloud
 /// cache folder or names a file. Requires a session.
 QString CheckedTarget(const QString& target);
-/// What lies in the selection but is never imported, which the module passes over without a word:
-/// names that hold a ":", symbolic links to folders, and what is neither file nor folder.
-QList<LeftOutItem> LeftOut(const QStringList& sources);
 
 } // namespace Halvern::Jobs

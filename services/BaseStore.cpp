@@ -2,233 +2,271 @@
 
 #include "services/BaseStore.h"
 
-#include "base/FileCopy.h"
-#include "base/FileHandle.h"
+#include "base/Directory.h"
 #include "base/FileRenaming.h"
-#include "base/FileStatus.h"
 #include "services/Paths.h"
 #include "services/Platform.h"
+#include "services/StoreFiles.h"
+#include "services/StoreNames.h"
 
-#include <QtCore/QCoreApplication>
-#include <QtCore/QCryptographicHash>
 #include <QtCore/QDateTime>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtCore/QRegularExpression>
-
-#include <atomic>
-#include <string>
-#include <string_view>
+#include <QtCore/QSet>
 
 namespace Halvern::SyncServices {
 
 namespace {
 
-constexpr std::size_t bufferSize = 1 << 18;
+using Base::FileResult;
 
-/// Several times as fast as SHA-256 in Qt, and as strong.
-constexpr auto contentHash = QCryptographicHash::Blake2b_256;
-
-QString PathHash(const QString& path)
+FileResult Failed(const QString& text)
 {
-    const QByteArray key = PathKey(QFileInfo(path).absoluteFilePath()).toUtf8();
-    return QString::fromLatin1(QCryptographicHash::hash(key, contentHash).left(16).toHex());
+    return FileResult::Failed(text.toStdString());
 }
 
-/// The names that this class gives. Anything else in the folder is somebody else's, and stays.
-bool IsCopyName(const QString& name)
+QString AbsolutePath(const QString& path)
 {
-    static const QRegularExpression pattern(QStringLiteral("^[0-9a-f]{32}-[0-9a-f]{64}(\\..*)?$"));
-    return pattern.match(name).hasMatch();
+    return QDir::cleanPath(QFileInfo(path).absoluteFilePath());
 }
 
-bool IsPartName(const QString& name)
+FileResult OpenSource(const QString& path, OpenFile& source)
 {
-    static const QRegularExpression pattern(QStringLiteral("^[0-9]+-[0-9]+-[0-9]+\\.part$"));
-    return pattern.match(name).hasMatch();
+    if (Base::ReadLinkStatus(Platform::NativePath(path)).kind == Base::FileKind::Link)
+        return Failed(QStringLiteral("it is a symbolic link"));
+    const FileResult opened = source.Open(path);
+    return opened ? opened : FileResult::Failed("it cannot be read: " + opened.Text());
 }
 
-/// The suffix of a file name, unless the copy's name would get too long with it.
-QString ShortSuffix(const QString& path)
+bool HasContent(const QString& copy, const QByteArray& hash)
 {
-    const QString suffix = QFileInfo(path).suffix();
-    return suffix.isEmpty() || suffix.toUtf8().size() > 32 ? QString() : u'.' + suffix;
-}
-
-/// An open file, closed at the end of its life.
-class OpenFile
-{
-public:
-    OpenFile() = default;
-    ~OpenFile() { Close(); }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-
-    qint64 Size() const { return static_cast<qint64>(Base::ReadFileStatus(handle).size); }
-    void Close()
-    {
-        if (handle != Base::NoHandle)
-            Base::Close(handle);
-        handle = Base::NoHandle;
-    }
-
-    Base::Handle handle = Base::NoHandle;
-};
-
-/// Hashes `source`; the bytes also go to `target` unless it is null. Empty on failure.
-QByteArray HashAll(const OpenFile& source, const OpenFile* target)
-{
-    QCryptographicHash hash(contentHash);
-    std::string buffer(bufferSize, '\0');
-    std::size_t got = 0;
-    for (quint64 offset = 0;; offset += got) {
-        if (!Base::ReadSome(source.handle, offset, buffer.data(), buffer.size(), got))
-            return {};
-        if (got == 0)
-            return hash.result();
-        hash.addData(QByteArrayView(buffer.data(), static_cast<qsizetype>(got)));
-        if (target != nullptr &&
-            !Base::WriteAll(target->handle, std::string_view(buffer).substr(0, got)))
-            return {};
-    }
-}
-
-/// The hash of the content that `target` then holds; empty on failure.
-QByteArray CopyContent(const OpenFile& source, const OpenFile& target)
-{
-    return Base::CloneBytes(source.handle, target.handle) ? HashAll(target, nullptr)
-                                                          : HashAll(source, &target);
-}
-
-/// A file that is gone at the end of the scope, unless it was renamed before.
-class TemporaryFile
-{
-public:
-    explicit TemporaryFile(const QString& folder)
-    {
-        static std::atomic<quint64> counter{0};
-        path = JoinPath(folder, QStringLiteral("%1-%2-%3.part")
-                                    .arg(QDateTime::currentMSecsSinceEpoch())
-                                    .arg(QCoreApplication::applicationPid())
-                                    .arg(counter++));
-    }
-    ~TemporaryFile()
-    {
-        if (!m_made)
-            return;
-        file.Close();
-        Base::RemoveFile(Platform::NativePath(path));
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    bool Make()
-    {
-        m_made = Base::CreateExclusively(Platform::NativePath(path), file.handle) &&
-                 file.handle != Base::NoHandle;
-        return m_made;
-    }
-
-    QString path;
     OpenFile file;
+    QByteArray found;
+    return file.Open(copy) && HashContent(file, found) && found == hash;
+}
 
-private:
-    bool m_made = false;
-};
-
-void SetModifiedNow(const QString& path)
+/// Deletes what has stood in a folder for long and is not wanted.
+template <typename IsWanted>
+void RemoveStale(const QString& folder, IsWanted isWanted)
 {
-    QFile file(path);
-    if (file.open(QFile::ReadWrite | QFile::ExistingOnly))
-        file.setFileTime(QDateTime::currentDateTimeUtc(), QFile::FileModificationTime);
+    const qint64 longAgo =
+        QDateTime::currentDateTimeUtc().addSecs(-24 * 60 * 60).toMSecsSinceEpoch() * 1'000'000;
+    Base::VisitNames(Platform::NativePath(folder), [&](const std::string& utf8) {
+        const QString name = QString::fromStdString(utf8);
+        const auto path = Platform::NativePath(JoinPath(folder, name));
+        if (!isWanted(name) && Base::ReadLinkStatus(path).modified < longAgo)
+            Base::RemoveFile(path);
+        return true;
+    });
 }
 
 } // namespace
 
-BaseStore::BaseStore(const QString& folder, qint64 limit) : m_folder(folder), m_limit(limit) {}
+BaseStore::BaseStore(const QString& folder, qint64 limit)
+    : m_folder(folder), m_limit(limit), m_runs(folder)
+{}
 
-bool BaseStore::Save(const QString& path)
+void BaseStore::BeginRun()
 {
-    const std::lock_guard lock(m_mutex);
-    OpenFile source;
-    if (m_folder.isEmpty() || m_limit <= 0 ||
-        !Base::OpenForReading(Platform::NativePath(path), source.handle, Base::Links::Refuse) ||
-        source.Size() > m_limit)
-        return false;
-    QString reason;
-    TemporaryFile copy(m_folder);
-    if (!Platform::MakeFolder(m_folder, &reason) || !copy.Make())
-        return false;
-    const QByteArray hash = CopyContent(source, copy.file);
-    const qint64 size = copy.file.Size();
-    copy.file.Close();
-    if (hash.isEmpty() || size > m_limit)
-        return false;
-    return Keep(copy.path,
-                PathHash(path) + u'-' + QString::fromLatin1(hash.toHex()) + ShortSuffix(path),
-                size);
+    const std::lock_guard guard(m_mutex);
+    m_runs.Begin();
 }
 
-bool BaseStore::Keep(const QString& temporary, const QString& name, qint64 size)
+void BaseStore::EndRun()
 {
+    const std::lock_guard guard(m_mutex);
+    m_runs.End();
+}
+
+FileResult BaseStore::Save(const QString& path, Care care)
+{
+    const std::lock_guard guard(m_mutex);
+    OpenFile source;
+    if (FileResult usable = CheckUse(0); !usable)
+        return usable;
+    if (FileResult opened = OpenSource(path, source); !opened)
+        return opened;
+    if (FileResult usable = CheckUse(source.Size()); !usable)
+        return usable;
+    if (FileResult prepared = Prepare(path, care); !prepared)
+        return FileResult::Failed("the base store " + prepared.Text());
+    PartFile part(m_folder);
+    QByteArray hash;
+    if (FileResult copied = Copy(source, part, hash, care); !copied)
+        return copied;
+    if (FileResult usable = CheckUse(part.file.Size()); !usable)
+        return usable; // it has grown
+    const QString pathHash = StoreNames::PathHash(ExactPathKey(AbsolutePath(path)));
+    return Keep(part, StoreNames::CopyName(pathHash, hash, path), care);
+}
+
+FileResult BaseStore::CheckUse(qint64 size) const
+{
+    if (m_folder.isEmpty())
+        return Failed(QStringLiteral("no old versions are kept: the database is in memory"));
+    if (m_limit <= 0)
+        return Failed(QStringLiteral("no old versions are kept: baseStoreLimit is 0"));
+    if (size > m_limit)
+        return Failed(QStringLiteral("it has %1 bytes, and the base store %2 may hold %3")
+                          .arg(size)
+                          .arg(m_folder)
+                          .arg(m_limit));
+    return {};
+}
+
+FileResult BaseStore::Prepare(const QString& path, Care care)
+{
+    if (FileResult made = MakeOwnFolder(m_folder); !made)
+        return made;
+    // What was saved before this run is known by its time: the run's own comes first.
+    FileResult announced = m_runs.IsSecret() ? AnnounceRun() : FileResult();
+    FileResult noted = NotePath(AbsolutePath(path));
+    if (care == Care::Usual)
+        return {};
+    return announced ? noted : announced;
+}
+
+FileResult BaseStore::AnnounceRun()
+{
+    Base::HeldFile lock;
+    FileResult held = HoldPatiently(lock, StoreNames::Lock(m_folder));
+    return held ? m_runs.Announce() : held;
+}
+
+/// Before the first copy under the same hash is made: copies that are older came without a path.
+FileResult BaseStore::NotePath(const QString& path) const
+{
+    const QString folder = StoreNames::Paths(m_folder);
+    const QString name = JoinPath(folder, StoreNames::PathHash(ExactPathKey(path)));
+    if (FileResult made = MakeOwnFolder(folder); !made)
+        return made;
+    if (Base::ReadLinkStatus(Platform::NativePath(name)).kind == Base::FileKind::File)
+        return {};
+    PartFile part(m_folder);
+    FileResult written = part.Make();
+    if (written)
+        written = Base::WriteAll(part.file.handle, path.toStdString());
+    if (written)
+        written = part.MoveTo(name, false);
+    return written ? written
+                   : FileResult::Failed(m_folder.toStdString() + " cannot be written to",
+                                        written.Code());
+}
+
+FileResult BaseStore::Copy(const OpenFile& source, PartFile& part, QByteArray& hash,
+                           Care care) const
+{
+    const Base::FileStatus before = source.Status();
+    FileResult copied = part.Make();
+    if (copied)
+        copied = CopyContent(source, part.file, hash);
+    if (copied && care == Care::Lasting)
+        copied = part.Flush();
+    if (!copied)
+        return FileResult::Failed("it cannot be copied to the base store " +
+                                  m_folder.toStdString() + ": " + copied.Text());
+    if (care == Care::Lasting && source.Status() != before)
+        return Failed(QStringLiteral("it changed while it was read"));
+    return {};
+}
+
+FileResult BaseStore::Keep(PartFile& part, const QString& name, Care care)
+{
+    Base::HeldFile lock;
+    const FileResult held = HoldPatiently(lock, StoreNames::Lock(m_folder));
+    if (!held && care == Care::Lasting)
+        return FileResult::Failed("the base store " + held.Text());
     // Every eighth of the limit the folder is listed again, so that what other processes put there
     // is counted, at a cost that does not grow with the number of copies.
     if (m_addedSinceScan < 0 || m_addedSinceScan > m_limit / 8)
         Scan();
-    const QFileInfo existing(PathOf(name));
-    // A power cut may have left a copy without its bytes; then the new one replaces it.
-    if (existing.isFile() && existing.size() == size)
-        SetModifiedNow(existing.filePath());
-    else if (!Base::Rename(Platform::NativePath(temporary), Platform::NativePath(PathOf(name))))
-        return false;
-    Record(name, size);
-    RemoveOldest();
-    return true;
+    const qint64 size = part.file.Size();
+    QStringList victims;
+    if (FileResult found = FindRoom(name, size, victims); !found)
+        return found;
+    if (FileResult placed = Place(part, name, care); !placed)
+        return placed;
+    m_copies.Record(
+        {name, size, Base::ReadLinkStatus(Platform::NativePath(PathOf(name))).modified});
+    m_runs.Saved(name);
+    m_addedSinceScan += size;
+    RemoveCopies(victims);
+    return {};
+}
+
+FileResult BaseStore::Place(PartFile& part, const QString& name, Care care) const
+{
+    // A copy that is there already gets a new time this way; one that a power cut left without its
+    // bytes gets them back.
+    FileResult moved = part.MoveTo(PathOf(name), care == Care::Lasting);
+    // Windows does not replace what somebody reads.
+    if (moved || HasContent(PathOf(name), StoreNames::ContentHashOf(name)))
+        return {};
+    return FileResult::Failed("the base store " + m_folder.toStdString() + " cannot be written to",
+                              moved.Code());
 }
 
 void BaseStore::Scan()
 {
-    m_copies.clear();
-    m_order.clear();
-    m_total = 0;
-    const QDateTime longAgo = QDateTime::currentDateTimeUtc().addSecs(-24 * 60 * 60);
-    const QFileInfoList files =
-        QDir(m_folder).entryInfoList(QDir::Files | QDir::Hidden, QDir::Time | QDir::Reversed);
-    for (const QFileInfo& file : files) {
-        if (IsCopyName(file.fileName()))
-            Record(file.fileName(), file.size());
-        else if (IsPartName(file.fileName()) && file.lastModified() < longAgo)
-            QFile::remove(file.filePath()); // left by a process that was killed
-    }
+    m_copies.List(m_folder);
+    m_runs.RemoveDead();
+    // What processes left that were killed.
+    RemoveStale(m_folder, [](const QString& name) { return !StoreNames::IsPartName(name); });
+    QSet<QString> hashes;
+    for (const auto& [order, copy] : m_copies.All())
+        hashes.insert(StoreNames::PathHashOf(copy.name));
+    RemoveStale(StoreNames::Paths(m_folder),
+                [&](const QString& name) { return hashes.contains(name); });
     m_addedSinceScan = 0;
 }
 
-void BaseStore::Record(const QString& name, qint64 size)
+FileResult BaseStore::FindRoom(const QString& name, qint64 size, QStringList& victims)
 {
-    Forget(name);
-    m_copies.emplace(m_next, Copy{name, size});
-    m_order.insert(name, m_next++);
-    m_total += size;
-    m_addedSinceScan += size;
+    for (const bool isSecondLook : {false, true}) {
+        if (isSecondLook)
+            Scan();
+        const qint64 excess = m_copies.Total() - m_copies.SizeOf(name) + size - m_limit;
+        if (excess <= 0 || ChooseVictims(name, excess, victims) <= 0)
+            return {};
+    }
+    return Failed(QStringLiteral("the base store %1 may hold %2 bytes, and there is no room for %3 "
+                                 "more: what it holds belongs to imports that are under way")
+                      .arg(m_folder)
+                      .arg(m_limit)
+                      .arg(size));
 }
 
-void BaseStore::Forget(const QString& name)
+qint64 BaseStore::ChooseVictims(const QString& name, qint64 excess, QStringList& victims) const
 {
-    const auto order = m_order.constFind(name);
-    if (order == m_order.constEnd())
-        return;
-    const auto copy = m_copies.find(*order);
-    m_total -= copy->second.size;
-    m_copies.erase(copy);
-    m_order.erase(order);
+    const qint64 oldestStart = m_runs.OldestStart();
+    victims.clear();
+    for (const auto& [order, copy] : m_copies.All()) {
+        if (excess <= 0)
+            break;
+        if (copy.name == name || !MayGo(copy, oldestStart))
+            continue;
+        victims.append(copy.name);
+        excess -= copy.size;
+    }
+    return excess;
 }
 
-void BaseStore::RemoveOldest()
+bool BaseStore::MayGo(const StoredCopies::Copy& copy, qint64 oldestStart) const
 {
-    while (m_total > m_limit && m_copies.size() > 1) {
-        const QString name = m_copies.begin()->second.name;
-        QFile::remove(PathOf(name));
-        Forget(name);
+    if (copy.saved >= oldestStart || m_runs.HasSaved(copy.name))
+        return false;
+    // Another process may have saved the same content again meanwhile, or have removed it.
+    const Base::FileStatus now = Base::ReadLinkStatus(Platform::NativePath(PathOf(copy.name)));
+    return !now.Exists() || now.modified == copy.saved;
+}
+
+void BaseStore::RemoveCopies(const QStringList& names)
+{
+    for (const QString& name : names) {
+        const auto path = Platform::NativePath(PathOf(name));
+        Base::RemoveFile(path);
+        if (!Base::ReadLinkStatus(path).Exists())
+            m_copies.Forget(name);
     }
 }
 

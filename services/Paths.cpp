@@ -23,6 +23,13 @@ QString Text(std::u16string_view text)
     return QStringView(text).toString();
 }
 
+QString NotAbsolute(const char* key, const QString& path)
+{
+    return QStringLiteral("The path of %1 is not absolute: %2. In a settings file write / or \\\\ "
+                          "between folders, since a single \\ is lost.")
+        .arg(QString::fromLatin1(key), path);
+}
+
 } // namespace
 
 bool IsUrlLike(const QString& path)
@@ -34,6 +41,11 @@ QString PathKey(const QString& path)
 {
     const QString cleaned = QDir::cleanPath(path);
     return Text(Base::FoldCase(Units(cleaned)));
+}
+
+QString ExactPathKey(const QString& path)
+{
+    return Base::IgnoresLetterCase() ? PathKey(path) : QDir::cleanPath(path);
 }
 
 std::optional<QString> PathBelow(const QString& folder, const QString& path)
@@ -59,12 +71,13 @@ QString PathFault(const ServicesSettings& settings)
         {"databaseFile", settings.databaseFile},
         {"baseStoreFolder", settings.baseStoreFolder},
         {"serviceFolder", settings.serviceFolder}};
-    for (const auto& [key, path] : paths) {
+    for (const auto& [key, path] : paths)
         if (Base::IsDriveRelative(Units(path)))
-            return QStringLiteral("The path of %1 is not absolute: %2. In a settings file write / "
-                                  "or \\\\ between folders, since a single \\ is lost.")
-                .arg(QString::fromLatin1(key), path);
-    }
+            return NotAbsolute(key, path);
+    // A relative one would allow another folder wherever the program is started.
+    for (const QString& folder : settings.allowedFolders)
+        if (!Base::IsAbsolutePath(Units(folder)) || Base::IsDriveRelative(Units(folder)))
+            return NotAbsolute("allowedFolders", folder);
     return {};
 }
 

@@ -14,8 +14,11 @@ namespace Halvern::SyncServices {
 /// is local whatever else it holds.
 bool IsUrlLike(const QString& path);
 
-/// What the database finds a path by: cleaned, and folded so that letter case does not count.
+/// A path cleaned, and folded so that letter case does not count.
 QString PathKey(const QString& path);
+
+/// What tells one file from another on this system: the cleaned path, on Windows folded.
+QString ExactPathKey(const QString& path);
 
 /// The part of `path` below `folder`, empty for the folder itself; nothing for a path elsewhere.
 /// Both are cleaned; letter case does not count.

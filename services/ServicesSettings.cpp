@@ -117,6 +117,7 @@ void Visit(Settings& settings, Visitor& visitor)
     visitor("loggedIn", settings.loggedIn);
     visitor("cloudCacheFolderSyncEnabled", settings.cloudCacheFolderSyncEnabled);
     visitor("supportedFileTypes", settings.supportedFileTypes);
+    visitor("allowedFolders", settings.allowedFolders);
     visitor("serviceFolder", settings.serviceFolder);
     visitor("cloudRoot", settings.cloudRoot);
 }

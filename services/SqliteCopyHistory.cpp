@@ -3,6 +3,7 @@
 #include "services/SqliteCopyHistory.h"
 
 #include "services/Paths.h"
+#include "services/Spellings.h"
 #include "services/SqliteConnection.h"
 
 #include <QtCore/QHash>
@@ -30,10 +31,10 @@ constexpr char selectLinks[] =
     "JOIN copy_history_links AS link ON link.history_id = entry.id "
     "WHERE entry.authentication_id = ? ORDER BY link.history_id, link.side, link.position";
 constexpr char writeEntry[] = R"sql(
-INSERT INTO copy_history (authentication_id, source_key, source_path, target_path, source_modified,
-                          source_size, target_modified, target_size, copy_date,
+INSERT INTO copy_history (authentication_id, source_key, folded_key, source_path, target_path,
+                          source_modified, source_size, target_modified, target_size, copy_date,
                           source_links_extracted_at, target_links_extracted_at)
-VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)
+VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)
 ON CONFLICT (authentication_id, source_key) DO UPDATE SET
     source_path = excluded.source_path, target_path = excluded.target_path,
     source_modified = excluded.source_modified, source_size = excluded.source_size,
@@ -42,6 +43,10 @@ ON CONFLICT (authentication_id, source_key) DO UPDATE SET
     source_links_extracted_at = excluded.source_links_extracted_at,
     target_links_extracted_at = excluded.target_links_extracted_at
 RETURNING id)sql";
+constexpr SpellingQueries spellings = {
+    "SELECT id, source_key, source_path FROM copy_history "
+    "WHERE folded_key = ?1 AND authentication_id = ?2 ORDER BY source_key <> ?3, id",
+    "UPDATE copy_history SET source_key = ?1 WHERE id = ?2"};
 constexpr char deleteLinks[] = "DELETE FROM copy_history_links WHERE history_id = ?";
 constexpr char insertLink[] =
     "INSERT INTO copy_history_links (history_id, side, position, linked_item_id, reference_id, "
@@ -90,12 +95,14 @@ void WriteLinks(SqliteConnection& connection, qint64 entry, Side side, const QLi
 
 qint64 WriteEntry(SqliteConnection& connection, const FileMapping& mapping)
 {
+    const QString source = mapping.GetSourceFile();
+    AdoptOtherSpelling(connection, spellings, source, mapping.GetAuthenticationId());
     SqliteQuery query(connection, writeEntry);
-    query.Bind(mapping.GetAuthenticationId(), PathKey(mapping.GetSourceFile()),
-               mapping.GetSourceFile(), mapping.GetTargetFile(),
-               mapping.GetSourceFileLastModified(), mapping.GetSourceFileSize(),
-               mapping.GetTargetFileLastModified(), mapping.GetTargetFileSize(),
-               mapping.GetCopyDate(), mapping.GetSourceFileLinksExtractedAtFileDate(),
+    query.Bind(mapping.GetAuthenticationId(), ExactPathKey(source), PathKey(source), source,
+               mapping.GetTargetFile(), mapping.GetSourceFileLastModified(),
+               mapping.GetSourceFileSize(), mapping.GetTargetFileLastModified(),
+               mapping.GetTargetFileSize(), mapping.GetCopyDate(),
+               mapping.GetSourceFileLinksExtractedAtFileDate(),
                mapping.GetTargetFileLinksExtractedAtFileDate());
     if (!query.Step())
         throw std::logic_error("The entry was not written.");

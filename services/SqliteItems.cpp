@@ -3,8 +3,11 @@
 #include "services/SqliteItems.h"
 
 #include "services/Paths.h"
+#include "services/Spellings.h"
 #include "services/SqliteConnection.h"
 
+#include <QtCore/QDir>
+#include <QtCore/QHash>
 #include <QtCore/QUuid>
 
 #include <stdexcept>
@@ -19,23 +22,23 @@ namespace {
     "product_configuration_id, root_folder_id, parent_folder_id, source_consumer_id, "             \
     "links_extracted_at, sync_option"
 
-constexpr char selectByKey[] = "SELECT " ITEM_COLUMNS " FROM items WHERE path_key = ?1 "
-                               "AND (?2 = -1 OR authentication_id = ?2) ORDER BY id LIMIT 1";
-constexpr char selectFolderByKey[] =
-    "SELECT " ITEM_COLUMNS " FROM items WHERE path_key = ?1 "
-    "AND (?2 = -1 OR authentication_id = ?2) AND kind <> 0 ORDER BY id LIMIT 1";
+constexpr char selectByPath[] =
+    "SELECT " ITEM_COLUMNS ", path_key = ?3 FROM items WHERE folded_key = ?1 "
+    "AND (?2 = -1 OR authentication_id = ?2) AND (kind <> 0 OR NOT ?4) "
+    "ORDER BY path_key <> ?3, id";
 constexpr char selectFolder[] = "SELECT " ITEM_COLUMNS " FROM items WHERE id = ?1 AND kind <> 0";
 constexpr char selectFilesBelow[] =
-    "SELECT " ITEM_COLUMNS " FROM items WHERE path_key > ?1 AND path_key < ?2 "
-    "AND authentication_id = ?3 AND kind = 0 AND (sync_option & ?4) = ?4 ORDER BY path_key";
+    "SELECT " ITEM_COLUMNS " FROM items WHERE folded_key > ?1 AND folded_key < ?2 "
+    "AND authentication_id = ?3 AND kind = 0 AND (sync_option & ?4) = ?4 "
+    "ORDER BY folded_key, path_key";
 constexpr char selectAll[] = "SELECT " ITEM_COLUMNS " FROM items "
                              "WHERE ?1 = -1 OR authentication_id = ?1 "
-                             "ORDER BY path_key, authentication_id";
+                             "ORDER BY folded_key, path_key, authentication_id";
 constexpr char insertItem[] = R"sql(
-INSERT INTO items (kind, authentication_id, path_key, local_path, cloud_path, cloud_root,
-                   cloud_item_id, product_configuration_id, root_folder_id, parent_folder_id,
-                   source_consumer_id, links_extracted_at, sync_option)
-VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, nullif(?9, -1), nullif(?10, -1), ?11, ?12, ?13)
+INSERT INTO items (kind, authentication_id, path_key, folded_key, local_path, cloud_path,
+                   cloud_root, cloud_item_id, product_configuration_id, root_folder_id,
+                   parent_folder_id, source_consumer_id, links_extracted_at, sync_option)
+VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, nullif(?10, -1), nullif(?11, -1), ?12, ?13, ?14)
 ON CONFLICT (path_key, authentication_id) DO UPDATE SET
     kind = excluded.kind, local_path = excluded.local_path, cloud_path = excluded.cloud_path,
     cloud_root = excluded.cloud_root,
@@ -46,13 +49,19 @@ ON CONFLICT (path_key, authentication_id) DO UPDATE SET
 RETURNING id, cloud_item_id)sql";
 constexpr char updateItem[] = R"sql(
 UPDATE items SET
-    kind = ?1, authentication_id = ?2, path_key = ?3, local_path = ?4, cloud_path = ?5,
-    cloud_root = ?6, cloud_item_id = CASE ?7 WHEN '' THEN cloud_item_id ELSE ?7 END,
-    product_configuration_id = ?8, root_folder_id = nullif(?9, -1),
-    parent_folder_id = nullif(?10, -1), source_consumer_id = ?11, links_extracted_at = ?12,
-    sync_option = ?13
-WHERE id = ?14
+    kind = ?1, authentication_id = ?2, path_key = ?3, folded_key = ?4, local_path = ?5,
+    cloud_path = ?6, cloud_root = ?7,
+    cloud_item_id = CASE ?8 WHEN '' THEN cloud_item_id ELSE ?8 END,
+    product_configuration_id = ?9, root_folder_id = nullif(?10, -1),
+    parent_folder_id = nullif(?11, -1), source_consumer_id = ?12, links_extracted_at = ?13,
+    sync_option = ?14
+WHERE id = ?15
 RETURNING id, cloud_item_id)sql";
+
+constexpr SpellingQueries spellings = {
+    "SELECT id, path_key, local_path FROM items WHERE folded_key = ?1 AND authentication_id = ?2 "
+    "ORDER BY path_key <> ?3, id",
+    "UPDATE items SET path_key = ?1 WHERE id = ?2"};
 
 constexpr char selectLinks[] = "SELECT linked_item_id, reference_id, path, cloud_item_id "
                                "FROM item_links WHERE item_id = ? ORDER BY position";
@@ -109,10 +118,43 @@ QList<ItemPointer> ReadAll(SqliteConnection& connection, SqliteQuery& query)
     return items;
 }
 
-ItemPointer ReadFirst(SqliteConnection& connection, SqliteQuery& query)
+enum class Wanted : int
 {
-    const QList<ItemPointer> items = ReadAll(connection, query);
-    return items.isEmpty() ? nullptr : items.first();
+    Anything = 0,
+    Folder = 1,
+};
+
+ItemPointer Find(SqliteConnection& connection, const QString& path, int authenticationId,
+                 Wanted wanted)
+{
+    SqliteQuery query(connection, selectByPath);
+    query.Bind(PathKey(path), authenticationId, ExactPathKey(path), static_cast<int>(wanted));
+    while (query.Step()) {
+        const bool isExact = query.Int(13) != 0;
+        if (!isExact && AreTwins(path, query.Text(3)))
+            continue;
+        const ItemPointer item = ReadItem(query);
+        item->SetFileLinks(ReadLinks(connection, item->GetId()));
+        return item;
+    }
+    return nullptr;
+}
+
+/// Leaves out the items of a folder beside this one whose name differs in letter case alone.
+QList<ItemPointer> WithoutThoseOfTwins(const QList<ItemPointer>& items, const QString& folder)
+{
+    QHash<QString, bool> isTwin;
+    QList<ItemPointer> below;
+    for (const ItemPointer& item : items) {
+        // Folding keeps the length.
+        const QString above = QDir::cleanPath(item->GetLocalPath()).left(folder.size());
+        auto known = isTwin.constFind(above);
+        if (known == isTwin.constEnd())
+            known = isTwin.insert(above, above != folder && AreTwins(above, folder));
+        if (!*known)
+            below.append(item);
+    }
+    return below;
 }
 
 Identity ReadIdentity(SqliteQuery& query)
@@ -127,9 +169,10 @@ SqliteQuery& BindItem(SqliteQuery& query, const SyncItem& item, const QString& c
                       const More&... more)
 {
     return query.Bind(static_cast<int>(item.GetKind()), item.GetAuthenticationId(),
-                      PathKey(item.GetLocalPath()), item.GetLocalPath(), item.GetCloudPath(),
-                      item.GetCloudRoot(), cloudItemId, item.GetProductConfigurationId(),
-                      item.GetRootFolderId(), item.GetParentFolderId(), item.GetSourceConsumerId(),
+                      ExactPathKey(item.GetLocalPath()), PathKey(item.GetLocalPath()),
+                      item.GetLocalPath(), item.GetCloudPath(), item.GetCloudRoot(), cloudItemId,
+                      item.GetProductConfigurationId(), item.GetRootFolderId(),
+                      item.GetParentFolderId(), item.GetSourceConsumerId(),
                       item.GetFileLinksExtractedAtFileDate(),
                       static_cast<quint32>(item.GetSyncOption()), more...);
 }
@@ -139,6 +182,7 @@ Identity Insert(SqliteConnection& connection, const SyncItem& item)
     QString cloudItemId = item.GetCloudItemId();
     if (cloudItemId.isEmpty())
         cloudItemId = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    AdoptOtherSpelling(connection, spellings, item.GetLocalPath(), item.GetAuthenticationId());
     SqliteQuery query(connection, insertItem);
     if (!BindItem(query, item, cloudItemId).Step())
         throw std::logic_error("The item was not written.");
@@ -155,17 +199,16 @@ Identity Update(SqliteConnection& connection, const SyncItem& item)
 
 } // namespace
 
-ItemPointer FindByKey(SqliteConnection& connection, const QString& key, int authenticationId)
+ItemPointer FindByPath(SqliteConnection& connection, const QString& path, int authenticationId)
 {
-    SqliteQuery query(connection, selectByKey);
-    return ReadFirst(connection, query.Bind(key, authenticationId));
+    return Find(connection, path, authenticationId, Wanted::Anything);
 }
 
-ItemPointer FindFolderAbove(SqliteConnection& connection, const QString& key, int authenticationId)
+ItemPointer FindFolderAbove(SqliteConnection& connection, const QString& path, int authenticationId)
 {
-    for (QString folder = ParentPath(key); !folder.isEmpty(); folder = ParentPath(folder)) {
-        SqliteQuery query(connection, selectFolderByKey);
-        if (ItemPointer item = ReadFirst(connection, query.Bind(folder, authenticationId)))
+    for (QString folder = ParentPath(QDir::cleanPath(path)); !folder.isEmpty();
+         folder = ParentPath(folder)) {
+        if (ItemPointer item = Find(connection, folder, authenticationId, Wanted::Folder))
             return item;
     }
     return nullptr;
@@ -174,21 +217,22 @@ ItemPointer FindFolderAbove(SqliteConnection& connection, const QString& key, in
 ItemPointer FindFolder(SqliteConnection& connection, int id)
 {
     SqliteQuery query(connection, selectFolder);
-    return ReadFirst(connection, query.Bind(id));
+    const QList<ItemPointer> items = ReadAll(connection, query.Bind(id));
+    return items.isEmpty() ? nullptr : items.first();
 }
 
 QList<ItemPointer> FindFilesBelow(SqliteConnection& connection, const SyncItem& folder,
                                   SyncItem::SyncOption option)
 {
-    // Every key below the folder, and no other, lies between "folder/" and "folder0": "0" follows
-    // "/", and keys are compared by bytes.
+    // Every folded path below the folder, and no other, lies between "folder/" and "folder0": "0"
+    // follows "/", and keys are compared by bytes.
     QString first = PathKey(folder.GetLocalPath());
     if (!first.endsWith(u'/'))
         first += u'/';
     const QString end = first.chopped(1) + u'0';
     SqliteQuery query(connection, selectFilesBelow);
-    return ReadAll(connection, query.Bind(first, end, folder.GetAuthenticationId(),
-                                          static_cast<quint32>(option)));
+    query.Bind(first, end, folder.GetAuthenticationId(), static_cast<quint32>(option));
+    return WithoutThoseOfTwins(ReadAll(connection, query), QDir::cleanPath(folder.GetLocalPath()));
 }
 
 QList<ItemPointer> FindAll(SqliteConnection& connection, int authenticationId)

@@ -18,10 +18,12 @@ namespace SqliteItems {
 
 using ItemPointer = std::shared_ptr<SyncItem>;
 
-/// `key` as PathKey makes it; `authenticationId` -1 for any user.
-ItemPointer FindByKey(SqliteConnection& connection, const QString& key, int authenticationId);
+/// The item of this very path, or else the oldest one whose path differs in letter case alone and
+/// is no twin of this one. `authenticationId` -1 for any user.
+ItemPointer FindByPath(SqliteConnection& connection, const QString& path, int authenticationId);
 /// The item of the nearest folder above that has one.
-ItemPointer FindFolderAbove(SqliteConnection& connection, const QString& key, int authenticationId);
+ItemPointer FindFolderAbove(SqliteConnection& connection, const QString& path,
+                            int authenticationId);
 ItemPointer FindFolder(SqliteConnection& connection, int id);
 QList<ItemPointer> FindFilesBelow(SqliteConnection& connection, const SyncItem& folder,
                                   SyncItem::SyncOption option);

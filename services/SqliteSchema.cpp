@@ -2,7 +2,11 @@
 
 #include "services/SqliteSchema.h"
 
+#include "services/Paths.h"
+
 #include <SQLiteCpp/SQLiteCpp.h>
+
+#include <sqlite3.h>
 
 #include <iterator>
 #include <stdexcept>
@@ -15,8 +19,11 @@ namespace {
 /// Entry i leads from version i to version i + 1. DO NOT CHANGE an entry that was ever released:
 /// add one.
 ///
-/// Path keys are cleaned, case-folded paths. Dates are milliseconds since 1970 in UTC, null when
-/// unknown. Ids are never used twice: links of other items remember them.
+/// Version 1: path keys are cleaned, case-folded paths. Since version 2 a key is what tells files
+/// from each other on the system (ExactPathKey), and the folded path stands beside it; a process of
+/// version 1 that still has the file open does not know that, and cannot add rows. Dates are
+/// milliseconds since 1970 in UTC, null when unknown. Ids are never used twice: links of other
+/// items remember them.
 const char* const migrations[] = {
     R"sql(
 CREATE TABLE items (
@@ -77,6 +84,24 @@ CREATE TABLE copy_history_links (
 
 PRAGMA application_id = 1668248179;
 )sql",
+    R"sql(
+ALTER TABLE items ADD COLUMN folded_key TEXT;
+UPDATE items SET folded_key = path_key, path_key = exact_path_key(local_path);
+CREATE INDEX items_by_folded_key ON items (folded_key);
+CREATE TRIGGER items_of_version_1 BEFORE INSERT ON items WHEN NEW.folded_key IS NULL
+BEGIN
+    SELECT raise(ABORT, 'A newer version has taken over the file.');
+END;
+
+ALTER TABLE copy_history ADD COLUMN folded_key TEXT;
+UPDATE copy_history SET folded_key = source_key, source_key = exact_path_key(source_path);
+CREATE INDEX copy_history_by_folded_key ON copy_history (folded_key);
+CREATE TRIGGER copy_history_of_version_1 BEFORE INSERT ON copy_history
+WHEN NEW.folded_key IS NULL
+BEGIN
+    SELECT raise(ABORT, 'A newer version has taken over the file.');
+END;
+)sql",
 };
 
 constexpr int currentVersion = static_cast<int>(std::size(migrations));
@@ -93,6 +118,15 @@ int ReadNumber(SQLite::Database& database, const char* query)
 int ReadVersion(SQLite::Database& database)
 {
     return ReadNumber(database, "PRAGMA user_version");
+}
+
+/// The SQL function exact_path_key(path).
+void ExactPathKeyInSql(sqlite3_context* context, int, sqlite3_value** arguments)
+{
+    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+    const std::string key =
+        ExactPathKey(QString::fromUtf8(text, sqlite3_value_bytes(arguments[0]))).toStdString();
+    sqlite3_result_text(context, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
 }
 
 } // namespace
@@ -117,6 +151,7 @@ void Migrate(SQLite::Database& database)
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
     // Another process may have been faster, and may be newer.
     RequireOwnDatabase(database);
+    database.createFunction("exact_path_key", 1, true, nullptr, ExactPathKeyInSql);
     for (int version = ReadVersion(database); version < currentVersion; ++version)
         database.exec(migrations[version]);
     database.exec("PRAGMA user_version = " + std::to_string(currentVersion));

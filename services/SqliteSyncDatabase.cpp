@@ -3,6 +3,7 @@
 #include "services/SqliteSyncDatabase.h"
 
 #include "services/Paths.h"
+#include "services/Spellings.h"
 #include "services/SqliteConnection.h"
 #include "services/SqliteCopyHistory.h"
 #include "services/SqliteItems.h"
@@ -46,8 +47,7 @@ ItemPointer MakeFolders(SqliteConnection& connection, const ItemPointer& parent,
     QString path = QDir::cleanPath(parent->GetLocalPath());
     for (const QString& name : below.split(u'/')) {
         path = JoinPath(path, name);
-        ItemPointer next =
-            SqliteItems::FindByKey(connection, PathKey(path), parent->GetAuthenticationId());
+        ItemPointer next = SqliteItems::FindByPath(connection, path, parent->GetAuthenticationId());
         if (!IsFolder(next)) {
             // A file that was recorded here before has given way to a folder.
             next = NewFolder(*folder, path, name);
@@ -123,10 +123,10 @@ ItemPointer SqliteSyncDatabase::GetSyncItem(const QString& localPath, bool exact
 {
     return Run("GetSyncItem", ItemPointer(), [&](SqliteConnection& connection) {
         const SqliteTransaction transaction(connection, SqliteTransaction::Read);
-        const QString key = PathKey(localPath);
-        const ItemPointer item = SqliteItems::FindByKey(connection, key, authenticationId);
-        return item || exactPath ? item
-                                 : SqliteItems::FindFolderAbove(connection, key, authenticationId);
+        const ItemPointer item = SqliteItems::FindByPath(connection, localPath, authenticationId);
+        return item || exactPath
+                   ? item
+                   : SqliteItems::FindFolderAbove(connection, localPath, authenticationId);
     });
 }
 
@@ -146,7 +146,7 @@ ItemPointer SqliteSyncDatabase::AddRootFolder(const QString& folderPath, const Q
         if (path.isEmpty())
             throw std::invalid_argument("The folder has no path.");
         SqliteTransaction transaction(connection, SqliteTransaction::Write);
-        ItemPointer root = SqliteItems::FindByKey(connection, PathKey(path), authenticationId);
+        ItemPointer root = SqliteItems::FindByPath(connection, path, authenticationId);
         if (!root || root->GetKind() != SyncItem::RootFolder || root->GetCloudRoot() != cloudRoot)
             root = MakeRoot(connection, path, cloudRoot, root, authenticationId);
         transaction.Commit();
@@ -160,16 +160,16 @@ ItemPointer SqliteSyncDatabase::AddFolderItem(ItemPointer parent, const QString&
         if (!IsFolder(parent) || parent->GetId() < 0)
             throw std::invalid_argument("The parent is not a folder of the database.");
         const QString path = QDir::cleanPath(folderPath);
-        const std::optional<QString> below =
-            PathBelow(QDir::cleanPath(parent->GetLocalPath()), path);
-        if (!below)
+        const QString parentPath = QDir::cleanPath(parent->GetLocalPath());
+        const std::optional<QString> below = PathBelow(parentPath, path);
+        if (!below || AreTwins(path.left(parentPath.size()), parentPath))
             throw std::invalid_argument("The folder does not lie in its parent.");
         if (below->isEmpty())
             return parent;
         // Asked for each new file, and there already for all but the first: that must not make
         // other processes wait.
         const ItemPointer existing =
-            SqliteItems::FindByKey(connection, PathKey(path), parent->GetAuthenticationId());
+            SqliteItems::FindByPath(connection, path, parent->GetAuthenticationId());
         if (IsFolder(existing))
             return existing;
         SqliteTransaction transaction(connection, SqliteTransaction::Write);

@@ -22,6 +22,18 @@ QString BaseStoreFolder(const ServicesSettings& settings)
     return settings.databaseFile + QStringLiteral(".base");
 }
 
+Base::FileResult NoStore()
+{
+    return Base::FileResult::Failed("there is no base store: FolderManager is not initialised");
+}
+
+bool Succeeded(const Base::FileResult& result, QString* error)
+{
+    if (error != nullptr)
+        *error = QString::fromStdString(result.Text());
+    return bool(result);
+}
+
 } // namespace
 
 struct SyncManager::State
@@ -66,7 +78,46 @@ bool SyncManager::IsCloudCacheFolderSyncEnabled() const
 
 bool SyncManager::SaveBaseFile(const wchar_t* path)
 {
-    return m_state && path != nullptr && m_state->baseStore.Save(QString::fromWCharArray(path));
+    return m_state && path != nullptr &&
+           m_state->baseStore.Save(QString::fromWCharArray(path), BaseStore::Care::Usual);
+}
+
+bool SyncManager::SaveVersion(const QString& path, QString* error)
+{
+    return Succeeded(m_state ? m_state->baseStore.Save(path, BaseStore::Care::Lasting) : NoStore(),
+                     error);
+}
+
+BaseStoreStatus SyncManager::GetBaseStoreStatus() const
+{
+    if (m_state)
+        return m_state->baseStore.Status();
+    BaseStoreStatus status;
+    status.problem = QString::fromStdString(NoStore().Text());
+    return status;
+}
+
+void SyncManager::BeginRun()
+{
+    if (m_state)
+        m_state->baseStore.BeginRun();
+}
+
+void SyncManager::EndRun()
+{
+    if (m_state)
+        m_state->baseStore.EndRun();
+}
+
+QList<StoredVersion> SyncManager::GetVersions(const QString& path) const
+{
+    return m_state ? m_state->baseStore.VersionsOf(path) : QList<StoredVersion>();
+}
+
+bool SyncManager::WriteVersion(const StoredVersion& version, const QString& target,
+                               QString* error) const
+{
+    return Succeeded(m_state ? m_state->baseStore.Write(version, target) : NoStore(), error);
 }
 
 } // namespace Halvern::SyncServices

@@ -48,7 +48,7 @@ done
 cmp LICENSE "$package/LICENSE"
 
 # Wine has libraries that a Windows of today may not have, so these are all that may be wanted of it.
-windows_dlls="advapi32 api-ms-win-core-synch-l1-2-0 authz kernel32 mpr msvcrt netapi32 ole32 shell32 user32
+windows_dlls="advapi32 api-ms-win-core-synch-l1-2-0 authz kernel32 mpr msvcrt netapi32 ntdll ole32 shell32 user32
               userenv version winmm ws2_32"
 for file in "$corsync_exe" "$package"/bin/*.dll "$package"/bin/SyncPlugins/*.dll; do
     wanted=$(x86_64-w64-mingw32-objdump -p "$file" | sed -n 's/^\tDLL Name: //p')

@@ -222,6 +222,12 @@ build_libutfcpp_dev() {
     install_copyright libutfcpp-dev "$1"
 }
 
+build_libxxhash_dev() {
+    mkdir -p "$1/include"
+    cp /usr/include/xxhash.h "$1/include/"
+    install_copyright libxxhash-dev "$1"
+}
+
 # install_licence PACKAGE PREFIX FILE...: the licence texts for the zip, and Debian's summary.
 install_licence() {
     local package=$1 folder=$2/licences/$1 file
@@ -275,6 +281,7 @@ dependency libcli11-dev "$(version_of libcli11-dev)"
 dependency rapidjson-dev "$(version_of rapidjson-dev)"
 dependency utf8proc "$(version_of libutf8proc-dev)"
 dependency libutfcpp-dev "$(version_of libutfcpp-dev)"
+dependency libxxhash-dev "$(version_of libxxhash-dev)"
 
 printf 'set(CORSYNC_WINDOWS_PREFIXES\n' >build/windows-dependencies.cmake.new
 printf '  "%s"\n' "${prefixes[@]}" >>build/windows-dependencies.cmake.new

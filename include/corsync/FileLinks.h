@@ -40,6 +40,8 @@ struct LinksOfFile
     QList<StoredLink> links;
     /// Why the file could not be read; empty when it could, or when no plug-in reads such files.
     QList<FileLink::Problem> problems;
+    /// False when no plug-in reads files of this type: whether it holds links is not known.
+    bool isKnownFormat = true;
 };
 
 /// Reads the links inside each file; nothing is changed anywhere. A cancel leaves out the files

@@ -163,6 +163,8 @@ struct PlannedFile
     QString target;
     Outcome outcome = Outcome::Copied;
     Remark remark = Remark::None;
+    /// With a remark: the pattern that excludes, the file in the way.
+    QString detail;
     Origin origin = Origin::Selected;
     /// The source is deleted after copying.
     bool deletesSource = false;
@@ -230,8 +232,8 @@ struct Conflict
     /// The source is one of those given.
     bool selected = false;
     /// With TargetTaken and BothChanged.
-    ConflictSide sourceSide;
-    ConflictSide targetSide;
+    ConflictSide sourceSide = {};
+    ConflictSide targetSide = {};
 };
 
 /// What stands against an import as a whole. Looked for before the first byte is copied, all at
@@ -265,7 +267,7 @@ struct LeftOutItem
     QString source;
     Remark remark = Remark::NoFile;
     /// With Excluded the pattern, with NotReadable the system's reason.
-    QString detail;
+    QString detail = {};
 
     /// True for a file that the user must have wanted: its absence is a failure.
     bool IsFailure() const

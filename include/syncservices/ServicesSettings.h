@@ -39,6 +39,9 @@ struct SYNCSERVICES_EXPORT ServicesSettings
     /// File types whose links are handled for files that already lie in the cloud cache folder;
     /// empty means all.
     QStringList supportedFileTypes;
+    /// Absolute paths of folders that linked files may come from although they lie in a place that
+    /// is refused otherwise, such as a hidden folder of the home folder. The job library asks.
+    QStringList allowedFolders;
     /// Folder of the sync service's program; empty: the folder of the running program.
     QString serviceFolder;
     /// What stands in front of cloud paths where a full one is asked for.

@@ -16,11 +16,15 @@ namespace Halvern::SyncServices {
 /// The store of items and copy history. FolderManager hands out the embedded one, a SQLite file;
 /// a host may put its own in its place (FolderManager::SetSyncDatabase).
 ///
-/// Paths are local, absolute paths, found without regard to letter case. Operations are safe to
-/// call from several threads, one at a time inside, and from several processes on one file. None
-/// throws; a failure is the result named, and GetLastError() tells the reason. Results that are
-/// null or empty also when nothing is there do not tell the two apart; GetLastError() is not
-/// cleared by what succeeds.
+/// Paths are local, absolute paths. Two paths that differ in letter case alone are two records when
+/// the disk has both as files or folders of their own; otherwise they are two spellings of one,
+/// which is found by either. A record of exactly the path that is asked for comes first. On Windows
+/// letter case never counts.
+///
+/// Operations are safe to call from several threads, one at a time inside, and from several
+/// processes on one file. None throws; a failure is the result named, and GetLastError() tells the
+/// reason. Results that are null or empty also when nothing is there do not tell the two apart;
+/// GetLastError() is not cleared by what succeeds.
 ///
 /// Items and mappings handed out are the caller's own copies: changing them changes nothing here.
 class SYNCSERVICES_EXPORT SyncDatabase

@@ -2,7 +2,11 @@
 
 #pragma once
 
+#include "syncservices/BaseStore.h"
 #include "syncservices/Export.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
 
 #include <memory>
 
@@ -29,6 +33,26 @@ public:
     /// The file itself is never touched.
     bool SaveBaseFile(const wchar_t* path);
 
+    /// The same for a host that replaces the file only when this succeeds: the copy is on the disk,
+    /// and is what the file was at one moment. False with the reason in `error` (may be null), a
+    /// text that can follow "could not be kept: ".
+    [[nodiscard]] bool SaveVersion(const QString& path, QString* error);
+    /// Nothing is written.
+    BaseStoreStatus GetBaseStoreStatus() const;
+    /// A job that replaces several files: what is saved from BeginRun to the EndRun that belongs to
+    /// it is not removed from the base store to make room, by this process or another one, unless
+    /// the process ends before. A save that finds no room then fails. Runs may overlap; what they
+    /// saved may go when the last one of the process has ended. See BaseStoreRun.
+    void BeginRun();
+    void EndRun();
+    /// What the base store holds of the file at `path`, which need not exist: newest first.
+    QList<StoredVersion> GetVersions(const QString& path) const;
+    /// Writes a version to `target`, which must not exist, with the rights of a new file. False
+    /// with the reason in `error` (may be null), and nothing at `target`, also when the copy is
+    /// damaged.
+    [[nodiscard]] bool WriteVersion(const StoredVersion& version, const QString& target,
+                                    QString* error) const;
+
 private:
     struct State;
     SyncManager();
@@ -37,6 +61,24 @@ private:
     SyncManager& operator=(const SyncManager&) = delete;
 
     std::unique_ptr<State> m_state;
+};
+
+/// A run of the SyncManager that there is when this is made, for as long as both live.
+class BaseStoreRun
+{
+public:
+    BaseStoreRun()
+    {
+        if (SyncManager* const manager = SyncManager::GetInstance())
+            manager->BeginRun();
+    }
+    ~BaseStoreRun()
+    {
+        if (SyncManager* const manager = SyncManager::GetInstance())
+            manager->EndRun();
+    }
+    BaseStoreRun(const BaseStoreRun&) = delete;
+    BaseStoreRun& operator=(const BaseStoreRun&) = delete;
 };
 
 } // namespace Halvern::SyncServices

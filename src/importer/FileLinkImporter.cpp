@@ -114,6 +114,11 @@ bool FileLinkImporter::RepathFile(const QString& file, const QList<SyncServices:
     return m_imp->RepathFile(file, links);
 }
 
+bool FileLinkImporter::ReadFileLinks(const QString& file, QList<SyncServices::FileLink>& links)
+{
+    return m_imp->ReadFileLinks(file, links);
+}
+
 bool FileLinkImporter::UpdateSyncDatabase()
 {
     return m_imp->UpdateSyncDatabase();

@@ -9,6 +9,7 @@
 #include "stages/Copying.h"
 #include "stages/DatabaseUpdate.h"
 #include "stages/DeferredRepathing.h"
+#include "stages/FileLinkExtraction.h"
 #include "stages/FileReplacement.h"
 #include "stages/Repathing.h"
 #include "stages/SelectionIntake.h"
@@ -173,6 +174,13 @@ bool FileLinkImporterImp::RepathFiles(int folderId)
 bool FileLinkImporterImp::RepathFiles(const QList<std::shared_ptr<SyncItem>>& items)
 {
     return Stages::RepathPendingItems(m_context, items);
+}
+
+bool FileLinkImporterImp::ReadFileLinks(const QString& path, FileLinkList& links)
+{
+    return RunStage(m_context, Stage::ExtractFileLinks, Operation::ExtractLinksOfFile, [&] {
+        return Stages::FileLinkExtraction(m_context).ReadStoredLinks(path, links);
+    });
 }
 
 bool FileLinkImporterImp::UpdateSyncDatabase()

@@ -73,6 +73,7 @@ public:
     bool RepathFile(const QString& path, const FileLinkList& links);
     bool RepathFiles(int folderId);
     bool RepathFiles(const QList<std::shared_ptr<SyncItem>>& items);
+    bool ReadFileLinks(const QString& path, FileLinkList& links);
     bool UpdateSyncDatabase();
 
     std::shared_ptr<FileSet> GetFileSet() const { return m_context.fileSet; }

@@ -224,32 +224,61 @@ bool FileLinkExtraction::ExtractAfresh(const FileMappingPointer& mapping,
 
 bool FileLinkExtraction::ReadLinks(const QString& path, FileLinkList& links) const
 {
-    if (!PathExists(path)) {
-        FILELINK_PROBLEM(
-            m_context.problems.get(), Operation::ExtractLinksOfFile, LogLevel::Error,
-            QStringLiteral("Failed to extract file links from %1. File not found.").arg(path),
-            {Stage::ExtractFileLinks, ProblemKind::FileMissing, path, {}, {}});
+    if (!RequireFile(path))
         return false;
-    }
-    FILELINK_LOG_FOR(Operation::ExtractLinksOfFile, LogLevel::Trace,
-                     QStringLiteral("Extracting file links from %1").arg(path));
-    QList<FileLinkInfo> infos;
-    if (PluginManager* const manager = m_context.services->Plugins()) {
-        // A file that its plug-in could not read has no links; the manager has said why.
-        FileLinkResolverContext call(
-            CallProblems(m_context.problems.get(), Stage::ExtractFileLinks, path));
-        static_cast<void>(manager->GetFileLinks(path, infos, &call));
-    }
-    for (const FileLinkInfo& info : std::as_const(infos)) {
+    FileLinkList stored;
+    // A file that its plug-in could not read has no links; the manager has said why.
+    static_cast<void>(AskPlugins(path, stored));
+    for (SyncServices::FileLink& link : stored) {
         if (IsCanceled())
             return false;
-        SyncServices::FileLink link;
-        link.RefId = GetReferenceId(info);
-        link.Path = StoredPath(GetLinkPath(info), path);
+        link.Path = StoredPath(link.Path, path);
         links.append(link);
     }
     LogLinks(path, links);
     return true;
+}
+
+bool FileLinkExtraction::ReadStoredLinks(const QString& path, FileLinkList& links) const
+{
+    if (!RequireFile(path))
+        return false;
+    FileLinkList stored;
+    const bool read = AskPlugins(path, stored);
+    LogLinks(path, stored);
+    links.append(stored);
+    return read;
+}
+
+bool FileLinkExtraction::RequireFile(const QString& path) const
+{
+    if (PathExists(path))
+        return true;
+    FILELINK_PROBLEM(
+        m_context.problems.get(), Operation::ExtractLinksOfFile, LogLevel::Error,
+        QStringLiteral("Failed to extract file links from %1. File not found.").arg(path),
+        {Stage::ExtractFileLinks, ProblemKind::FileMissing, path, {}, {}});
+    return false;
+}
+
+bool FileLinkExtraction::AskPlugins(const QString& path, FileLinkList& links) const
+{
+    FILELINK_LOG_FOR(Operation::ExtractLinksOfFile, LogLevel::Trace,
+                     QStringLiteral("Extracting file links from %1").arg(path));
+    PluginManager* const manager = m_context.services->Plugins();
+    if (!manager)
+        return false;
+    QList<FileLinkInfo> infos;
+    FileLinkResolverContext call(
+        CallProblems(m_context.problems.get(), Stage::ExtractFileLinks, path));
+    const bool read = manager->GetFileLinks(path, infos, &call);
+    for (const FileLinkInfo& info : std::as_const(infos)) {
+        SyncServices::FileLink link;
+        link.RefId = GetReferenceId(info);
+        link.Path = GetLinkPath(info);
+        links.append(link);
+    }
+    return read;
 }
 
 QString FileLinkExtraction::StoredPath(const QString& linkPath, const QString& holder) const

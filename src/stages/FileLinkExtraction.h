@@ -24,6 +24,8 @@ public:
     /// Asks the plug-ins for the links inside one file. What a plug-in could not read has no links;
     /// the plug-in manager reports why.
     bool ReadLinks(const QString& path, FileLinkList& links) const;
+    /// The same, but each link as the plug-in gave it, and false when the plug-in could not read.
+    bool ReadStoredLinks(const QString& path, FileLinkList& links) const;
     void LogLinks(const QString& path, const FileLinkList& links) const;
     bool IsCanceled() const;
 
@@ -35,6 +37,8 @@ private:
     QDateTime RestoreFromDatabase(FileMapping& mapping) const;
     void RestoreFromHistory(FileMapping& mapping, bool supported) const;
     bool ExtractAfresh(const FileMappingPointer& mapping, bool isInCloudFolder) const;
+    bool RequireFile(const QString& path) const;
+    bool AskPlugins(const QString& path, FileLinkList& links) const;
     QString StoredPath(const QString& linkPath, const QString& holder) const;
 
     const StageContext& m_context;

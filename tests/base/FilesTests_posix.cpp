@@ -31,6 +31,32 @@ TEST(FilesOnPosix, ThatAreLinksAreFollowedUnlessThatIsRefused)
     EXPECT_EQ(Base::Resolved(link), Native(tree.Path(u"a"_s)));
 }
 
+TEST(FilesOnPosix, ThatAreLinksAreOfAKindOfTheirOwnWhereTheyAreNotFollowed)
+{
+    FileTree tree;
+    tree.File(u"a"_s, "abc").Folder(u"f"_s);
+    for (const QString& target : {u"a"_s, u"f"_s, u"none"_s}) {
+        const std::filesystem::path link = Native(tree.Path(u"link to "_s + target));
+        ASSERT_TRUE(QFile::link(tree.Path(target), tree.Path(u"link to "_s + target)));
+        EXPECT_EQ(Base::ReadLinkStatus(link).kind, Base::FileKind::Link);
+    }
+    for (const QString& name : {u"a"_s, u"f"_s, u"none"_s}) {
+        const std::filesystem::path path = Native(tree.Path(name));
+        EXPECT_EQ(Base::ReadLinkStatus(path), Base::ReadFileStatus(path));
+    }
+}
+
+TEST(FilesOnPosix, SayWhenTheyChangedWhateverTimeTheyHave)
+{
+    FileTree tree;
+    tree.File(u"a"_s, "abc").Touch(u"a"_s, QDateTime::fromSecsSinceEpoch(1'500'000'000));
+    const Base::FileStatus status = Base::ReadFileStatus(Native(tree.Path(u"a"_s)));
+    struct stat info = {};
+    ASSERT_EQ(::stat(Native(tree.Path(u"a"_s)).c_str(), &info), 0);
+    EXPECT_EQ(status.changed, qint64(info.st_ctim.tv_sec) * 1'000'000'000 + info.st_ctim.tv_nsec);
+    EXPECT_GT(status.changed, status.modified);
+}
+
 TEST(FilesOnPosix, ThatLeadNowhereAreNotThere)
 {
     FileTree tree;

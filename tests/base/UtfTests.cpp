@@ -56,6 +56,19 @@ TEST(UtfText, OfBytesThatAreNoneIsRefusedAndShownByteByByte)
     }
 }
 
+TEST(UtfText, IsShownWithWhatIsNoTextEscaped)
+{
+    EXPECT_EQ(EscapedUtf8(std::string_view("a\xC3\xA4\xFF"
+                                           "b\xC3")),
+              "a\u00e4\\xFFb\\xC3");
+    EXPECT_EQ(EscapedUtf8(std::string_view("\xED\xA0\x80\x0F")), "\\xED\\xA0\\x80\x0F");
+    EXPECT_EQ(EscapedUtf8(std::string_view()), "");
+    EXPECT_EQ(EscapedUtf8(u"\u00e4" + high + u"b\U0001f332" + low),
+              "\u00e4\\uD83Cb\U0001F332\\uDF32");
+    EXPECT_EQ(EscapedUtf8(high + high + low), "\\uD83C\U0001F332");
+    EXPECT_EQ(EscapedUtf8(std::u16string_view()), "");
+}
+
 TEST(UtfText, GrowsByCodePoints)
 {
     std::string text;

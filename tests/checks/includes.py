@@ -49,7 +49,7 @@ ALL = {"knows": ("*",), "libraries": ("*",), "asks_for_the_system": ("*",), "wit
 
 ROOMS = [
     Room("base", "rules on paths, names and letter case; what differs per system", (),
-         ("utf8proc", "utfcpp"), ("*",), knows_the_system=True),
+         ("utf8proc", "utfcpp", "xxHash"), ("*",), knows_the_system=True),
     Room("include/filelink", "exported classes of the module", ("include/syncservices",), ("Qt Core",),
          ("Export.h",)),
     Room("include/syncplugin", "the contract with plug-ins", asks_for_the_system=("*",)),
@@ -74,7 +74,8 @@ ROOMS = [
     *(Room(f"plugins/{name}", "one format each, and the layout", (*PLUGIN, "plugins"), libraries,
            row="plugins/<format>") for name, libraries in PLUGINS.items()),
     Room("jobs", "plan, decide, execute, check, record, look back",
-         ("include/filelink", "include/syncplugin", "include/syncservices", "include/corsync", "base"), ("Qt Core",)),
+         ("include/filelink", "include/syncplugin", "include/syncservices", "include/corsync", "base"),
+         ("Qt Core", "SQLite")),
     Room("cli", "the command: options, console, printing, exit codes", ("include/corsync",),
          ("Qt Core", "CLI11", "log4cplus")),
     Room("examples/host", "a host to begin from",
@@ -93,6 +94,7 @@ LIBRARIES = {
     "RapidJSON": r"rapidjson/.*",
     "utf8proc": r"utf8proc\.h",
     "utfcpp": r"utf8\.h|utf8/.*|utf8cpp/.*",
+    "xxHash": r"xxhash\.h",
     "zlib": r"zlib\.h",
     "zstd": r"zstd\.h|zstd_errors\.h",
     "expat": r"expat\.h",

@@ -47,6 +47,25 @@ TEST_F(LinksCommand, AreAllFoundForACompleteFileAndNoneForAFileWithout)
     EXPECT_TRUE(result.Has(tree.Path(u"work/b.tlk"_s) + u": no links"_s));
 }
 
+TEST_F(LinksCommand, OfAFormatThatNobodyReadsAreNotCalledNone)
+{
+    tree.File(u"work/a.dwg"_s, "a").File(u"work/b.tlk"_s, "b").File(u"work/README"_s, "c");
+    const QStringList files{u"a.dwg"_s, u"b.tlk"_s, u"README"_s};
+    const CommandResult result = Links(files);
+    EXPECT_EQ(result.Lines(),
+              (QStringList{tree.Path(u"work/a.dwg"_s) + u": no plug-in reads .dwg"_s,
+                           tree.Path(u"work/b.tlk"_s) + u": no links"_s,
+                           tree.Path(u"work/README"_s) +
+                               u": no plug-in reads files without an extension"_s}))
+        << ::testing::PrintToString(result);
+    const QList<QJsonObject> lines = Links(files + QStringList{u"--json"_s}).Json();
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_EQ(lines[0][u"event"].toString(), u"unknown-format"_s);
+    EXPECT_EQ(lines[0][u"file"].toString(), tree.Path(u"work/a.dwg"_s));
+    EXPECT_EQ(lines[0][u"extension"].toString(), u"dwg"_s);
+    EXPECT_EQ(lines[1][u"file"].toString(), tree.Path(u"work/README"_s));
+}
+
 TEST_F(LinksCommand, OfOneBrokenFileAreAFailureAndTheOthersAreShown)
 {
     tree.File(u"work/a.tlk"_s, "fail\n").File(u"work/b.tlk"_s, "link 1 a.tlk\n");

@@ -9,6 +9,7 @@
 using namespace Halvern::Cli;
 using namespace Qt::StringLiterals;
 using Halvern::Jobs::CollisionPolicy;
+using Halvern::Jobs::ConflictAnswer;
 
 namespace {
 
@@ -85,6 +86,63 @@ TEST(CommandLine, ARepeatedPluginPathTakesOneFolderEachAndNoSources)
               QStringList{u"a"_s});
 }
 
+TEST(CommandLine, PatternsAndFoldersAreRepeatedAndTakenAsTheyAre)
+{
+    const ImportOptions options =
+        ParseImport({u"--exclude"_s, u"[ab]*.bak"_s, u"--exclude"_s, u"!keep,this"_s, u"a"_s,
+                     u"--within"_s, u"p"_s, u"--within"_s, u"q"_s, u"b"_s});
+    EXPECT_EQ(options.request.exclude, (QStringList{u"[ab]*.bak"_s, u"!keep,this"_s}));
+    EXPECT_EQ(options.request.within, (QStringList{u"p"_s, u"q"_s}));
+    EXPECT_EQ(options.request.sources, (QStringList{u"a"_s, u"b"_s}));
+    EXPECT_EQ(ParseImport({u"--exclude"_s, u"[ab]"_s, u"a"_s}).request.exclude,
+              QStringList{u"[ab]"_s});
+}
+
+TEST(CommandLine, WhatIsDoneAgainAndWhatComesAlongIsAskedForByFlags)
+{
+    const auto request = ParseImport({u"a"_s}).request;
+    EXPECT_FALSE(request.checksum || request.force || request.reread || request.selfContained ||
+                 request.prune);
+    EXPECT_TRUE(ParseImport({u"a"_s, u"--checksum"_s}).request.checksum);
+    EXPECT_TRUE(ParseImport({u"a"_s, u"--force"_s}).request.force);
+    EXPECT_TRUE(ParseImport({u"a"_s, u"--reread"_s}).request.reread);
+    EXPECT_TRUE(ParseImport({u"a"_s, u"--self-contained"_s}).request.selfContained);
+    EXPECT_TRUE(ParseImport({u"a"_s, u"--prune"_s}).request.prune);
+}
+
+TEST(CommandLine, AConflictIsSettledAsToldOrAskedAbout)
+{
+    struct Row
+    {
+        QString name;
+        ConflictAnswer answer;
+        bool asks;
+    };
+    EXPECT_EQ(ParseImport({u"a"_s}).request.onConflict, ConflictAnswer::Stop);
+    EXPECT_FALSE(ParseImport({u"a"_s}).asks);
+    for (const Row& row :
+         {Row{u"stop"_s, ConflictAnswer::Stop, false}, Row{u"keep"_s, ConflictAnswer::Keep, false},
+          Row{u"replace"_s, ConflictAnswer::Replace, false},
+          Row{u"rename"_s, ConflictAnswer::Rename, false},
+          Row{u"ask"_s, ConflictAnswer::Stop, true}}) {
+        const ImportOptions options = ParseImport({u"a"_s, u"--on-conflict"_s, row.name});
+        EXPECT_EQ(options.request.onConflict, row.answer) << row.name.toStdString();
+        EXPECT_EQ(options.asks, row.asks) << row.name.toStdString();
+    }
+}
+
+TEST(CommandLine, ARetryTakesOneFolderOrNone)
+{
+    const auto folderOf = [](const QStringList& arguments) {
+        const ParsedCommandLine parsed = Parse(arguments);
+        EXPECT_TRUE(parsed.options) << parsed.error.toStdString();
+        return parsed.options ? std::get<RetryOptions>(parsed.options->command).folder : u"?"_s;
+    };
+    EXPECT_EQ(folderOf({u"retry"_s}), QString());
+    EXPECT_EQ(folderOf({u"retry"_s, u"--cloud-folder"_s, u"c"_s, u"Demo"_s}), u"Demo"_s);
+    EXPECT_EQ(Parse({u"retry"_s, u"a"_s, u"b"_s}).exitCode, ExitCode::Usage);
+}
+
 TEST(CommandLine, VerbosityCountsAndLogLevelsAreNamed)
 {
     const ParsedCommandLine parsed = Parse(
@@ -112,7 +170,7 @@ TEST(CommandLine, HelpAndVersionGoToStandardOutputAndAreNoFailure)
     for (const QStringList& arguments :
          {QStringList{u"--help"_s}, QStringList{u"import"_s, u"--help"_s},
           QStringList{u"links"_s, u"-h"_s}, QStringList{u"plugins"_s, u"-h"_s},
-          QStringList{u"--version"_s}}) {
+          QStringList{u"retry"_s, u"-h"_s}, QStringList{u"--version"_s}}) {
         const ParsedCommandLine parsed = Parse(arguments);
         EXPECT_FALSE(parsed.options);
         EXPECT_EQ(parsed.exitCode, ExitCode::Complete);
@@ -134,6 +192,8 @@ TEST(CommandLine, AWrongOptionGivesTwoLinesThatNameIt)
         {{u"import"_s, u"a"_s, u"--nope"_s}, u"--nope"_s},
         {{u"import"_s, u"a"_s, u"--collisions"_s, u"burn"_s}, u"burn"_s},
         {{u"import"_s, u"a"_s, u"--progress"_s, u"maybe"_s}, u"maybe"_s},
+        {{u"import"_s, u"a"_s, u"--on-conflict"_s, u"guess"_s}, u"guess"_s},
+        {{u"import"_s, u"a"_s, u"--\x1b[31m\nb"_s}, u"--\\x1b[31m\\x0ab"_s},
         {{u"import"_s, u"a"_s, u"--to"_s}, u"--to"_s},
         {{u"import"_s}, u"SOURCE"_s},
         {{u"links"_s}, u"FILE"_s},
@@ -156,6 +216,7 @@ TEST(CommandLine, AUsageErrorListsTheChoicesInTheOrderOfTheHelp)
         return Parse({u"import"_s, u"a"_s, option, u"wrong"_s}).error;
     };
     EXPECT_TRUE(errorOf(u"--collisions"_s).contains(u"{stop,keep,rename,replace}"_s));
+    EXPECT_TRUE(errorOf(u"--on-conflict"_s).contains(u"{stop,keep,replace,rename,ask}"_s));
     EXPECT_TRUE(errorOf(u"--progress"_s).contains(u"{auto,always,never}"_s));
     EXPECT_TRUE(errorOf(u"--log-level"_s).contains(u"{error,warn,info,debug,trace}"_s));
 }

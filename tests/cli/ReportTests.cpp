@@ -4,6 +4,7 @@
 
 #include "FileTree.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QDir>
 #include <QtCore/QJsonArray>
 
@@ -42,11 +43,22 @@ FileResult WithProblem(Outcome outcome, const QString& text, const QString& plug
     return result;
 }
 
-FileResult WithRemark(Outcome outcome, Remark remark)
+FileResult WithRemark(Outcome outcome, Remark remark, const QString& detail = {})
 {
     FileResult result = Result(outcome);
     result.remark = remark;
+    result.detail = detail;
     return result;
+}
+
+Conflict BothChanged()
+{
+    Conflict conflict{
+        ConflictKind::BothChanged, u"/home/x/b/a.prt"_s, u"/home/x/Corsync/a.prt"_s, {}, true};
+    const QDateTime noon(QDate(2026, 3, 1), QTime(12, 0, 0));
+    conflict.sourceSide = {1234, noon, noon.addDays(-1), 1200};
+    conflict.targetSide = {7, noon.addSecs(3600), {}, 0};
+    return conflict;
 }
 
 Summary SummaryOf(const QList<FileResult>& results)
@@ -82,6 +94,8 @@ TEST(ReportLines, TellWhatHappenedToEachFile)
     missing.linkedFrom = {u"/home/x/b.gltf"_s, u"/srv/c.gltf"_s};
     FileResult moved = Result(Outcome::Replaced);
     moved.sourceDeleted = true;
+    FileResult outside = Result(Outcome::Copied);
+    outside.outside = true;
     const QList<Row> rows = {
         {Result(Outcome::Renamed), u"renamed    project/a.gltf -> Demo/a.gltf"_s},
         {Result(Outcome::Kept), u"kept       project/a.gltf -> Demo/a.gltf"_s},
@@ -94,6 +108,16 @@ TEST(ReportLines, TellWhatHappenedToEachFile)
          u"failed     project/a.gltf -> Demo/a.gltf: disk full"_s},
         {WithRemark(Outcome::Skipped, Remark::NoFile),
          u"skipped    project/a.gltf: neither a file nor a folder"_s},
+        {WithRemark(Outcome::Skipped, Remark::Excluded, u"*.blend1"_s),
+         u"skipped    project/a.gltf: excluded by the pattern *.blend1"_s},
+        {Result(Outcome::Updated), u"updated    project/a.gltf -> Demo/a.gltf"_s},
+        {Result(Outcome::Left), u"left       project/a.gltf -> Demo/a.gltf (the copy was changed, "
+                                "the source not)"_s},
+        {WithRemark(Outcome::Refused, Remark::SecretPlace),
+         u"refused    project/a.gltf: a place where secrets are kept; --within DIR allows it"_s},
+        {Result(Outcome::Orphaned), u"orphaned   project/a.gltf -> Demo/a.gltf"_s},
+        {Result(Outcome::Pruned), u"pruned     project/a.gltf -> Demo/a.gltf"_s},
+        {outside, u"copied     project/a.gltf -> Demo/a.gltf (outside the project)"_s},
         {Result(Outcome::NotDone), u"not done   project/a.gltf -> Demo/a.gltf"_s},
     };
     for (const Row& row : rows)
@@ -107,13 +131,6 @@ TEST(ReportLines, OfUrlsShowThemAsTheyAre)
     EXPECT_EQ(TextOf(url, Folders), u"url        https://example.org/a.png"_s);
 }
 
-TEST(ReportLines, StayOneLineForANameWithALineBreak)
-{
-    FileResult result = Result(Outcome::Copied);
-    result.source = u"/home/x/a\nb.gltf"_s;
-    EXPECT_EQ(TextOf(result, Folders), Native(u"copied     a?b.gltf -> Demo/a.gltf"_s));
-}
-
 TEST(ReportLines, OfConflictsNameBothFilesAndTheObstacle)
 {
     Conflict conflict{ConflictKind::SameTarget, u"/home/x/b/a.prt"_s, u"/home/x/Corsync/a.prt"_s,
@@ -123,6 +140,27 @@ TEST(ReportLines, OfConflictsNameBothFilesAndTheObstacle)
     conflict.kind = ConflictKind::TargetTaken;
     EXPECT_EQ(TextOf(conflict, Folders),
               Native(u"conflict   b/a.prt -> a.prt: a file stands there"_s));
+}
+
+TEST(ReportLines, OfConflictsTellWhatChangedOnWhichSideAndWhen)
+{
+    EXPECT_EQ(TextOf(BothChanged(), Folders),
+              Native(u"conflict   b/a.prt -> a.prt: both changed since the copy was made: "
+                     "the source (1234 bytes, 2026-03-01 12:00:00; before: 1200 bytes, "
+                     "2026-02-28 12:00:00) and the copy (7 bytes, 2026-03-01 13:00:00)"_s));
+}
+
+TEST(ReportLines, OfFindingsNameThePlaceAndWhatItLacks)
+{
+    EXPECT_EQ(TextOf(Finding{FindingKind::NoSpace, u"/c"_s, 5000000000, 1000}),
+              Native(u"problem    not enough room on the disk that holds /c: 5.0 GB needed, "
+                     "1.0 kB available"_s));
+    EXPECT_EQ(
+        TextOf(Finding{FindingKind::NoFiles, u"/c"_s, 12, 3}),
+        Native(u"problem    not enough room for new files (inodes) on the disk that holds /c: "
+               "12 needed, 3 available"_s));
+    EXPECT_EQ(TextOf(Finding{FindingKind::FolderNotWritable, u"/c/d"_s, 0, 0}),
+              Native(u"problem    nothing can be written to /c/d"_s));
 }
 
 TEST(ReportLines, ShowAPathWithAPlaceholderAsItIs)
@@ -157,6 +195,56 @@ TEST(ReportLines, EndWithCounts)
               Native(u"no files; cloud cache folder /home/x/Corsync"_s));
 }
 
+TEST(ReportLines, CountWhatCameFromOutsideAndWhatNobodyReads)
+{
+    Summary summary = SummaryOf({Result(Outcome::Copied)});
+    EXPECT_EQ(UnknownFormatsLine(summary), QString());
+    summary.outside = 2;
+    summary.unknownFormats = {{u"rvt"_s, 1}, {u"dwg"_s, 2}, {QString(), 1}};
+    EXPECT_EQ(
+        CountLine(summary, Folders),
+        Native(u"1 copied, 2 from outside the project; cloud cache folder /home/x/Corsync"_s));
+    EXPECT_EQ(UnknownFormatsLine(summary), u"4 files whose format no plug-in reads: "
+                                           "1 without an extension, 2 .dwg, 1 .rvt"_s);
+}
+
+TEST(ReportJson, OfConflictsHoldsBothSidesWithTimesInUtc)
+{
+    const QJsonObject conflict = JsonOf(BothChanged());
+    EXPECT_EQ(conflict[u"kind"].toString(), u"both-changed"_s);
+    const QJsonObject source = conflict[u"sourceSide"].toObject();
+    EXPECT_EQ(source[u"bytes"].toInt(), 1234);
+    EXPECT_EQ(source[u"recordedBytes"].toInt(), 1200);
+    const QString modified = source[u"modified"].toString();
+    EXPECT_TRUE(modified.endsWith(u".000Z"_s)) << modified.toStdString();
+    EXPECT_EQ(QDateTime::fromString(modified, Qt::ISODateWithMs),
+              BothChanged().sourceSide.modified);
+    EXPECT_FALSE(conflict[u"targetSide"].toObject().contains(u"recordedModified"));
+    EXPECT_FALSE(JsonOf(Conflict()).contains(u"sourceSide"));
+}
+
+TEST(ReportJson, OfFindingsHoldsKindAndNumbers)
+{
+    const QJsonObject finding = JsonOf(Finding{FindingKind::NoSpace, u"/c"_s, 5, 1});
+    EXPECT_EQ(finding[u"event"].toString(), u"finding"_s);
+    EXPECT_EQ(finding[u"kind"].toString(), u"no-space"_s);
+    EXPECT_EQ(finding[u"path"].toString(), u"/c"_s);
+    EXPECT_EQ(finding[u"needed"].toInt(), 5);
+    EXPECT_EQ(finding[u"available"].toInt(), 1);
+}
+
+TEST(ReportJson, OfFilesNamesRemarkAndDetailAndWhereTheyComeFrom)
+{
+    FileResult result = WithRemark(Outcome::Skipped, Remark::Excluded, u"*.bak"_s);
+    result.outside = true;
+    result.isUnknownFormat = true;
+    const QJsonObject object = JsonOf(result);
+    EXPECT_EQ(object[u"remark"].toString(), u"excluded"_s);
+    EXPECT_EQ(object[u"detail"].toString(), u"*.bak"_s);
+    EXPECT_TRUE(object[u"outside"].toBool());
+    EXPECT_TRUE(object[u"unknownFormat"].toBool());
+}
+
 TEST(ReportJson, HoldsFullPathsAndOnlyWhatThereIsToSay)
 {
     const QJsonObject copied = JsonOf(Result(Outcome::Copied));
@@ -179,4 +267,9 @@ TEST(ReportJson, SummarisesCountsAndExitCode)
     EXPECT_EQ(summary[u"files"].toInt(), 2);
     EXPECT_EQ(summary[u"counts"][u"not-done"].toInt(), 1);
     EXPECT_EQ(summary[u"exitCode"].toInt(), 20);
+    EXPECT_EQ(summary[u"outside"].toInt(-1), 0);
+    done.outside = 3;
+    done.unknownFormats = {{u"dwg"_s, 2}};
+    EXPECT_EQ(JsonOf(done)[u"outside"].toInt(), 3);
+    EXPECT_EQ(JsonOf(done)[u"unknownFormats"][u"dwg"].toInt(), 2);
 }

@@ -32,7 +32,7 @@ struct DatabaseFile : DatabaseFixture
 
 TEST_F(DatabaseFile, IsMadeWithTheTablesOfTheCurrentVersion)
 {
-    EXPECT_EQ(Ask("PRAGMA user_version"), "1");
+    EXPECT_EQ(Ask("PRAGMA user_version"), "2");
     EXPECT_EQ(Ask("PRAGMA journal_mode"), "wal");
     EXPECT_EQ(Ask("PRAGMA integrity_check"), "ok");
     EXPECT_EQ(Ask("SELECT group_concat(name, ' ') FROM (SELECT name FROM sqlite_master "
@@ -73,13 +73,13 @@ TEST_F(DatabaseFile, OfANewerVersionIsRefusedAndLeftAlone)
     FolderManager::Uninitialize();
     {
         SQLite::Database raw(settings.databaseFile.toStdString(), SQLite::OPEN_READWRITE);
-        raw.exec("PRAGMA user_version = 2");
+        raw.exec("PRAGMA user_version = 3");
         raw.exec("PRAGMA journal_mode = DELETE");
     }
     const QByteArray before = tree.Read(u"sync.db"_s);
     EXPECT_EQ(ErrorFor(settings.databaseFile),
               u"Failed to open sync database %1: It was written by a newer version "
-              "(database version 2, this one knows 1)."_s.arg(settings.databaseFile));
+              "(database version 3, this one knows 2)."_s.arg(settings.databaseFile));
     EXPECT_EQ(tree.Read(u"sync.db"_s), before);
 }
 

@@ -3,6 +3,7 @@
 // One database file, several processes.
 
 #include "DatabaseFixture.h"
+#include "Version1Database.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
@@ -94,6 +95,25 @@ TEST_F(DatabaseProcesses, SeveralMakeTheFileAtOnce)
         EXPECT_EQ(process.exitCode(), 0);
     }
     EXPECT_EQ(Count("items"), 20);
+}
+
+TEST_F(DatabaseProcesses, SeveralBringAnOldFileToTheCurrentVersionAtOnce)
+{
+    settings.databaseFile = tree.Path(u"old.db"_s);
+    SQLite::Database(settings.databaseFile.toStdString(),
+                     SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
+        .exec(version1Database);
+    QProcess processes[4];
+    for (QProcess& process : processes)
+        StartWriter(process, u"p%1-"_s.arg(&process - processes), 5);
+    for (QProcess& process : processes) {
+        ASSERT_TRUE(process.waitForFinished(patience));
+        EXPECT_EQ(process.exitCode(), 0);
+    }
+    EXPECT_EQ(Count("items"), 6 + 20);
+    EXPECT_EQ(Count("copy_history"), 3 + 20);
+    EXPECT_EQ(Ask("SELECT count(*) FROM items WHERE folded_key IS NULL"), "0");
+    EXPECT_EQ(Ask("PRAGMA integrity_check"), "ok");
 }
 
 TEST_F(DatabaseProcesses, AKilledWriterLosesNothingThatItWasToldIsWritten)

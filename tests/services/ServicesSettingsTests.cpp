@@ -59,6 +59,7 @@ TEST_F(SettingsFile, GivesBackEveryValue)
     settings.loggedIn = false;
     settings.cloudCacheFolderSyncEnabled = false;
     settings.supportedFileTypes = QStringList({u"prt"_s, u"asm"_s});
+    settings.allowedFolders = QStringList({u"//lib/Größe, 2"_s, u"//lib/b"_s});
     settings.serviceFolder = u"//opt/x"_s;
     settings.cloudRoot = u"/Projects"_s;
     ASSERT_TRUE(settings.Save(tree.Path(u"conf/settings.ini"_s), &error)) << error.toStdString();
@@ -76,6 +77,7 @@ TEST_F(SettingsFile, GivesBackEveryValue)
     EXPECT_FALSE(found.loggedIn);
     EXPECT_FALSE(found.cloudCacheFolderSyncEnabled);
     EXPECT_EQ(found.supportedFileTypes, settings.supportedFileTypes);
+    EXPECT_EQ(found.allowedFolders, settings.allowedFolders);
     EXPECT_EQ(found.serviceFolder, settings.serviceFolder);
     EXPECT_EQ(found.cloudRoot, settings.cloudRoot);
 }
@@ -103,6 +105,22 @@ TEST_F(SettingsFile, WithAWrongValueGivesTheDefaultsAndNamesTheKey)
                   u"Failed to read settings file %1: The value of %2 has the wrong form."_s.arg(
                       tree.Path(u"conf/settings.ini"_s), key));
         EXPECT_EQ(settings.cloudCacheFolder, ServicesSettings::Defaults().cloudCacheFolder);
+    }
+}
+
+TEST_F(SettingsFile, AllowsFoldersThatAreAbsoluteAndNoOthers)
+{
+    EXPECT_TRUE(Load("[General]\n").allowedFolders.isEmpty());
+    const ServicesSettings settings =
+        Load("[General]\nallowedFolders=//lib/a, \"//lib/b, c\", //lib/d\n");
+    EXPECT_EQ(error, QString());
+    EXPECT_EQ(settings.allowedFolders, QStringList({u"//lib/a"_s, u"//lib/b, c"_s, u"//lib/d"_s}));
+    for (const QString& folder : {u"lib"_s, u"."_s, u"~/lib"_s}) {
+        const QByteArray line = "allowedFolders=//lib/a, " + folder.toUtf8() + '\n';
+        EXPECT_TRUE(Load("[General]\n" + line).allowedFolders.isEmpty());
+        EXPECT_TRUE(error.contains(
+            u"The path of allowedFolders is not absolute: %1. In a settings file"_s.arg(folder)))
+            << error.toStdString();
     }
 }
 

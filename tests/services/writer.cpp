@@ -6,8 +6,11 @@
 //                                              entry each; prints the number of each when written
 //   writer lock DATABASE                       holds the write lock until standard input ends
 //   writer own DATABASE                        likewise, and lets nobody read either
+//   writer run DATABASE CLOUD LIMIT FILE...    keeps the files in the base store, in one run that
+//                                              ends with standard input; prints "saved"
 
 #include "syncservices/FolderManager.h"
+#include "syncservices/SyncManager.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -54,6 +57,35 @@ int WriteItems(const QString& file, const QString& cloud, const QString& prefix,
     return 0;
 }
 
+void WaitForEndOfInput()
+{
+    std::string line;
+    while (std::getline(std::cin, line)) {
+    }
+}
+
+int RunInStore(const QString& database, const QString& cloud, int limit, const QStringList& files)
+{
+    ServicesSettings settings;
+    settings.databaseFile = database;
+    settings.cloudCacheFolder = cloud;
+    settings.baseStoreLimit = limit;
+    FolderManager::Configure(settings);
+    FolderManager::Initialize();
+    SyncManager::Initialize();
+    const BaseStoreRun run;
+    for (const QString& file : files) {
+        QString error;
+        if (!SyncManager::GetInstance()->SaveVersion(file, &error)) {
+            std::cerr << error.toStdString() << '\n';
+            return 1;
+        }
+    }
+    std::cout << "saved" << std::endl;
+    WaitForEndOfInput();
+    return 0;
+}
+
 int Lock(const std::string& file, const char* kind)
 {
     SQLite::Database database(file, SQLite::OPEN_READWRITE, 10000);
@@ -61,9 +93,7 @@ int Lock(const std::string& file, const char* kind)
         database.execAndGet("PRAGMA locking_mode = EXCLUSIVE");
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
     std::cout << "locked" << std::endl;
-    std::string line;
-    while (std::getline(std::cin, line)) {
-    }
+    WaitForEndOfInput();
     return 0;
 }
 
@@ -75,6 +105,13 @@ int main(int argc, char** argv)
     if (mode == "items" && argc == 6)
         return WriteItems(QString::fromUtf8(argv[2]), QString::fromUtf8(argv[3]),
                           QString::fromUtf8(argv[4]), std::stoi(argv[5]));
+    if (mode == "run" && argc > 5) {
+        QStringList files;
+        for (int i = 5; i < argc; ++i)
+            files.append(QString::fromUtf8(argv[i]));
+        return RunInStore(QString::fromUtf8(argv[2]), QString::fromUtf8(argv[3]),
+                          std::stoi(argv[4]), files);
+    }
     if (mode == "lock" || mode == "own")
         return Lock(argv[2], argv[1]);
     return 2;

@@ -34,6 +34,11 @@ QString TestLayoutModule()
     return QStringLiteral(TEST_LAYOUT_MODULE);
 }
 
+QString TestTalkerModule()
+{
+    return QStringLiteral(TEST_TALKER_MODULE);
+}
+
 QByteArray Registration(const QString& module, const QString& service, const QString& fileTypes)
 {
     return u"<SyncPlugins><Plugin Module=\"%1\" Name=\"For tests\">"
@@ -61,6 +66,12 @@ PluginOrders::PluginOrders(const QByteArray& words)
 PluginOrders::~PluginOrders()
 {
     qunsetenv(OrdersVariable);
+}
+
+void RegisterTestTalker(FileTree& tree, const QString& folder)
+{
+    tree.File(folder + u"/test_talker.syncplugin"_s,
+              Registration(TestTalkerModule(), u"FileLinkResolver"_s, u"talk"_s));
 }
 
 PluginCallLog::PluginCallLog()

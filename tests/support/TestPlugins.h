@@ -10,10 +10,11 @@
 namespace Halvern::Test {
 
 /// The folder that holds the test plug-ins' libraries, and their file names. What the plug-ins do
-/// stands in plugins/TestResolverPlugin.cpp and plugins/TestLayoutPlugin.cpp.
+/// stands in their sources in plugins/.
 QString TestPluginFolder();
 QString TestResolverModule();
 QString TestLayoutModule();
+QString TestTalkerModule();
 
 /// A registration file's text for one plug-in. `service` is "FileLayout" or "FileLinkResolver".
 QByteArray Registration(const QString& module, const QString& service, const QString& fileTypes);
@@ -25,6 +26,8 @@ QByteArray Registration(const QString& module, const QString& service, const QSt
 ///     manager->AddPluginSearchPaths({TestPluginFolder()});
 void RegisterTestResolver(FileTree& tree, const QString& folder);
 void RegisterTestLayout(FileTree& tree, const QString& folder);
+/// For the type "talk".
+void RegisterTestTalker(FileTree& tree, const QString& folder);
 
 /// While it lives, tells the test resolver to misbehave: "norepath", "lies" ...
 class PluginOrders

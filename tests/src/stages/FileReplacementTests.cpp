@@ -19,7 +19,14 @@ protected:
     }
 
     /// The copies in the base store.
-    QList<QByteArray> BaseFiles() const { return tree.Contents("sync.db.base").values(); }
+    QList<QByteArray> BaseFiles() const
+    {
+        QList<QByteArray> copies;
+        const QDir store(tree.Path("sync.db.base"));
+        for (const QString& name : store.entryList({"*-*"}, QDir::Files))
+            copies.append(tree.Read("sync.db.base/" + name));
+        return copies;
+    }
 
     FileMappingPointer bracket;
 };

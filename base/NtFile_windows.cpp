@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "base/NtFile_windows.h"
+
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+#include <winternl.h>
+
+extern "C" NTSTATUS NTAPI NtQueryFullAttributesFile(POBJECT_ATTRIBUTES attributes,
+                                                    PFILE_NETWORK_OPEN_INFORMATION information);
+
+namespace Halvern::Base {
+
+namespace {
+
+// The headers have these for newer targets only.
+constexpr auto RenameInfoEx = static_cast<FILE_INFORMATION_CLASS>(65);
+constexpr auto DispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
+constexpr DWORD ReplaceIfExists = 1;
+constexpr DWORD PosixRename = 2;
+constexpr DWORD DeleteNow = 1;
+constexpr DWORD PosixDelete = 2;
+constexpr DWORD DeleteReadOnly = 0x10;
+
+/// As FILE_RENAME_INFORMATION(_EX): the first member is a BOOLEAN or flags.
+struct RenameHead
+{
+    DWORD flags;
+    HANDLE folder;
+    ULONG size;
+    WCHAR name[1];
+};
+
+bool Succeeded(NTSTATUS status)
+{
+    if (NT_SUCCESS(status))
+        return true;
+    ::SetLastError(::RtlNtStatusToDosError(status));
+    return false;
+}
+
+/// A name in a folder, as these calls take it; both must outlive it.
+class NameIn
+{
+public:
+    NameIn(HANDLE folder, const std::wstring& name)
+    {
+        m_text.Buffer = const_cast<PWSTR>(name.data());
+        m_text.Length = static_cast<USHORT>(name.size() * sizeof(wchar_t));
+        m_text.MaximumLength = m_text.Length;
+        InitializeObjectAttributes(&m_attributes, &m_text, OBJ_CASE_INSENSITIVE, folder, nullptr);
+    }
+    POBJECT_ATTRIBUTES Get() { return &m_attributes; }
+
+private:
+    UNICODE_STRING m_text = {};
+    OBJECT_ATTRIBUTES m_attributes = {};
+};
+
+/// Longer ones would not fit the sizes of these calls, and no disk has them.
+bool IsNameLength(const std::wstring& name)
+{
+    const bool fits = name.size() < 32768;
+    if (!fits)
+        ::SetLastError(ERROR_FILENAME_EXCED_RANGE);
+    return fits;
+}
+
+bool Create(NameIn name, DWORD access, DWORD attributes, DWORD share, DWORD disposition,
+            DWORD options, NtFile& opened)
+{
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    IO_STATUS_BLOCK io = {};
+    const NTSTATUS status = ::NtCreateFile(
+        &handle, access | SYNCHRONIZE | FILE_READ_ATTRIBUTES, name.Get(), &io, nullptr, attributes,
+        share, disposition, options | FILE_SYNCHRONOUS_IO_NONALERT | FILE_OPEN_FOR_BACKUP_INTENT,
+        nullptr, 0);
+    if (!Succeeded(status))
+        return false;
+    opened = NtFile(handle);
+    return true;
+}
+
+DWORD AttributesByName(HANDLE folder, const std::wstring& name)
+{
+    FILE_NETWORK_OPEN_INFORMATION info = {};
+    NameIn place(folder, name);
+    return NT_SUCCESS(::NtQueryFullAttributesFile(place.Get(), &info)) ? info.FileAttributes : 0;
+}
+
+std::vector<char> RenameRequest(DWORD flags, HANDLE folder, const std::wstring& name)
+{
+    const std::size_t size = name.size() * sizeof(wchar_t);
+    RenameHead head = {flags, folder, static_cast<ULONG>(size), {}};
+    std::vector<char> request(sizeof head + size);
+    std::memcpy(request.data(), &head, sizeof head);
+    std::memcpy(request.data() + offsetof(RenameHead, name), name.data(), size);
+    return request;
+}
+
+NTSTATUS Rename(HANDLE file, std::vector<char> request, FILE_INFORMATION_CLASS kind)
+{
+    IO_STATUS_BLOCK io = {};
+    return ::NtSetInformationFile(file, &io, request.data(), static_cast<ULONG>(request.size()),
+                                  kind);
+}
+
+bool SetAttributes(HANDLE file, DWORD attributes)
+{
+    FILE_BASIC_INFO info = {};
+    info.FileAttributes = attributes;
+    return ::SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info);
+}
+
+} // namespace
+
+bool OpenIn(HANDLE folder, const std::wstring& name, DWORD access, DWORD share, NtFile& opened)
+{
+    return IsNameLength(name) && Create(NameIn(folder, name), access, FILE_ATTRIBUTE_NORMAL, share,
+                                        FILE_OPEN, FILE_OPEN_REPARSE_POINT, opened);
+}
+
+bool OpenThrough(HANDLE folder, const std::wstring& name, DWORD access, DWORD share, NtFile& opened)
+{
+    return IsNameLength(name) && Create(NameIn(folder, name), access, FILE_ATTRIBUTE_NORMAL, share,
+                                        FILE_OPEN, FILE_NON_DIRECTORY_FILE, opened);
+}
+
+bool MakeFolderIn(HANDLE folder, const std::wstring& name, DWORD attributes)
+{
+    NtFile made;
+    return IsNameLength(name) && Create(NameIn(folder, name), FILE_LIST_DIRECTORY, attributes,
+                                        SharedByAll, FILE_CREATE, FILE_DIRECTORY_FILE, made);
+}
+
+bool OpenAgain(HANDLE folder, NtFile& opened)
+{
+    opened =
+        NtFile(::ReOpenFile(folder, FILE_LIST_DIRECTORY, SharedByAll, FILE_FLAG_BACKUP_SEMANTICS));
+    return bool(opened);
+}
+
+bool IsLink(HANDLE folder, const std::wstring& name, HANDLE opened)
+{
+    return IsLink(opened, AttributesByName(folder, name));
+}
+
+FileStatus EntryStatus(HANDLE folder, const std::wstring& name, HANDLE opened)
+{
+    FileStatus status = ReadFileStatus(reinterpret_cast<Handle>(opened));
+    if (IsLink(folder, name, opened))
+        status.kind = FileKind::Link;
+    return status;
+}
+
+bool RenameInto(HANDLE file, HANDLE folder, const std::wstring& name, bool replace)
+{
+    if (!IsNameLength(name))
+        return false;
+    // So that who reads the old file goes on reading it; not every system and disk can.
+    const DWORD flags = replace ? ReplaceIfExists | PosixRename : PosixRename;
+    if (NT_SUCCESS(Rename(file, RenameRequest(flags, folder, name), RenameInfoEx)))
+        return true;
+    return Succeeded(Rename(file, RenameRequest(replace, folder, name), FileRenameInformation));
+}
+
+bool DeleteOpened(HANDLE file)
+{
+    DWORD flags = DeleteNow | PosixDelete | DeleteReadOnly;
+    if (::SetFileInformationByHandle(file, DispositionInfoEx, &flags, sizeof flags))
+        return true;
+    // The attribute belongs to all names of the file.
+    BY_HANDLE_FILE_INFORMATION info = {};
+    const bool isReadOnly = ::GetFileInformationByHandle(file, &info) &&
+                            (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (isReadOnly)
+        SetAttributes(file, info.dwFileAttributes & ~DWORD(FILE_ATTRIBUTE_READONLY));
+    FILE_DISPOSITION_INFO disposition = {};
+    disposition.DeleteFile = TRUE;
+    const bool isDeleted =
+        ::SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition);
+    const DWORD failure = ::GetLastError();
+    if (isReadOnly)
+        SetAttributes(file, info.dwFileAttributes);
+    ::SetLastError(failure);
+    return isDeleted;
+}
+
+} // namespace Halvern::Base

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Closure.h"
+
+#include "FileStamps.h"
+#include "Paths.h"
+
+#include "syncservices/SyncLibUtil.h"
+
+#include <QtCore/QDir>
+
+namespace Halvern::Jobs {
+
+using SyncServices::SyncLibUtil;
+
+Closure::Closure(JobState& job, JobControl& control, LinkReader& reader, Boundary& boundary,
+                 const CopyIndex& copies)
+    : m_job(job), m_control(control), m_reader(reader), m_boundary(boundary), m_copies(copies)
+{
+    for (qsizetype i = 0; i < job.leftOut.size(); ++i)
+        if (job.leftOut.at(i).remark == Remark::Excluded)
+            m_excluded.insert(PathKey(job.leftOut.at(i).source), i);
+}
+
+bool Closure::Find()
+{
+    const qsizetype selected = m_job.files.Size();
+    for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
+        if (m_control.IsCancelRequested())
+            return false;
+        if (!IsOpened(place, selected))
+            continue;
+        TakeLinks(m_job.files.At(place));
+        Follow(place);
+    }
+    return true;
+}
+
+bool Closure::IsOpened(qsizetype place, qsizetype selected) const
+{
+    const JobFile& file = m_job.files.At(place);
+    return !file.isFolder && !file.IsOut() && (place < selected || !m_job.request.directLinksOnly);
+}
+
+void Closure::TakeLinks(JobFile& file)
+{
+    const QStringList& types = m_job.request.fileTypes;
+    if (!types.isEmpty() && !SyncLibUtil::IsInFileTypeList(file.source, types))
+        return;
+    file.readers = m_reader.ReadersOf(file.source);
+    if (file.readers.isEmpty()) {
+        file.linksState = LinksState::UnknownFormat;
+        file.isUnknownFormat = true;
+        return;
+    }
+    if (Restore(file))
+        return;
+    LinkReader::Links links;
+    file.linksState =
+        m_reader.Read(file.source, links) ? LinksState::Read : LinksState::Failed;
+    for (const SyncServices::FileLink& link : std::as_const(links))
+        file.links.append({link, {}, -1, LinkState::Found});
+}
+
+bool Closure::Restore(JobFile& file) const
+{
+    if (m_job.request.reread)
+        return false;
+    for (const CopyRecord* record : m_copies.OfSource(file.source)) {
+        if (record->linksState != LinksState::Read || record->readers != file.readers ||
+            !IsSameAsRecorded(record->sourceStamp, record->recordedAt, file.source,
+                              m_job.request.checksum, nullptr))
+            continue;
+        for (const SyncServices::FileLink& link : record->sourceLinks)
+            file.links.append({link, {}, -1, LinkState::Found});
+        return true;
+    }
+    return false;
+}
+
+void Closure::Follow(qsizetype holder)
+{
+    for (qsizetype i = 0; i < m_job.files.At(holder).links.size(); ++i) {
+        const QString text = m_job.files.At(holder).links.at(i).stored.Path;
+        const QString path =
+            text.isEmpty() ? QString() : ResolveLink(text, m_job.files.At(holder).source);
+        const qsizetype member = path.isEmpty() ? -1 : MemberFor(path);
+        JobLink& link = m_job.files.At(holder).links[i];
+        link.file = path;
+        link.member = member;
+        if (!IsLocalPath(path))
+            link.state = LinkState::Url;
+        else if (member < 0 || m_job.files.At(member).outcome == Outcome::Missing)
+            link.state = LinkState::Missing;
+    }
+}
+
+qsizetype Closure::MemberFor(const QString& path)
+{
+    const qsizetype known = m_job.files.Find(path);
+    return known >= 0 ? known : m_job.files.Add(Linked(path));
+}
+
+JobFile Closure::Linked(const QString& path)
+{
+    JobFile file;
+    file.source = path;
+    if (!IsLocalPath(path)) {
+        file.End(Outcome::Url);
+        return file;
+    }
+    file.status = Base::ReadFileStatus(Native(path));
+    switch (file.status.kind) {
+    case Base::FileKind::Missing:
+        file.End(Outcome::Missing);
+        return file;
+    case Base::FileKind::Folder:
+        file.End(Outcome::Skipped, Remark::LinkedFolder);
+        return file;
+    case Base::FileKind::Other:
+    case Base::FileKind::Link:
+        file.End(Outcome::Skipped, Remark::NoFile);
+        return file;
+    case Base::FileKind::File:
+        break;
+    }
+    const Boundary::Answer verdict = m_boundary.Check(path);
+    file.outside = verdict.outside;
+    if (!verdict.allowed)
+        file.End(Outcome::Refused, verdict.remark);
+    else if (const LeftOutItem* item = ExcludedBy(path))
+        file.End(Outcome::Skipped, Remark::Excluded, item->detail);
+    return file;
+}
+
+const LeftOutItem* Closure::ExcludedBy(const QString& path) const
+{
+    if (m_excluded.isEmpty())
+        return nullptr;
+    for (QString part = path; part.size() > 1;) {
+        const auto found = m_excluded.constFind(PathKey(part));
+        if (found != m_excluded.constEnd())
+            return m_job.leftOut.at(*found).detail.endsWith(QStringLiteral("(built in)"))
+                       ? nullptr
+                       : &m_job.leftOut.at(*found);
+        const qsizetype slash = part.lastIndexOf(u'/');
+        part.truncate(std::max<qsizetype>(slash, 0));
+    }
+    return nullptr;
+}
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,390 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Decisions.h"
+
+#include "FileStamps.h"
+#include "LinkPlanning.h"
+#include "Paths.h"
+
+#include "syncservices/FolderManager.h"
+
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+
+namespace Halvern::Jobs {
+
+using SyncFolderManagerLib::FolderManager;
+
+namespace {
+
+bool HasTarget(const JobFile& file)
+{
+    return !file.isFolder && !file.isDropped && file.mapping && !file.IsOut();
+}
+
+bool IsWanted(const JobFile& file)
+{
+    return HasTarget(file) || (file.isFolder && !file.isDropped);
+}
+
+ConflictAnswer AnswerOf(CollisionPolicy policy)
+{
+    switch (policy) {
+    case CollisionPolicy::Stop:
+        return ConflictAnswer::Stop;
+    case CollisionPolicy::Keep:
+        return ConflictAnswer::Keep;
+    case CollisionPolicy::Rename:
+        return ConflictAnswer::Rename;
+    case CollisionPolicy::Replace:
+        return ConflictAnswer::Replace;
+    }
+    return ConflictAnswer::Stop;
+}
+
+QDateTime TimeOf(qint64 nanoseconds)
+{
+    return QDateTime::fromMSecsSinceEpoch(nanoseconds / 1'000'000, Qt::UTC);
+}
+
+ConflictSide SideOf(const QString& path, const FileStamp* recorded)
+{
+    const Base::FileStatus status = Base::ReadFileStatus(Native(path));
+    ConflictSide side;
+    side.bytes = qint64(status.size);
+    side.modified = TimeOf(status.modified);
+    if (recorded) {
+        side.recordedModified = TimeOf(recorded->modified);
+        side.recordedBytes = recorded->bytes;
+    }
+    return side;
+}
+
+} // namespace
+
+Decisions::Decisions(JobState& job, JobControl& control, LinkReader& reader, Layout& layout,
+                     const CopyIndex& copies)
+    : m_job(job), m_control(control), m_reader(reader), m_layout(layout), m_copies(copies),
+      m_keys(job.cloudFolder), m_threeWays(job, control, reader, copies), m_owners(m_keys)
+{}
+
+bool Decisions::Make(const Answers& answers)
+{
+    m_answers = answers;
+    m_layout.TakeTargets();
+    for (JobFile& file : m_job.files)
+        if (file.mapping && !file.isFolder)
+            file.End(Outcome::NotDone);
+    PlaceByRecords();
+    if (!PlaceOtherwise() || !Look())
+        return false;
+    Settle();
+    PlanLinks(m_job);
+    FindOrphans();
+    return true;
+}
+
+void Decisions::PlaceByRecords()
+{
+    for (JobFile& file : m_job.files) {
+        if (!HasTarget(file) || file.keepsTarget || file.target == file.source)
+            continue;
+        const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
+        if (!record || !ExistsOnDisk(record->target))
+            continue;
+        // A selected file has its place by its name: only another name beside it is remembered.
+        if (!file.isSelected ||
+            QFileInfo(record->target).path() == QFileInfo(file.target).path())
+            file.target = record->target;
+    }
+    if (!m_job.request.selfContained)
+        ShareCopies();
+}
+
+/// A copy of another project that is as it was made, from a source that is as it was.
+const CopyRecord* Decisions::CopyElsewhere(const JobFile& file) const
+{
+    if (!HasTarget(file) || file.isSelected || file.keepsTarget || file.target == file.source ||
+        m_copies.OfProject(file.source, m_job.target))
+        return nullptr;
+    for (const CopyRecord* record : m_copies.OfSource(file.source)) {
+        const bool isSound = !record->isIntent && !record->isRewritePending &&
+                             record->linksState != LinksState::Failed &&
+                             IsInFolder(record->target, m_job.cloudFolder) &&
+                             !QFileInfo(record->target).isSymbolicLink();
+        if (isSound &&
+            IsSameAsRecorded(record->sourceStamp, record->recordedAt, file.source,
+                             m_job.request.checksum, nullptr) &&
+            IsSameAsRecorded(record->targetStamp, record->recordedAt, record->target,
+                             m_job.request.checksum, nullptr))
+            return record;
+    }
+    return nullptr;
+}
+
+/// A copy may be shared when all that it links is shared, too, just where it looks for it.
+bool Decisions::MayShare(const JobFile& file,
+                         const QHash<qsizetype, const CopyRecord*>& shared) const
+{
+    const CopyRecord& record = *shared.value(m_job.files.Find(file.source));
+    return std::all_of(file.links.begin(), file.links.end(), [&](const JobLink& link) {
+        if (link.member < 0 || !HasTarget(m_job.files.At(link.member)))
+            return true;
+        const CopyRecord* linked = shared.value(link.member);
+        const QString place = linked ? linked->target : m_job.files.At(link.member).target;
+        return record.linkedTargets.contains(place) &&
+               (linked || m_job.files.At(link.member).target ==
+                              m_job.files.At(link.member).source);
+    });
+}
+
+void Decisions::ShareCopies()
+{
+    QHash<qsizetype, const CopyRecord*> shared;
+    for (qsizetype place = 0; place < m_job.files.Size(); ++place)
+        if (const CopyRecord* record = CopyElsewhere(m_job.files.At(place)))
+            shared.insert(place, record);
+    for (bool changed = true; changed;) {
+        changed = false;
+        for (qsizetype place = m_job.files.Size(); place-- > 0;)
+            if (shared.contains(place) && !MayShare(m_job.files.At(place), shared)) {
+                shared.remove(place);
+                changed = true;
+            }
+    }
+    for (auto it = shared.begin(); it != shared.end(); ++it)
+        m_job.files.At(it.key()).target = it.value()->target;
+}
+
+/// A layout does not know what stands in the way when it is asked first.
+bool Decisions::PlaceOtherwise()
+{
+    WorkOutLinks(m_job);
+    TargetOwners owners(m_keys);
+    QList<qsizetype> stuck;
+    for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
+        JobFile& file = m_job.files.At(place);
+        if (!HasTarget(file) || file.target.isEmpty())
+            continue;
+        const bool isShared = !file.isSelected && owners.OtherOwner(file);
+        owners.Add(file);
+        if (isShared || (file.keepsTarget && IsStuck(file, m_threeWays.Of(file))))
+            stuck.append(place);
+    }
+    if (stuck.isEmpty())
+        return true;
+    if (!m_layout.AssignOtherwise(stuck))
+        return false;
+    PlaceByRecords();
+    return true;
+}
+
+bool Decisions::IsStuck(const JobFile& file, Standing standing) const
+{
+    return (standing == Standing::Foreign || standing == Standing::BothChanged) &&
+           AnswerFor(file, standing) == ConflictAnswer::Rename;
+}
+
+bool Decisions::Look()
+{
+    WorkOutLinks(m_job);
+    for (JobFile& file : m_job.files) {
+        if (m_control.IsCancelRequested())
+            return false;
+        if (!HasTarget(file))
+            continue;
+        const Remark objection = ObjectionToTarget(file.target, m_job.cloudFolder);
+        QString detail;
+        const Remark obstacle = objection == Remark::None
+                                    ? ObstacleOnTheWay(file.target, m_job.cloudFolder, detail)
+                                    : objection;
+        if (obstacle != Remark::None) {
+            file.End(Outcome::Failed, obstacle, detail);
+            continue;
+        }
+        if (!file.isSelected && IsSameFile(file.source, file.target)) {
+            file.End(Outcome::InPlace);
+            continue;
+        }
+        if (m_job.request.linksOnly && file.isSelected) {
+            file.End(Outcome::Skipped, Remark::OnlyLinksWanted);
+            continue;
+        }
+        const Standing standing = m_threeWays.Of(file);
+        m_standings.insert(&file, standing);
+        Decide(file, standing);
+    }
+    return true;
+}
+
+void Decisions::Decide(JobFile& file, Standing standing)
+{
+    const auto copy = [&](Outcome outcome) {
+        file.deed = Deed::Copy;
+        file.outcome = outcome;
+        file.remark = Remark::None;
+    };
+    switch (standing) {
+    case Standing::Free:
+        copy(m_job.request.move && file.isSelected ? Outcome::Moved : Outcome::Copied);
+        return;
+    case Standing::Ours:
+    case Standing::SameContent:
+        if (m_job.request.force)
+            copy(Outcome::Updated);
+        else
+            file.End(Outcome::Unchanged);
+        return;
+    case Standing::SourceChanged:
+        copy(Outcome::Updated);
+        return;
+    case Standing::CopyChanged:
+        file.End(Outcome::Left);
+        return;
+    case Standing::Folder:
+    case Standing::BothChanged:
+    case Standing::Foreign:
+        DecideTaken(file, standing);
+        return;
+    }
+}
+
+void Decisions::DecideTaken(JobFile& file, Standing standing)
+{
+    file.deed = Deed::Copy;
+    file.outcome = Outcome::Replaced;
+    file.remark = Remark::None;
+    if (standing == Standing::Folder)
+        return;
+    switch (AnswerFor(file, standing)) {
+    case ConflictAnswer::Keep:
+        file.End(Outcome::Kept);
+        return;
+    case ConflictAnswer::Rename:
+        file.outcome = Outcome::Renamed;
+        return;
+    case ConflictAnswer::Stop:
+    case ConflictAnswer::Replace:
+        return;
+    }
+}
+
+ConflictAnswer Decisions::CollisionAnswerFor(const JobFile& file) const
+{
+    const ConflictAnswer policy = AnswerOf(file.isSelected ? m_job.request.selectedCollisions
+                                                           : m_job.request.linkedCollisions);
+    return m_answers.value(file.source, policy);
+}
+
+ConflictAnswer Decisions::AnswerFor(const JobFile& file, Standing standing) const
+{
+    return standing == Standing::BothChanged
+               ? m_answers.value(file.source, m_job.request.onConflict)
+               : CollisionAnswerFor(file);
+}
+
+void Decisions::Settle()
+{
+    // What is in place, or about to be made for the files in it, comes before what is copied.
+    for (JobFile& file : m_job.files)
+        if (IsWanted(file) && !file.target.isEmpty() && file.isFolder)
+            m_owners.Add(file);
+    for (JobFile& file : m_job.files)
+        if (!file.isFolder && file.deed == Deed::Nothing && HasPlace(file) &&
+            file.outcome != Outcome::NotDone)
+            m_owners.Add(file);
+    for (JobFile& file : m_job.files) {
+        if (file.isFolder && IsWanted(file))
+            SettleInPlace(file);
+        else if (file.deed == Deed::Copy)
+            SettleCopy(file);
+    }
+}
+
+void Decisions::SettleInPlace(JobFile& file)
+{
+    const bool isNeeded = !m_job.request.linksOnly;
+    if (isNeeded && ExistsOnDisk(file.target) && !IsFolder(file.target))
+        Clash(file, ConflictKind::FileInTheWay);
+}
+
+void Decisions::SettleCopy(JobFile& file)
+{
+    const Standing standing = m_standings.value(&file, Standing::Free);
+    const JobFile* owner = m_owners.OtherOwner(file);
+    const bool mayRename = !file.keepsTarget;
+    const bool isTwin = owner && !owner->isFolder && owner->target != file.target;
+    if (owner) {
+        if (mayRename && (isTwin || CollisionAnswerFor(file) == ConflictAnswer::Rename) &&
+            GiveFreeName(file))
+            return;
+        Clash(file, ConflictKind::SameTarget, owner);
+        return;
+    }
+    if (standing == Standing::Folder) {
+        Clash(file, ConflictKind::FolderInTheWay);
+    } else if (file.outcome == Outcome::Renamed) {
+        if (!mayRename || !GiveFreeName(file))
+            Clash(file, ConflictKind::CannotRename);
+        return;
+    } else if (standing == Standing::SourceChanged && mayRename &&
+               m_copies.IsLinkedElsewhere(file.target, m_job.target)) {
+        if (GiveFreeName(file))
+            file.remark = Remark::SharedCopyStays;
+        return;
+    } else if (file.outcome == Outcome::Replaced &&
+               AnswerFor(file, standing) == ConflictAnswer::Stop) {
+        Clash(file, standing == Standing::BothChanged ? ConflictKind::BothChanged
+                                                      : ConflictKind::TargetTaken);
+    }
+    m_owners.Add(file);
+}
+
+bool Decisions::GiveFreeName(JobFile& file)
+{
+    const QString wanted = file.target;
+    file.target = FreePath(wanted, [&](const QString& path) {
+        return m_owners.IsOwned(path) || ExistsOnDisk(path);
+    });
+    if (ObjectionToTarget(file.target, m_job.cloudFolder) != Remark::None) {
+        file.target = wanted;
+        return false;
+    }
+    file.record.reset();
+    file.outcome = Outcome::Renamed;
+    m_owners.Add(file);
+    return true;
+}
+
+void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* other)
+{
+    Conflict conflict;
+    conflict.kind = kind;
+    conflict.source = file.source;
+    conflict.target = file.target;
+    conflict.other = other ? other->source : QString();
+    conflict.selected = file.isSelected;
+    if (kind == ConflictKind::TargetTaken || kind == ConflictKind::BothChanged) {
+        conflict.sourceSide =
+            SideOf(file.source, file.record ? &file.record->sourceStamp : nullptr);
+        conflict.targetSide =
+            SideOf(file.target, file.record ? &file.record->targetStamp : nullptr);
+    }
+    m_conflicts.append(conflict);
+}
+
+void Decisions::FindOrphans()
+{
+    m_job.orphans.clear();
+    for (const CopyRecord& record : m_copies.All()) {
+        const bool isOfSelection = std::any_of(
+            m_job.request.sources.begin(), m_job.request.sources.end(),
+            [&](const QString& source) { return IsInFolder(record.source, source); });
+        if (isOfSelection && PathKey(record.project) == PathKey(m_job.target) &&
+            !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) && !record.isIntent)
+            m_job.orphans.append(record);
+    }
+}
+
+} // namespace Halvern::Jobs

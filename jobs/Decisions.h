@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "CopyIndex.h"
+#include "JobControl.h"
+#include "JobFile.h"
+#include "Layout.h"
+#include "LinkReader.h"
+#include "Targets.h"
+#include "ThreeWays.h"
+
+#include <QtCore/QHash>
+
+namespace Halvern::Jobs {
+
+/// What is to be done with a file whose target is taken, by the source of the file; beside the
+/// policies of the request.
+using Answers = QHash<QString, ConflictAnswer>;
+
+/// Decides what happens to each file of a job whose targets are assigned:
+///
+///     PlaceByRecords     where an earlier import of the project has put a file it stays, and what
+///                        another project has brought unchanged is used
+///     Look               how source, copy and record relate
+///     Settle             conflicts, other names
+///
+/// Nothing is written.
+class Decisions
+{
+public:
+    Decisions(JobState& job, JobControl& control, LinkReader& reader, Layout& layout,
+              const CopyIndex& copies);
+
+    /// False when the job was cancelled.
+    bool Make(const Answers& answers);
+    const QList<Conflict>& Conflicts() const { return m_conflicts; }
+
+private:
+    void PlaceByRecords();
+    bool MayShare(const JobFile& file, const QHash<qsizetype, const CopyRecord*>& shared) const;
+    const CopyRecord* CopyElsewhere(const JobFile& file) const;
+    void ShareCopies();
+    bool PlaceOtherwise();
+    bool IsStuck(const JobFile& file, Standing standing) const;
+    bool Look();
+    void Decide(JobFile& file, Standing standing);
+    void DecideTaken(JobFile& file, Standing standing);
+    void Settle();
+    void SettleCopy(JobFile& file);
+    void SettleInPlace(JobFile& file);
+    bool GiveFreeName(JobFile& file);
+    void Clash(const JobFile& file, ConflictKind kind, const JobFile* other = nullptr);
+    ConflictAnswer AnswerFor(const JobFile& file, Standing standing) const;
+    ConflictAnswer CollisionAnswerFor(const JobFile& file) const;
+    void FindOrphans();
+
+    JobState& m_job;
+    JobControl& m_control;
+    LinkReader& m_reader;
+    Layout& m_layout;
+    const CopyIndex& m_copies;
+    const TargetKeys m_keys;
+    const ThreeWays m_threeWays;
+    TargetOwners m_owners;
+    Answers m_answers;
+    QHash<const JobFile*, Standing> m_standings;
+    QList<Conflict> m_conflicts;
+};
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,325 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "FileMaker.h"
+
+#include "FileStamps.h"
+#include "Paths.h"
+
+#include "base/ContentHash.h"
+#include "base/FileAttributes.h"
+#include "base/FileLock.h"
+#include "base/NativePath.h"
+#include "syncservices/SyncManager.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+namespace Halvern::Jobs {
+
+using FileLink::ProblemKind;
+using FileLink::Stage;
+using SyncServices::SyncManager;
+
+namespace {
+
+QString Text(const Base::FileResult& result)
+{
+    return QString::fromStdString(result.Text());
+}
+
+/// Nobody touched it since.
+bool IsAsItWas(const Base::FileStatus& was, const Base::FileStatus& is)
+{
+    return was.kind == is.kind && was.size == is.size && was.modified == is.modified &&
+           was.device == is.device && was.index == is.index;
+}
+
+QByteArray Bytes(const Base::ContentHash& hash)
+{
+    return QByteArray(reinterpret_cast<const char*>(hash.bytes.data()),
+                      qsizetype(hash.bytes.size()));
+}
+
+} // namespace
+
+/// A copy that is being made ready.
+struct FileMaker::Staged
+{
+    /// Below the cloud folder, and absolute.
+    std::filesystem::path place;
+    std::filesystem::path path;
+    QString text;
+    Base::FileStatus source;
+    QByteArray sourceHash;
+    bool isRewritten = false;
+};
+
+std::filesystem::path FileMaker::Below(const QString& target) const
+{
+    return Native(target.mid(m_job.cloudFolder.size() + 1));
+}
+
+void FileMaker::Fail(JobFile& file, ProblemKind kind, const QString& text)
+{
+    m_control.Report({Stage::CopyFiles, kind, file.source, text, {}});
+    file.End(Outcome::Failed);
+}
+
+bool FileMaker::MakeFolder(const JobFile& file)
+{
+    const std::filesystem::path folder = Below(file.target);
+    const Base::FileResult made = m_cloud.MakeFolders(folder);
+    if (!made) {
+        m_control.Report({Stage::CopyFiles, ProblemKind::FolderNotMade, file.source,
+                          QStringLiteral("Failed to create folder %1: %2")
+                              .arg(QDir::toNativeSeparators(file.target), Text(made)),
+                          {}});
+        return false;
+    }
+    if (file.isHidden)
+        Base::Hide(Native(file.target));
+    return true;
+}
+
+void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
+{
+    if (why.Problem() == Base::FileProblem::Changed)
+        file.End(Outcome::Failed, Remark::ChangedWhileCopied);
+    else if (!ExistsOnDisk(file.source))
+        file.End(Outcome::Failed, Remark::Vanished);
+    else
+        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Text(why));
+}
+
+/// Copies the source to the staging folder.
+bool FileMaker::Take(JobFile& file, Staged& staged)
+{
+    staged.place = m_staging.PlaceFor(QFileInfo(file.target).fileName());
+    staged.path = m_staging.Absolute(staged.place);
+    staged.text = QStringView(Base::PathText(staged.path)).toString();
+    Base::ContentHash hash;
+    const bool isHashed = m_job.request.checksum;
+    const Base::FileResult copied = Base::CopyUnchangedBytes(
+        Native(file.source), staged.path, staged.source, isHashed ? &hash : nullptr);
+    if (!copied) {
+        FailToCopy(file, copied);
+        return false;
+    }
+    staged.sourceHash = isHashed ? Bytes(hash) : QByteArray();
+    return true;
+}
+
+void FileMaker::Make(JobFile& file)
+{
+    const std::filesystem::path target = Below(file.target);
+    const Base::FileResult folder = m_cloud.MakeFolders(target.parent_path());
+    if (!folder) {
+        if (folder.Problem() == Base::FileProblem::LeadsOutside)
+            file.End(Outcome::Failed, Remark::OutsideCloudFolder);
+        else
+            Fail(file, ProblemKind::FolderNotMade,
+                 QStringLiteral("Failed to create folder %1: %2")
+                     .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
+        return;
+    }
+    Staged staged;
+    if (!Take(file, staged))
+        return;
+    if (!file.rewrites.isEmpty()) {
+        staged.isRewritten = WriteLinks(file, staged, file.rewrites);
+        if (!staged.isRewritten) {
+            // What stands at the target works; a copy with the links of the source would not.
+            if (file.targetStatus.Exists() && file.outcome != Outcome::Renamed) {
+                file.End(Outcome::Failed);
+                return;
+            }
+            if (!Take(file, staged))
+                return;
+            file.isPending = true;
+        }
+    }
+    if (!Place(file, staged))
+        return;
+    file.linksRewritten = staged.isRewritten;
+    if (file.isPending)
+        file.remark = Remark::RewritePending;
+    else if (file.linksState == LinksState::Failed)
+        file.remark = Remark::LinksNotRead;
+}
+
+bool FileMaker::WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links)
+{
+    const JobControl::Alias alias(m_control, staged.text, file.target);
+    if (!m_reader.Write(staged.text, links))
+        return false;
+    if (HoldsLinks(file, staged))
+        return true;
+    m_control.Report({Stage::RepathFiles, ProblemKind::LinksNotRewritten, file.target,
+                      QStringLiteral("After they were rewritten the links of the copy are not what "
+                                     "was asked for"),
+                      {}});
+    return false;
+}
+
+/// Reads the copy again: all of its links lead where they should.
+bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged)
+{
+    LinkReader::Links links;
+    if (!m_reader.Read(staged.text, links) || links.size() != file.wantedLinks.size())
+        return false;
+    for (qsizetype i = 0; i < links.size(); ++i)
+        if (links.at(i).Path != file.wantedLinks.at(i).Path &&
+            PathKey(ResolveLink(links.at(i).Path, file.target)) !=
+                PathKey(ResolveLink(file.wantedLinks.at(i).Path, file.target)))
+            return false;
+    return true;
+}
+
+/// The links of a copy stand in the order of its source: those that differ must be written.
+bool FileMaker::RewritesFor(const JobFile& file, const Staged& staged, LinkReader::Links& links)
+{
+    LinkReader::Links stored;
+    if (!m_reader.Read(staged.text, stored) || stored.size() != file.wantedLinks.size())
+        return false;
+    for (qsizetype i = 0; i < stored.size(); ++i) {
+        if (stored.at(i).Path == file.wantedLinks.at(i).Path)
+            continue;
+        SyncServices::FileLink link = stored.at(i);
+        link.Path = file.wantedLinks.at(i).Path;
+        links.append(link);
+    }
+    return true;
+}
+
+void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
+{
+    file.isPending = true;
+    file.isDone = true;
+    file.deed = Deed::Nothing;
+    if (isHeld)
+        file.outcome = Outcome::Locked;
+    file.remark = Remark::RewritePending;
+}
+
+void FileMaker::Relink(JobFile& file)
+{
+    const std::filesystem::path target = Native(file.target);
+    if (Base::IsFileLocked(target))
+        return FailToRewrite(file, true);
+    Staged staged;
+    staged.place = m_staging.PlaceFor(QFileInfo(file.target).fileName());
+    staged.path = m_staging.Absolute(staged.place);
+    staged.text = QStringView(Base::PathText(staged.path)).toString();
+    file.targetStatus = Base::ReadLinkStatus(target);
+    const Base::FileResult copied = Base::CopyUnchangedBytes(target, staged.path, staged.source);
+    if (!copied) {
+        m_control.Report({Stage::RepathFiles, ProblemKind::LinksNotRewritten, file.target,
+                          QStringLiteral("Failed to copy: ") + Text(copied),
+                          {}});
+        return FailToRewrite(file, false);
+    }
+    LinkReader::Links links;
+    const JobControl::Alias alias(m_control, staged.text, file.target);
+    if (!RewritesFor(file, staged, links) ||
+        (!links.isEmpty() && !WriteLinks(file, staged, links)))
+        return FailToRewrite(file, false);
+    const Outcome outcome = file.outcome;
+    if (links.isEmpty()) {
+        // Somebody did it already.
+        file.isDone = true;
+        file.deed = Deed::Nothing;
+        NoteStamps(file, staged);
+        return;
+    }
+    staged.isRewritten = true;
+    const FileStamp source = file.record ? file.record->sourceStamp : FileStamp();
+    if (!Place(file, staged)) {
+        if (file.outcome == Outcome::Locked)
+            FailToRewrite(file, true);
+        return;
+    }
+    file.sourceStamp = source;
+    file.outcome = outcome;
+    file.linksRewritten = true;
+}
+
+/// False when what stands at the target must stay.
+bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
+{
+    const std::filesystem::path target = Native(file.target);
+    if (!IsAsItWas(file.targetStatus, there)) {
+        file.End(Outcome::Failed, Remark::TargetChanged);
+        return false;
+    }
+    const bool isRelink = file.deed == Deed::Relink;
+    if (!isRelink && !Base::IsWritable(target)) {
+        m_control.Report({Stage::CopyFiles, ProblemKind::TargetReadOnly, file.source,
+                          QStringLiteral("The target exists and is read-only"),
+                          {}});
+        file.End(Outcome::Failed);
+        return false;
+    }
+    if (Base::IsFileLocked(target)) {
+        file.End(Outcome::Locked);
+        return false;
+    }
+    if (SyncManager::GetInstance()->SaveBaseFile(file.target.toStdWString().c_str()))
+        return true;
+    file.End(Outcome::Failed, Remark::NotKept);
+    return false;
+}
+
+bool FileMaker::Place(JobFile& file, const Staged& staged)
+{
+    const std::filesystem::path target = Below(file.target);
+    Base::FileStatus there;
+    Base::FileResult result = m_cloud.Status(target, there);
+    const bool replaces = file.targetStatus.Exists() && file.outcome != Outcome::Renamed;
+    if (result && there.Exists()) {
+        if (!replaces) {
+            file.End(Outcome::Failed, Remark::TargetChanged);
+            return false;
+        }
+        if (!MakeWay(file, there))
+            return false;
+    }
+    // The disk must never hold neither the old content nor the new.
+    if (result && (there.Exists() || m_job.request.move))
+        result = m_cloud.Flush(staged.place);
+    NoteStamps(file, staged);
+    if (result)
+        result = m_cloud.Move(staged.place, target,
+                              there.Exists() ? Base::Existing::Replace : Base::Existing::Keep);
+    if (result) {
+        file.isDone = true;
+        file.deed = Deed::Nothing;
+        return true;
+    }
+    if (result.Problem() == Base::FileProblem::NameTaken)
+        file.End(Outcome::Failed, Remark::TargetChanged);
+    else if (result.Problem() == Base::FileProblem::LeadsOutside)
+        file.End(Outcome::Failed, Remark::OutsideCloudFolder);
+    else
+        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Text(result));
+    return false;
+}
+
+void FileMaker::NoteStamps(JobFile& file, const Staged& staged) const
+{
+    file.sourceStamp = {qint64(staged.source.size), qint64(staged.source.modified),
+                        staged.sourceHash};
+    file.targetStamp = StampOf(staged.text, staged.isRewritten);
+    if (file.targetStamp.hash.isEmpty())
+        file.targetStamp.hash = staged.sourceHash;
+    // A file of this very moment may change once more without getting another time.
+    if (file.sourceStamp.hash.isEmpty() && IsRacy(file.sourceStamp.modified)) {
+        const FileStamp same = staged.isRewritten ? StampOf(file.source, true)
+                                                  : StampOf(staged.text, true);
+        if (same.bytes == file.sourceStamp.bytes && same.modified == file.sourceStamp.modified)
+            file.sourceStamp.hash = same.hash;
+        if (!staged.isRewritten)
+            file.targetStamp.hash = same.hash;
+    }
+}
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "JobControl.h"
+#include "JobFile.h"
+#include "LinkReader.h"
+#include "Staging.h"
+
+#include "base/FileCopy.h"
+#include "base/RootedFolder.h"
+
+namespace Halvern::Jobs {
+
+/// Makes single copies: each is complete, its links are rewritten and were read again, before it
+/// appears under its name in one step. Until then what stood there stands there; a failure leaves
+/// it so. What is replaced is in the base store before.
+class FileMaker
+{
+public:
+    FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
+              const Base::RootedFolder& cloud, const Staging& staging)
+        : m_job(job), m_control(control), m_reader(reader), m_cloud(cloud), m_staging(staging)
+    {}
+
+    bool MakeFolder(const JobFile& file);
+    /// Carries out the deed; the outcome says what came of it.
+    void Make(JobFile& file);
+    /// Gives the copy that is at the target of the file the links that it should hold. Needs no
+    /// source.
+    void Relink(JobFile& file);
+
+private:
+    struct Staged;
+
+    bool Take(JobFile& file, Staged& staged);
+    bool WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links);
+    bool HoldsLinks(const JobFile& file, const Staged& staged);
+    bool RewritesFor(const JobFile& file, const Staged& staged, LinkReader::Links& links);
+    bool Place(JobFile& file, const Staged& staged);
+    bool MakeWay(JobFile& file, const Base::FileStatus& there);
+    void NoteStamps(JobFile& file, const Staged& staged) const;
+    void Fail(JobFile& file, FileLink::ProblemKind kind, const QString& text);
+    void FailToCopy(JobFile& file, const Base::FileResult& why);
+    void FailToRewrite(JobFile& file, bool isHeld);
+    std::filesystem::path Below(const QString& target) const;
+
+    const JobState& m_job;
+    JobControl& m_control;
+    LinkReader& m_reader;
+    const Base::RootedFolder& m_cloud;
+    const Staging& m_staging;
+};
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "Ledger.h"
+#include "ProblemBook.h"
+
+#include "corsync/ImportRequest.h"
+#include "corsync/JobResult.h"
+#include "corsync/Plan.h"
+
+#include "base/FileStatus.h"
+#include "filelink/FileSet.h"
+#include "syncservices/FileMapping.h"
+
+#include <QtCore/QHash>
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace Halvern::Jobs {
+
+/// A link inside a source file.
+struct JobLink
+{
+    /// As it stands in the file.
+    SyncServices::FileLink stored;
+    /// The absolute path that it leads to; of a URL the URL.
+    QString file;
+    /// Place of that file in the job; -1: the file is no part of it.
+    qsizetype member = -1;
+    LinkState state = LinkState::Found;
+};
+
+/// What is to be done with a file.
+enum class Deed
+{
+    Nothing,
+    /// A copy is made, and its links are rewritten.
+    Copy,
+    /// The copy that is there gets other links.
+    Relink,
+};
+
+/// A file or folder of a job, from its discovery until it is done.
+struct JobFile
+{
+    QString source;
+    bool isSelected = false;
+    bool isFolder = false;
+    bool isNestedFolder = false;
+    bool isHidden = false;
+    bool outside = false;
+    bool isUnknownFormat = false;
+    /// As it was before its links were read.
+    Base::FileStatus status;
+
+    QList<JobLink> links;
+    LinksState linksState = LinksState::Read;
+    /// Which plug-ins would read it; empty for none.
+    QString readers;
+
+    /// What the module sees of it while targets are assigned; null for what gets none.
+    std::shared_ptr<SyncServices::FileMapping> mapping;
+    QString target;
+    /// A layout wants it at exactly its target.
+    bool keepsTarget = false;
+    /// Its links are neither followed nor rewritten, a layout says.
+    bool skipsLinks = false;
+    /// Only links of such files led here: it is no part of the job any more.
+    bool isDropped = false;
+    /// What is recorded of the copy at the target, when it was made from this source.
+    std::optional<CopyRecord> record;
+    /// What stood at the target when that was looked at.
+    Base::FileStatus targetStatus;
+
+    Deed deed = Deed::Nothing;
+    Outcome outcome = Outcome::NotDone;
+    Remark remark = Remark::None;
+    QString detail;
+    /// All links that the copy should hold, and those of them that must be written.
+    QList<SyncServices::FileLink> wantedLinks;
+    QList<SyncServices::FileLink> rewrites;
+
+    bool linksRewritten = false;
+    bool sourceDeleted = false;
+    /// The copy is in place, made or confirmed by this job.
+    bool isDone = false;
+    /// Its links are still to be rewritten.
+    bool isPending = false;
+    FileStamp sourceStamp;
+    FileStamp targetStamp;
+
+    /// It is settled that it gets no copy.
+    bool IsOut() const { return isDropped || (outcome != Outcome::NotDone && deed == Deed::Nothing); }
+    void End(Outcome result, Remark why = Remark::None, const QString& more = {})
+    {
+        deed = Deed::Nothing;
+        outcome = result;
+        remark = why;
+        detail = more;
+    }
+};
+
+/// All files of a job, in the order in which they were found. Places never change.
+class JobFiles
+{
+public:
+    qsizetype Add(JobFile file);
+    /// The file with this path, or another spelling of it that is the same file on the disk; -1.
+    qsizetype Find(const QString& path) const;
+
+    qsizetype Size() const { return qsizetype(m_files.size()); }
+    JobFile& At(qsizetype place) { return m_files[std::size_t(place)]; }
+    const JobFile& At(qsizetype place) const { return m_files[std::size_t(place)]; }
+    auto begin() { return m_files.begin(); }
+    auto end() { return m_files.end(); }
+    auto begin() const { return m_files.begin(); }
+    auto end() const { return m_files.end(); }
+
+private:
+    std::vector<JobFile> m_files;
+    QHash<QString, qsizetype> m_byPath;
+    /// The first of several whose paths fold alike, and whether there are more.
+    QMultiHash<QString, qsizetype> m_byFoldedPath;
+};
+
+/// Everything one job knows.
+struct JobState
+{
+    ImportRequest request;
+    /// Absolute, cleaned.
+    QString target;
+    QString cloudFolder;
+    JobFiles files;
+    QList<LeftOutItem> leftOut;
+    /// Copies of this project whose source is gone.
+    QList<CopyRecord> orphans;
+    /// Targets of those that were put into the base store.
+    QStringList pruned;
+    /// False until the selection was read.
+    bool selectionRead = false;
+    bool cancelled = false;
+    bool executed = false;
+};
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Ledger.h"
+
+#include "LedgerRows.h"
+#include "LedgerSchema.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <QtCore/QFile>
+
+#include <sqlite3.h>
+
+#include <exception>
+#include <stdexcept>
+
+namespace Halvern::Jobs {
+
+namespace {
+
+const QString inMemory = QStringLiteral(":memory:");
+
+/// One that only reads must not move what others wrote from the log into the file either, which
+/// SQLite does when the last connection ends. A log that is not there yet will be empty, and has to
+/// go with the connection that made it.
+void LeaveUnchanged(SQLite::Database& database, bool hadLog)
+{
+    database.exec("PRAGMA query_only = ON");
+    if (hadLog)
+        sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
+/// As the sync database does it: with the log a commit needs no flush to be safe against a kill,
+/// and a power cut takes the last moments at most.
+void PrepareToWrite(SQLite::Database& database)
+{
+    // A file that must not be written is opened for reading, without a word.
+    if (sqlite3_db_readonly(database.getHandle(), "main") == 1)
+        throw std::runtime_error("It cannot be written.");
+    if (database.execAndGet("PRAGMA journal_mode").getString() == "wal")
+        database.exec("PRAGMA synchronous = NORMAL");
+}
+
+} // namespace
+
+Ledger::Ledger(const QString& databaseFile, int user, bool readOnly)
+    : m_file(databaseFile), m_user(user), m_readOnly(readOnly)
+{}
+
+Ledger::~Ledger() = default;
+
+std::unique_ptr<Ledger> Ledger::Open(const QString& databaseFile, int user, int busyTimeout,
+                                     bool readOnly)
+{
+    std::unique_ptr<Ledger> ledger(new Ledger(databaseFile, user, readOnly));
+    try {
+        ledger->OpenDatabase(busyTimeout);
+    } catch (const std::exception& failure) {
+        ledger->m_database.reset();
+        ledger->Remember("Opening the records of copies", failure.what());
+    }
+    return ledger;
+}
+
+void Ledger::OpenDatabase(int busyTimeout)
+{
+    if (m_file == inMemory) {
+        m_database = std::make_unique<SQLite::Database>(m_file.toStdString(),
+                                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+        return;
+    }
+    const bool hadLog = QFile::exists(m_file + QStringLiteral("-wal"));
+    m_database = std::make_unique<SQLite::Database>(
+        m_file.toStdString(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, busyTimeout);
+    if (m_readOnly)
+        LeaveUnchanged(*m_database, hadLog);
+    LedgerSchema::RequireSyncDatabase(*m_database);
+    if (!m_readOnly)
+        PrepareToWrite(*m_database);
+    const SQLite::Transaction transaction(*m_database);
+    LedgerSchema::HasTables(*m_database);
+}
+
+QString Ledger::Error() const
+{
+    return m_error;
+}
+
+QList<CopyRecord> Ledger::ReadAll(const QString& cloudFolder)
+{
+    return Run("Reading the records of copies", QList<CopyRecord>(),
+               [&](SQLite::Database& database) {
+                   // Version and records are of one moment.
+                   const SQLite::Transaction transaction(database);
+                   return LedgerSchema::HasTables(database)
+                              ? LedgerRows::Read(database, m_user, cloudFolder)
+                              : QList<CopyRecord>();
+               });
+}
+
+bool Ledger::Write(QList<CopyRecord>& records)
+{
+    QList<qint64> ids;
+    if (!Change("Writing the records of copies", [&](SQLite::Database& database) {
+            ids = LedgerRows::Write(database, m_user, records);
+        }))
+        return false;
+    for (qsizetype i = 0; i < ids.size(); ++i)
+        records[i].id = ids[i];
+    return true;
+}
+
+bool Ledger::Remove(const QStringList& targets)
+{
+    return Change("Removing records of copies", [&](SQLite::Database& database) {
+        LedgerRows::Remove(database, m_user, targets);
+    });
+}
+
+template <typename Result, typename Operation>
+Result Ledger::Run(const char* name, Result failed, Operation operation)
+{
+    if (!m_database)
+        return failed;
+    try {
+        return operation(*m_database);
+    } catch (const std::exception& failure) {
+        Remember(name, failure.what());
+    }
+    return failed;
+}
+
+template <typename Operation>
+bool Ledger::Change(const char* name, Operation operation)
+{
+    return Run(name, false, [&](SQLite::Database& database) {
+        if (m_readOnly)
+            throw std::logic_error("They were opened to be read only.");
+        // Waits for other writers at once, not half way through.
+        SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+        LedgerSchema::Migrate(database);
+        operation(database);
+        transaction.commit();
+        return true;
+    });
+}
+
+void Ledger::Remember(const char* operation, const char* reason)
+{
+    m_error = QStringLiteral("%1 failed on sync database %2: %3")
+                  .arg(QString::fromLatin1(operation), m_file, QString::fromUtf8(reason));
+}
+
+} // namespace Halvern::Jobs

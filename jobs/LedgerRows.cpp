@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "LedgerRows.h"
+
+#include "PackedLists.h"
+#include "Paths.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace Halvern::Jobs::LedgerRows {
+
+namespace {
+
+constexpr char selectBelow[] =
+    "SELECT id, project, source, target, source_size, source_modified, source_hash, target_size, "
+    "target_modified, target_hash, recorded_at, links_state, readers, rewrite_pending, intent, "
+    "source_links, target_links, linked_targets "
+    "FROM ledger_copies WHERE authentication_id = ? AND target_key >= ? AND target_key < ? "
+    "ORDER BY target_key";
+
+constexpr char insertOrUpdate[] =
+    "INSERT INTO ledger_copies (authentication_id, target_key, source_key, project, source, "
+    "target, source_size, source_modified, source_hash, target_size, target_modified, "
+    "target_hash, recorded_at, links_state, readers, rewrite_pending, intent, source_links, "
+    "target_links, linked_targets) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
+    "ON CONFLICT (authentication_id, target_key) DO UPDATE SET "
+    "source_key = excluded.source_key, project = excluded.project, source = excluded.source, "
+    "target = excluded.target, source_size = excluded.source_size, "
+    "source_modified = excluded.source_modified, source_hash = excluded.source_hash, "
+    "target_size = excluded.target_size, target_modified = excluded.target_modified, "
+    "target_hash = excluded.target_hash, recorded_at = excluded.recorded_at, "
+    "links_state = excluded.links_state, readers = excluded.readers, "
+    "rewrite_pending = excluded.rewrite_pending, intent = excluded.intent, "
+    "source_links = excluded.source_links, target_links = excluded.target_links, "
+    "linked_targets = excluded.linked_targets "
+    "RETURNING id";
+
+constexpr char deleteTarget[] =
+    "DELETE FROM ledger_copies WHERE authentication_id = ? AND target_key = ?";
+
+std::string TextOf(const QString& text)
+{
+    return TextToBytes(text).toStdString();
+}
+
+/// Binds parameters one after another.
+class Binder
+{
+public:
+    explicit Binder(SQLite::Statement& statement) : m_statement(statement) {}
+
+    Binder& Number(qint64 value)
+    {
+        m_statement.bind(++m_index, static_cast<int64_t>(value));
+        return *this;
+    }
+    Binder& Text(const QString& value)
+    {
+        if (value.isNull())
+            m_statement.bind(++m_index);
+        else
+            m_statement.bind(++m_index, TextOf(value));
+        return *this;
+    }
+    /// Never null.
+    Binder& Key(const QString& path)
+    {
+        m_statement.bind(++m_index, TextOf(PathKey(path)));
+        return *this;
+    }
+    Binder& Bytes(const QByteArray& value)
+    {
+        if (value.isNull())
+            m_statement.bind(++m_index);
+        else
+            m_statement.bind(++m_index, value.constData(), static_cast<int>(value.size()));
+        return *this;
+    }
+    Binder& Stamp(const FileStamp& stamp)
+    {
+        return Number(stamp.bytes).Number(stamp.modified).Bytes(stamp.hash);
+    }
+
+private:
+    SQLite::Statement& m_statement;
+    int m_index = 0;
+};
+
+/// Reads columns one after another.
+class Row
+{
+public:
+    explicit Row(SQLite::Statement& statement) : m_statement(statement) {}
+
+    qint64 Number() { return m_statement.getColumn(m_index++).getInt64(); }
+    bool Flag() { return Number() != 0; }
+    /// Null for null. The bytes are there until the next row.
+    QByteArrayView Bytes()
+    {
+        const SQLite::Column column = m_statement.getColumn(m_index++);
+        if (column.isNull())
+            return {};
+        const auto* const bytes = static_cast<const char*>(column.getBlob());
+        return {bytes ? bytes : "", column.getBytes()};
+    }
+    QString Text()
+    {
+        const QByteArrayView bytes = Bytes();
+        return bytes.isNull() ? QString() : TextFromBytes(bytes);
+    }
+    FileStamp Stamp()
+    {
+        FileStamp stamp;
+        stamp.bytes = Number();
+        stamp.modified = Number();
+        stamp.hash = Bytes().toByteArray();
+        return stamp;
+    }
+    /// What is not known counts as not read, and is read again.
+    LinksState State()
+    {
+        switch (const auto state = static_cast<LinksState>(Number())) {
+        case LinksState::Read:
+        case LinksState::UnknownFormat:
+        case LinksState::Failed:
+            return state;
+        }
+        return LinksState::Failed;
+    }
+
+private:
+    SQLite::Statement& m_statement;
+    int m_index = 0;
+};
+
+CopyRecord ReadRecord(Row row)
+{
+    CopyRecord record;
+    record.id = row.Number();
+    record.project = row.Text();
+    record.source = row.Text();
+    record.target = row.Text();
+    record.sourceStamp = row.Stamp();
+    record.targetStamp = row.Stamp();
+    record.recordedAt = row.Number();
+    record.linksState = row.State();
+    record.readers = row.Text();
+    record.isRewritePending = row.Flag();
+    record.isIntent = row.Flag();
+    record.sourceLinks = UnpackLinks(row.Bytes());
+    record.targetLinks = UnpackLinks(row.Bytes());
+    record.linkedTargets = UnpackTexts(row.Bytes());
+    return record;
+}
+
+void BindRecord(Binder binder, int user, const CopyRecord& record)
+{
+    binder.Number(user)
+        .Key(record.target)
+        .Key(record.source)
+        .Text(record.project)
+        .Text(record.source)
+        .Text(record.target)
+        .Stamp(record.sourceStamp)
+        .Stamp(record.targetStamp)
+        .Number(record.recordedAt)
+        .Number(static_cast<int>(record.linksState))
+        .Text(record.readers)
+        .Number(record.isRewritePending)
+        .Number(record.isIntent)
+        .Bytes(PackLinks(record.sourceLinks))
+        .Bytes(PackLinks(record.targetLinks))
+        .Bytes(PackTexts(record.linkedTargets));
+}
+
+} // namespace
+
+QList<CopyRecord> Read(SQLite::Database& database, int user, const QString& cloudFolder)
+{
+    QList<CopyRecord> records;
+    if (cloudFolder.isEmpty())
+        return records;
+    SQLite::Statement query(database, selectBelow);
+    // From "folder/" to before "folder0": "0" comes next after the slash.
+    const QString below = cloudFolder.endsWith(u'/') ? cloudFolder : cloudFolder + u'/';
+    QString end = PathKey(below);
+    end.back() = u'0';
+    Binder(query).Number(user).Key(below).Text(end);
+    while (query.executeStep())
+        records.append(ReadRecord(Row(query)));
+    return records;
+}
+
+QList<qint64> Write(SQLite::Database& database, int user, const QList<CopyRecord>& records)
+{
+    QList<qint64> ids;
+    SQLite::Statement query(database, insertOrUpdate);
+    for (const CopyRecord& record : records) {
+        if (record.target.isEmpty())
+            throw std::invalid_argument("A record has no target.");
+        BindRecord(Binder(query), user, record);
+        query.executeStep();
+        ids.append(query.getColumn(0).getInt64());
+        query.reset();
+    }
+    return ids;
+}
+
+void Remove(SQLite::Database& database, int user, const QStringList& targets)
+{
+    SQLite::Statement query(database, deleteTarget);
+    for (const QString& target : targets) {
+        Binder(query).Number(user).Key(target);
+        query.exec();
+        query.reset();
+    }
+}
+
+} // namespace Halvern::Jobs::LedgerRows

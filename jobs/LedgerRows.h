@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "Ledger.h"
+
+namespace Halvern::Jobs::LedgerRows {
+
+// The statements on the ledger's tables. Each function runs in a transaction of the caller's, and
+// throws.
+
+QList<CopyRecord> Read(SQLite::Database& database, int user, const QString& cloudFolder);
+/// The ids, in the order of the records.
+QList<qint64> Write(SQLite::Database& database, int user, const QList<CopyRecord>& records);
+void Remove(SQLite::Database& database, int user, const QStringList& targets);
+
+} // namespace Halvern::Jobs::LedgerRows

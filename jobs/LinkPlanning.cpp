@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "LinkPlanning.h"
+
+#include "Paths.h"
+
+#include "syncplugin/FileLinkInfo.h"
+
+#include <QtCore/QHash>
+
+#include <algorithm>
+
+namespace Halvern::Jobs {
+
+using SyncServices::FileLink;
+
+namespace {
+
+/// What a link record of the contract holds, without its terminating zero.
+constexpr qsizetype LongestLink = qsizetype(SyncPlugin::MaxLinkText) - 1;
+
+bool LeadsThereAsItStands(const QString& text, const QString& holder, const QString& place)
+{
+    return PathKey(ResolveLink(text, holder)) == PathKey(place);
+}
+
+void WorkOutLinksOf(JobFile& file, const JobFiles& files)
+{
+    file.wantedLinks.clear();
+    file.rewrites.clear();
+    for (const JobLink& link : file.links) {
+        FileLink wanted = link.stored;
+        const QString place = file.skipsLinks ? QString() : PlaceOf(link, file, files);
+        if (!place.isEmpty() && !LeadsThereAsItStands(wanted.Path, file.target, place)) {
+            wanted.Path = WayFrom(file.target, place);
+            file.rewrites.append(wanted);
+        }
+        file.wantedLinks.append(wanted);
+    }
+}
+
+/// None when all links can be written.
+Remark ObjectionTo(const QList<FileLink>& links)
+{
+    for (const FileLink& link : links) {
+        if (link.Path.isEmpty())
+            return Remark::LinkEmpty;
+        if (link.Path.size() > LongestLink)
+            return Remark::LinkTooLong;
+    }
+    return Remark::None;
+}
+
+bool HoldsOtherLinks(const JobFile& file)
+{
+    const QList<FileLink>& recorded = file.record->targetLinks;
+    return !std::equal(recorded.begin(), recorded.end(), file.wantedLinks.begin(),
+                       file.wantedLinks.end(), [](const FileLink& a, const FileLink& b) {
+                           return a.Path == b.Path;
+                       });
+}
+
+/// A copy that this library made, and nobody changed.
+bool IsOurs(const JobFile& file)
+{
+    return (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace) &&
+           file.record && !file.record->isIntent;
+}
+
+/// True when a file failed.
+bool FailImpossibleLinks(JobState& job)
+{
+    bool anyFailed = false;
+    for (JobFile& file : job.files) {
+        const Remark objection =
+            file.deed == Deed::Copy ? ObjectionTo(file.rewrites) : Remark::None;
+        if (objection == Remark::None)
+            continue;
+        file.End(Outcome::Failed, objection);
+        anyFailed = true;
+    }
+    return anyFailed;
+}
+
+} // namespace
+
+bool HasPlace(const JobFile& file)
+{
+    if (file.isDropped || file.target.isEmpty())
+        return false;
+    switch (file.outcome) {
+    case Outcome::Copied:
+    case Outcome::Moved:
+    case Outcome::Replaced:
+    case Outcome::Updated:
+    case Outcome::Renamed:
+    case Outcome::Kept:
+    case Outcome::Left:
+    case Outcome::Unchanged:
+    case Outcome::InPlace:
+    case Outcome::Locked:
+    case Outcome::NotDone:
+        return true;
+    case Outcome::Skipped:
+        return file.remark == Remark::OnlyLinksWanted && ExistsOnDisk(file.target);
+    case Outcome::Missing:
+    case Outcome::Refused:
+    case Outcome::Url:
+    case Outcome::Orphaned:
+    case Outcome::Pruned:
+    case Outcome::Failed:
+        return false;
+    }
+    return false;
+}
+
+QString PlaceOf(const JobLink& link, const JobFile& holder, const JobFiles& files)
+{
+    if (link.member < 0 || link.state != LinkState::Found)
+        return {};
+    const JobFile& linked = files.At(link.member);
+    // A file that links itself means its copy.
+    return &linked == &holder || HasPlace(linked) ? linked.target : QString();
+}
+
+void WorkOutLinks(JobState& job)
+{
+    for (JobFile& file : job.files)
+        if (!file.isFolder && !file.target.isEmpty())
+            WorkOutLinksOf(file, job.files);
+}
+
+void PlanLinks(JobState& job)
+{
+    // What has failed has no place: links that should lead there stay as they are.
+    do
+        WorkOutLinks(job);
+    while (FailImpossibleLinks(job));
+    for (JobFile& file : job.files)
+        if (IsOurs(file) && (file.record->isRewritePending || HoldsOtherLinks(file)) &&
+            ObjectionTo(file.rewrites) == Remark::None)
+            file.deed = Deed::Relink;
+}
+
+} // namespace Halvern::Jobs

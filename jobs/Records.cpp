@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Records.h"
+
+#include "FileStamps.h"
+#include "LinkPlanning.h"
+#include "Paths.h"
+
+#include "syncservices/SyncPrivate.h"
+
+#include <QtCore/QFileInfo>
+
+#include <chrono>
+
+namespace Halvern::Jobs {
+
+using SyncServices::FileLink;
+using SyncServices::FileMapping;
+using SyncServices::SyncPrivate;
+
+namespace {
+
+constexpr qint64 LongestWait = 1000;
+constexpr qsizetype MostNoted = 2000;
+
+qint64 Now()
+{
+    using namespace std::chrono;
+    return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+QList<FileLink> StoredLinks(const JobFile& file)
+{
+    QList<FileLink> links;
+    for (const JobLink& link : file.links)
+        links.append(link.stored);
+    return links;
+}
+
+QStringList LinkedTargets(const JobFile& file, const JobFiles& files)
+{
+    QStringList targets;
+    for (const JobLink& link : file.links) {
+        const QString place = PlaceOf(link, file, files);
+        if (!place.isEmpty())
+            targets.append(place);
+    }
+    targets.removeDuplicates();
+    return targets;
+}
+
+} // namespace
+
+CopyRecord RecordOf(const JobFile& file, const JobState& job)
+{
+    CopyRecord record;
+    const bool isOthers =
+        file.record && (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace);
+    // A copy that another project brought stays its own.
+    record.project = isOthers ? file.record->project : job.target;
+    record.source = isOthers ? file.record->source : file.source;
+    record.target = file.target;
+    record.sourceStamp = file.sourceStamp;
+    record.targetStamp = file.targetStamp;
+    record.recordedAt = Now();
+    record.sourceLinks = StoredLinks(file);
+    record.targetLinks = file.wantedLinks;
+    record.linkedTargets = LinkedTargets(file, job.files);
+    record.linksState = file.linksState;
+    record.readers = file.readers;
+    record.isRewritePending = file.isPending;
+    return record;
+}
+
+void Records::Note(const JobFile& file)
+{
+    m_noted.append(RecordOf(file, m_job));
+    if (!m_sinceWritten.isValid())
+        m_sinceWritten.start();
+    if (m_noted.size() >= MostNoted || m_sinceWritten.hasExpired(LongestWait))
+        static_cast<void>(Flush());
+}
+
+bool Records::Flush()
+{
+    m_sinceWritten.invalidate();
+    const bool written = m_noted.isEmpty() || m_ledger.Write(m_noted);
+    m_noted.clear();
+    return written;
+}
+
+/// The module records what was copied; true when this was.
+bool Records::ShowToModule(JobFile& file) const
+{
+    FileMapping& mapping = *file.mapping;
+    mapping.SetTargetFile(file.target, true);
+    mapping.SetTargetFileLinks(file.wantedLinks);
+    mapping.SetTargetFileLinksExtractedAtFileDate(QFileInfo(file.target).lastModified());
+    mapping.SetFlag(FileMapping::Copied, file.isDone);
+    mapping.SetFlag(FileMapping::NeedsRepath, file.isPending);
+    // Whatever leads to it, it is written.
+    if (file.isDone)
+        mapping.SetFlag(FileMapping::Selected, true);
+    return file.isDone;
+}
+
+bool Records::Finish()
+{
+    bool any = false;
+    for (JobFile& file : m_job.files)
+        if (file.mapping && !file.isFolder && !file.isDropped)
+            any = ShowToModule(file) || any;
+    if (!any)
+        return true;
+    const bool updated = m_importer.UpdateSyncDatabase();
+    return WriteHistory() && updated;
+}
+
+/// Other hosts of the module ask it.
+bool Records::WriteHistory()
+{
+    QList<std::shared_ptr<FileMapping>> rows;
+    const int user = SyncPrivate::GetCurrentUserAuthenticationConfigurationId();
+    for (const JobFile& file : m_job.files) {
+        if (!file.isDone || file.isFolder || file.outcome == Outcome::InPlace)
+            continue;
+        const auto row = std::make_shared<FileMapping>(file.source, file.target, user);
+        row->SetSourceFileLinks(StoredLinks(file));
+        row->SetTargetFileLinks(file.wantedLinks);
+        row->UpdateSourceFileProperties();
+        row->UpdateTargetFileProperties();
+        row->SetSourceFileLinksExtractedAtFileDate(row->GetSourceFileLastModified());
+        row->SetTargetFileLinksExtractedAtFileDate(row->GetTargetFileLastModified());
+        row->SetCopyDate(QDateTime::currentDateTime());
+        rows.append(row);
+    }
+    return rows.isEmpty() || m_database.AddAndUpdateFileCopyHistory(rows, {});
+}
+
+} // namespace Halvern::Jobs

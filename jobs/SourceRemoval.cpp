@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "SourceRemoval.h"
+
+#include "FileStamps.h"
+#include "Paths.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+
+namespace Halvern::Jobs {
+
+namespace {
+
+/// A copy of it is where it should be, with the links that it should have.
+bool HasGoodCopy(const JobFile& file)
+{
+    switch (file.outcome) {
+    case Outcome::Copied:
+    case Outcome::Moved:
+    case Outcome::Replaced:
+    case Outcome::Updated:
+    case Outcome::Renamed:
+        return file.isDone && !file.isPending && file.remark != Remark::LinksNotRead;
+    case Outcome::Unchanged:
+        return !file.isPending && file.linksState != LinksState::Failed;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+bool SourceRemoval::IsInOrder(const JobFile& file) const
+{
+    return file.outcome == Outcome::Url || file.outcome == Outcome::InPlace ||
+           (file.outcome == Outcome::Skipped && file.remark == Remark::LinkedFolder) ||
+           HasGoodCopy(file);
+}
+
+/// Files that are not in order, and those that link such a file, directly or through others.
+QList<bool> SourceRemoval::FindBroken() const
+{
+    const JobFiles& files = m_job.files;
+    QList<bool> broken(files.Size(), false);
+    QList<QList<qsizetype>> holders(files.Size());
+    QList<qsizetype> work;
+    for (qsizetype place = 0; place < files.Size(); ++place) {
+        const JobFile& file = files.At(place);
+        for (const JobLink& link : file.links)
+            if (link.member >= 0)
+                holders[link.member].append(place);
+        if (file.isFolder || file.isDropped || IsInOrder(file))
+            continue;
+        broken[place] = true;
+        work.append(place);
+    }
+    while (!work.isEmpty())
+        for (const qsizetype holder : holders.at(work.takeLast()))
+            if (!broken.at(holder)) {
+                broken[holder] = true;
+                work.append(holder);
+            }
+    return broken;
+}
+
+bool SourceRemoval::Remove(const std::function<void(JobFile&)>& told)
+{
+    const QList<bool> broken = FindBroken();
+    for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
+        JobFile& file = m_job.files.At(place);
+        if (!file.isSelected || file.isFolder || file.isDropped || !HasGoodCopy(file))
+            continue;
+        if (m_control.IsCancelRequested())
+            return false;
+        if (broken.at(place))
+            file.remark = Remark::SourceStays;
+        else if (RemoveSource(file))
+            file.sourceDeleted = true;
+        if (!file.sourceDeleted && file.outcome == Outcome::Moved)
+            file.outcome = Outcome::Copied;
+        told(file);
+    }
+    RemoveFolders();
+    return true;
+}
+
+/// The name goes, and with it the file, when it has no other. One that changed since it was read
+/// stays.
+bool SourceRemoval::RemoveSource(JobFile& file)
+{
+    const auto fail = [&](const QString& text) {
+        m_control.Report({FileLink::Stage::CopyFiles, FileLink::ProblemKind::SourceNotDeleted,
+                          file.source, text,
+                          {}});
+        file.remark = Remark::SourceStays;
+        return false;
+    };
+    const std::filesystem::path source = Native(file.source);
+    const Base::FileStatus now = Base::ReadFileStatus(source);
+    if (qint64(now.size) != file.sourceStamp.bytes || now.modified != file.sourceStamp.modified)
+        return fail(QStringLiteral("The source changed since it was copied and was not deleted"));
+    QFile name(file.source);
+    if (!name.remove())
+        return fail(QStringLiteral("The source could not be deleted: ") + name.errorString());
+    return true;
+}
+
+void SourceRemoval::RemoveFolders()
+{
+    QStringList folders;
+    for (const JobFile& file : m_job.files)
+        if (file.isFolder && file.isSelected)
+            folders.append(file.source);
+    // Those inside come before those around them.
+    std::sort(folders.begin(), folders.end(), std::greater<QString>());
+    for (const QString& folder : std::as_const(folders))
+        if (!QFileInfo(folder).isSymbolicLink())
+            QDir().rmdir(folder);
+}
+
+} // namespace Halvern::Jobs

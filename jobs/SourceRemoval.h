@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "JobControl.h"
+#include "JobFile.h"
+
+#include <functional>
+
+namespace Halvern::Jobs {
+
+/// The last step of a move: deletes each selected file whose copy is in place and recorded, and
+/// whose whole link tree is in order, unless it changed since it was read; then the selected
+/// folders that are empty. Nothing else is deleted, and no right is changed.
+class SourceRemoval
+{
+public:
+    SourceRemoval(JobState& job, JobControl& control) : m_job(job), m_control(control) {}
+
+    /// `told` hears of each file whose result changed. False when the job was cancelled.
+    bool Remove(const std::function<void(JobFile&)>& told);
+
+private:
+    QList<bool> FindBroken() const;
+    bool IsInOrder(const JobFile& file) const;
+    bool RemoveSource(JobFile& file);
+    void RemoveFolders();
+
+    JobState& m_job;
+    JobControl& m_control;
+};
+
+} // namespace Halvern::Jobs

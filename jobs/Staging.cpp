@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Staging.h"
+
+#include "Paths.h"
+
+#include "base/NativePath.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QRandomGenerator>
+
+#include <vector>
+
+namespace Halvern::Jobs {
+
+namespace {
+
+constexpr char Prefix[] = ".corsync-";
+constexpr char LockName[] = ".lock";
+
+std::unique_ptr<QLockFile> LockOf(const std::filesystem::path& folder)
+{
+    auto lock = std::make_unique<QLockFile>(
+        QStringView(Base::PathText(folder / LockName)).toString());
+    // Only the end of its process makes a lock stale, not its age.
+    lock->setStaleLockTime(0);
+    return lock;
+}
+
+} // namespace
+
+Base::FileResult Staging::Begin()
+{
+    RemoveLeftovers();
+    Base::FileResult made;
+    for (int tries = 0; tries < 8; ++tries) {
+        const QString name =
+            QString::fromLatin1(Prefix) + QString::number(QRandomGenerator::system()->generate64(), 36);
+        m_folder = Native(name);
+        made = m_cloud.MakePrivateFolder(m_folder);
+        if (!made)
+            continue;
+        m_lock = LockOf(Absolute(m_folder));
+        if (m_lock->tryLock(0))
+            return made;
+        // Taken for a leftover by another job, which removes it.
+        m_lock.reset();
+    }
+    m_folder.clear();
+    return made ? Base::FileResult::Failed("no folder of its own could be made") : made;
+}
+
+Staging::~Staging()
+{
+    if (m_folder.empty())
+        return;
+    Clear(m_folder);
+    m_lock.reset();
+    static_cast<void>(m_cloud.RemoveFolder(m_folder));
+}
+
+std::filesystem::path Staging::PlaceFor(const QString& name) const
+{
+    const std::filesystem::path place = m_folder / Native(name);
+    static_cast<void>(m_cloud.Remove(place));
+    return place;
+}
+
+std::filesystem::path Staging::Absolute(const std::filesystem::path& place) const
+{
+    return m_cloud.Path() / place;
+}
+
+void Staging::Clear(const std::filesystem::path& folder) const
+{
+    std::vector<std::filesystem::path> names;
+    if (!m_cloud.List(folder, names))
+        return;
+    for (const std::filesystem::path& name : names)
+        if (name != LockName)
+            static_cast<void>(m_cloud.Remove(folder / name));
+}
+
+void Staging::RemoveLeftovers() const
+{
+    std::vector<std::filesystem::path> names;
+    if (!m_cloud.List({}, names))
+        return;
+    for (const std::filesystem::path& name : names) {
+        Base::FileStatus status;
+        if (!Base::PathToUtf8(name).starts_with(Prefix) || !m_cloud.Status(name, status) ||
+            status.kind != Base::FileKind::Folder)
+            continue;
+        std::unique_ptr<QLockFile> lock = LockOf(Absolute(name));
+        if (!lock->tryLock(0))
+            continue;
+        Clear(name);
+        lock.reset();
+        static_cast<void>(m_cloud.RemoveFolder(name));
+    }
+}
+
+} // namespace Halvern::Jobs

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "base/RootedFolder.h"
+
+#include <QtCore/QLockFile>
+#include <QtCore/QString>
+
+#include <filesystem>
+#include <memory>
+
+namespace Halvern::Jobs {
+
+/// A hidden folder in the cloud folder where one file after the other is made ready. Whatever is in
+/// it when the job ends, also that of jobs that were killed, is removed; a folder whose job still
+/// runs is left alone.
+class Staging
+{
+public:
+    /// `cloud` outlives it.
+    explicit Staging(const Base::RootedFolder& cloud) : m_cloud(cloud) {}
+    ~Staging();
+    Staging(const Staging&) = delete;
+    Staging& operator=(const Staging&) = delete;
+
+    /// Makes the folder. Required before the others.
+    Base::FileResult Begin();
+    /// The place for a file of this name, below the cloud folder. What stood there is removed.
+    std::filesystem::path PlaceFor(const QString& name) const;
+    /// The same, absolute.
+    std::filesystem::path Absolute(const std::filesystem::path& place) const;
+
+private:
+    void RemoveLeftovers() const;
+    void Clear(const std::filesystem::path& folder) const;
+
+    const Base::RootedFolder& m_cloud;
+    std::filesystem::path m_folder;
+    std::unique_ptr<QLockFile> m_lock;
+};
+
+} // namespace Halvern::Jobs

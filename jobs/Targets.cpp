@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Targets.h"
+
+#include "Paths.h"
+
+#include "base/SamePath.h"
+#include "base/System.h"
+#include "base/Units.h"
+#include "base/WindowsNames.h"
+
+#include <QtCore/QFileInfo>
+
+namespace Halvern::Jobs {
+
+namespace {
+
+// Windows: MAX_PATH without its zero, and what folders need besides. POSIX: bytes of one name, and
+// of a path without its zero.
+constexpr qsizetype LongestWindowsPath = 32000;
+constexpr qsizetype LongestName = 255;
+constexpr qsizetype LongestPosixPath = 4095;
+
+QString WithOtherCase(QString name)
+{
+    for (QChar& character : name)
+        character = character.isUpper() ? character.toLower() : character.toUpper();
+    return name;
+}
+
+bool IgnoresCase(const QString& folder)
+{
+    if (Base::IgnoresLetterCase())
+        return true;
+    const QFileInfo info(folder);
+    const QString other = WithOtherCase(info.fileName());
+    return other != info.fileName() && IsSameFile(folder, info.path() + u'/' + other);
+}
+
+Remark ObjectionToLength(const QString& target)
+{
+    if (Base::ThisSystem == Base::System::Windows)
+        return target.size() > LongestWindowsPath ? Remark::PathTooLong : Remark::None;
+    for (const QString& name : target.split(u'/'))
+        if (name.toUtf8().size() > LongestName)
+            return Remark::NameRefused;
+    return target.toUtf8().size() > LongestPosixPath ? Remark::PathTooLong : Remark::None;
+}
+
+} // namespace
+
+TargetKeys::TargetKeys(const QString& cloudFolder) : m_ignoresCase(IgnoresCase(cloudFolder)) {}
+
+QString TargetKeys::Of(const QString& target) const
+{
+    return m_ignoresCase ? FoldedKey(target) : target;
+}
+
+void TargetOwners::Add(const JobFile& file)
+{
+    const QString key = m_keys.Of(file.target);
+    if (!m_owners.contains(key))
+        m_owners.insert(key, &file);
+}
+
+const JobFile* TargetOwners::OtherOwner(const JobFile& file) const
+{
+    const JobFile* owner = m_owners.value(m_keys.Of(file.target));
+    return owner && owner != &file ? owner : nullptr;
+}
+
+bool TargetOwners::IsOwned(const QString& target) const
+{
+    return m_owners.contains(m_keys.Of(target));
+}
+
+Remark ObjectionToTarget(const QString& target, const QString& cloudFolder)
+{
+    if (target.isEmpty())
+        return Remark::NoTarget;
+    if (!IsInFolder(target, cloudFolder))
+        return Remark::OutsideCloudFolder;
+    if (!Base::ForbiddenName(Base::Units(target)).empty())
+        return Remark::NameRefused;
+    return ObjectionToLength(target);
+}
+
+Remark ObstacleOnTheWay(const QString& target, const QString& cloudFolder, QString& detail)
+{
+    QString folder = cloudFolder;
+    const QStringList names = target.mid(cloudFolder.size()).split(u'/', Qt::SkipEmptyParts);
+    for (qsizetype i = 0; i + 1 < names.size(); ++i) {
+        folder += u'/' + names.at(i);
+        const QFileInfo info(folder);
+        detail = folder;
+        if (info.isSymbolicLink() || info.isJunction())
+            return Remark::OutsideCloudFolder;
+        if (!info.exists())
+            break;
+        if (!info.isDir())
+            return Remark::FileInTheWay;
+    }
+    detail.clear();
+    return Remark::None;
+}
+
+} // namespace Halvern::Jobs

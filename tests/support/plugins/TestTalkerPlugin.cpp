@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CallLog.h"
+
+#include "syncplugin/SyncPlugin.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+// A resolver that prints what it should log: the file, through everything that leads to standard
+// output and standard error. A line "system ..." is a command to run; "abort" ends the process
+// after words on standard error. There are no links in its files.
+
+namespace {
+
+using namespace Halvern::SyncPlugin;
+namespace Test = Halvern::Test;
+
+void Do(const std::string& line)
+{
+    if (line.rfind("system ", 0) == 0) {
+        const int answer = std::system(line.substr(7).c_str());
+        std::cerr << "ended with " << answer << std::endl;
+    } else if (line == "abort") {
+        std::fputs("assertion failed\n", stderr);
+        std::abort();
+    } else {
+        std::printf("printf: %s\n", line.c_str());
+        std::cout << "cout: " << line << std::endl;
+        std::cerr << "cerr: " << line << std::endl;
+        // The last one waits in the buffer until the process ends.
+        std::printf("late: %s\n", line.c_str());
+    }
+}
+
+class TestTalker : public IFileLinkResolver
+{
+public:
+    bool GetFileLinks(const WideChar* file, FileLinkInfo** links, int* count,
+                      IFileLinkResolverContext*) override
+    {
+        std::ifstream in{std::filesystem::path(file)};
+        for (std::string line; std::getline(in, line);)
+            Do(line);
+        *links = nullptr;
+        *count = 0;
+        return true;
+    }
+
+    bool RepathFileLinks(const WideChar*, const FileLinkInfo*, int,
+                         IFileLinkResolverContext*) override
+    {
+        return false;
+    }
+};
+
+class Factory : public IFileLinkResolverFactory
+{
+public:
+    IFileLinkResolver* CreateFileLinkResolver() override { return new TestTalker; }
+};
+
+} // namespace
+
+SYNCPLUGIN_EXPORT IFileLinkResolverFactory* CreateFileLinkResolverFactory()
+{
+    return new Factory;
+}
