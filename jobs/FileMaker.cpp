@@ -6,6 +6,7 @@
 #include "Paths.h"
 
 #include "base/ContentHash.h"
+#include "base/Directory.h"
 #include "base/FileAttributes.h"
 #include "base/FileLock.h"
 #include "base/NativePath.h"
@@ -34,12 +35,6 @@ bool IsAsItWas(const Base::FileStatus& was, const Base::FileStatus& is)
            was.device == is.device && was.index == is.index;
 }
 
-QByteArray Bytes(const Base::ContentHash& hash)
-{
-    return QByteArray(reinterpret_cast<const char*>(hash.bytes.data()),
-                      qsizetype(hash.bytes.size()));
-}
-
 } // namespace
 
 /// A copy that is being made ready.
@@ -50,7 +45,6 @@ struct FileMaker::Staged
     std::filesystem::path path;
     QString text;
     Base::FileStatus source;
-    QByteArray sourceHash;
     bool isRewritten = false;
 };
 
@@ -91,12 +85,18 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
         Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Text(why));
 }
 
-/// Copies the source to the staging folder.
-bool FileMaker::Take(JobFile& file, Staged& staged)
+void FileMaker::NamePlace(JobFile& file, Staged& staged) const
 {
+    file.recordedAt = ClockNow();
     staged.place = m_staging.PlaceFor(QFileInfo(file.target).fileName());
     staged.path = m_staging.Absolute(staged.place);
     staged.text = QStringView(Base::PathText(staged.path)).toString();
+}
+
+/// Copies the source to the staging folder.
+bool FileMaker::Take(JobFile& file, Staged& staged)
+{
+    NamePlace(file, staged);
     Base::ContentHash hash;
     const bool isHashed = m_job.request.checksum;
     const Base::FileResult copied = Base::CopyUnchangedBytes(
@@ -105,7 +105,7 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
         FailToCopy(file, copied);
         return false;
     }
-    staged.sourceHash = isHashed ? Bytes(hash) : QByteArray();
+    file.sourceStamp = StampOf(staged.source, isHashed ? &hash : nullptr);
     return true;
 }
 
@@ -207,9 +207,7 @@ void FileMaker::Relink(JobFile& file)
     if (Base::IsFileLocked(target))
         return FailToRewrite(file, true);
     Staged staged;
-    staged.place = m_staging.PlaceFor(QFileInfo(file.target).fileName());
-    staged.path = m_staging.Absolute(staged.place);
-    staged.text = QStringView(Base::PathText(staged.path)).toString();
+    NamePlace(file, staged);
     file.targetStatus = Base::ReadLinkStatus(target);
     const Base::FileResult copied = Base::CopyUnchangedBytes(target, staged.path, staged.source);
     if (!copied) {
@@ -263,9 +261,10 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
         file.End(Outcome::Locked);
         return false;
     }
-    if (SyncManager::GetInstance()->SaveBaseFile(file.target.toStdWString().c_str()))
+    QString reason;
+    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason))
         return true;
-    file.End(Outcome::Failed, Remark::NotKept);
+    file.End(Outcome::Failed, Remark::NotKept, reason);
     return false;
 }
 
@@ -306,20 +305,20 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
 
 void FileMaker::NoteStamps(JobFile& file, const Staged& staged) const
 {
-    file.sourceStamp = {qint64(staged.source.size), qint64(staged.source.modified),
-                        staged.sourceHash};
-    file.targetStamp = StampOf(staged.text, staged.isRewritten);
-    if (file.targetStamp.hash.isEmpty())
-        file.targetStamp.hash = staged.sourceHash;
     // A file of this very moment may change once more without getting another time.
-    if (file.sourceStamp.hash.isEmpty() && IsRacy(file.sourceStamp.modified)) {
-        const FileStamp same = staged.isRewritten ? StampOf(file.source, true)
-                                                  : StampOf(staged.text, true);
-        if (same.bytes == file.sourceStamp.bytes && same.modified == file.sourceStamp.modified)
-            file.sourceStamp.hash = same.hash;
-        if (!staged.isRewritten)
-            file.targetStamp.hash = same.hash;
+    const bool isRacy =
+        file.sourceStamp.hash.isEmpty() && IsRacy(file.sourceStamp, file.recordedAt);
+    file.targetStamp = StampOf(staged.text, staged.isRewritten || isRacy);
+    if (!staged.isRewritten) {
+        if (isRacy)
+            file.sourceStamp.hash = file.targetStamp.hash;
+        else
+            file.targetStamp.hash = file.sourceStamp.hash;
+        return;
     }
+    const FileStamp source = isRacy ? StampOf(file.source, true) : FileStamp();
+    if (source.bytes == file.sourceStamp.bytes && source.modified == file.sourceStamp.modified)
+        file.sourceStamp.hash = source.hash;
 }
 
 } // namespace Halvern::Jobs

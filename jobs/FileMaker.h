@@ -33,6 +33,7 @@ public:
 private:
     struct Staged;
 
+    void NamePlace(JobFile& file, Staged& staged) const;
     bool Take(JobFile& file, Staged& staged);
     bool WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links);
     bool HoldsLinks(const JobFile& file, const Staged& staged);

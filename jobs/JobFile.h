@@ -93,6 +93,8 @@ struct JobFile
     bool isPending = false;
     FileStamp sourceStamp;
     FileStamp targetStamp;
+    /// Before they were taken.
+    qint64 recordedAt = 0;
 
     /// It is settled that it gets no copy.
     bool IsOut() const { return isDropped || (outcome != Outcome::NotDone && deed == Deed::Nothing); }

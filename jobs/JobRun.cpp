@@ -52,7 +52,7 @@ JobRun::JobRun(const ImportRequest& request, const std::shared_ptr<JobControl>& 
     : m_control(control),
       m_database(std::make_shared<JobDatabase>(FolderManager::GetInstance()->GetSyncDatabase())),
       m_importer(MakeImporter(control, m_database)), m_ledger(OpenLedger()), m_reader(*m_importer),
-      m_layout(m_state, *m_importer), m_records(m_state, *m_ledger, *m_database, *m_importer)
+      m_layout(m_state, *control, *m_importer), m_records(m_state, *m_ledger, *m_database, *m_importer)
 {
     m_state.request = request;
     m_state.cloudFolder = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
@@ -167,6 +167,7 @@ void JobRun::Execute(Results& results)
                 file.End(Outcome::Failed, Remark::Unexplained);
         return;
     }
+    const SyncServices::BaseStoreRun run;
     FileMaker maker(m_state, *m_control, m_reader, cloud, staging);
     m_maker = &maker;
     MakeFolders();
@@ -214,22 +215,25 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
     return true;
 }
 
-/// Copies that somebody else made, and times that changed without the content.
+/// Copies that somebody else made, times that changed without the content, and records that cannot
+/// tell by the time whether a file changed.
 void JobRun::NoteUnchanged()
 {
+    const auto isSound = [](const FileStamp& now, const FileStamp& recorded, qint64 recordedAt) {
+        return now.modified == recorded.modified && !IsRacy(recorded, recordedAt);
+    };
     for (JobFile& file : m_state.files) {
         if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone)
             continue;
-        const bool isKnown = file.record && !file.record->isIntent;
+        file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, false);
         file.targetStamp = StampOf(file.target, false);
-        if (isKnown && file.record->readers == file.readers &&
-            file.record->sourceStamp.modified == file.sourceStamp.modified &&
-            file.record->targetStamp.modified == file.targetStamp.modified &&
-            !IsRacyAt(file.record->targetStamp.modified, file.record->recordedAt) &&
-            !IsRacyAt(file.record->sourceStamp.modified, file.record->recordedAt)) {
+        const CopyRecord* record = file.record ? &*file.record : nullptr;
+        if (record && !record->isIntent && record->readers == file.readers &&
+            record->linksState == file.linksState &&
+            isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
+            isSound(file.targetStamp, record->targetStamp, record->recordedAt))
             continue;
-        }
         file.sourceStamp = StampOf(file.source, true);
         file.targetStamp = StampOf(file.target, true);
         m_records.Note(file);
@@ -255,7 +259,8 @@ void JobRun::Prune()
 {
     QStringList forgotten;
     for (CopyRecord& orphan : m_state.orphans) {
-        if (!SyncManager::GetInstance()->SaveBaseFile(orphan.target.toStdWString().c_str()))
+        QString reason;
+        if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
             continue;
         Base::RemoveFile(Native(orphan.target));
         if (!ExistsOnDisk(orphan.target))

@@ -62,17 +62,20 @@ FileMapping::FileMappingFlag FlagsOf(const JobFile& file, const ImportRequest& r
 
 } // namespace
 
-Layout::Layout(JobState& job, FileLink::FileLinkImporter& importer)
-    : m_job(job), m_importer(importer)
+Layout::Layout(JobState& job, JobControl& control, FileLink::FileLinkImporter& importer)
+    : m_job(job), m_control(control), m_importer(importer)
 {}
 
 bool Layout::MakeSet()
 {
     // A selection that holds nothing gives an empty set: the members are this library's own.
-    if (!m_importer.Initialize({QString()}, m_job.target, false,
-                               m_job.request.linksOnly ? Global::LinkedFilesOnly
-                                                       : Global::NoCopyOption,
-                               m_job.request.fileTypes))
+    m_control.Mute(true);
+    const bool made = m_importer.Initialize(
+        {QString()}, m_job.target, false,
+        m_job.request.linksOnly ? Global::LinkedFilesOnly : Global::NoCopyOption,
+        m_job.request.fileTypes);
+    m_control.Mute(false);
+    if (!made)
         return false;
     for (JobFile& file : m_job.files)
         if (!file.IsOut())

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "JobControl.h"
 #include "JobFile.h"
 
 #include "filelink/FileLinkImporter.h"
@@ -18,7 +19,7 @@ namespace Halvern::Jobs {
 class Layout
 {
 public:
-    Layout(JobState& job, FileLink::FileLinkImporter& importer);
+    Layout(JobState& job, JobControl& control, FileLink::FileLinkImporter& importer);
 
     /// False when the job was cancelled, or the module refuses the selection.
     bool Assign();
@@ -33,6 +34,7 @@ private:
     void AddLinks(const JobFile& file) const;
 
     JobState& m_job;
+    JobControl& m_control;
     FileLink::FileLinkImporter& m_importer;
     QSet<QString> m_namesInUse;
 };

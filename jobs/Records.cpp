@@ -2,15 +2,12 @@
 
 #include "Records.h"
 
-#include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Paths.h"
 
 #include "syncservices/SyncPrivate.h"
 
 #include <QtCore/QFileInfo>
-
-#include <chrono>
 
 namespace Halvern::Jobs {
 
@@ -22,12 +19,6 @@ namespace {
 
 constexpr qint64 LongestWait = 1000;
 constexpr qsizetype MostNoted = 2000;
-
-qint64 Now()
-{
-    using namespace std::chrono;
-    return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
-}
 
 QList<FileLink> StoredLinks(const JobFile& file)
 {
@@ -62,7 +53,7 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.target = file.target;
     record.sourceStamp = file.sourceStamp;
     record.targetStamp = file.targetStamp;
-    record.recordedAt = Now();
+    record.recordedAt = file.recordedAt;
     record.sourceLinks = StoredLinks(file);
     record.targetLinks = file.wantedLinks;
     record.linkedTargets = LinkedTargets(file, job.files);
