@@ -78,7 +78,8 @@ TEST_F(CancelledImport, WhileRewritingLinksLeavesNoCopyWithOldLinksForGood)
 {
     ASSERT_EQ(Import({u"proj"_s}).exitCode, 0);
     // The part gets another name, so that every copy has to be rewritten where it stands.
-    tree.File(u"work/lib/part.tlk"_s, "new part\n").File(u"cloud/lib/part.tlk"_s, "other part\n");
+    tree.File(u"work/lib/part.tlk"_s, "new part\n")
+        .File(u"cloud/proj/lib/part.tlk"_s, "other part\n");
     const CommandResult result =
         ImportAndSend(SIGINT, "Rewriting links", 2, {u"--on-conflict"_s, u"rename"_s});
     EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();

@@ -80,7 +80,8 @@ TEST_F(CommandOutput, GoesIntoALogFileThatGrowsWithEveryRun)
     const QString log = tree.Path(u"work/run.log"_s);
     Import({u"a.tlk"_s, u"-n"_s, u"--log-file"_s, log});
     const QByteArray once = tree.Read(u"work/run.log"_s);
-    EXPECT_TRUE(once.contains(" INFO  CorsyncFileLink Begin assigning target paths\n"));
+    EXPECT_TRUE(
+        once.contains(" INFO  CorsyncFileLink Begin assigning target paths for file links\n"));
     EXPECT_TRUE(once.contains(" ERROR ResolverPlugin test resolver: told to fail\n"));
     EXPECT_FALSE(once.contains(" DEBUG "));
     Import({u"a.tlk"_s, u"-n"_s, u"--log-file"_s, log, u"--log-level"_s, u"error"_s});
