@@ -38,7 +38,12 @@ TEST_F(ImportCommand, BringsAFileWithItsLinkedFilesAndRewritesTheLinks)
               (QStringList{u"copied     proj/top.tlk -> Demo/top.tlk"_s,
                            u"copied     proj/part.tlk -> Demo/part.tlk"_s,
                            u"copied     lib/bolt.tlk -> Demo/lib/bolt.tlk (outside the project)"_s,
+<<<<<<< HEAD
                            u"3 copied, 1 from outside the project; cloud cache folder "_s + tree.Path(u"cloud"_s)}));
+=======
+                           u"3 copied, 1 from outside the project; cloud cache folder "_s +
+                               tree.Path(u"cloud"_s)}));
+>>>>>>> i11-cli
     EXPECT_EQ(result.err, QString());
 }
 
