@@ -58,6 +58,16 @@ void RegisterTestLayout(FileTree& tree, const QString& folder)
               Registration(TestLayoutModule(), u"FileLayout"_s, u"tlk,tasm"_s));
 }
 
+PluginOrders::PluginOrders(const QByteArray& words)
+{
+    qputenv(OrdersVariable, words);
+}
+
+PluginOrders::~PluginOrders()
+{
+    qunsetenv(OrdersVariable);
+}
+
 void RegisterTestTalker(FileTree& tree, const QString& folder)
 {
     tree.File(folder + u"/test_talker.syncplugin"_s,

@@ -29,6 +29,16 @@ void RegisterTestLayout(FileTree& tree, const QString& folder);
 /// For the type "talk".
 void RegisterTestTalker(FileTree& tree, const QString& folder);
 
+/// While it lives, tells the test resolver to misbehave: "norepath", "lies" ...
+class PluginOrders
+{
+public:
+    explicit PluginOrders(const QByteArray& words);
+    ~PluginOrders();
+    PluginOrders(const PluginOrders&) = delete;
+    PluginOrders& operator=(const PluginOrders&) = delete;
+};
+
 /// Collects the calls that test plug-ins get while it lives, in order.
 class PluginCallLog
 {

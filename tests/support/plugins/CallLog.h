@@ -4,9 +4,12 @@
 
 #include "syncplugin/FileLinkInfo.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
 
 // What test plug-ins share. Header-only: every plug-in is a library of its own.
@@ -14,6 +17,17 @@ namespace Halvern::Test {
 
 /// Names the file to which test plug-ins append a line for each call; unset, they write none.
 inline constexpr char CallLogVariable[] = "CORSYNC_TEST_PLUGIN_CALLS";
+
+/// Holds words that tell test plug-ins to misbehave in every file; see TestResolverPlugin.cpp.
+inline constexpr char OrdersVariable[] = "CORSYNC_TEST_PLUGIN_ORDERS";
+
+inline bool IsTold(const std::string& word)
+{
+    const char* const orders = std::getenv(OrdersVariable);
+    std::istringstream words(orders ? orders : "");
+    return std::find(std::istream_iterator<std::string>(words), {}, word) !=
+           std::istream_iterator<std::string>();
+}
 
 inline void LogCall(const std::string& line)
 {

@@ -17,6 +17,7 @@
 //     *replaced*       a linked file in whose place the file of that name in the folder
 //                      "replacement" beside it is imported
 //     *forbidden*      a linked file on which flags are set that only the host may set
+//     *outside*        a linked file that is to go beside the cloud folder, into "outside"
 //     *layoutfails*    a top-level file for which the layout fails
 //     *layoutthrows*   a top-level file for which it throws
 
@@ -58,13 +59,23 @@ void Replace(IFileMapping& mapping, const std::filesystem::path& source)
     mapping.ChangeSourceFile(other.generic_string<WideChar>().c_str());
 }
 
+/// The folder "outside" beside the folder "cloud" above.
+std::filesystem::path Outside(std::filesystem::path folder)
+{
+    while (folder.has_relative_path() && folder.filename() != "cloud")
+        folder = folder.parent_path();
+    return folder.parent_path() / "outside";
+}
+
 /// Whether the links of a file are to be followed.
 bool AssignChild(IFileMapping& child, const std::filesystem::path& folder)
 {
     const std::filesystem::path source = Ask(child, &IFileMapping::GetSourceFile);
     if (Holds(source, "leave"))
         return false;
-    const WideString target = (folder / source.filename()).generic_string<WideChar>();
+    const WideString target = (Holds(source, "outside") ? Outside(folder) / source.filename()
+                                                        : folder / source.filename())
+                                  .generic_string<WideChar>();
     // A file that has its target was here before, perhaps along another path.
     if (!child.SetTargetFile(target.c_str(), false))
         return false;

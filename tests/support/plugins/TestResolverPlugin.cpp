@@ -5,6 +5,7 @@
 #include "syncplugin/SyncPlugin.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <map>
 #include <stdexcept>
 #include <vector>
@@ -16,6 +17,12 @@
 //     throw                           reading the file throws
 //     norepath                        rewriting the file fails
 //     throwrepath                     rewriting the file throws
+//
+// The same words in an environment variable (see CallLog.h) hold for every file, and two more:
+//
+//     lies                            rewriting changes nothing and says that it did
+//     misses                          rewriting writes another path than the one wanted
+//     prints                          every call prints to standard output
 //
 // Other lines are content. Rewriting changes the paths of the given links and no other byte; the
 // new file takes the old one's place when it is complete. A read-only file is not rewritten.
@@ -70,9 +77,9 @@ std::vector<Line> ReadLines(const std::filesystem::path& file)
 
 bool HasLine(const std::vector<Line>& lines, const std::string& text)
 {
-    return std::any_of(lines.begin(), lines.end(), [&](const Line& line) {
-        return line.text.substr(0, line.text.find_last_not_of("\r\n") + 1) == text;
-    });
+    return Test::IsTold(text) || std::any_of(lines.begin(), lines.end(), [&](const Line& line) {
+               return line.text.substr(0, line.text.find_last_not_of("\r\n") + 1) == text;
+           });
 }
 
 bool Fits(const std::basic_string<WideChar>& text)
@@ -87,6 +94,7 @@ public:
                       IFileLinkResolverContext* context) override
     {
         Test::LogCall("GetFileLinks " + Test::ToUtf8(file));
+        Print();
         const std::vector<Line> lines = ReadLines(file);
         if (HasLine(lines, "throw"))
             throw std::runtime_error("test resolver: told to throw");
@@ -124,6 +132,7 @@ public:
             call += " [" + referenceId + "=" + path + "]";
         }
         Test::LogCall(call);
+        Print();
 
         std::vector<Line> lines = ReadLines(file);
         if (HasLine(lines, "norepath"))
@@ -132,11 +141,14 @@ public:
             throw std::runtime_error("test resolver: told to throw");
         if (IsReadOnly(file))
             return Fail(context, "test resolver: the file is read-only");
+        if (Test::IsTold("lies"))
+            return true;
         for (Line& line : lines) {
             const auto link = wanted.find(line.referenceId);
             if (!line.IsLink() || link == wanted.end())
                 continue;
-            line.text.replace(line.pathAt, line.pathLength, link->second);
+            line.text.replace(line.pathAt, line.pathLength,
+                              Test::IsTold("misses") ? "elsewhere.tlk" : link->second);
             wanted.erase(link);
         }
         if (!wanted.empty())
@@ -149,6 +161,14 @@ private:
     {
         context->GetLogger()->LogError(Test::ToWide(reason).c_str());
         return false;
+    }
+
+    static void Print()
+    {
+        if (!Test::IsTold("prints"))
+            return;
+        std::puts("test resolver: hello");
+        std::fflush(stdout);
     }
 
     /// Asks for the owner's right: a superuser could write whatever the file says.

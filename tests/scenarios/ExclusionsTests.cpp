@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// What patterns exclude is not imported, and -v says which pattern it was.
+
+#include "ScenarioFixture.h"
+
+namespace Halvern::Test {
+
+namespace {
+
+class Exclusions : public ScenarioFixture
+{
+protected:
+    Exclusions()
+    {
+        for (const QString& name : {u"a.txt"_s, u"b.bak"_s, u"sub/c.bak"_s, u"sub/keep.bak"_s,
+                                    u"out/big.txt"_s, u"sub/out/deep.txt"_s})
+            tree.File(u"work/proj/"_s + name, name.toUtf8());
+    }
+    QStringList Imported(const QStringList& options = {})
+    {
+        if (tree.Exists(u"cloud"_s))
+            tree.Remove(u"cloud"_s);
+        const ImportReport report = Report(QStringList{u"proj"_s} + options);
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        return tree.Contents(u"cloud/proj"_s).keys();
+    }
+};
+
+} // namespace
+
+TEST_F(Exclusions, OfTheCommandLineFollowTheRulesOfGitignore)
+{
+    struct Row
+    {
+        QStringList patterns;
+        QStringList imported;
+    };
+    const QList<Row> rows = {
+        {{u"*.bak"_s}, {u"a.txt"_s, u"out/big.txt"_s, u"sub/out/deep.txt"_s}},
+        {{u"*.bak"_s, u"!keep.bak"_s},
+         {u"a.txt"_s, u"out/big.txt"_s, u"sub/keep.bak"_s, u"sub/out/deep.txt"_s}},
+        {{u"out/"_s}, {u"a.txt"_s, u"b.bak"_s, u"sub/c.bak"_s, u"sub/keep.bak"_s}},
+        {{u"/out/"_s},
+         {u"a.txt"_s, u"b.bak"_s, u"sub/c.bak"_s, u"sub/keep.bak"_s, u"sub/out/deep.txt"_s}},
+        {{u"sub/**"_s}, {u"a.txt"_s, u"b.bak"_s, u"out/big.txt"_s}},
+        {{u"**/out"_s}, {u"a.txt"_s, u"b.bak"_s, u"sub/c.bak"_s, u"sub/keep.bak"_s}},
+        {{u"[ab].*"_s},
+         {u"out/big.txt"_s, u"sub/c.bak"_s, u"sub/keep.bak"_s, u"sub/out/deep.txt"_s}},
+        {{u"?.txt"_s},
+         {u"b.bak"_s, u"out/big.txt"_s, u"sub/c.bak"_s, u"sub/keep.bak"_s, u"sub/out/deep.txt"_s}},
+        {{u"sub/*.bak"_s}, {u"a.txt"_s, u"b.bak"_s, u"out/big.txt"_s, u"sub/out/deep.txt"_s}},
+    };
+    for (const Row& row : rows) {
+        QStringList options;
+        for (const QString& pattern : row.patterns)
+            options += {u"--exclude"_s, pattern};
+        EXPECT_EQ(Imported(options), row.imported) << row.patterns.join(u' ').toStdString();
+    }
+}
+
+TEST_F(Exclusions, OfAFileInASourceFolderHoldBelowItAndCommentsDoNot)
+{
+    tree.File(u"work/proj/.corsyncignore"_s, "# backups\n*.bak\n\n!keep.bak\n");
+    const QStringList imported = Imported();
+    EXPECT_FALSE(imported.contains(u"b.bak"_s));
+    EXPECT_FALSE(imported.contains(u"sub/c.bak"_s));
+    EXPECT_TRUE(imported.contains(u"sub/keep.bak"_s));
+    EXPECT_TRUE(imported.contains(u"a.txt"_s));
+}
+
+TEST_F(Exclusions, OfAFileInAFolderBelowHoldOnlyThere)
+{
+    tree.File(u"work/proj/sub/.corsyncignore"_s, "*.bak\n");
+    const QStringList imported = Imported();
+    EXPECT_TRUE(imported.contains(u"b.bak"_s));
+    EXPECT_FALSE(imported.contains(u"sub/c.bak"_s));
+}
+
+TEST_F(Exclusions, OfLockAndBackupFilesAreBuiltIn)
+{
+    for (const QString& name : {u".git/config"_s, u"sub/.git/HEAD"_s, u"m.FCStd1"_s, u"m.blend1"_s,
+                                u"m.blend2"_s, u"~$sheet.xlsx"_s, u".~lock.sheet.ods#"_s})
+        tree.File(u"work/proj/"_s + name);
+    EXPECT_EQ(Imported(), (QStringList{u"a.txt"_s, u"b.bak"_s, u"out/big.txt"_s, u"sub/c.bak"_s,
+                                       u"sub/keep.bak"_s, u"sub/out/deep.txt"_s}));
+}
+
+TEST_F(Exclusions, AreShownAsSkippedWithTheirPatternWhenAskedFor)
+{
+    tree.File(u"work/proj/m.blend1"_s);
+    const CommandResult verbose = Import({u"proj"_s, u"--exclude"_s, u"b.*"_s, u"-v"_s});
+    const QStringList skipped = (verbose.out + verbose.err).split(u'\n').filter(u"skipped "_s);
+    EXPECT_EQ(skipped.filter(u"b.bak"_s).filter(u"b.*"_s).size(), 1)
+        << ::testing::PrintToString(verbose);
+    EXPECT_EQ(skipped.filter(u"m.blend1"_s).size(), 1) << ::testing::PrintToString(verbose);
+}
+
+TEST_F(Exclusions, KeepWhatAMoveWouldDelete)
+{
+    ASSERT_EQ(Report({u"proj"_s, u"--move"_s, u"--exclude"_s, u"*.bak"_s}).exitCode, 0);
+    EXPECT_EQ(tree.Contents(u"work/proj"_s).keys().filter(u".bak"_s),
+              (QStringList{u"b.bak"_s, u"sub/c.bak"_s, u"sub/keep.bak"_s}));
+}
+
+TEST_F(Exclusions, OfWhatWasImportedBeforeLeaveTheCopy)
+{
+    ASSERT_EQ(Report({u"proj"_s}).exitCode, 0);
+    const auto before = Stamps(u"cloud"_s);
+    ASSERT_EQ(Report({u"proj"_s, u"--exclude"_s, u"*.bak"_s}).exitCode, 0);
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+}
+
+TEST_F(Exclusions, AFileThatIsGivenByItsNameIsNotExcludedByABuiltInPattern)
+{
+    tree.File(u"work/m.blend1"_s, "backup");
+    const ImportReport report = Report({u"m.blend1"_s});
+    // Whatever is decided, nobody may be told "complete" without the file.
+    EXPECT_TRUE(tree.Exists(u"cloud/m.blend1"_s) || report.exitCode != 0 ||
+                report.StatusOf(u"work/m.blend1"_s) == u"skipped"_s)
+        << ::testing::PrintToString(report);
+}
+
+} // namespace Halvern::Test

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ExpectedImport.h"
+
+#include "DesignFiles.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+
+namespace Halvern::Test {
+
+using namespace Qt::StringLiterals;
+
+ExpectedImport::ExpectedImport(const FileTree& tree, const ImportStep& step) : m_tree(tree)
+{
+    for (const QString& source : step.sources)
+        Select(u"work/"_s + source, step);
+    Follow(step);
+}
+
+void ExpectedImport::Select(const QString& path, const ImportStep& step)
+{
+    const QFileInfo info(m_tree.Path(path));
+    const bool isLink = StampOf(info.filePath()).kind == "link";
+    if (isLink && (info.isDir() || !info.exists())) {
+        m_leftOut.append(path);
+        return;
+    }
+    if (step.excludesBackups && path.endsWith(u".bak"_s))
+        return;
+    if (info.isFile()) {
+        m_files[path].isSelected = true;
+        return;
+    }
+    const QDir folder(info.filePath());
+    for (const QString& name :
+         folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+        Select(path + u'/' + name, step);
+}
+
+void ExpectedImport::Follow(const ImportStep& step)
+{
+    QStringList toRead = m_files.keys();
+    while (!toRead.isEmpty()) {
+        const QString path = toRead.takeFirst();
+        ExpectedFile& file = m_files[path];
+        file.content = m_tree.Read(path);
+        file.isFollowed = file.isSelected || !step.directLinksOnly;
+        if (!file.isFollowed)
+            continue;
+        for (const QString& text : LinksIn(path, file.content))
+            file.links.append(Resolve(path, text));
+        for (const ExpectedLink& link : QList<ExpectedLink>(file.links)) {
+            if (link.kind != ExpectedLink::Live || link.file.startsWith(u"cloud/"_s) ||
+                !EntryFor(link.file).isEmpty())
+                continue;
+            m_files.insert(link.file, {});
+            toRead.append(link.file);
+        }
+    }
+    for (ExpectedFile& file : m_files)
+        for (ExpectedLink& link : file.links)
+            if (link.kind == ExpectedLink::Live)
+                link.entry = EntryFor(link.file);
+}
+
+ExpectedLink ExpectedImport::Resolve(const QString& file, const QString& text) const
+{
+    ExpectedLink link;
+    link.text = text;
+    if (text.startsWith(u"https:"_s)) {
+        link.kind = ExpectedLink::Url;
+        return link;
+    }
+    // A whole path on every system.
+    if (text.startsWith(u"D:/"_s)) {
+        link.kind = ExpectedLink::Dead;
+        link.file = text;
+        return link;
+    }
+    const QString folder = QFileInfo(m_tree.Path(file)).path();
+    const QString whole = QDir::cleanPath(QDir::isAbsolutePath(text) ? text : folder + u'/' + text);
+    const QString root = m_tree.Path() + u'/';
+    link.file = whole.startsWith(root) ? whole.mid(root.size()) : whole;
+    if (!QFileInfo(whole).isFile())
+        link.kind = ExpectedLink::Dead;
+    else if (link.file.startsWith(u"home/."_s))
+        link.kind = ExpectedLink::Refused;
+    return link;
+}
+
+bool ExpectedImport::Has(ExpectedLink::Kind kind) const
+{
+    return std::any_of(m_files.begin(), m_files.end(), [&](const ExpectedFile& file) {
+        return std::any_of(file.links.begin(), file.links.end(),
+                           [&](const ExpectedLink& link) { return link.kind == kind; });
+    });
+}
+
+quint64 ExpectedImport::IdentityOf(const QString& file) const
+{
+    const QString path = QFileInfo(m_tree.Path(file)).canonicalFilePath();
+    return path.isEmpty() ? 0 : StampOf(path).index;
+}
+
+QString ExpectedImport::EntryFor(const QString& file) const
+{
+    if (m_files.contains(file))
+        return file;
+    const quint64 identity = IdentityOf(file);
+    for (auto it = m_files.begin(); it != m_files.end(); ++it)
+        if (identity != 0 && IdentityOf(it.key()) == identity)
+            return it.key();
+    return {};
+}
+
+QStringList ExpectedImport::LinkTree(const QString& file) const
+{
+    QStringList tree{file};
+    for (qsizetype at = 0; at < tree.size(); ++at)
+        for (const ExpectedLink& link : m_files.value(tree.at(at)).links)
+            if (!link.entry.isEmpty() && !tree.contains(link.entry))
+                tree.append(link.entry);
+    return tree;
+}
+
+} // namespace Halvern::Test

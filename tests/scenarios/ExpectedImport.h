@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "FileStamp.h"
+#include "FileTree.h"
+#include "RandomWorld.h"
+
+#include <QtCore/QMap>
+
+namespace Halvern::Test {
+
+/// Where a link leads, asked of the disk and of nobody else.
+struct ExpectedLink
+{
+    enum Kind
+    {
+        Live,
+        Dead,
+        Refused,
+        Url,
+    };
+
+    QString text;
+    Kind kind = Live;
+    /// Relative to the tree when it lies in it.
+    QString file;
+    /// The file of the import that this is, perhaps under another name; empty for none.
+    QString entry;
+};
+
+struct ExpectedFile
+{
+    bool isSelected = false;
+    /// Its links are read and rewritten.
+    bool isFollowed = false;
+    QByteArray content;
+    QList<ExpectedLink> links;
+};
+
+/// Which files an import is about, and where their links lead: a model of it that knows neither
+/// plug-ins nor the database.
+class ExpectedImport
+{
+public:
+    ExpectedImport(const FileTree& tree, const ImportStep& step);
+
+    const QMap<QString, ExpectedFile>& Files() const { return m_files; }
+    /// Symbolic links to folders, and those that lead nowhere, in the selection.
+    const QStringList& LeftOut() const { return m_leftOut; }
+    bool HasDeadLinks() const { return Has(ExpectedLink::Dead); }
+    bool HasRefusedLinks() const { return Has(ExpectedLink::Refused); }
+    /// Every file that can be reached through links, with itself.
+    QStringList LinkTree(const QString& file) const;
+
+private:
+    void Select(const QString& path, const ImportStep& step);
+    void Follow(const ImportStep& step);
+    ExpectedLink Resolve(const QString& file, const QString& text) const;
+    QString EntryFor(const QString& file) const;
+    bool Has(ExpectedLink::Kind kind) const;
+    /// 0 when there is no such file.
+    quint64 IdentityOf(const QString& file) const;
+
+    const FileTree& m_tree;
+    QMap<QString, ExpectedFile> m_files;
+    QStringList m_leftOut;
+};
+
+} // namespace Halvern::Test

@@ -1,0 +1,445 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ImportChecks.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QRegularExpression>
+
+#include <algorithm>
+
+namespace Halvern::Test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The copy is there, and stands for the source as it is now.
+const QStringList Current{u"copied"_s,   u"moved"_s,   u"updated"_s,
+                          u"replaced"_s, u"renamed"_s, u"unchanged"_s};
+/// A file is there, and is none of this import's business.
+const QStringList Untouched{u"kept"_s, u"left"_s};
+
+bool IsInCloud(const QString& path)
+{
+    return path == u"cloud"_s || path.startsWith(u"cloud/"_s);
+}
+
+bool IsOurOwn(const QString& path)
+{
+    static const QRegularExpression own(
+        u"^(sync\\.db.*|plugins(/.*)?|home/(config|data)(/.*)?)$"_s);
+    return own.match(path).hasMatch();
+}
+
+} // namespace
+
+ImportChecks::ImportChecks(const FileTree& tree, const ImportStep& step, const CopyRecords& records)
+    : m_tree(tree), m_step(step), m_records(records), m_expected(tree, step), m_before(Everything())
+{}
+
+ImportChecks::Stamps ImportChecks::Everything() const
+{
+    return StampsBelow(m_tree.Path());
+}
+
+QStringList ImportChecks::Check(const ImportReport& report)
+{
+    m_wrong.clear();
+    m_after = Everything();
+    CheckOutside(report);
+    CheckOldContent();
+    CheckLeftovers();
+    if (!report.conflicts.isEmpty()) {
+        CheckConflicts(report);
+        return m_wrong;
+    }
+    CheckUntouched(report);
+    CheckLines(report);
+    for (const ReportedFile& line : report.files) {
+        if (!m_expected.Files().contains(line.source))
+            continue;
+        CheckDecision(line);
+        if (Current.contains(line.status))
+            CheckCopy(report, line);
+    }
+    CheckExitCode(report);
+    CheckMove(report);
+    return m_wrong;
+}
+
+QStringList ImportChecks::CheckSecond(const ImportReport& first, const ImportReport& second) const
+{
+    QStringList wrong;
+    const Stamps now = Everything();
+    for (auto it = m_after.begin(); it != m_after.end(); ++it) {
+        const bool isSame =
+            m_step.force ? now.value(it.key()).content == it->content : now.value(it.key()) == *it;
+        if (it->kind != "folder" && !IsOurOwn(it.key()) && !isSame)
+            wrong.append(u"the second import changed "_s + it.key());
+    }
+    for (const QString& path : now.keys())
+        if (!m_after.contains(path) && !IsOurOwn(path))
+            wrong.append(u"the second import made "_s + path);
+    if (second.exitCode != first.exitCode && second.exitCode != 0)
+        wrong.append(u"the second import ended with %1"_s.arg(second.exitCode));
+    return wrong;
+}
+
+/// What stands against the import must really be so, and then nothing may have happened.
+void ImportChecks::CheckConflicts(const ImportReport& report)
+{
+    if (report.exitCode != 6)
+        Wrong(u"conflicts, but exit code %1"_s.arg(report.exitCode));
+    if (!report.files.isEmpty())
+        Wrong(u"conflicts, but lines of files"_s);
+    for (auto it = m_before.begin(); it != m_before.end(); ++it)
+        if (IsInCloud(it.key()) && After(it.key()) != *it)
+            Wrong(u"conflicts, but a change of "_s + it.key());
+    const QString root = m_tree.Path() + u'/';
+    for (const QJsonObject& conflict : report.conflicts) {
+        const QString kind = conflict[u"kind"].toString();
+        const QString target = conflict[u"target"].toString().mid(root.size());
+        const QString source = conflict[u"source"].toString().mid(root.size());
+        const QByteArray there = Before(target).kind;
+        if (kind == u"target-taken"_s && (there == "none" || m_step.collisions != u"stop"_s))
+            Wrong(u"no file is in the way of "_s + source + u" at "_s + target);
+        if (kind != u"both-changed"_s)
+            continue;
+        const CopyRecord* const record = RecordOf(source);
+        if (!record || m_step.onConflict != u"stop"_s ||
+            (!record->isOpen && (record->copy == Before(target))))
+            Wrong(u"not both changed: "_s + source);
+    }
+}
+
+void ImportChecks::CheckOutside(const ImportReport& report)
+{
+    for (auto it = m_before.begin(); it != m_before.end(); ++it) {
+        const QString& path = it.key();
+        if (IsInCloud(path) || IsOurOwn(path) || After(path) == *it)
+            continue;
+        const bool isDeleted = After(path).kind == "none";
+        const bool mayBeMoved = m_step.move && path.startsWith(u"work/"_s);
+        if (mayBeMoved && it->kind == "folder")
+            continue;
+        if (!(mayBeMoved && isDeleted && m_expected.Files().value(path).isSelected))
+            Wrong(u"changed outside the cloud folder: "_s + path);
+        else if (!report.Of(path).sourceDeleted)
+            Wrong(u"deleted, but its line does not say so: "_s + path);
+    }
+    for (const QString& path : m_after.keys())
+        if (!m_before.contains(path) && !IsInCloud(path) && !IsOurOwn(path))
+            Wrong(u"made outside the cloud folder: "_s + path);
+}
+
+bool ImportChecks::BaseStoreHolds(const QByteArray& content) const
+{
+    for (auto it = m_after.begin(); it != m_after.end(); ++it)
+        if (it.key().startsWith(u"sync.db.base/"_s) && it->content == content)
+            return true;
+    return false;
+}
+
+void ImportChecks::CheckOldContent()
+{
+    for (auto it = m_before.begin(); it != m_before.end(); ++it) {
+        if (!IsInCloud(it.key()) || it->kind != "file" || After(it.key()).content == it->content)
+            continue;
+        const bool isSomewhere =
+            std::any_of(m_after.keyValueBegin(), m_after.keyValueEnd(), [&](const auto& file) {
+                return IsInCloud(file.first) && file.second.content == it->content;
+            });
+        if (!isSomewhere && !BaseStoreHolds(it->content))
+            Wrong(u"the old content is nowhere: "_s + it.key());
+    }
+}
+
+void ImportChecks::CheckLeftovers()
+{
+    static const QRegularExpression temporary(u"(^|/)\\.(corsync|copy)-|\\.(tmp|rewritten)$"_s);
+    for (const QString& path : m_after.keys())
+        if (!IsOurOwn(path) && temporary.match(path).hasMatch())
+            Wrong(u"left behind: "_s + path);
+}
+
+/// Below the target folder of this import, and not in that of another one.
+bool ImportChecks::IsOursToChange(const QString& path) const
+{
+    return path.startsWith(ToFolder()) && !path.startsWith(ToFolder() + u"inner/"_s);
+}
+
+void ImportChecks::CheckUntouched(const ImportReport& report)
+{
+    static const QStringList changing{u"updated"_s, u"replaced"_s, u"moved"_s, u"unchanged"_s,
+                                      u"pruned"_s};
+    QMap<QString, QString> statuses;
+    for (const ReportedFile& line : report.files)
+        statuses.insert(line.target, line.status);
+    for (auto it = m_before.begin(); it != m_before.end(); ++it) {
+        const QString& path = it.key();
+        if (!IsInCloud(path) || it->kind == "folder" || After(path) == *it)
+            continue;
+        const bool copiedByForce = m_step.force && statuses.value(path) == u"copied"_s;
+        if (!IsOursToChange(path))
+            Wrong(u"changed outside the target folder: "_s + path);
+        else if (!changing.contains(statuses.value(path)) && !copiedByForce)
+            Wrong(u"changed, but called \"%1\": "_s.arg(statuses.value(path)) + path);
+        else if (After(path).content == it->content && !m_step.force)
+            Wrong(u"written again without a change: "_s + path);
+    }
+}
+
+/// Every file that the import is about has one line, and nothing else has.
+void ImportChecks::CheckLines(const ImportReport& report)
+{
+    static const QStringList others{u"missing"_s,  u"refused"_s,  u"url"_s,   u"skipped"_s,
+                                    u"in-place"_s, u"orphaned"_s, u"pruned"_s};
+    QMap<QString, int> lines;
+    for (const ReportedFile& line : report.files) {
+        ++lines[line.source];
+        if (!m_expected.Files().contains(line.source) && !others.contains(line.status))
+            Wrong(line.status + u", but neither selected nor linked: "_s + line.source);
+    }
+    for (const QString& source : m_expected.Files().keys())
+        if (lines.value(source) != 1)
+            Wrong(u"%1 lines of "_s.arg(lines.value(source)) + source);
+    for (const QString& source : m_expected.LeftOut())
+        if (report.StatusOf(source) != u"skipped"_s)
+            Wrong(u"not said to be skipped: "_s + source);
+    for (const ExpectedFile& file : m_expected.Files())
+        for (const ExpectedLink& link : file.links) {
+            const QString status = report.StatusOf(link.file);
+            if (link.kind == ExpectedLink::Dead && status != u"missing"_s)
+                Wrong(u"not said to be missing: "_s + link.file);
+            if (link.kind == ExpectedLink::Refused && status != u"refused"_s)
+                Wrong(u"not said to be refused: "_s + link.file);
+        }
+}
+
+const CopyRecord* ImportChecks::RecordOf(const QString& source) const
+{
+    const auto found = m_records.constFind({m_step.to, source});
+    return found == m_records.constEnd() ? nullptr : &*found;
+}
+
+/// A symbolic link, a file or a folder where something else must be.
+bool ImportChecks::IsObstructed(const QString& target) const
+{
+    if (Before(target).kind == "folder" || Before(target).kind == "link")
+        return true;
+    for (QString folder = QFileInfo(target).path(); IsInCloud(folder) && folder != u"cloud"_s;
+         folder = QFileInfo(folder).path())
+        if (Before(folder).kind == "link" || Before(folder).kind == "file")
+            return true;
+    return false;
+}
+
+void ImportChecks::CheckDecision(const ReportedFile& line)
+{
+    const ExpectedFile file = m_expected.Files().value(line.source);
+    if (m_step.linksOnly && file.isSelected) {
+        if (line.status != u"skipped"_s)
+            Wrong(u"only its links were wanted, but it is "_s + line.status + u": "_s +
+                  line.source);
+        return;
+    }
+    if (line.status == u"failed"_s) {
+        if (!IsObstructed(line.target))
+            Wrong(u"failed without a reason: "_s + line.source + u": "_s + line.reason);
+        return;
+    }
+    if (IsObstructed(line.target) && Current.contains(line.status) &&
+        After(line.target).kind != "file")
+        Wrong(line.status + u", but it cannot be there: "_s + line.target);
+    const CopyRecord* const record = RecordOf(line.source);
+    const bool isOwn = record && IsOursToChange(record->target);
+    if (!isOwn)
+        CheckNewDecision(line);
+    else if (!record->isOpen && !IsObstructed(record->target))
+        CheckRecordedDecision(line, *record);
+}
+
+/// Nothing is known of a copy below this target.
+void ImportChecks::CheckNewDecision(const ReportedFile& line)
+{
+    const QByteArray there = Before(line.target).kind;
+    const auto expect = [&](bool isSo) {
+        if (!isSo)
+            Wrong(line.status +
+                  u", but before the import there was %1 at "_s.arg(QString::fromUtf8(there)) +
+                  line.target + u" (collisions: "_s + m_step.collisions + u')');
+    };
+    if (line.status == u"copied"_s || line.status == u"renamed"_s)
+        expect(there == "none");
+    else if (line.status == u"moved"_s)
+        expect(there == "none" || m_step.collisions == u"replace"_s ||
+               Before(line.target) == After(line.target));
+    else if (line.status == u"replaced"_s)
+        expect(there != "none" && m_step.collisions == u"replace"_s);
+    else if (line.status == u"kept"_s)
+        expect(there != "none" && m_step.collisions == u"keep"_s);
+    else if (line.status == u"unchanged"_s)
+        expect(there == "file");
+    else
+        Wrong(u"nothing was copied before, but it is "_s + line.status + u": "_s + line.source);
+}
+
+/// The three ways.
+void ImportChecks::CheckRecordedDecision(const ReportedFile& line, const CopyRecord& record)
+{
+    const FileStamp there = Before(record.target);
+    const bool sourceChanged = m_expected.Files().value(line.source).content != record.source;
+    const bool copyChanged = there.content != record.copy.content;
+    const bool copyTouched = there != record.copy;
+    QStringList allowed;
+    if (there.kind == "none")
+        allowed = {u"copied"_s};
+    if (there.kind == "file" && !sourceChanged && !copyChanged)
+        allowed = {u"unchanged"_s};
+    if (there.kind == "file" && sourceChanged && !copyChanged)
+        allowed = {u"updated"_s, u"renamed"_s};
+    if (there.kind == "file" && copyTouched && !sourceChanged)
+        allowed += {u"left"_s};
+    if (there.kind == "file" && copyTouched && sourceChanged) {
+        if (m_step.onConflict == u"keep"_s)
+            allowed += {u"left"_s, u"kept"_s};
+        if (m_step.onConflict == u"replace"_s)
+            allowed += {u"replaced"_s, u"updated"_s};
+        if (m_step.onConflict == u"rename"_s)
+            allowed += {u"renamed"_s};
+        if (After(record.target) == there)
+            allowed += {u"unchanged"_s};
+    }
+    if (m_step.force && !copyTouched)
+        allowed += {u"copied"_s, u"updated"_s, u"replaced"_s};
+    if (line.sourceDeleted)
+        allowed += {u"moved"_s};
+    if (!allowed.contains(line.status))
+        Wrong(line.status + u" instead of "_s + allowed.join(u'/') + u": "_s + line.source +
+              u" -> "_s + record.target +
+              u" (source %1, copy %2)"_s.arg(sourceChanged).arg(copyChanged));
+    else if (line.status != u"renamed"_s && line.target != record.target)
+        Wrong(line.status + u" at another place than before: "_s + line.source);
+}
+
+bool ImportChecks::LeadsToAnEarlierCopy(const QString& source, const QString& resolved) const
+{
+    return std::any_of(m_records.keyValueBegin(), m_records.keyValueEnd(), [&](const auto& record) {
+        return record.first.second == source && record.second.target == resolved;
+    });
+}
+
+void ImportChecks::CheckCopy(const ImportReport& report, const ReportedFile& line)
+{
+    const ExpectedFile file = m_expected.Files().value(line.source);
+    const QByteArray copy = After(line.target).content;
+    if (After(line.target).kind != "file") {
+        Wrong(line.status + u", but it is not there: "_s + line.target);
+        return;
+    }
+    if (WithoutLinks(line.source, copy) != WithoutLinks(line.source, file.content)) {
+        Wrong(line.status + u", but it has another content: "_s + line.target);
+        return;
+    }
+    const QStringList written = LinksIn(line.source, copy);
+    const QStringList stored = LinksIn(line.source, file.content);
+    if (!file.isFollowed)
+        return;
+    for (qsizetype i = 0; i < file.links.size(); ++i)
+        CheckLink(report, line, file.links.at(i), written.value(i));
+}
+
+void ImportChecks::CheckLink(const ImportReport& report, const ReportedFile& line,
+                             const ExpectedLink& link, const QString& written)
+{
+    const auto resolve = [&](const QString& text) {
+        const QString folder = QFileInfo(m_tree.Path(line.target)).path();
+        const QString whole =
+            QDir::cleanPath(QDir::isAbsolutePath(text) ? text : folder + u'/' + text);
+        return whole.mid(m_tree.Path().size() + 1);
+    };
+    const QString leadsTo = resolve(written);
+    const QString what = line.target + u": the link "_s + link.text + u" became "_s + written;
+    const ReportedFile other = report.Of(link.entry.isEmpty() ? link.file : link.entry);
+    const bool isInCloud = link.kind == ExpectedLink::Live && IsInCloud(link.file);
+    const bool isThere = Current.contains(other.status) || Untouched.contains(other.status);
+    if (!isInCloud && !isThere) {
+        if (written != link.text && !LeadsToAnEarlierCopy(link.file, leadsTo))
+            Wrong(what + u", though the file is "_s + other.status);
+        return;
+    }
+    const QString wanted = isInCloud ? link.file : other.target;
+    if (leadsTo != wanted)
+        Wrong(what + u" and not "_s + wanted);
+    else if (resolve(link.text) == wanted && written != link.text)
+        Wrong(what + u", though it was right as it stood"_s);
+    if (!isInCloud && Current.contains(other.status) &&
+        WithoutLinks(link.entry, After(wanted).content) !=
+            WithoutLinks(link.entry, m_expected.Files().value(link.entry).content))
+        Wrong(what + u", which has not the content of "_s + link.entry);
+}
+
+void ImportChecks::CheckExitCode(const ImportReport& report)
+{
+    const QStringList statuses = report.Statuses();
+    int expected = 0;
+    if (m_expected.HasDeadLinks())
+        expected = 4;
+    if (statuses.contains(u"failed"_s))
+        expected = 1;
+    if (m_expected.HasRefusedLinks())
+        expected = 8;
+    // A copy that may not be relinked, or a source that stays for it, may count as a failure.
+    const bool mayBeIncomplete = statuses.contains(u"left"_s) || statuses.contains(u"kept"_s);
+    if (report.exitCode != expected && !(mayBeIncomplete && report.exitCode == 1 && expected != 8))
+        Wrong(u"exit code %1 instead of %2"_s.arg(report.exitCode).arg(expected));
+}
+
+void ImportChecks::CheckMove(const ImportReport& report)
+{
+    if (!m_step.move)
+        return;
+    const QStringList fine = Current + QStringList{u"in-place"_s};
+    for (auto it = m_expected.Files().begin(); it != m_expected.Files().end(); ++it) {
+        if (!it->isSelected)
+            continue;
+        const QStringList tree = m_expected.LinkTree(it.key());
+        const bool isComplete = std::all_of(tree.begin(), tree.end(), [&](const QString& path) {
+            const QList<ExpectedLink> links = m_expected.Files().value(path).links;
+            return fine.contains(report.StatusOf(path)) &&
+                   std::all_of(links.begin(), links.end(), [](const ExpectedLink& link) {
+                       return link.kind == ExpectedLink::Live || link.kind == ExpectedLink::Url;
+                   });
+        });
+        const bool isDeleted = After(it.key()).kind == "none";
+        if (isDeleted && !isComplete)
+            Wrong(u"deleted, though something that it links is not in order: "_s + it.key());
+        if (!isDeleted && isComplete)
+            Wrong(u"not deleted, though all is in order: "_s + it.key());
+    }
+}
+
+CopyRecords ImportChecks::Recorded(const ImportReport& report) const
+{
+    CopyRecords records = m_records;
+    for (const ReportedFile& line : report.files) {
+        if (!m_expected.Files().contains(line.source))
+            continue;
+        const QPair<QString, QString> key{m_step.to, line.source};
+        if (Current.contains(line.status)) {
+            // Another source may have lost its copy to this one.
+            for (auto it = records.begin(); it != records.end(); ++it)
+                if (it.key() != key && it->target == line.target)
+                    it->isOpen = true;
+            records.insert(key, {line.target, m_expected.Files().value(line.source).content,
+                                 After(line.target), false});
+        } else if (records.contains(key) && line.status != u"left"_s &&
+                   line.status != u"skipped"_s) {
+            records[key].isOpen = true;
+        }
+    }
+    return records;
+}
+
+} // namespace Halvern::Test

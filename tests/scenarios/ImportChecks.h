@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "ExpectedImport.h"
+#include "ScenarioFixture.h"
+
+namespace Halvern::Test {
+
+/// What was copied where by an earlier import, and what each side was then.
+struct CopyRecord
+{
+    QString target;
+    QByteArray source;
+    FileStamp copy;
+    /// A conflict was settled, or the file failed: what the next import does is not foretold.
+    bool isOpen = false;
+};
+
+/// By target folder of the import and source.
+using CopyRecords = QMap<QPair<QString, QString>, CopyRecord>;
+
+/// Looks at the tree before and after an import and says what is wrong, in sentences.
+class ImportChecks
+{
+public:
+    /// Before the import.
+    ImportChecks(const FileTree& tree, const ImportStep& step, const CopyRecords& records);
+
+    /// After it.
+    QStringList Check(const ImportReport& report);
+    /// After the same import once more.
+    QStringList CheckSecond(const ImportReport& first, const ImportReport& second) const;
+    /// The records with those of this import.
+    CopyRecords Recorded(const ImportReport& report) const;
+
+private:
+    using Stamps = QMap<QString, FileStamp>;
+
+    Stamps Everything() const;
+    void Wrong(const QString& what) { m_wrong.append(what); }
+    QString ToFolder() const { return u"cloud/"_s + m_step.to + u'/'; }
+    FileStamp Before(const QString& path) const { return m_before.value(path); }
+    FileStamp After(const QString& path) const { return m_after.value(path); }
+    bool IsOursToChange(const QString& path) const;
+    bool IsObstructed(const QString& target) const;
+    bool BaseStoreHolds(const QByteArray& content) const;
+    const CopyRecord* RecordOf(const QString& source) const;
+
+    void CheckConflicts(const ImportReport& report);
+    void CheckOutside(const ImportReport& report);
+    void CheckOldContent();
+    void CheckUntouched(const ImportReport& report);
+    void CheckLines(const ImportReport& report);
+    void CheckDecision(const ReportedFile& line);
+    void CheckRecordedDecision(const ReportedFile& line, const CopyRecord& record);
+    void CheckNewDecision(const ReportedFile& line);
+    void CheckCopy(const ImportReport& report, const ReportedFile& line);
+    void CheckLink(const ImportReport& report, const ReportedFile& line, const ExpectedLink& link,
+                   const QString& written);
+    bool LeadsToAnEarlierCopy(const QString& source, const QString& resolved) const;
+    void CheckExitCode(const ImportReport& report);
+    void CheckMove(const ImportReport& report);
+    void CheckLeftovers();
+
+    const FileTree& m_tree;
+    const ImportStep m_step;
+    const CopyRecords m_records;
+    const ExpectedImport m_expected;
+    const Stamps m_before;
+    Stamps m_after;
+    QStringList m_wrong;
+};
+
+} // namespace Halvern::Test

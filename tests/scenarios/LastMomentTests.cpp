@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// What changes between a plan and its execution, or while it is executed.
+
+#include "FileStamp.h"
+#include "FileTree.h"
+#include "TestPlugins.h"
+
+#include "corsync/ImportJob.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <utility>
+
+namespace Halvern::Test {
+
+using namespace Jobs;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Does something when the first file of an execution is done.
+class AfterTheFirstFile : public IJobObserver
+{
+public:
+    explicit AfterTheFirstFile(std::function<void()> action) : m_action(std::move(action)) {}
+    void FileDone(const FileResult&) override
+    {
+        if (m_action)
+            std::exchange(m_action, nullptr)();
+    }
+
+private:
+    std::function<void()> m_action;
+};
+
+/// work/proj has a.txt, b.txt and top.tlk, which links b.txt; they go to cloud/proj.
+class LastMoment : public ::testing::Test
+{
+protected:
+    LastMoment()
+    {
+        RegisterTestResolver(tree, u"plugins"_s);
+        tree.File(u"work/proj/a.txt"_s, "a")
+            .File(u"work/proj/b.txt"_s, "b")
+            .File(u"work/proj/top.tlk"_s, "link 1 b.txt\n");
+        SyncServices::ServicesSettings settings;
+        settings.cloudCacheFolder = tree.Path(u"cloud"_s);
+        settings.databaseFile = tree.Path(u"sync.db"_s);
+        session.emplace(settings, QStringList{tree.Path(u"plugins"_s), TestPluginFolder()});
+        request.sources = {tree.Path(u"work/proj"_s)};
+    }
+    /// Executes the plan after something happened.
+    JobResult Execute(const std::function<void()>& between, IJobObserver* observer = nullptr)
+    {
+        ImportJob job(*session, request, observer);
+        EXPECT_TRUE(job.MakePlan().conflicts.isEmpty());
+        between();
+        return job.Execute();
+    }
+    FileResult Of(const JobResult& result, const QString& source) const
+    {
+        for (const FileResult& file : result.files)
+            if (file.source == tree.Path(u"work/proj/"_s + source))
+                return file;
+        ADD_FAILURE() << source.toStdString() << " is not in the result";
+        return {};
+    }
+    FileStamp Stamp(const QString& file) const { return StampOf(tree.Path(file)); }
+
+    FileTree tree;
+    std::optional<Session> session;
+    ImportRequest request;
+};
+
+} // namespace
+
+TEST_F(LastMoment, AFileThatAppearedAtATargetAfterPlanningIsNoVictim)
+{
+    for (const CollisionPolicy policy :
+         {CollisionPolicy::Stop, CollisionPolicy::Keep, CollisionPolicy::Rename}) {
+        if (tree.Exists(u"cloud/proj"_s))
+            tree.Remove(u"cloud/proj"_s);
+        request.selectedCollisions = request.linkedCollisions = policy;
+        FileStamp foreign;
+        const JobResult result = Execute([&] {
+            tree.File(u"cloud/proj/b.txt"_s, "foreign");
+            foreign = Stamp(u"cloud/proj/b.txt"_s);
+        });
+        EXPECT_EQ(Stamp(u"cloud/proj/b.txt"_s), foreign) << int(policy);
+        EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "a");
+        const FileResult b = Of(result, u"b.txt"_s);
+        EXPECT_TRUE(b.outcome == Outcome::Failed || b.outcome == Outcome::Kept ||
+                    b.outcome == Outcome::Renamed)
+            << int(b.outcome);
+    }
+}
+
+TEST_F(LastMoment, AFileThatAppearsWhileOthersAreCopiedIsNoVictim)
+{
+    FileStamp foreign;
+    AfterTheFirstFile observer([&] {
+        tree.File(u"cloud/proj/top.tlk"_s, "foreign");
+        foreign = Stamp(u"cloud/proj/top.tlk"_s);
+    });
+    const JobResult result = Execute([] {}, &observer);
+    EXPECT_EQ(Stamp(u"cloud/proj/top.tlk"_s), foreign);
+    EXPECT_EQ(Of(result, u"top.tlk"_s).outcome, Outcome::Failed);
+    EXPECT_EQ(Of(result, u"top.tlk"_s).remark, Remark::TargetChanged);
+}
+
+TEST_F(LastMoment, ACopyThatItsOwnerEditsAfterPlanningIsNotReplaced)
+{
+    Execute([] {});
+    tree.File(u"work/proj/a.txt"_s, "a second");
+    SetModifiedNanoseconds(tree.Path(u"work/proj/a.txt"_s),
+                           ModifiedNanoseconds(tree.Path(u"work/proj/a.txt"_s)) + 2'000'000'000);
+    const JobResult result = Execute([&] { tree.File(u"cloud/proj/a.txt"_s, "mine"); });
+    EXPECT_EQ(Of(result, u"a.txt"_s).outcome, Outcome::Failed);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "mine");
+}
+
+TEST_F(LastMoment, WhatIsReplacedIsWhatStandsThereThenAndGoesToTheBaseStore)
+{
+    request.selectedCollisions = CollisionPolicy::Replace;
+    tree.File(u"cloud/proj/a.txt"_s, "foreign");
+    Execute([&] { tree.File(u"cloud/proj/a.txt"_s, "foreign, saved again"); });
+    bool isKept = tree.Read(u"cloud/proj/a.txt"_s) == "foreign, saved again";
+    if (tree.Exists(u"sync.db.base"_s))
+        for (const QByteArray& content : tree.Contents(u"sync.db.base"_s))
+            isKept = isKept || content == "foreign, saved again";
+    EXPECT_TRUE(isKept);
+}
+
+TEST_F(LastMoment, ASourceThatVanishedAfterPlanningHasALineAndIsAFailure)
+{
+    const JobResult result = Execute([&] { tree.Remove(u"work/proj/b.txt"_s); });
+    EXPECT_EQ(Of(result, u"b.txt"_s).outcome, Outcome::Failed);
+    EXPECT_TRUE(Of(result, u"b.txt"_s).IsProblem());
+    EXPECT_GT(result.summary.filesWithProblems, 0);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "a");
+}
+
+TEST_F(LastMoment, ASourceThatWasSavedAfterItsLinksWereReadIsNotDeletedByAMove)
+{
+    request.move = true;
+    Execute([&] { tree.File(u"work/proj/top.tlk"_s, "link 1 b.txt\nlink 2 other.txt\n"); });
+    EXPECT_EQ(Stamp(u"work/proj/top.tlk"_s).content, "link 1 b.txt\nlink 2 other.txt\n");
+}
+
+TEST_F(LastMoment, ASourceThatIsSavedWhileOthersAreCopiedIsNotDeletedByAMove)
+{
+    request.move = true;
+    AfterTheFirstFile observer([&] { tree.File(u"work/proj/a.txt"_s, "saved meanwhile"); });
+    Execute([] {}, &observer);
+    EXPECT_TRUE(Stamp(u"work/proj/a.txt"_s).content == "saved meanwhile" ||
+                Stamp(u"cloud/proj/a.txt"_s).content == "saved meanwhile");
+}
+
+TEST_F(LastMoment, ATargetFolderThatVanishesIsMadeAgainOrItsFilesFail)
+{
+    AfterTheFirstFile observer([&] { tree.Remove(u"cloud/proj"_s); });
+    const JobResult result = Execute([] {}, &observer);
+    for (const FileResult& file : result.files)
+        if (file.outcome == Outcome::Copied && file.source != result.files.first().source) {
+            EXPECT_EQ(StampOf(file.target).kind, "file") << file.target.toStdString();
+        }
+}
+
+TEST_F(LastMoment, AFolderThatAppearedAtATargetIsAFailureOfThatFile)
+{
+    const JobResult result = Execute([&] { tree.File(u"cloud/proj/b.txt/inner"_s, "foreign"); });
+    EXPECT_EQ(Of(result, u"b.txt"_s).outcome, Outcome::Failed);
+    EXPECT_EQ(tree.Read(u"cloud/proj/b.txt/inner"_s), "foreign");
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "a");
+}
+
+} // namespace Halvern::Test

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Random trees, options and prior states, and a model of what an import may do with them. Each
+// seed is a history of imports with changes of both sides between them; after each one:
+//
+//   - outside the cloud folder nothing has changed, but for sources that a move was to delete;
+//   - old content of the cloud folder is there or in the base store;
+//   - what is kept, left or foreign is the same file with the same bytes and time;
+//   - each copy has the content of its source, and its links lead to the copies of what the
+//     source's links lead to; dead links stand as they stood;
+//   - each file has one line, and the exit code tells whether something is missing;
+//   - the same import once more changes nothing.
+//
+// CORSYNC_PROPERTY_SEEDS is how many seeds are tried, CORSYNC_PROPERTY_SEED the first of them.
+
+#include "ImportChecks.h"
+
+namespace Halvern::Test {
+
+namespace {
+
+/// Starting a program takes long under Wine.
+const int DefaultSeeds = QDir::separator() == u'/' ? 24 : 4;
+
+int FromEnvironment(const char* name, int otherwise)
+{
+    bool isNumber = false;
+    const int number = qEnvironmentVariableIntValue(name, &isNumber);
+    return isNumber ? number : otherwise;
+}
+
+class NeverSilentlyWrong : public ScenarioFixture
+{
+protected:
+    /// What is wrong after a history of imports; empty: nothing.
+    QStringList Play(quint32 seed)
+    {
+        RandomWorld world(tree, seed);
+        world.MakeSources();
+        CopyRecords records;
+        for (int round = 0; round < 5; ++round) {
+            const ImportStep step = world.NextImport();
+            if (round > 0)
+                world.Disturb(CopiesOf(records), step);
+            tree.Folder(u"work/proj"_s);
+            QStringList wrong = PlayStep(world, step, records);
+            if (!wrong.isEmpty())
+                return wrong + QStringList{u"--- what was done:"_s, world.Script()};
+        }
+        return {};
+    }
+
+private:
+    static QStringList CopiesOf(const CopyRecords& records)
+    {
+        QStringList copies;
+        for (const CopyRecord& record : records)
+            copies.append(record.target);
+        return copies;
+    }
+
+    QStringList PlayStep(RandomWorld& world, const ImportStep& step, CopyRecords& records)
+    {
+        for (const QString& source : step.sources)
+            if (!tree.Exists(u"work/"_s + source))
+                return {};
+        ImportChecks checks(tree, step, records);
+        Note(world, step);
+        const ImportReport first = Report(step.Arguments());
+        QStringList wrong = checks.Check(first);
+        if (!wrong.isEmpty())
+            return wrong + QStringList{::testing::PrintToString(first).c_str()};
+        records = checks.Recorded(first);
+        for (const ReportedFile& file : first.files)
+            if (file.sourceDeleted)
+                return {};
+        Note(world, step);
+        const ImportReport second = Report(step.Arguments());
+        wrong = checks.CheckSecond(first, second);
+        if (!wrong.isEmpty())
+            wrong += {::testing::PrintToString(first).c_str(), u"--- second:"_s,
+                      ::testing::PrintToString(second).c_str()};
+        return wrong;
+    }
+
+    void Note(RandomWorld& world, const ImportStep& step) const
+    {
+        QStringList arguments;
+        for (const QString& argument : ImportArguments(step.Arguments()))
+            arguments.append(u'"' + QString(argument).replace(tree.Path(), u"$TREE"_s) + u'"');
+        world.Note(u"(TREE=$PWD; cd work; HOME=$TREE/home corsync "_s + arguments.join(u' ') +
+                   u')');
+    }
+};
+
+} // namespace
+
+TEST_F(NeverSilentlyWrong, WhateverIsImportedOverWhateverIsThere)
+{
+    const quint32 first = quint32(FromEnvironment("CORSYNC_PROPERTY_SEED", 1));
+    const int count =
+        FromEnvironment("CORSYNC_PROPERTY_SEEDS",
+                        qEnvironmentVariableIsSet("CORSYNC_PROPERTY_SEED") ? 1 : DefaultSeeds);
+    const FileTree::Snapshot plugins = tree.Contents(u"plugins"_s);
+    for (quint32 seed = first; seed < first + quint32(count) && !HasFailure(); ++seed) {
+        for (const QString& name :
+             QDir(tree.Path())
+                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+            tree.Remove(name);
+        for (auto it = plugins.begin(); it != plugins.end(); ++it)
+            tree.File(u"plugins/"_s + it.key(), it.value());
+        const QStringList wrong = Play(seed);
+        EXPECT_TRUE(wrong.isEmpty()) << "CORSYNC_PROPERTY_SEED=" << seed << '\n'
+                                     << wrong.join(u'\n').toStdString();
+    }
+}
+
+} // namespace Halvern::Test

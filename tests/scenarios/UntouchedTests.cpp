@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// What an import leaves where it is stays as it is: which file, every byte, and its time.
+
+#include "ScenarioFixture.h"
+
+namespace Halvern::Test {
+
+namespace {
+
+/// work/proj/top.<type> links ../lib/part.bin, so that its copy gets other links than the source.
+class UntouchedFiles : public ScenarioFixture
+{
+protected:
+    void MakeProject(const QString& type)
+    {
+        Design(u"work/proj/top."_s + type, {u"../lib/part.bin"_s}, "source");
+        tree.File(u"work/lib/part.bin"_s, "part");
+    }
+    /// Writes a file that does not let itself be written to.
+    void MakeReadOnly(const QString& file)
+    {
+        ASSERT_TRUE(QFile::setPermissions(tree.Path(file), QFile::ReadOwner | QFile::ReadUser));
+    }
+};
+
+class UntouchedFilesOfFormat : public UntouchedFiles, public ::testing::WithParamInterface<QString>
+{};
+
+} // namespace
+
+TEST_P(UntouchedFilesOfFormat, AKeptForeignFileWithTheSameLinksStaysAsItIs)
+{
+    const QString top = u"cloud/Demo/top."_s + GetParam();
+    MakeProject(GetParam());
+    Design(top, {u"../lib/part.bin"_s}, "foreign");
+    const FileStamp before = Stamp(top);
+
+    const ImportReport report =
+        Report({u"proj/top."_s + GetParam(), u"--to"_s, u"Demo"_s, u"--collisions"_s, u"keep"_s});
+
+    EXPECT_EQ(report.StatusOf(u"work/proj/top."_s + GetParam()), u"kept"_s)
+        << report.Lines().join(u'\n').toStdString();
+    EXPECT_EQ(Stamp(top), before);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "part");
+}
+
+TEST_P(UntouchedFilesOfFormat, AKeptForeignFileStaysAsItIsWhenItLinksNothing)
+{
+    const QString top = u"cloud/Demo/top."_s + GetParam();
+    MakeProject(GetParam());
+    Design(top, {}, "foreign");
+    const FileStamp before = Stamp(top);
+    const QStringList arguments{u"proj/top."_s + GetParam(), u"--to"_s, u"Demo"_s,
+                                u"--collisions"_s, u"keep"_s};
+    Report(arguments);
+    Report(arguments);
+    EXPECT_EQ(Stamp(top), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, UntouchedFilesOfFormat,
+                         ::testing::Values(u"gltf"_s, u"svg"_s, u"obj"_s, u"scad"_s, u"stp"_s,
+                                           u"tlk"_s),
+                         [](const auto& type) { return type.param.toStdString(); });
+
+TEST_F(UntouchedFiles, AReadOnlyForeignFileIsNotReplaced)
+{
+    MakeProject(u"gltf"_s);
+    Design(u"cloud/Demo/top.gltf"_s, {u"../lib/part.bin"_s}, "foreign");
+    MakeReadOnly(u"cloud/Demo/top.gltf"_s);
+    const FileStamp before = Stamp(u"cloud/Demo/top.gltf"_s);
+    const ImportReport report =
+        Report({u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s, u"--collisions"_s, u"replace"_s});
+    EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.StatusOf(u"work/proj/top.gltf"_s), u"failed"_s);
+    EXPECT_EQ(Stamp(u"cloud/Demo/top.gltf"_s), before);
+}
+
+TEST_F(UntouchedFiles, AReadOnlyCopyIsNotRelinkedAndTheLineSaysThatItsLinksAreOld)
+{
+    MakeProject(u"svg"_s);
+    const QStringList arguments{u"proj/top.svg"_s, u"--to"_s, u"Demo"_s, u"--linked-collisions"_s,
+                                u"rename"_s};
+    ASSERT_EQ(Import(arguments).exitCode, 0);
+    MakeReadOnly(u"cloud/Demo/top.svg"_s);
+    const FileStamp before = Stamp(u"cloud/Demo/top.svg"_s);
+    // The part gets another name: a file of somebody else has taken its own.
+    tree.Remove(u"cloud/Demo/lib/part.bin"_s).File(u"cloud/Demo/lib/part.bin"_s, "foreign");
+    const ImportReport report = Report(arguments);
+    EXPECT_NE(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_EQ(Stamp(u"cloud/Demo/top.svg"_s), before);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "foreign");
+    EXPECT_NE(Report(arguments).exitCode, 0) << "still so";
+}
+
+TEST_F(UntouchedFiles, WithLinksOnlyTheFileThatStandsAtTheTargetOfTheGivenOneStaysAsItIs)
+{
+    MakeProject(u"gltf"_s);
+    Design(u"cloud/Demo/top.gltf"_s, {u"../lib/part.bin"_s}, "foreign");
+    const FileStamp before = Stamp(u"cloud/Demo/top.gltf"_s);
+    const ImportReport report =
+        Report({u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s, u"--links-only"_s});
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_EQ(Stamp(u"cloud/Demo/top.gltf"_s), before);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "part");
+}
+
+TEST_F(UntouchedFiles, WithLinksOnlyAnEarlierCopyOfTheGivenFileStaysAsItIs)
+{
+    MakeProject(u"gltf"_s);
+    ASSERT_EQ(Import({u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s}).exitCode, 0);
+    const FileStamp before = Stamp(u"cloud/Demo/top.gltf"_s);
+    tree.Remove(u"cloud/Demo/lib/part.bin"_s).File(u"cloud/Demo/lib/part.bin"_s, "foreign");
+    Report({u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s, u"--links-only"_s, u"--linked-collisions"_s,
+            u"rename"_s});
+    EXPECT_EQ(Stamp(u"cloud/Demo/top.gltf"_s), before);
+}
+
+TEST_F(UntouchedFiles, ACopyThatItsOwnerEditedIsNotRelinkedWhenAPartGetsAnotherPlace)
+{
+    MakeProject(u"scad"_s);
+    const QStringList arguments{u"proj/top.scad"_s, u"--to"_s, u"Demo"_s, u"--linked-collisions"_s,
+                                u"rename"_s};
+    ASSERT_EQ(Import(arguments).exitCode, 0);
+    Save(u"cloud/Demo/top.scad"_s, tree.Read(u"cloud/Demo/top.scad"_s) + "// mine\n");
+    const FileStamp before = Stamp(u"cloud/Demo/top.scad"_s);
+    tree.Remove(u"cloud/Demo/lib/part.bin"_s).File(u"cloud/Demo/lib/part.bin"_s, "foreign");
+    const ImportReport report = Report(arguments);
+    EXPECT_EQ(report.StatusOf(u"work/proj/top.scad"_s), u"left"_s)
+        << ::testing::PrintToString(report);
+    EXPECT_EQ(Stamp(u"cloud/Demo/top.scad"_s), before);
+}
+
+TEST_F(UntouchedFiles, ACopyThatIsRelinkedInPlaceIsInTheBaseStoreAsItWas)
+{
+    MakeProject(u"gltf"_s);
+    const QStringList arguments{u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s, u"--linked-collisions"_s,
+                                u"rename"_s};
+    ASSERT_EQ(Import(arguments).exitCode, 0);
+    const QByteArray before = tree.Read(u"cloud/Demo/top.gltf"_s);
+    tree.Remove(u"cloud/Demo/lib/part.bin"_s).File(u"cloud/Demo/lib/part.bin"_s, "foreign");
+    const ImportReport report = Report(arguments);
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    const QString part = report.Of(u"work/lib/part.bin"_s).target;
+    EXPECT_EQ(tree.Read(part), "part");
+    EXPECT_EQ(LinksOf(u"cloud/Demo/top.gltf"_s),
+              QStringList{part.mid(QString(u"cloud/Demo/"_s).size())});
+    EXPECT_TRUE(BaseStoreHolds(before));
+    EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "foreign");
+}
+
+} // namespace Halvern::Test
