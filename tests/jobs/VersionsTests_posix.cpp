@@ -45,16 +45,16 @@ TEST_F(OldVersionsOnPosix, AreNeverWrittenThroughASymbolicLink)
     tree.Remove(u"cloud/a"_s).Remove(u"cloud/d"_s);
     Link(u"work/mine"_s, u"cloud/a"_s);
     Link(u"work/folder"_s, u"cloud/d"_s);
-    const Refusal file = RefusalToRestore(Cloud(u"a"_s));
+    const Refusal file = RefusalOf([&] { Restore(Cloud(u"a"_s)); });
     EXPECT_EQ(file.kind, JobErrorKind::RestoreRefused);
     EXPECT_EQ(file.text, u"cloud/a is a symbolic link"_s);
-    const Refusal folder = RefusalToRestore(Cloud(u"d/e"_s));
+    const Refusal folder = RefusalOf([&] { Restore(Cloud(u"d/e"_s)); });
     EXPECT_EQ(folder.kind, JobErrorKind::RestoreRefused);
     EXPECT_EQ(folder.text, u"cloud/d/e lies beyond a symbolic link"_s);
     EXPECT_EQ(tree.Read(u"work/mine"_s), "mine");
     EXPECT_EQ(tree.Read(u"work/folder/e"_s), "mine, too");
     Link(u"work/nowhere"_s, u"work/dangling"_s);
-    EXPECT_EQ(RefusalToRestore(Cloud(u"a"_s), 1, tree.Path(u"work/dangling"_s)).text,
+    EXPECT_EQ(RefusalOf([&] { Restore(Cloud(u"a"_s), 1, tree.Path(u"work/dangling"_s)); }).text,
               u"work/dangling exists already"_s);
     EXPECT_FALSE(tree.Exists(u"work/nowhere"_s));
 }
