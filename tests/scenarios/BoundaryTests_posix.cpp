@@ -36,6 +36,7 @@ protected:
     }
     void Link(const QString& at, const QString& to)
     {
+        tree.Folder(QFileInfo(at).path());
         ASSERT_TRUE(QFile::link(tree.Path(to), tree.Path(at)));
     }
 };
@@ -50,7 +51,7 @@ TEST_F(Boundary, RefusesPlacesOfTheSystemAndOfSecrets)
                               u"/etc/shadow"_s,
                               u"/proc/self/environ"_s,
                               u"/proc/cpuinfo"_s,
-                              u"/sys/kernel/ostype"_s,
+                              u"/sys/devices/system/cpu/online"_s,
                               u"/dev/null"_s};
     for (const QString& link : refused) {
         const ImportReport report = Bring({link, u"../lib/part.png"_s});
