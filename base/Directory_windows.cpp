@@ -66,9 +66,11 @@ EntryKind KindOf(FileKind kind)
     return EntryKind::Unknown;
 }
 
+/// Below a file, too, there is nothing.
 bool IsNotThere(DWORD error)
 {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+           error == ERROR_DIRECTORY || error == ERROR_INVALID_NAME;
 }
 
 /// For a symbolic link or a junction.

@@ -8,9 +8,6 @@
 
 #include <winternl.h>
 
-extern "C" NTSTATUS NTAPI NtQueryFullAttributesFile(POBJECT_ATTRIBUTES attributes,
-                                                    PFILE_NETWORK_OPEN_INFORMATION information);
-
 namespace Halvern::Base {
 
 namespace {
@@ -59,10 +56,10 @@ private:
     OBJECT_ATTRIBUTES m_attributes = {};
 };
 
-/// Longer ones would not fit the sizes of these calls, and no disk has them.
+/// Nobody has longer ones; Wine answers that there is no such file.
 bool IsNameLength(const std::wstring& name)
 {
-    const bool fits = name.size() < 32768;
+    const bool fits = name.size() <= 255;
     if (!fits)
         ::SetLastError(ERROR_FILENAME_EXCED_RANGE);
     return fits;
@@ -83,11 +80,23 @@ bool Create(NameIn name, DWORD access, DWORD attributes, DWORD share, DWORD disp
     return true;
 }
 
+bool IsWine()
+{
+    static const bool isWine =
+        ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+    return isWine;
+}
+
+/// Wine alone needs them; see IsLink in WindowsApi.h.
 DWORD AttributesByName(HANDLE folder, const std::wstring& name)
 {
-    FILE_NETWORK_OPEN_INFORMATION info = {};
-    NameIn place(folder, name);
-    return NT_SUCCESS(::NtQueryFullAttributesFile(place.Get(), &info)) ? info.FileAttributes : 0;
+    std::wstring path(32768, L'\0');
+    const DWORD size =
+        IsWine() ? ::GetFinalPathNameByHandleW(folder, path.data(), DWORD(path.size()), 0) : 0;
+    if (size == 0 || size >= path.size())
+        return 0;
+    path.resize(size);
+    return ::GetFileAttributesW((path + L'\\' + name).c_str());
 }
 
 std::vector<char> RenameRequest(DWORD flags, HANDLE folder, const std::wstring& name)

@@ -16,10 +16,13 @@ FileResult Refuse(FileProblem problem, const std::filesystem::path& relative, co
 }
 
 /// A name must be one for the system as it is: what it would cut or take for something else names
-/// another file.
+/// another file. One with a slash, as the root of a path is, would lead anywhere, whatever was
+/// checked before.
 bool IsName(const std::filesystem::path& part)
 {
     const std::u16string text = PathText(part);
+    if (text.find(u'/') != std::u16string::npos)
+        return false;
     return part.native().find(std::filesystem::path::value_type(0)) ==
                std::filesystem::path::string_type::npos &&
            ForbiddenName(text).empty();

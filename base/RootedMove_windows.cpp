@@ -54,17 +54,26 @@ FileResult DropName(const Place& place)
 }
 
 /// The system denies it when somebody has the replaced file open: later it may work.
-FileResult ReplaceNow(const Place& from, const Place& to, bool isReadOnly)
+FileResult ReplaceEntry(const Place& from, const Place& to)
 {
     FileResult renamed;
     WithPatience([&] {
         renamed = Rename(from, to, true);
-        ::SetLastError(isReadOnly ? DWORD(ERROR_SUCCESS) : renamed.Code());
+        ::SetLastError(renamed.Code());
         return bool(renamed);
     });
-    if (renamed.Code() == ERROR_ACCESS_DENIED && !isReadOnly)
+    if (renamed.Code() == ERROR_ACCESS_DENIED)
         return FileResult::Failed(renamed.What(), renamed.Code(), true);
     return renamed;
+}
+
+bool IsReadOnly(const Place& place)
+{
+    NtFile opened;
+    BY_HANDLE_FILE_INFORMATION info = {};
+    return place.Open(FILE_READ_ATTRIBUTES, SharedByAll, opened) &&
+           ::GetFileInformationByHandle(opened.Get(), &info) &&
+           (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
 FileResult Replace(const Place& from, const Place& to)
@@ -82,13 +91,9 @@ FileResult Replace(const Place& from, const Place& to)
                                    PathToUtf8(to.relative) + " is a folder");
     if (moved.kind == FileKind::Folder)
         return FileResult::Failed(PathToUtf8(to.relative), ERROR_DIRECTORY);
-    NtFile there;
-    BY_HANDLE_FILE_INFORMATION info = {};
-    const bool isReadOnly = to.Open(FILE_READ_ATTRIBUTES, SharedByAll, there) &&
-                            ::GetFileInformationByHandle(there.Get(), &info) &&
-                            (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
-    there = NtFile();
-    return ReplaceNow(from, to, isReadOnly);
+    if (IsReadOnly(to))
+        return FileResult::Failed(PathToUtf8(to.relative), ERROR_ACCESS_DENIED);
+    return ReplaceEntry(from, to);
 }
 
 } // namespace

@@ -17,6 +17,8 @@ constexpr char Examples[] = R"(Examples:
   corsync import a.gltf --dry-run         what would happen, without doing it
   corsync import a.gltf --collisions rename
   corsync retry Demo                      rewrite the links that could not be yet
+  corsync versions Demo/a.gltf            what a file was before it was replaced
+  corsync restore Demo/a.gltf             the newest of these, put back
   corsync links a.gltf                    the links of a file
   corsync plugins                         which formats are understood
 
@@ -66,6 +68,8 @@ CommandLine::CommandLine()
     m_app.allow_windows_style_options(false);
     AddImport();
     AddRetry();
+    AddVersions();
+    AddRestore();
     AddLinks();
     AddPlugins();
 }
@@ -74,7 +78,7 @@ Options CommandLine::Parse(const QStringList& arguments)
 {
     m_app.parse(Reversed(arguments));
     if (m_app.get_subcommands().empty())
-        throw CLI::RequiredError("a command (import, retry, links or plugins)");
+        throw CLI::RequiredError("a command (import, retry, versions, restore, links or plugins)");
     Options options;
     options.common = m_common;
     if (m_linksCommand->parsed()) {
@@ -83,6 +87,10 @@ Options CommandLine::Parse(const QStringList& arguments)
         options.command = ParsedImport();
     } else if (m_retryCommand->parsed()) {
         options.command = m_retry;
+    } else if (m_versionsCommand->parsed()) {
+        options.command = m_versions;
+    } else if (m_restoreCommand->parsed()) {
+        options.command = m_restore;
     } else {
         m_plugins.load = !m_noLoad;
         options.command = m_plugins;

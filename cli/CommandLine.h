@@ -50,6 +50,8 @@ private:
     void AddDecisions(CLI::App& app);
     void AddImport();
     void AddRetry();
+    void AddVersions();
+    void AddRestore();
     void AddLinks();
     void AddPlugins();
     ImportOptions ParsedImport() const;
@@ -58,6 +60,8 @@ private:
     CLI::App m_app;
     CLI::App* m_importCommand = nullptr;
     CLI::App* m_retryCommand = nullptr;
+    CLI::App* m_versionsCommand = nullptr;
+    CLI::App* m_restoreCommand = nullptr;
     CLI::App* m_linksCommand = nullptr;
     CLI::Option* m_selectedOption = nullptr;
     CLI::Option* m_linkedOption = nullptr;
@@ -66,6 +70,8 @@ private:
     CommonOptions m_common;
     ImportOptions m_import;
     RetryOptions m_retry;
+    VersionsOptions m_versions;
+    RestoreOptions m_restore;
     LinksOptions m_links;
     PluginsOptions m_plugins;
     bool m_noLoad = false;

@@ -3,8 +3,7 @@
 #include "Descriptors.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include <cstdlib>
 
 #include <fcntl.h>
 #include <io.h>
@@ -23,6 +22,12 @@ constexpr DWORD StandardHandles[] = {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ER
 HANDLE HandleOf(int descriptor)
 {
     return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+}
+
+/// What errno says of a pipe without a reader is no help. A disk that is full is no error here.
+QString ReasonOfFailure(bool isError)
+{
+    return qt_error_string(isError ? int(_doserrno) : ERROR_DISK_FULL).trimmed();
 }
 
 } // namespace
@@ -87,7 +92,7 @@ QString WriteAll(int descriptor, const QByteArray& bytes)
         const unsigned wanted = unsigned(std::min(Portion, bytes.size() - done));
         const int written = _write(descriptor, bytes.constData() + done, wanted);
         if (written <= 0)
-            return QString::fromLocal8Bit(std::strerror(written < 0 ? errno : ENOSPC));
+            return ReasonOfFailure(written < 0);
         done += written;
     }
     return {};

@@ -81,8 +81,10 @@ ExitCode ExitCodeOf(Jobs::JobErrorKind kind)
     case Jobs::JobErrorKind::PluginFolderMissing:
     case Jobs::JobErrorKind::SourceRefused:
     case Jobs::JobErrorKind::TargetRefused:
+    case Jobs::JobErrorKind::RestoreRefused:
         return ExitCode::Usage;
     case Jobs::JobErrorKind::SourceMissing:
+    case Jobs::JobErrorKind::VersionMissing:
         return ExitCode::SourceMissing;
     case Jobs::JobErrorKind::DatabaseNotOpened:
         return ExitCode::PluginOrDatabase;
@@ -91,6 +93,7 @@ ExitCode ExitCodeOf(Jobs::JobErrorKind kind)
     case Jobs::JobErrorKind::SyncOff:
     case Jobs::JobErrorKind::SelectionRefused:
     case Jobs::JobErrorKind::PlanNotMade:
+    case Jobs::JobErrorKind::RestoreFailed:
     case Jobs::JobErrorKind::WrongOrder:
         return ExitCode::Failed;
     }

@@ -17,6 +17,22 @@ namespace {
 /// After the end, only programs that were started can still hold the pipe open.
 constexpr int MillisecondsBetweenLooks = 50;
 
+/// Line ends as Windows has them are no control characters, also when they come in two pieces.
+class LineEnds
+{
+public:
+    QString Unified(const QString& piece)
+    {
+        QString text = m_held + piece;
+        m_held = text.endsWith(u'\r') ? QStringLiteral("\r") : QString();
+        text.chop(m_held.size());
+        return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    }
+
+private:
+    QString m_held;
+};
+
 } // namespace
 
 ForeignOutput::ForeignOutput(int messages) : m_messages(messages)
@@ -67,6 +83,7 @@ void ForeignOutput::RedirectTo(int descriptor)
 
 void ForeignOutput::Forward() noexcept
 {
+    LineEnds ends;
     QStringDecoder decode(QStringDecoder::Utf8);
     while (true) {
         if (!WaitForInput(m_readEnd, MillisecondsBetweenLooks)) {
@@ -79,7 +96,7 @@ void ForeignOutput::Forward() noexcept
             return;
         try {
             // A terminal that takes nothing any more is no reason to let the writer wait for ever.
-            (void)WriteAll(m_messages, MaskedLines(decode(bytes)).toUtf8());
+            (void)WriteAll(m_messages, MaskedLines(ends.Unified(decode(bytes))).toUtf8());
         } catch (const std::exception&) {
             // For want of memory this piece is lost; the next one may fit.
             continue;

@@ -87,7 +87,7 @@ void Import::Ask(Jobs::ImportJob& job, JobProgress& progress)
         if (!answers || answers->isEmpty())
             return;
         answered.insert(*answers);
-        job.Resolve(*answers);
+        job.Resolve(answered);
     }
 }
 

@@ -60,6 +60,21 @@ struct RetryOptions
     ProgressMode progress = ProgressMode::Auto;
 };
 
+struct VersionsOptions
+{
+    QString file;
+    Jobs::Places places;
+};
+
+struct RestoreOptions
+{
+    QString file;
+    int number = 1;
+    /// Empty: the file itself.
+    QString output;
+    Jobs::Places places;
+};
+
 struct LinksOptions
 {
     QStringList files;
@@ -73,7 +88,9 @@ struct PluginsOptions
 struct Options
 {
     CommonOptions common;
-    std::variant<ImportOptions, RetryOptions, LinksOptions, PluginsOptions> command;
+    std::variant<ImportOptions, RetryOptions, VersionsOptions, RestoreOptions, LinksOptions,
+                 PluginsOptions>
+        command;
 };
 
 /// Either options, or what to print and with which code to end.

@@ -9,7 +9,9 @@
 #include "Logging.h"
 #include "Options.h"
 #include "PluginsCommand.h"
+#include "RestoreCommand.h"
 #include "RetryCommand.h"
+#include "VersionsCommand.h"
 
 namespace Halvern::Cli {
 
@@ -25,6 +27,10 @@ ExitCode RunCommand(const Options& options, const Jobs::CancelToken& cancel, Con
             return RunLinks(command, options.common, cancel, console);
         else if constexpr (std::is_same_v<Command, RetryOptions>)
             return RunRetry(command, options.common, cancel, console);
+        else if constexpr (std::is_same_v<Command, VersionsOptions>)
+            return RunVersions(command, options.common, console);
+        else if constexpr (std::is_same_v<Command, RestoreOptions>)
+            return RunRestore(command, options.common, console);
         else
             return RunPlugins(command, options.common, cancel, console);
     };

@@ -7,7 +7,7 @@
 
 #include "syncservices/SyncLibUtil.h"
 
-#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 
 namespace Halvern::Jobs {
 
@@ -24,6 +24,7 @@ Closure::Closure(JobState& job, JobControl& control, LinkReader& reader, Boundar
 
 bool Closure::Find()
 {
+    CheckGivenLinks();
     const qsizetype selected = m_job.files.Size();
     for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
         if (m_control.IsCancelRequested())
@@ -34,6 +35,19 @@ bool Closure::Find()
         Follow(place);
     }
     return true;
+}
+
+/// A folder from somewhere may hold symbolic links to what its receiver keeps private.
+void Closure::CheckGivenLinks()
+{
+    for (JobFile& file : m_job.files) {
+        if (file.isFolder || !QFileInfo(file.source).isSymbolicLink())
+            continue;
+        const Boundary::Answer answer = m_boundary.Check(file.source);
+        file.outside = answer.outside;
+        if (!answer.allowed)
+            file.End(Outcome::Refused, answer.remark);
+    }
 }
 
 bool Closure::IsOpened(qsizetype place, qsizetype selected) const

@@ -25,6 +25,7 @@ public:
     bool Find();
 
 private:
+    void CheckGivenLinks();
     bool IsOpened(qsizetype place, qsizetype selected) const;
     void TakeLinks(JobFile& file);
     bool Restore(JobFile& file) const;

@@ -79,6 +79,9 @@ bool Decisions::Make(const Answers& answers)
     PlaceByRecords();
     if (!PlaceOtherwise() || !Look())
         return false;
+    m_control.BeginPhase(Phase::ResolvingConflicts, 0);
+    if (m_control.IsCancelRequested())
+        return false;
     Settle();
     PlanLinks(m_job);
     FindOrphans();
@@ -204,7 +207,7 @@ bool Decisions::Look()
             continue;
         }
         if (!file.isSelected && IsSameFile(file.source, file.target)) {
-            file.End(Outcome::InPlace);
+            TakeInPlace(file);
             continue;
         }
         if (m_job.request.linksOnly && file.isSelected) {
@@ -216,6 +219,19 @@ bool Decisions::Look()
         Decide(file, standing);
     }
     return true;
+}
+
+/// A copy of an earlier import that nobody changed may get other links; nothing else in the cloud
+/// folder is touched.
+void Decisions::TakeInPlace(JobFile& file) const
+{
+    file.End(Outcome::InPlace);
+    const CopyRecord* record = m_copies.OfTarget(file.target);
+    if (record && IsSameAsRecorded(record->targetStamp, record->recordedAt, file.target,
+                                   m_job.request.checksum, nullptr)) {
+        file.record = *record;
+        file.targetStatus = Base::ReadLinkStatus(Native(file.target));
+    }
 }
 
 void Decisions::Decide(JobFile& file, Standing standing)

@@ -43,6 +43,7 @@ private:
     void ShareCopies();
     bool PlaceOtherwise();
     bool IsStuck(const JobFile& file, Standing standing) const;
+    void TakeInPlace(JobFile& file) const;
     bool Look();
     void Decide(JobFile& file, Standing standing);
     void DecideTaken(JobFile& file, Standing standing);

@@ -88,7 +88,8 @@ bool ExcludeRules::AddFile(const QString& folder, const QString& file, const QBy
         return false;
     List list;
     list.place = file;
-    list.depth = folder.isEmpty() ? 0 : std::size_t(folder.count(u'/') + 1);
+    list.folder = folder.isEmpty() ? QString() : folder + u'/';
+    list.depth = std::size_t(list.folder.count(u'/'));
     int line = 0;
     for (const QStringView one : QStringView(*text).split(u'\n')) {
         ++line;
@@ -105,11 +106,13 @@ void ExcludeRules::KeepFiles(std::size_t count)
         m_files.pop_back();
 }
 
-const ExcludeRules::Rule* ExcludeRules::LastMatch(const List& list, PathNames path,
-                                                  bool isFolder) const
+const ExcludeRules::Rule* ExcludeRules::LastMatch(const List& list, const QString& path,
+                                                  PathNames names, bool isFolder) const
 {
+    if (!path.startsWith(list.folder))
+        return nullptr;
     for (auto rule = list.rules.rbegin(); rule != list.rules.rend(); ++rule)
-        if (rule->pattern.Matches(path.subspan(list.depth), isFolder, m_system))
+        if (rule->pattern.Matches(names.subspan(list.depth), isFolder, m_system))
             return &*rule;
     return nullptr;
 }
@@ -118,7 +121,7 @@ std::optional<ExcludeMatch> ExcludeRules::Match(const QString& path, bool isFold
 {
     const std::u32string text = path.toStdU32String();
     const std::vector<std::u32string_view> names = NamesOf(text);
-    const auto decide = [&](const List& list) { return LastMatch(list, names, isFolder); };
+    const auto decide = [&](const List& list) { return LastMatch(list, path, names, isFolder); };
     const List* deciding = &m_own;
     const Rule* rule = decide(m_own);
     for (auto file = m_files.rbegin(); !rule && file != m_files.rend(); ++file) {

@@ -29,7 +29,8 @@ struct ExcludeMatch
 /// the source folder.
 ///
 /// Of one list the last pattern that matches decides. The import's own list goes before those of
-/// files, of them the one in the deepest folder first, and the built-in list comes last:
+/// files, of them the one in the deepest folder first (which the caller adds last), and the
+/// built-in list comes last:
 ///
 ///     own "!*.FCStd1", built in "*.FCStd1"          a/part.FCStd1 is imported
 ///     .corsyncignore "*.bak", a/.corsyncignore "!keep.bak"      a/keep.bak is imported
@@ -41,8 +42,8 @@ struct ExcludeMatch
 class ExcludeRules
 {
 public:
-    /// The name of a file with patterns for its folder and those below. One that is imported must
-    /// be brought back by a pattern.
+    /// The name of files with patterns for their folder and those below. They are not imported
+    /// themselves, unless a pattern brings them back.
     static const QString FileName;
 
     explicit ExcludeRules(const QStringList& patterns = {}, Base::System system = Base::ThisSystem);
@@ -50,8 +51,8 @@ public:
     /// Whether an entry of this name is a file with patterns.
     bool IsRulesFile(const QString& name) const;
     /// Adds the patterns of the file .corsyncignore in `folder`, which is empty for the source
-    /// folder; `file` is its path as people see it. Requires: what was added before and is still
-    /// there stands in folders above this one. False, with nothing added, when it is no UTF-8.
+    /// folder; `file` is its path as people see it. What is added later goes first. False, with
+    /// nothing added, when it is no UTF-8.
     [[nodiscard]] bool AddFile(const QString& folder, const QString& file,
                                const QByteArray& content);
     std::size_t FileCount() const { return m_files.size(); }
@@ -71,11 +72,14 @@ private:
     {
         std::vector<Rule> rules;
         QString place;
-        /// How many names lead to the folder of the file.
+        /// The folder of the file with a slash at its end, empty for the source folder; how many
+        /// names lead there.
+        QString folder;
         std::size_t depth = 0;
     };
 
-    const Rule* LastMatch(const List& list, PathNames path, bool isFolder) const;
+    const Rule* LastMatch(const List& list, const QString& path, PathNames names,
+                          bool isFolder) const;
 
     Base::System m_system;
     List m_builtIn;

@@ -9,26 +9,9 @@
 #include "Results.h"
 #include "Selection.h"
 
-#include "syncservices/FolderManager.h"
-#include "syncservices/SyncManager.h"
-
 namespace Halvern::Jobs {
 
-using SyncFolderManagerLib::FolderManager;
-using SyncServices::SyncManager;
-
 namespace {
-
-void RequireSync()
-{
-    if (!FolderManager::GetInstance()->IsLoggedIn())
-        throw JobError(JobErrorKind::SyncOff,
-                       QStringLiteral("not logged in, the settings say (loggedIn)"));
-    if (!SyncManager::GetInstance()->IsCloudCacheFolderSyncEnabled())
-        throw JobError(JobErrorKind::SyncOff,
-                       QStringLiteral("sync of the cloud cache folder is off, the settings say "
-                                      "(cloudCacheFolderSyncEnabled)"));
-}
 
 void Require(bool order, const QString& text)
 {

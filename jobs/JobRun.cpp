@@ -16,7 +16,6 @@
 #include "base/FileRenaming.h"
 #include "syncservices/FolderManager.h"
 #include "syncservices/SyncManager.h"
-#include "syncservices/SyncPrivate.h"
 
 #include <algorithm>
 
@@ -25,7 +24,6 @@ namespace Halvern::Jobs {
 using FileLink::FileLinkImporter;
 using SyncFolderManagerLib::FolderManager;
 using SyncServices::SyncManager;
-using SyncServices::SyncPrivate;
 
 namespace {
 
@@ -36,14 +34,6 @@ std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>
     importer->SetSyncDatabase(database);
     importer->SetProblemSink(control);
     return importer;
-}
-
-std::unique_ptr<Ledger> OpenLedger()
-{
-    const SyncServices::ServicesSettings& settings = FolderManager::GetInstance()->GetSettings();
-    return Ledger::Open(settings.databaseFile,
-                        SyncPrivate::GetCurrentUserAuthenticationConfigurationId(),
-                        settings.databaseBusyTimeout, false);
 }
 
 } // namespace
@@ -139,6 +129,8 @@ void JobRun::Decide(const Answers& answers)
     m_control->BeginPhase(Phase::LookingForConflicts, 0);
     Decisions decisions(m_state, *m_control, m_reader, m_layout, m_copies);
     m_state.cancelled = !decisions.Make(answers) || m_control->StoppedJob();
+    if (m_state.request.move && !m_state.cancelled)
+        SourceRemoval(m_state, *m_control).Foresee();
     m_conflicts = decisions.Conflicts();
     m_findings = m_state.cancelled ? QList<Finding>() : LookAhead(m_state);
 }
@@ -194,6 +186,8 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
     const auto isMeant = [&](const JobFile& file) { return !file.isFolder && file.deed == deed; };
     m_control->BeginPhase(deed == Deed::Copy ? Phase::Copying : Phase::RewritingLinks,
                           std::count_if(m_state.files.begin(), m_state.files.end(), isMeant));
+    if (IsStopped())
+        return false;
     for (JobFile& file : m_state.files) {
         if (!isMeant(file)) {
             if (deed == Deed::Copy && file.deed == Deed::Nothing)

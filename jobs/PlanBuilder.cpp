@@ -22,7 +22,8 @@ bool IsCompanionLink(const SyncServices::FileLink& link)
 /// What a move deletes when everything turns out well.
 bool DeletesSource(const JobFile& file, const ImportRequest& request)
 {
-    if (!request.move || !file.isSelected)
+    if (!request.move || !file.isSelected || file.remark == Remark::SourceStays ||
+        file.linksState == LinksState::Failed)
         return false;
     return file.outcome == Outcome::Unchanged ||
            (file.deed == Deed::Copy && file.outcome != Outcome::Failed);

@@ -5,11 +5,15 @@
 #include "Paths.h"
 
 #include "base/Space.h"
+#include "syncservices/BaseStore.h"
+#include "syncservices/SyncManager.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
 namespace Halvern::Jobs {
+
+using SyncServices::SyncManager;
 
 namespace {
 
@@ -19,6 +23,7 @@ struct Needs
     qint64 bytes = 0;
     qint64 files = 0;
     /// Of what is put aside.
+    qint64 oldFiles = 0;
     qint64 oldBytes = 0;
     QSet<QString> folders;
 };
@@ -44,6 +49,7 @@ Needs NeedsOf(const JobState& job)
         const bool replaces = file.targetStatus.Exists() && file.outcome != Outcome::Renamed;
         needs.bytes += qint64(file.status.size);
         needs.files += replaces ? 0 : 1;
+        needs.oldFiles += replaces ? 1 : 0;
         needs.oldBytes += replaces ? qint64(file.targetStatus.size) : 0;
         const QString folder = QFileInfo(file.target).path();
         if (needs.folders.contains(folder))
@@ -85,6 +91,18 @@ void FindUnwritableFolders(const Needs& needs, QList<Finding>& findings)
     }
 }
 
+void FindLackOfBaseStore(const Needs& needs, QList<Finding>& findings)
+{
+    if (needs.oldFiles == 0)
+        return;
+    const SyncServices::BaseStoreStatus store = SyncManager::GetInstance()->GetBaseStoreStatus();
+    if (!store.problem.isEmpty())
+        findings.append({FindingKind::BaseStoreBroken, store.folder, 0, 0});
+    else if (needs.oldBytes > store.available)
+        findings.append(
+            {FindingKind::BaseStoreTooSmall, store.folder, needs.oldBytes, store.available});
+}
+
 } // namespace
 
 QList<Finding> LookAhead(const JobState& job)
@@ -95,6 +113,7 @@ QList<Finding> LookAhead(const JobState& job)
         return findings;
     FindLackOfSpace(job, needs, findings);
     FindUnwritableFolders(needs, findings);
+    FindLackOfBaseStore(needs, findings);
     return findings;
 }
 

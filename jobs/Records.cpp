@@ -5,12 +5,14 @@
 #include "LinkPlanning.h"
 #include "Paths.h"
 
+#include "syncservices/FolderManager.h"
 #include "syncservices/SyncPrivate.h"
 
 #include <QtCore/QFileInfo>
 
 namespace Halvern::Jobs {
 
+using SyncFolderManagerLib::FolderManager;
 using SyncServices::FileLink;
 using SyncServices::FileMapping;
 using SyncServices::SyncPrivate;
@@ -41,6 +43,14 @@ QStringList LinkedTargets(const JobFile& file, const JobFiles& files)
 }
 
 } // namespace
+
+std::unique_ptr<Ledger> OpenLedger()
+{
+    const SyncServices::ServicesSettings& settings = FolderManager::GetInstance()->GetSettings();
+    return Ledger::Open(settings.databaseFile,
+                        SyncPrivate::GetCurrentUserAuthenticationConfigurationId(),
+                        settings.databaseBusyTimeout, false);
+}
 
 CopyRecord RecordOf(const JobFile& file, const JobState& job)
 {

@@ -45,6 +45,8 @@ private:
     QElapsedTimer m_sinceWritten;
 };
 
+/// That of the session. Requires a session.
+std::unique_ptr<Ledger> OpenLedger();
 /// What is to be remembered of a copy that is in place.
 CopyRecord RecordOf(const JobFile& file, const JobState& job);
 

@@ -6,6 +6,7 @@
 
 #include "corsync/JobError.h"
 #include "syncservices/FolderManager.h"
+#include "syncservices/SyncManager.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -15,6 +16,7 @@
 namespace Halvern::Jobs {
 
 using SyncFolderManagerLib::FolderManager;
+using SyncServices::SyncManager;
 
 namespace {
 
@@ -60,6 +62,17 @@ bool IsInAnother(const QString& source, const QStringList& sources)
 }
 
 } // namespace
+
+void RequireSync()
+{
+    if (!FolderManager::GetInstance()->IsLoggedIn())
+        throw JobError(JobErrorKind::SyncOff,
+                       QStringLiteral("not logged in, the settings say (loggedIn)"));
+    if (!SyncManager::GetInstance()->IsCloudCacheFolderSyncEnabled())
+        throw JobError(JobErrorKind::SyncOff,
+                       QStringLiteral("sync of the cloud cache folder is off, the settings say "
+                                      "(cloudCacheFolderSyncEnabled)"));
+}
 
 QStringList CheckedSources(const QStringList& arguments)
 {

@@ -23,7 +23,7 @@ using Base::EntryKind;
 using Base::FolderEntry;
 
 /// More than people write; a file that is larger is something else.
-constexpr qsizetype LargestRulesFile = 1024 * 1024;
+constexpr qsizetype LargestRulesFile = qsizetype(1024) * 1024;
 
 QString Text(const std::string& utf8)
 {

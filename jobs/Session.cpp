@@ -88,8 +88,11 @@ public:
 
 ServicesSettings WithoutNewDatabase(ServicesSettings settings)
 {
-    if (!QFileInfo::exists(settings.databaseFile))
-        settings.databaseFile = InMemory;
+    if (QFileInfo::exists(settings.databaseFile))
+        return settings;
+    // Old versions may be there without the database.
+    settings.baseStoreFolder = settings.BaseStoreFolder();
+    settings.databaseFile = InMemory;
     return settings;
 }
 

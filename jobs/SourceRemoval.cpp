@@ -13,10 +13,8 @@
 
 namespace Halvern::Jobs {
 
-namespace {
-
-/// A copy of it is where it should be, with the links that it should have.
-bool HasGoodCopy(const JobFile& file)
+/// A copy of it is where it should be, with the links that it should have; in a plan, will be.
+bool SourceRemoval::HasGoodCopy(const JobFile& file) const
 {
     switch (file.outcome) {
     case Outcome::Copied:
@@ -24,7 +22,8 @@ bool HasGoodCopy(const JobFile& file)
     case Outcome::Replaced:
     case Outcome::Updated:
     case Outcome::Renamed:
-        return file.isDone && !file.isPending && file.remark != Remark::LinksNotRead;
+        return (file.isDone || !m_job.executed) && !file.isPending &&
+               file.linksState != LinksState::Failed;
     case Outcome::Unchanged:
         return !file.isPending && file.linksState != LinksState::Failed;
     default:
@@ -32,7 +31,23 @@ bool HasGoodCopy(const JobFile& file)
     }
 }
 
-} // namespace
+void SourceRemoval::Foresee()
+{
+    const QList<bool> broken = FindBroken();
+    for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
+        JobFile& file = m_job.files.At(place);
+        if (file.isSelected && !file.isFolder && HasGoodCopy(file) && broken.at(place))
+            Keep(file);
+    }
+}
+
+void SourceRemoval::Keep(JobFile& file)
+{
+    if (file.remark == Remark::None)
+        file.remark = Remark::SourceStays;
+    if (file.outcome == Outcome::Moved)
+        file.outcome = Outcome::Copied;
+}
 
 bool SourceRemoval::IsInOrder(const JobFile& file) const
 {
@@ -76,12 +91,9 @@ bool SourceRemoval::Remove(const std::function<void(JobFile&)>& told)
             continue;
         if (m_control.IsCancelRequested())
             return false;
-        if (broken.at(place))
-            file.remark = Remark::SourceStays;
-        else if (RemoveSource(file))
-            file.sourceDeleted = true;
-        if (!file.sourceDeleted && file.outcome == Outcome::Moved)
-            file.outcome = Outcome::Copied;
+        file.sourceDeleted = !broken.at(place) && RemoveSource(file);
+        if (!file.sourceDeleted)
+            Keep(file);
         told(file);
     }
     RemoveFolders();
@@ -96,7 +108,6 @@ bool SourceRemoval::RemoveSource(JobFile& file)
         m_control.Report({FileLink::Stage::CopyFiles, FileLink::ProblemKind::SourceNotDeleted,
                           file.source, text,
                           {}});
-        file.remark = Remark::SourceStays;
         return false;
     };
     const std::filesystem::path source = Native(file.source);

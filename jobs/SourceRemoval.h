@@ -17,12 +17,16 @@ class SourceRemoval
 public:
     SourceRemoval(JobState& job, JobControl& control) : m_job(job), m_control(control) {}
 
+    /// Marks in a plan the files whose sources will stay.
+    void Foresee();
     /// `told` hears of each file whose result changed. False when the job was cancelled.
     bool Remove(const std::function<void(JobFile&)>& told);
 
 private:
     QList<bool> FindBroken() const;
+    bool HasGoodCopy(const JobFile& file) const;
     bool IsInOrder(const JobFile& file) const;
+    static void Keep(JobFile& file);
     bool RemoveSource(JobFile& file);
     void RemoveFolders();
 

@@ -49,8 +49,8 @@ public:
     /// Newest first.
     QList<StoredVersion> VersionsOf(const QString& path) const;
     /// Writes a version to a new file. A failure leaves none; content that is not what the copy's
-    /// name tells is one.
-    Base::FileResult Write(const StoredVersion& version, const QString& target) const;
+    /// name tells is one. In a run the version then stays in the store until the run ends.
+    Base::FileResult Write(const StoredVersion& version, const QString& target);
     BaseStoreStatus Status() const;
 
 private:

@@ -104,14 +104,16 @@ QList<StoredVersion> BaseStore::VersionsOf(const QString& path) const
     return versions;
 }
 
-FileResult BaseStore::Write(const StoredVersion& version, const QString& target) const
+FileResult BaseStore::Write(const StoredVersion& version, const QString& target)
 {
+    const std::lock_guard guard(m_mutex);
     OpenFile copy;
     const QString name = QFileInfo(version.storeFile).fileName();
     if (!StoreNames::IsCopyName(name))
         return FileResult::Failed("it is no copy of the base store");
     if (FileResult opened = copy.Open(PathOf(name)); !opened)
         return FileResult::Failed("the copy in the base store cannot be read: " + opened.Text());
+    m_runs.Saved(name);
     // Made anew, with the rights that new files have.
     QFile file(target);
     if (!file.open(QFile::WriteOnly | QFile::NewOnly))

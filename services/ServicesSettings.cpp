@@ -137,6 +137,15 @@ QString OpenError(const QString& path, QIODevice::OpenMode mode, const QString& 
 
 } // namespace
 
+QString ServicesSettings::BaseStoreFolder() const
+{
+    if (!baseStoreFolder.isEmpty())
+        return baseStoreFolder;
+    if (databaseFile.isEmpty() || databaseFile == u":memory:")
+        return {};
+    return databaseFile + QStringLiteral(".base");
+}
+
 QString ServicesSettings::DefaultFile()
 {
     return JoinPath(Platform::ConfigFolder(), QStringLiteral("corsync/settings.ini"));

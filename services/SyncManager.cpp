@@ -13,15 +13,6 @@ namespace {
 
 SyncManager* instance = nullptr;
 
-QString BaseStoreFolder(const ServicesSettings& settings)
-{
-    if (!settings.baseStoreFolder.isEmpty())
-        return settings.baseStoreFolder;
-    if (settings.databaseFile.isEmpty() || settings.databaseFile == u":memory:")
-        return {};
-    return settings.databaseFile + QStringLiteral(".base");
-}
-
 Base::FileResult NoStore()
 {
     return Base::FileResult::Failed("there is no base store: FolderManager is not initialised");
@@ -40,7 +31,7 @@ struct SyncManager::State
 {
     explicit State(const ServicesSettings& settings)
         : syncEnabled(settings.cloudCacheFolderSyncEnabled),
-          baseStore(BaseStoreFolder(settings), settings.baseStoreLimit)
+          baseStore(settings.BaseStoreFolder(), settings.baseStoreLimit)
     {}
 
     bool syncEnabled;
@@ -114,8 +105,7 @@ QList<StoredVersion> SyncManager::GetVersions(const QString& path) const
     return m_state ? m_state->baseStore.VersionsOf(path) : QList<StoredVersion>();
 }
 
-bool SyncManager::WriteVersion(const StoredVersion& version, const QString& target,
-                               QString* error) const
+bool SyncManager::WriteVersion(const StoredVersion& version, const QString& target, QString* error)
 {
     return Succeeded(m_state ? m_state->baseStore.Write(version, target) : NoStore(), error);
 }

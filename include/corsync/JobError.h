@@ -35,6 +35,12 @@ enum class JobErrorKind
     SelectionRefused,
     /// An exception ended the making of the plan, for example for want of memory.
     PlanNotMade,
+    /// There is no such old version of the file, or no such file.
+    VersionMissing,
+    /// The place where a version is to be restored is no good.
+    RestoreRefused,
+    /// A version could not be restored; the file is as it was.
+    RestoreFailed,
     /// The calls came in an order that makes no sense.
     WrongOrder,
 };

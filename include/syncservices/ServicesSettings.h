@@ -47,6 +47,10 @@ struct SYNCSERVICES_EXPORT ServicesSettings
     /// What stands in front of cloud paths where a full one is asked for.
     QString cloudRoot = QStringLiteral("/");
 
+    /// Where copies of replaced files go; empty when nothing says so, because the database is in
+    /// memory.
+    QString BaseStoreFolder() const;
+
     /// The settings file of the current user: below XDG_CONFIG_HOME, on Windows below the roaming
     /// application data. Whether it exists is not asked.
     static QString DefaultFile();

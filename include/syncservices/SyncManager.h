@@ -51,7 +51,7 @@ public:
     /// with the reason in `error` (may be null), and nothing at `target`, also when the copy is
     /// damaged.
     [[nodiscard]] bool WriteVersion(const StoredVersion& version, const QString& target,
-                                    QString* error) const;
+                                    QString* error);
 
 private:
     struct State;

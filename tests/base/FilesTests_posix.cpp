@@ -9,6 +9,9 @@
 
 #include <QtCore/QFile>
 
+#include <cerrno>
+#include <map>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,6 +47,19 @@ TEST(FilesOnPosix, ThatAreLinksAreOfAKindOfTheirOwnWhereTheyAreNotFollowed)
         const std::filesystem::path path = Native(tree.Path(name));
         EXPECT_EQ(Base::ReadLinkStatus(path), Base::ReadFileStatus(path));
     }
+}
+
+TEST(FilesOnPosix, FailWithTheKindThatTheNumberTells)
+{
+    const std::map<int, Base::FileProblem> kinds = {
+        {ENOENT, Base::FileProblem::Missing},     {EEXIST, Base::FileProblem::NameTaken},
+        {ENOTDIR, Base::FileProblem::NotAFolder}, {EISDIR, Base::FileProblem::IsAFolder},
+        {ENOTEMPTY, Base::FileProblem::NotEmpty}, {ENOSPC, Base::FileProblem::NoSpace},
+        {EDQUOT, Base::FileProblem::NoSpace},     {ENAMETOOLONG, Base::FileProblem::NameRefused},
+        {EIO, Base::FileProblem::Other}};
+    for (const auto& [number, kind] : kinds)
+        EXPECT_EQ(Base::FileResult::Failed({}, static_cast<std::uint32_t>(number)).Problem(), kind)
+            << number;
 }
 
 TEST(FilesOnPosix, SayWhenTheyChangedWhateverTimeTheyHave)

@@ -12,7 +12,7 @@ TEST_F(RootedFolders, HaveNoWayOut)
     tree.File(u"cloud/a.prt"_s).Folder(u"cloud/sub"_s);
     for (const QString& way :
          {u".."_s, u"../outside/x.prt"_s, u"sub/../../outside/x.prt"_s, u"sub/.."_s,
-          u"sub/../a.prt"_s, u"/etc"_s, tree.Path(u"outside/x.prt"_s), tree.Path(u"cloud/a.prt"_s)})
+          u"sub/../a.prt"_s, tree.Path(u"outside/x.prt"_s), tree.Path(u"cloud/a.prt"_s)})
         ExpectRefused(way, FileProblem::LeadsOutside);
 }
 

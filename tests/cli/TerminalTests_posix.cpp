@@ -94,7 +94,7 @@ TEST_F(AtATerminal, NoNameOfAFileSteersIt)
 
 TEST_F(AtATerminal, NothingThatAPluginPrintsSteersIt)
 {
-    tree.File(u"work/a.talk"_s, "\x1b[31mred\u202e\nsystem printf 'child \\033[0m\\n' >&2\n");
+    tree.File(u"work/a.talk"_s, "\x1b[31mred\u202e\nsystem printf 'child \\033[0m\\r\\n' >&2\n");
     for (const Output output : {Output::Terminal, Output::Nowhere}) {
         const auto terminal = Start(LinksArguments({u"a.talk"_s}), output);
         EXPECT_EQ(terminal->Wait(), 0);
@@ -139,6 +139,38 @@ TEST_F(AtATerminal, AConflictIsShownAndAskedAboutUntilTheAnswerMeansSomething)
     terminal->Type("s\n");
     EXPECT_EQ(terminal->Wait(), 6);
     EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"a.tlk"_s, "old a\n"}, {u"b.tlk"_s, "old b\n"}}));
+}
+
+TEST_F(AtATerminal, EachConflictIsSettledAsAnswered)
+{
+    PutFilesInTheWay();
+    tree.File(u"work/c.tlk"_s, "new c\n").File(u"cloud/c.tlk"_s, "old c\n");
+    const auto terminal = Start(AskingArguments() + QStringList{u"c.tlk"_s});
+    for (const char* answer : {"keep\n", "r\n", "N\n"}) {
+        terminal->WaitFor(Question);
+        terminal->Type(answer);
+    }
+    EXPECT_EQ(terminal->Wait(), 0) << terminal->Screen().toStdString();
+    EXPECT_EQ(Cloud(), (FileTree::Snapshot{{u"a.tlk"_s, "old a\n"},
+                                           {u"b.tlk"_s, "new b\n"},
+                                           {u"c.tlk"_s, "old c\n"},
+                                           {u"c (2).tlk"_s, "new c\n"}}));
+}
+
+TEST_F(AtATerminal, AFileThatChangedOnBothSidesIsShownThenAndNow)
+{
+    tree.File(u"work/a.tlk"_s, "first\n");
+    ASSERT_EQ(Import({u"a.tlk"_s}).exitCode, 0);
+    tree.File(u"work/a.tlk"_s, "new source\n").File(u"cloud/a.tlk"_s, "my copy\n");
+    const auto terminal = Start(ImportArguments({u"a.tlk"_s, u"--on-conflict"_s, u"ask"_s}));
+    terminal->WaitFor("both changed since the copy was made");
+    terminal->WaitFor("source  11 bytes");
+    terminal->WaitFor("when it was copied: 6 bytes");
+    terminal->WaitFor("copy    8 bytes");
+    terminal->WaitFor("when it was copied: 6 bytes");
+    terminal->Type("r all\n");
+    EXPECT_EQ(terminal->Wait(), 0) << terminal->Screen().toStdString();
+    EXPECT_EQ(tree.Read(u"cloud/a.tlk"_s), "new source\n");
 }
 
 TEST_F(AtATerminal, TheEndOfTheInputStops)

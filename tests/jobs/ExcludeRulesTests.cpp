@@ -151,7 +151,7 @@ QString Answer(const ExcludeRules& rules, QString path)
 
 ExcludeRules RulesOf(const QByteArray& content)
 {
-    ExcludeRules rules;
+    ExcludeRules rules({}, Base::System::Posix);
     EXPECT_TRUE(rules.AddFile({}, u"F"_s, content));
     return rules;
 }
@@ -189,12 +189,13 @@ TEST(ExcludeRules, OfTheImportGoBeforeThoseOfFilesAndTheDeepestFileGoesFirst)
 {
     ExcludeRules rules({u"!own"_s});
     ASSERT_TRUE(rules.AddFile({}, u"1"_s, "own\ndeep\n/top\n"));
-    ASSERT_TRUE(rules.AddFile(u"a/b"_s, u"2"_s, "!deep\nown\n/top\n"));
+    ASSERT_TRUE(rules.AddFile(u"a/b"_s, u"2"_s, "!deep\nown*\n/top\n"));
     EXPECT_FALSE(rules.Match(u"a/b/own"_s, false));
     EXPECT_FALSE(rules.Match(u"a/b/c/deep"_s, false));
     EXPECT_EQ(rules.Match(u"top"_s, false)->place, u"1:3"_s);
     EXPECT_EQ(rules.Match(u"a/b/top"_s, false)->place, u"2:3"_s);
     EXPECT_FALSE(rules.Match(u"a/b/c/top"_s, false)) << "relative to its folder";
+    EXPECT_FALSE(rules.Match(u"a/bb/own2"_s, false)) << "for what lies in its folder";
 }
 
 TEST(ExcludeRules, OfFilesAreForgotten)

@@ -47,11 +47,11 @@ TEST_F(ProtectedLedgerFile, InAReadOnlyFolderGivesNoRecordsAndTheReason)
 TEST_F(ProtectedLedgerFile, ThatIsReadOnlyCanBeReadAndIsRefusedForWriting)
 {
     Write({RecordOf(u"/cloud/a"_s)});
-    const FileTree::Snapshot before = FilesOfTheDatabase();
+    const QByteArray before = tree.Read(u"sync.db"_s);
     const OrdinaryRights rights;
     QFile::setPermissions(settings.databaseFile, QFile::ReadOwner);
     EXPECT_EQ(Targets(u"/cloud"_s), QStringList{u"/cloud/a"_s});
-    EXPECT_EQ(FilesOfTheDatabase(), before);
+    EXPECT_EQ(tree.Read(u"sync.db"_s), before);
     const auto ledger = Open();
     EXPECT_EQ(ledger->Error(), u"Opening the records of copies failed on sync database %1: "
                                "It cannot be written."_s.arg(settings.databaseFile));

@@ -13,8 +13,10 @@ inline Jobs::CopyRecord RecordOf(const QString& target, int number = 1)
     record.project = QStringLiteral("/cloud/Projekt ä");
     record.source = QStringLiteral("/work") + target;
     record.target = target;
-    record.sourceStamp = {number, 1'700'000'000'123'456'789 + number, QByteArray(16, '\0')};
-    record.targetStamp = {number + 1, 1'700'000'000'999'999'999 + number, QByteArray(16, '\xFF')};
+    record.sourceStamp = {number, 1'700'000'000'123'456'789 + number,
+                          QByteArray(16, static_cast<char>(number))};
+    record.targetStamp = {number + 1, 1'700'000'000'999'999'999 + number,
+                          QByteArray(16, static_cast<char>(-number))};
     record.recordedAt = 1'700'000'001'000'000'001;
     record.sourceLinks = {
         {-1, QStringLiteral("r1"), QStringLiteral("../lib/a.prt"), QString()},

@@ -147,13 +147,23 @@ TEST_F(LedgerOfCopies, HasOneRecordForATarget)
     const auto ledger = Open();
     ASSERT_TRUE(ledger->Write(first));
     Records second{RecordOf(u"/cloud/c"_s, 3), RecordOf(u"/cloud/a"_s, 4)};
-    second[1].id = 4711;
-    second[1].source = u"/elsewhere/a"_s;
-    second[1].isIntent = true;
+    CopyRecord& again = second[1];
+    again.id = 4711;
+    again.project = u"/cloud/other"_s;
+    again.source = u"/elsewhere/a"_s;
+    again.recordedAt += 1;
+    again.sourceLinks.removeLast();
+    again.targetLinks.removeFirst();
+    again.linkedTargets.clear();
+    again.linksState = LinksState::Failed;
+    again.readers = u"Three 3.0"_s;
+    again.isRewritePending = again.isIntent = true;
     ASSERT_TRUE(ledger->Write(second));
 
     EXPECT_EQ(second[1].id, first[0].id);
     EXPECT_EQ(ledger->ReadAll(u"/cloud"_s), (Records{second[1], first[1], second[0]}));
+    EXPECT_EQ(Ask("SELECT source_key FROM ledger_copies WHERE target = '/cloud/a'"),
+              "/elsewhere/a");
 }
 
 TEST_F(LedgerOfCopies, TakesTheLastOfTwoRecordsForATarget)

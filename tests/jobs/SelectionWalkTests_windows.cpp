@@ -31,7 +31,7 @@ TEST_F(SelectionWalkOnWindows, TakesShortcutsAsTheFilesThatTheyAre)
 
 TEST_F(SelectionWalkOnWindows, SaysWhatHasTheAttributeOfHiddenFiles)
 {
-    tree.File(u"w/p/a.prt"_s).File(u"w/p/.b"_s).Folder(u"w/p/sub"_s);
+    tree.File(u"w/p/a.prt"_s).File(u"w/p/b.prt"_s).Folder(u"w/p/sub"_s);
     for (const QString& name : {u"w/p/a.prt"_s, u"w/p/sub"_s})
         ASSERT_TRUE(
             ::SetFileAttributesW(tree.Path(name).toStdWString().c_str(), FILE_ATTRIBUTE_HIDDEN));
