@@ -72,21 +72,6 @@ TEST_F(ImportOverExistingFiles, ReplacesThemAndLeavesNoTemporaryFile)
     EXPECT_EQ(Import({u"a.tlk"_s}).exitCode, 0);
 }
 
-<<<<<<< HEAD
-TEST_F(ImportOverExistingFiles, AnEditedCopyIsLeftAndAnEditedSourceIsBrought)
-{
-    ASSERT_EQ(Import({u"a.tlk"_s, u"--collisions"_s, u"replace"_s}).exitCode, 0);
-    tree.File(u"cloud/a.tlk"_s, "link 1 b.tlk\nedited\n");
-    const CommandResult left = Import({u"a.tlk"_s});
-    EXPECT_EQ(left.exitCode, 0) << ::testing::PrintToString(left);
-    EXPECT_TRUE(left.Has(u"left       a.tlk -> a.tlk (the copy was changed, the source not)"_s)) << ::testing::PrintToString(left);
-    tree.File(u"work/b.tlk"_s, "newer b\n");
-    const CommandResult updated = Import({u"a.tlk"_s});
-    EXPECT_EQ(updated.exitCode, 0) << ::testing::PrintToString(updated);
-    EXPECT_TRUE(updated.Has(u"updated    b.tlk -> b.tlk"_s)) << ::testing::PrintToString(updated);
-    EXPECT_EQ(tree.Read(u"cloud/b.tlk"_s), "newer b\n");
-    EXPECT_EQ(tree.Read(u"cloud/a.tlk"_s), "link 1 b.tlk\nedited\n");
-=======
 TEST_F(ImportOverExistingFiles, AnEditedCopyIsLeftAndAnEditedSourceUpdatesIt)
 {
     ASSERT_EQ(Import({u"a.tlk"_s, u"--collisions"_s, u"replace"_s}).exitCode, 0);
@@ -122,7 +107,6 @@ TEST_F(ImportOverExistingFiles, AFileEditedOnBothSidesIsAConflictThatNamesWhatCh
     EXPECT_EQ(json[0][u"targetSide"][u"recordedBytes"].toInt(), 6);
     EXPECT_EQ(Import({u"a.tlk"_s, u"--on-conflict"_s, u"replace"_s}).exitCode, 0);
     EXPECT_EQ(tree.Read(u"cloud/b.tlk"_s), "edited source\n");
->>>>>>> i11-cli
 }
 
 TEST_F(ImportOverExistingFiles, AFolderThatExistsIsNoConflict)
