@@ -133,8 +133,6 @@ JobFile Closure::Linked(const QString& path)
         return file;
     case Base::FileKind::Other:
     case Base::FileKind::Link:
-        file.End(Outcome::Skipped, Remark::NoFile);
-        return file;
     case Base::FileKind::File:
         break;
     }
@@ -142,6 +140,8 @@ JobFile Closure::Linked(const QString& path)
     file.outside = verdict.outside;
     if (!verdict.allowed)
         file.End(Outcome::Refused, verdict.remark);
+    else if (file.status.kind != Base::FileKind::File)
+        file.End(Outcome::Skipped, Remark::NoFile);
     else if (const LeftOutItem* item = ExcludedBy(path))
         file.End(Outcome::Skipped, Remark::Excluded, item->detail);
     return file;

@@ -6,15 +6,13 @@
 #include "LinkPlanning.h"
 #include "Paths.h"
 
-#include "syncservices/FolderManager.h"
+#include "base/FileHandle.h"
 
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
 
 namespace Halvern::Jobs {
-
-using SyncFolderManagerLib::FolderManager;
 
 namespace {
 
@@ -41,6 +39,18 @@ ConflictAnswer AnswerOf(CollisionPolicy policy)
         return ConflictAnswer::Replace;
     }
     return ConflictAnswer::Stop;
+}
+
+/// Otherwise it fails now, so that no link is rewritten to where it will not be.
+bool IsReadable(JobFile& file)
+{
+    Base::Handle handle = Base::NoHandle;
+    const Base::FileResult opened = Base::OpenForReading(Native(file.source), handle);
+    if (opened)
+        Base::Close(handle);
+    else
+        file.End(Outcome::Failed, Remark::NotReadable, QString::fromStdString(opened.Text()));
+    return bool(opened);
 }
 
 QDateTime TimeOf(qint64 nanoseconds)
@@ -214,6 +224,8 @@ bool Decisions::Look()
             file.End(Outcome::Skipped, Remark::OnlyLinksWanted);
             continue;
         }
+        if (!IsReadable(file))
+            continue;
         const Standing standing = m_threeWays.Of(file);
         m_standings.insert(&file, standing);
         Decide(file, standing);
@@ -398,7 +410,8 @@ void Decisions::FindOrphans()
             m_job.request.sources.begin(), m_job.request.sources.end(),
             [&](const QString& source) { return IsInFolder(record.source, source); });
         if (isOfSelection && PathKey(record.project) == PathKey(m_job.target) &&
-            !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) && !record.isIntent)
+            !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) && !record.isIntent &&
+            !IsMember(record.target))
             m_job.orphans.append(record);
     }
 }

@@ -54,6 +54,7 @@ private:
     void Clash(const JobFile& file, ConflictKind kind, const JobFile* other = nullptr);
     ConflictAnswer AnswerFor(const JobFile& file, Standing standing) const;
     ConflictAnswer CollisionAnswerFor(const JobFile& file) const;
+    bool IsMember(const QString& target) const { return m_owners.IsOwned(target); }
     void FindOrphans();
 
     JobState& m_job;

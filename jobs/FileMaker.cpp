@@ -28,6 +28,11 @@ QString Text(const Base::FileResult& result)
     return QString::fromStdString(result.Text());
 }
 
+bool IsSameContent(const Base::FileStatus& was, const Base::FileStatus& is)
+{
+    return was.size == is.size && was.modified == is.modified && was.index == is.index;
+}
+
 /// Nobody touched it since.
 bool IsAsItWas(const Base::FileStatus& was, const Base::FileStatus& is)
 {
@@ -98,14 +103,19 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
 {
     NamePlace(file, staged);
     Base::ContentHash hash;
-    const bool isHashed = m_job.request.checksum;
-    const Base::FileResult copied = Base::CopyUnchangedBytes(
-        Native(file.source), staged.path, staged.source, isHashed ? &hash : nullptr);
+    // The bytes go by anyway, and later only a hash tells some changes.
+    const Base::FileResult copied =
+        Base::CopyUnchangedBytes(Native(file.source), staged.path, staged.source, &hash);
     if (!copied) {
         FailToCopy(file, copied);
         return false;
     }
-    file.sourceStamp = StampOf(staged.source, isHashed ? &hash : nullptr);
+    // Its links were read before.
+    if (!file.readers.isEmpty() && !IsSameContent(file.status, staged.source)) {
+        file.End(Outcome::Failed, Remark::ChangedWhileCopied);
+        return false;
+    }
+    file.sourceStamp = StampOf(staged.source, &hash);
     return true;
 }
 
@@ -211,6 +221,12 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
 void FileMaker::Relink(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
+    if (!Base::IsWritable(target)) {
+        m_control.Report({Stage::RepathFiles, ProblemKind::TargetReadOnly, file.target,
+                          QStringLiteral("The copy is read-only, and its links are old"),
+                          {}});
+        return FailToRewrite(file, false);
+    }
     if (Base::IsFileLocked(target))
         return FailToRewrite(file, true);
     Staged staged;
@@ -229,7 +245,7 @@ void FileMaker::Relink(JobFile& file)
         (!links.isEmpty() && !WriteLinks(file, staged, links)))
         return FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
-    const FileStamp source = file.record ? file.record->sourceStamp : FileStamp();
+    const FileStamp source = file.record ? file.record->sourceStamp : file.sourceStamp;
     file.isPending = false;
     if (links.isEmpty()) {
         // They are what they should be.
@@ -311,20 +327,9 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
 
 void FileMaker::NoteStamps(JobFile& file, const Staged& staged) const
 {
-    // A file of this very moment may change once more without getting another time.
-    const bool isRacy =
-        file.sourceStamp.hash.isEmpty() && IsRacy(file.sourceStamp, file.recordedAt);
-    file.targetStamp = StampOf(staged.text, staged.isRewritten || isRacy);
-    if (!staged.isRewritten) {
-        if (isRacy)
-            file.sourceStamp.hash = file.targetStamp.hash;
-        else
-            file.targetStamp.hash = file.sourceStamp.hash;
-        return;
-    }
-    const FileStamp source = isRacy ? StampOf(file.source, true) : FileStamp();
-    if (source.bytes == file.sourceStamp.bytes && source.modified == file.sourceStamp.modified)
-        file.sourceStamp.hash = source.hash;
+    file.targetStamp = StampOf(staged.text, staged.isRewritten);
+    if (!staged.isRewritten)
+        file.targetStamp.hash = file.sourceStamp.hash;
 }
 
 } // namespace Halvern::Jobs

@@ -5,6 +5,7 @@
 #include "Closure.h"
 #include "FileMaker.h"
 #include "FileStamps.h"
+#include "LinkPlanning.h"
 #include "Paths.h"
 #include "Preflight.h"
 #include "Results.h"
@@ -163,7 +164,9 @@ void JobRun::Execute(Results& results)
     FileMaker maker(m_state, *m_control, m_reader, cloud, staging);
     m_maker = &maker;
     MakeFolders();
-    if (MakeFiles(results, Deed::Copy) && MakeFiles(results, Deed::Relink))
+    const bool copied = MakeFiles(results, Deed::Copy);
+    RelinkAroundFailures();
+    if (copied && MakeFiles(results, Deed::Relink))
         NoteUnchanged();
     m_maker = nullptr;
     Finish(results);
@@ -209,6 +212,26 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
     return true;
 }
 
+/// A file that could not be copied is not where the links of others were to lead: those say again
+/// what they say in the source.
+void JobRun::RelinkAroundFailures()
+{
+    const auto isFailed = [](const JobFile& file) { return file.outcome == Outcome::Failed; };
+    if (!std::any_of(m_state.files.begin(), m_state.files.end(), isFailed))
+        return;
+    QList<QList<SyncServices::FileLink>> written;
+    for (const JobFile& file : m_state.files)
+        written.append(file.wantedLinks);
+    PlanLinks(m_state);
+    for (qsizetype place = 0; place < m_state.files.Size(); ++place) {
+        JobFile& file = m_state.files.At(place);
+        if (file.isDone && !file.isPending && file.wantedLinks != written.at(place)) {
+            file.targetStatus = Base::ReadLinkStatus(Native(file.target));
+            file.deed = Deed::Relink;
+        }
+    }
+}
+
 /// Copies that somebody else made, times that changed without the content, and records that cannot
 /// tell by the time whether a file changed.
 void JobRun::NoteUnchanged()
@@ -252,7 +275,11 @@ void JobRun::Finish(Results& results)
 void JobRun::Prune()
 {
     QStringList forgotten;
-    for (CopyRecord& orphan : m_state.orphans) {
+    for (const CopyRecord& orphan : m_state.orphans) {
+        // What somebody changed is not this library's any more.
+        if (!IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
+                              m_state.request.checksum))
+            continue;
         QString reason;
         if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
             continue;

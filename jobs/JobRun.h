@@ -66,6 +66,7 @@ private:
     bool IsStopped();
     void MakeFolders();
     bool MakeFiles(Results& results, Deed deed);
+    void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results);
     void Prune();

@@ -4,7 +4,6 @@
 
 #include "Paths.h"
 
-#include "syncservices/FolderManager.h"
 #include "syncservices/SyncLibUtil.h"
 #include "syncservices/SyncPrivate.h"
 
@@ -12,7 +11,6 @@
 
 namespace Halvern::Jobs {
 
-using SyncFolderManagerLib::FolderManager;
 using SyncServices::FileMapping;
 using SyncServices::Global;
 using SyncServices::SyncLibUtil;
@@ -92,8 +90,7 @@ void Layout::AddMember(JobFile& file)
     for (int number = 2; m_namesInUse.contains(name.toLower()); ++number)
         name = Masked(file.source, number);
     m_namesInUse.insert(name.toLower());
-    const bool isInCloud =
-        !file.isSelected && FolderManager::GetInstance()->IsCloudCacheFolderPath(file.source);
+    const bool isInCloud = !file.isSelected && IsInCloudFolder(file.source);
     file.mapping = std::make_shared<FileMapping>(
         name, isInCloud ? file.source : file.target,
         SyncPrivate::GetCurrentUserAuthenticationConfigurationId());

@@ -51,6 +51,17 @@ Remark ObjectionTo(const QList<FileLink>& links)
     return Remark::None;
 }
 
+/// Where the file of a link is gone from the sources, what the copy holds stays.
+void KeepWhatIsRecorded(JobFile& file, const JobFiles& files)
+{
+    const QList<FileLink>& recorded = file.record->targetLinks;
+    if (recorded.size() != file.links.size())
+        return;
+    for (qsizetype i = 0; i < recorded.size(); ++i)
+        if (PlaceOf(file.links.at(i), file, files).isEmpty())
+            file.wantedLinks[i].Path = recorded.at(i).Path;
+}
+
 bool HoldsOtherLinks(const JobFile& file)
 {
     const QList<FileLink>& recorded = file.record->targetLinks;
@@ -136,6 +147,9 @@ void PlanLinks(JobState& job)
     do
         WorkOutLinks(job);
     while (FailImpossibleLinks(job));
+    for (JobFile& file : job.files)
+        if (IsOurs(file))
+            KeepWhatIsRecorded(file, job.files);
     for (JobFile& file : job.files)
         if (IsOurs(file) && (file.record->isRewritePending || HoldsOtherLinks(file)) &&
             ObjectionTo(file.rewrites) == Remark::None)

@@ -8,11 +8,14 @@
 #include "base/SamePath.h"
 #include "base/Units.h"
 #include "syncservices/FileMapping.h"
+#include "syncservices/FolderManager.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 namespace Halvern::Jobs {
+
+using SyncFolderManagerLib::FolderManager;
 
 QString AbsolutePath(const QString& argument)
 {
@@ -41,6 +44,22 @@ std::filesystem::path Native(const QString& path)
 bool IsSameFile(const QString& a, const QString& b)
 {
     return Base::IsSameFile(Native(a), Native(b));
+}
+
+bool IsInCloudFolder(const QString& path)
+{
+    const FolderManager* const folders = FolderManager::GetInstance();
+    if (!folders->IsCloudCacheFolderPath(path))
+        return false;
+    const QString cloud = folders->GetCloudCacheFolderPath(false);
+    const std::filesystem::path folder = Native(cloud);
+    if (PathKey(path + u'/').startsWith(PathKey(cloud + u'/')))
+        return true;
+    for (std::filesystem::path above = Native(path); above.has_relative_path();
+         above = above.parent_path())
+        if (Base::IsSameFile(above, folder))
+            return true;
+    return false;
 }
 
 bool IsInFolder(const QString& path, const QString& folder)

@@ -18,6 +18,10 @@ QString FoldedKey(const QString& path);
 std::filesystem::path Native(const QString& path);
 /// Both exist, and the disk says that they are one file.
 bool IsSameFile(const QString& a, const QString& b);
+/// True when the cloud cache folder is the file's place on the disk, also through symbolic links:
+/// a folder beside it whose name differs in letter case is another one, where the disk knows.
+/// Requires a session.
+bool IsInCloudFolder(const QString& path);
 /// True when `path` is `folder` or lies below it, without regard to letter case.
 bool IsInFolder(const QString& path, const QString& folder);
 /// True also for a symbolic link that leads nowhere. A shortcut of Windows (.lnk) is the file that

@@ -47,9 +47,9 @@ QString Objection(const QString& source)
         return QStringLiteral("is a symbolic link to a folder; give the folder itself");
     if (info.isRoot())
         return QStringLiteral("is a whole drive; give the folders in it");
-    if (FolderManager::GetInstance()->IsCloudCacheFolderPath(source))
+    if (IsInCloudFolder(source))
         return QStringLiteral("lies in the cloud cache folder already");
-    if (IsFolder(source) && IsInFolder(CloudFolder(), source))
+    if (IsFolder(source) && PathKey(CloudFolder() + u'/').startsWith(PathKey(source + u'/')))
         return QStringLiteral("contains the cloud cache folder");
     return {};
 }
@@ -98,7 +98,7 @@ QString CheckedTarget(const QString& argument)
     const QString cloud = CloudFolder();
     const QString path = QDir::fromNativeSeparators(argument);
     const QString target = QDir::cleanPath(QDir::isAbsolutePath(path) ? path : cloud + u'/' + path);
-    if (!FolderManager::GetInstance()->IsCloudCacheFolderPath(target))
+    if (!IsInCloudFolder(target))
         throw JobError(
             JobErrorKind::TargetRefused,
             QStringLiteral("%1 does not lie in the cloud cache folder %2").arg(argument, cloud));

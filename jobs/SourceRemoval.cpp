@@ -85,17 +85,18 @@ QList<bool> SourceRemoval::FindBroken() const
 bool SourceRemoval::Remove(const std::function<void(JobFile&)>& told)
 {
     const QList<bool> broken = FindBroken();
-    for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
-        JobFile& file = m_job.files.At(place);
-        if (!file.isSelected || file.isFolder || file.isDropped || !HasGoodCopy(file))
-            continue;
-        if (m_control.IsCancelRequested())
-            return false;
-        file.sourceDeleted = !broken.at(place) && RemoveSource(file);
-        if (!file.sourceDeleted)
-            Keep(file);
-        told(file);
-    }
+    // Symbolic links come first: once what they lead to is gone, they cannot be asked any more.
+    for (const bool isLink : {true, false})
+        for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
+            JobFile& file = m_job.files.At(place);
+            if (!file.isSelected || file.isFolder || file.isDropped || file.sourceDeleted ||
+                !HasGoodCopy(file) || QFileInfo(file.source).isSymbolicLink() != isLink)
+                continue;
+            file.sourceDeleted = !broken.at(place) && RemoveSource(file);
+            if (!file.sourceDeleted)
+                Keep(file);
+            told(file);
+        }
     RemoveFolders();
     return true;
 }

@@ -78,7 +78,7 @@ Remark ObjectionToTarget(const QString& target, const QString& cloudFolder)
 {
     if (target.isEmpty())
         return Remark::NoTarget;
-    if (!IsInFolder(target, cloudFolder))
+    if (!PathKey(target).startsWith(PathKey(cloudFolder + u'/')))
         return Remark::OutsideCloudFolder;
     if (!Base::ForbiddenName(Base::Units(target)).empty())
         return Remark::NameRefused;

@@ -32,8 +32,7 @@ TEST_F(ImportWhileACopyIsOpen, DefersTheLinksAndTheNextImportRewritesThem)
         const FileLock lock(tree.Path(u"cloud/top.tlk"_s));
         const CommandResult result = Import(arguments);
         EXPECT_EQ(result.exitCode, 5);
-        EXPECT_TRUE(result.out.startsWith(
-            u"locked     top.tlk -> top.tlk: its links are still to be rewritten"_s))
+        EXPECT_TRUE(result.out.startsWith(u"locked     top.tlk -> top.tlk (links pending)"_s))
             << ::testing::PrintToString(result);
         EXPECT_EQ(Top(), "link 1 part.tlk\n");
         // Still open: nothing is lost by trying again.
