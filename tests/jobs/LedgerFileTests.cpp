@@ -76,7 +76,7 @@ TEST_F(LedgerFile, OfAnEarlierVersionHasNoRecordsUntilTheFirstIsWritten)
     }
     EXPECT_EQ(Tables(), allTables);
     EXPECT_EQ(Ask("SELECT version FROM ledger_version"), "1");
-    EXPECT_EQ(Ask("PRAGMA user_version"), "1") << "the sync database counts by itself";
+    EXPECT_EQ(Ask("PRAGMA user_version"), "2") << "the sync database counts by itself";
 }
 
 TEST_F(LedgerFile, ServesTheSyncDatabaseAsBefore)

@@ -150,6 +150,36 @@ TEST_F(BaseStoreRuns, OfAKilledProcessHoldNothing)
     EXPECT_EQ(RunFiles(), QStringList());
 }
 
+TEST_F(BaseStoreRuns, AKillLeavesWholeCopiesOnly)
+{
+    settings.baseStoreLimit = 40 * 100 * 1000;
+    Restart();
+    QStringList names;
+    for (int i = 0; i < 60; ++i) {
+        names.append(u"f%1"_s.arg(i));
+        tree.File(names.last(), PatternBytes(100 * 1000, quint32(i)));
+    }
+    const QString target = tree.Path(u"out"_s);
+    for (int round = 1; round <= 8; ++round) {
+        QProcess other;
+        StartOther(other, names.mid(round, 38));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10 * round));
+        other.kill();
+        ASSERT_TRUE(other.waitForFinished(patience));
+        for (const QString& name : names) {
+            for (const StoredVersion& version : Versions(name)) {
+                QString error;
+                EXPECT_TRUE(SyncManager::GetInstance()->WriteVersion(version, target, &error))
+                    << error.toStdString();
+                EXPECT_EQ(tree.Read(u"out"_s), tree.Read(name));
+                tree.Remove(u"out"_s);
+            }
+        }
+    }
+    EXPECT_EQ(ErrorOf(u"own"_s, 10), QString());
+    EXPECT_EQ(RunFiles(), QStringList());
+}
+
 TEST_F(BaseStoreRuns, OfSeveralProcessesKeepEverythingThatTheySaid)
 {
     settings.baseStoreLimit = 100 * 1000;
