@@ -152,19 +152,22 @@ TEST_F(BaseStoreRuns, OfAKilledProcessHoldNothing)
 
 TEST_F(BaseStoreRuns, AKillLeavesWholeCopiesOnly)
 {
-    settings.baseStoreLimit = 40 * 100 * 1000;
+    settings.baseStoreLimit = 100 * 100 * 1000;
     Restart();
     QStringList names;
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 96; ++i) {
         names.append(u"f%1"_s.arg(i));
         tree.File(names.last(), PatternBytes(100 * 1000, quint32(i)));
     }
     const QString target = tree.Path(u"out"_s);
-    for (int round = 1; round <= 8; ++round) {
+    for (int round = 0; round < 8; ++round) {
+        const qint64 before = Status().used;
         QProcess other;
-        StartOther(other, names.mid(round, 38));
-        std::this_thread::sleep_for(std::chrono::milliseconds(10 * round));
+        StartOther(other, names.mid(12 * round, 12));
+        for (int i = 0; i < patience && Status().used <= before + round * 100 * 1000; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         other.kill();
+        EXPECT_GT(Status().used, before);
         ASSERT_TRUE(other.waitForFinished(patience));
         for (const QString& name : names) {
             for (const StoredVersion& version : Versions(name)) {
