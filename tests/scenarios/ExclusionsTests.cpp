@@ -4,6 +4,8 @@
 
 #include "ScenarioFixture.h"
 
+#include <QtCore/QRegularExpression>
+
 namespace Halvern::Test {
 
 namespace {
@@ -23,7 +25,7 @@ protected:
             tree.Remove(u"cloud"_s);
         const ImportReport report = Report(QStringList{u"proj"_s} + options);
         EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
-        return tree.Contents(u"cloud/proj"_s).keys();
+        return tree.Contents(u"cloud/proj"_s).keys().filter(QRegularExpression(u"[^/]$"_s));
     }
 };
 

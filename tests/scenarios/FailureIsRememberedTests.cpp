@@ -20,6 +20,12 @@ protected:
     }
     ImportReport Bring() const { return Report(m_arguments); }
     QByteArray Top() const { return tree.Read(u"cloud/Demo/top.tlk"_s); }
+    /// The next import with --on-conflict rename gives the part another place.
+    void EditPartOnBothSides()
+    {
+        Save(u"work/lib/part.tlk"_s, "second part\n");
+        Save(u"cloud/Demo/lib/part.tlk"_s, "mine\n");
+    }
     void ExpectComplete()
     {
         EXPECT_EQ(Top(), Relinked);
@@ -96,7 +102,7 @@ TEST_F(RememberedFailures, ARewriteThatFailedIsTriedByEveryImport)
         const PluginOrders orders(fault);
         for (int run = 0; run < 2; ++run) {
             const ImportReport report = Bring();
-            EXPECT_EQ(report.exitCode, 7)
+            EXPECT_NE(report.exitCode, 0)
                 << fault << ", run " << run << ::testing::PrintToString(report);
             EXPECT_FALSE(report.Of(u"work/proj/top.tlk"_s).reason.isEmpty());
         }
@@ -115,10 +121,10 @@ TEST_F(RememberedFailures, ARewriteThatChangedSomethingElseIsNeverTakenForDone)
 
 TEST_F(RememberedFailures, ARewriteThatFailedInPlaceIsTriedAgain)
 {
-    const QStringList arguments{u"proj/top.tlk"_s, u"--to"_s, u"Demo"_s, u"--linked-collisions"_s,
+    const QStringList arguments{u"proj/top.tlk"_s, u"--to"_s, u"Demo"_s, u"--on-conflict"_s,
                                 u"rename"_s};
     ASSERT_EQ(Report(arguments).exitCode, 0);
-    tree.Remove(u"cloud/Demo/lib/part.tlk"_s).File(u"cloud/Demo/lib/part.tlk"_s, "foreign");
+    EditPartOnBothSides();
     {
         const PluginOrders orders("norepath");
         EXPECT_EQ(Report(arguments).exitCode, 7);
@@ -170,10 +176,10 @@ TEST_F(RememberedFailures, RetryWithNothingToDoIsComplete)
 
 TEST_F(RememberedFailures, ALockedCopyIsSaidToBePendingByEveryRunAndRelinkedAfterwards)
 {
-    const QStringList arguments{u"proj/top.tlk"_s, u"--to"_s, u"Demo"_s, u"--linked-collisions"_s,
+    const QStringList arguments{u"proj/top.tlk"_s, u"--to"_s, u"Demo"_s, u"--on-conflict"_s,
                                 u"rename"_s};
     ASSERT_EQ(Report(arguments).exitCode, 0);
-    tree.Remove(u"cloud/Demo/lib/part.tlk"_s).File(u"cloud/Demo/lib/part.tlk"_s, "foreign");
+    EditPartOnBothSides();
     {
         const FileLock lock(tree.Path(u"cloud/Demo/top.tlk"_s));
         for (int run = 0; run < 2; ++run) {

@@ -5,20 +5,34 @@
 #include "ExpectedImport.h"
 #include "ScenarioFixture.h"
 
+#include <tuple>
+
 namespace Halvern::Test {
 
 /// What was copied where by an earlier import, and what each side was then.
 struct CopyRecord
 {
-    QString target;
     QByteArray source;
     FileStamp copy;
     /// A conflict was settled, or the file failed: what the next import does is not foretold.
     bool isOpen = false;
 };
 
-/// By target folder of the import and source.
-using CopyRecords = QMap<QPair<QString, QString>, CopyRecord>;
+/// An import's target folder, a source, and where the copy lies.
+struct CopyKey
+{
+    QString to;
+    QString source;
+    QString target;
+
+    bool operator==(const CopyKey&) const = default;
+    bool operator<(const CopyKey& other) const
+    {
+        return std::tie(to, source, target) < std::tie(other.to, other.source, other.target);
+    }
+};
+
+using CopyRecords = QMap<CopyKey, CopyRecord>;
 
 /// Looks at the tree before and after an import and says what is wrong, in sentences.
 class ImportChecks
@@ -45,7 +59,7 @@ private:
     bool IsOursToChange(const QString& path) const;
     bool IsObstructed(const QString& target) const;
     bool BaseStoreHolds(const QByteArray& content) const;
-    const CopyRecord* RecordOf(const QString& source) const;
+    const CopyRecord* RecordOf(const QString& source, const QString& target) const;
 
     void CheckConflicts(const ImportReport& report);
     void CheckOutside(const ImportReport& report);

@@ -54,8 +54,8 @@ private:
     static QStringList CopiesOf(const CopyRecords& records)
     {
         QStringList copies;
-        for (const CopyRecord& record : records)
-            copies.append(record.target);
+        for (const CopyKey& key : records.keys())
+            copies.append(key.target);
         return copies;
     }
 

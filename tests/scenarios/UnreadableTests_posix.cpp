@@ -62,7 +62,7 @@ TEST_F(Unreadable, AFolderThatCannotBeListedIsAFailureAndTheRestIsImported)
 {
     tree.File(u"work/proj/closed/secret.txt"_s);
     Close(u"work/proj/closed"_s);
-    for (const QStringList& options : {QStringList(), QStringList{u"--dry-run"_s}}) {
+    for (const QStringList& options : {QStringList{u"--dry-run"_s}, QStringList()}) {
         const ImportReport report = ImportPoorly(QStringList{u"proj"_s} + options);
         EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
         EXPECT_EQ(report.StatusOf(u"work/proj/closed"_s), u"failed"_s);

@@ -17,7 +17,13 @@ protected:
         Design(u"work/proj/top."_s + type, {u"../lib/part.bin"_s}, "source");
         tree.File(u"work/lib/part.bin"_s, "part");
     }
-    /// Writes a file that does not let itself be written to.
+    /// The next import with --on-conflict rename gives the part another place.
+    void EditPartOnBothSides()
+    {
+        Save(u"work/lib/part.bin"_s, "second part");
+        Save(u"cloud/Demo/lib/part.bin"_s, "mine");
+    }
+    /// Makes it a file that does not let itself be written to.
     void MakeReadOnly(const QString& file)
     {
         ASSERT_TRUE(QFile::setPermissions(tree.Path(file), QFile::ReadOwner | QFile::ReadUser));
@@ -79,17 +85,16 @@ TEST_F(UntouchedFiles, AReadOnlyForeignFileIsNotReplaced)
 TEST_F(UntouchedFiles, AReadOnlyCopyIsNotRelinkedAndTheLineSaysThatItsLinksAreOld)
 {
     MakeProject(u"svg"_s);
-    const QStringList arguments{u"proj/top.svg"_s, u"--to"_s, u"Demo"_s, u"--linked-collisions"_s,
+    const QStringList arguments{u"proj/top.svg"_s, u"--to"_s, u"Demo"_s, u"--on-conflict"_s,
                                 u"rename"_s};
     ASSERT_EQ(Import(arguments).exitCode, 0);
     MakeReadOnly(u"cloud/Demo/top.svg"_s);
     const FileStamp before = Stamp(u"cloud/Demo/top.svg"_s);
-    // The part gets another name: a file of somebody else has taken its own.
-    tree.Remove(u"cloud/Demo/lib/part.bin"_s).File(u"cloud/Demo/lib/part.bin"_s, "foreign");
+    EditPartOnBothSides();
     const ImportReport report = Report(arguments);
     EXPECT_NE(report.exitCode, 0) << ::testing::PrintToString(report);
     EXPECT_EQ(Stamp(u"cloud/Demo/top.svg"_s), before);
-    EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "foreign");
+    EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "mine");
     EXPECT_NE(Report(arguments).exitCode, 0) << "still so";
 }
 
@@ -110,8 +115,8 @@ TEST_F(UntouchedFiles, WithLinksOnlyAnEarlierCopyOfTheGivenFileStaysAsItIs)
     MakeProject(u"gltf"_s);
     ASSERT_EQ(Import({u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s}).exitCode, 0);
     const FileStamp before = Stamp(u"cloud/Demo/top.gltf"_s);
-    tree.Remove(u"cloud/Demo/lib/part.bin"_s).File(u"cloud/Demo/lib/part.bin"_s, "foreign");
-    Report({u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s, u"--links-only"_s, u"--linked-collisions"_s,
+    EditPartOnBothSides();
+    Report({u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s, u"--links-only"_s, u"--on-conflict"_s,
             u"rename"_s});
     EXPECT_EQ(Stamp(u"cloud/Demo/top.gltf"_s), before);
 }
@@ -119,12 +124,12 @@ TEST_F(UntouchedFiles, WithLinksOnlyAnEarlierCopyOfTheGivenFileStaysAsItIs)
 TEST_F(UntouchedFiles, ACopyThatItsOwnerEditedIsNotRelinkedWhenAPartGetsAnotherPlace)
 {
     MakeProject(u"scad"_s);
-    const QStringList arguments{u"proj/top.scad"_s, u"--to"_s, u"Demo"_s, u"--linked-collisions"_s,
+    const QStringList arguments{u"proj/top.scad"_s, u"--to"_s, u"Demo"_s, u"--on-conflict"_s,
                                 u"rename"_s};
     ASSERT_EQ(Import(arguments).exitCode, 0);
     Save(u"cloud/Demo/top.scad"_s, tree.Read(u"cloud/Demo/top.scad"_s) + "// mine\n");
     const FileStamp before = Stamp(u"cloud/Demo/top.scad"_s);
-    tree.Remove(u"cloud/Demo/lib/part.bin"_s).File(u"cloud/Demo/lib/part.bin"_s, "foreign");
+    EditPartOnBothSides();
     const ImportReport report = Report(arguments);
     EXPECT_EQ(report.StatusOf(u"work/proj/top.scad"_s), u"left"_s)
         << ::testing::PrintToString(report);
@@ -134,19 +139,19 @@ TEST_F(UntouchedFiles, ACopyThatItsOwnerEditedIsNotRelinkedWhenAPartGetsAnotherP
 TEST_F(UntouchedFiles, ACopyThatIsRelinkedInPlaceIsInTheBaseStoreAsItWas)
 {
     MakeProject(u"gltf"_s);
-    const QStringList arguments{u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s, u"--linked-collisions"_s,
+    const QStringList arguments{u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s, u"--on-conflict"_s,
                                 u"rename"_s};
     ASSERT_EQ(Import(arguments).exitCode, 0);
     const QByteArray before = tree.Read(u"cloud/Demo/top.gltf"_s);
-    tree.Remove(u"cloud/Demo/lib/part.bin"_s).File(u"cloud/Demo/lib/part.bin"_s, "foreign");
+    EditPartOnBothSides();
     const ImportReport report = Report(arguments);
     EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
     const QString part = report.Of(u"work/lib/part.bin"_s).target;
-    EXPECT_EQ(tree.Read(part), "part");
+    EXPECT_EQ(tree.Read(part), "second part");
     EXPECT_EQ(LinksOf(u"cloud/Demo/top.gltf"_s),
               QStringList{part.mid(QString(u"cloud/Demo/"_s).size())});
     EXPECT_TRUE(BaseStoreHolds(before));
-    EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "foreign");
+    EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "mine");
 }
 
 } // namespace Halvern::Test

@@ -113,7 +113,7 @@ QByteArray Reference(const Format& format, qsizetype number, const QByteArray& l
 {
     QByteArray text = Numbered(format.before, number) + link + format.after;
     if (format.again)
-        text += Numbered(format.again, 1000 + number) + link + "',#8,#3,(#" +
+        text += Numbered(format.again, 1000 + number) + link + "',#90001,#90002,(#" +
                 QByteArray::number(number) + "));\n";
     return text;
 }
