@@ -61,6 +61,7 @@ EntryKind KindOf(FileKind kind)
     case FileKind::Folder:
         return EntryKind::Folder;
     case FileKind::Other:
+    case FileKind::Link:
         return EntryKind::Other;
     }
     return EntryKind::Unknown;

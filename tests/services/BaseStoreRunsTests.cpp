@@ -150,6 +150,39 @@ TEST_F(BaseStoreRuns, OfAKilledProcessHoldNothing)
     EXPECT_EQ(RunFiles(), QStringList());
 }
 
+TEST_F(BaseStoreRuns, AKillLeavesWholeCopiesOnly)
+{
+    settings.baseStoreLimit = 100 * 100 * 1000;
+    Restart();
+    QStringList names;
+    for (int i = 0; i < 96; ++i) {
+        names.append(u"f%1"_s.arg(i));
+        tree.File(names.last(), PatternBytes(100 * 1000, quint32(i)));
+    }
+    const QString target = tree.Path(u"out"_s);
+    for (int round = 0; round < 8; ++round) {
+        const qint64 before = Status().used;
+        QProcess other;
+        StartOther(other, names.mid(12 * round, 12));
+        for (int i = 0; i < patience && Status().used <= before + round * 100 * 1000; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        other.kill();
+        EXPECT_GT(Status().used, before);
+        ASSERT_TRUE(other.waitForFinished(patience));
+        for (const QString& name : names) {
+            for (const StoredVersion& version : Versions(name)) {
+                QString error;
+                EXPECT_TRUE(SyncManager::GetInstance()->WriteVersion(version, target, &error))
+                    << error.toStdString();
+                EXPECT_EQ(tree.Read(u"out"_s), tree.Read(name));
+                tree.Remove(u"out"_s);
+            }
+        }
+    }
+    EXPECT_EQ(ErrorOf(u"own"_s, 10), QString());
+    EXPECT_EQ(RunFiles(), QStringList());
+}
+
 TEST_F(BaseStoreRuns, OfSeveralProcessesKeepEverythingThatTheySaid)
 {
     settings.baseStoreLimit = 100 * 1000;
