@@ -44,7 +44,8 @@ QString Remark(const FileResult& result, const ReportFolders& folders)
     }
     if (result.outcome == Outcome::Left)
         remarks.append(QStringLiteral("the copy was changed, the source not"));
-    if (result.outcome == Outcome::Locked)
+    // A reason says the same at length.
+    if (result.outcome == Outcome::Locked && ReasonOf(result).isEmpty())
         remarks.append(QStringLiteral("links pending"));
     if (result.sourceDeleted && result.outcome != Outcome::Moved)
         remarks.append(QStringLiteral("source deleted"));

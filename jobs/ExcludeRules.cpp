@@ -55,7 +55,7 @@ std::optional<QString> TextOf(const QByteArray& content)
         Base::ToUtf16(std::string_view(bytes.data(), std::size_t(bytes.size())));
     if (!text)
         return {};
-    return QString::fromStdU16String(*text);
+    return QStringView(*text).toString();
 }
 
 } // namespace

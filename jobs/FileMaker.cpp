@@ -198,7 +198,14 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
     file.deed = Deed::Nothing;
     if (isHeld)
         file.outcome = Outcome::Locked;
-    file.remark = Remark::RewritePending;
+    else
+        file.remark = Remark::RewritePending;
+    // The copy is what it was.
+    if (file.record) {
+        file.sourceStamp = file.record->sourceStamp;
+        file.targetStamp = file.record->targetStamp;
+        file.recordedAt = file.record->recordedAt;
+    }
 }
 
 void FileMaker::Relink(JobFile& file)
@@ -222,20 +229,19 @@ void FileMaker::Relink(JobFile& file)
         (!links.isEmpty() && !WriteLinks(file, staged, links)))
         return FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
+    const FileStamp source = file.record ? file.record->sourceStamp : FileStamp();
+    file.isPending = false;
     if (links.isEmpty()) {
-        // Somebody did it already.
+        // They are what they should be.
         file.isDone = true;
         file.deed = Deed::Nothing;
-        NoteStamps(file, staged);
+        file.targetStamp = StampOf(file.target, true);
+        file.sourceStamp = source;
         return;
     }
     staged.isRewritten = true;
-    const FileStamp source = file.record ? file.record->sourceStamp : FileStamp();
-    if (!Place(file, staged)) {
-        if (file.outcome == Outcome::Locked)
-            FailToRewrite(file, true);
-        return;
-    }
+    if (!Place(file, staged))
+        return FailToRewrite(file, file.outcome == Outcome::Locked);
     file.sourceStamp = source;
     file.outcome = outcome;
     file.linksRewritten = true;

@@ -169,7 +169,6 @@ void Walk::TakeSource(const QString& source)
         TakeFolder(folder);
     }
     m_pending.clear();
-    m_rules.KeepFiles(0);
 }
 
 void Walk::TakeFolder(const Folder& folder)

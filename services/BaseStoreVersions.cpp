@@ -71,6 +71,18 @@ private:
     std::optional<qint64> m_end;
 };
 
+/// A disk that gets full takes a part first, and says why it takes no more only then.
+FileResult WriteAll(QFile& target, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const qint64 written = target.write(bytes.data(), bytes.size());
+        if (written <= 0)
+            return FileResult::Failed(target.errorString().toStdString());
+        bytes = bytes.sliced(written);
+    }
+    return {};
+}
+
 FileResult Transfer(const OpenFile& copy, QFile& target, QByteArray& hash)
 {
     constexpr std::size_t bufferSize = 1 << 18;
@@ -83,8 +95,9 @@ FileResult Transfer(const OpenFile& copy, QFile& target, QByteArray& hash)
                 Base::ReadSome(copy.handle, offset, buffer.data(), buffer.size(), got);
             !read || got == 0)
             return read;
-        if (target.write(buffer.data(), static_cast<qint64>(got)) != static_cast<qint64>(got))
-            return FileResult::Failed(target.errorString().toStdString());
+        if (FileResult written = WriteAll(target, {buffer.data(), static_cast<qsizetype>(got)});
+            !written)
+            return written;
     }
 }
 
@@ -116,12 +129,10 @@ FileResult BaseStore::Write(const StoredVersion& version, const QString& target)
     m_runs.Saved(name);
     // Made anew, with the rights that new files have.
     QFile file(target);
-    if (!file.open(QFile::WriteOnly | QFile::NewOnly))
+    if (!file.open(QFile::WriteOnly | QFile::NewOnly | QFile::Unbuffered))
         return FileResult::Failed(file.errorString().toStdString());
     QByteArray hash;
     FileResult written = Transfer(copy, file, hash);
-    if (written && !file.flush())
-        written = FileResult::Failed(file.errorString().toStdString());
     if (written && hash != StoreNames::ContentHashOf(name))
         written = FileResult::Failed("the copy in the base store is damaged");
     file.close();

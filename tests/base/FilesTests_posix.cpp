@@ -2,6 +2,7 @@
 
 #include "BaseFiles.h"
 #include "FileTree.h"
+#include "base/Directory.h"
 #include "base/FileHandle.h"
 #include "base/FileStatus.h"
 
@@ -100,6 +101,16 @@ TEST(FilesOnPosix, MayHaveSeveralNames)
     ASSERT_EQ(::link(Native(tree.Path(u"a"_s)).c_str(), Native(tree.Path(u"b"_s)).c_str()), 0);
     EXPECT_EQ(Base::ReadFileStatus(Native(tree.Path(u"a"_s))).names, 2U);
     EXPECT_TRUE(Base::IsSameFile(Native(tree.Path(u"a"_s)), Native(tree.Path(u"b"_s))));
+}
+
+TEST(FilesOnPosix, AreNotListedThroughALink)
+{
+    FileTree tree;
+    tree.File(u"p/a"_s);
+    ASSERT_TRUE(QFile::link(tree.Path(u"p"_s), tree.Path(u"link"_s)));
+    const std::filesystem::path link = Native(tree.Path(u"link"_s));
+    EXPECT_FALSE(Base::VisitEntries(link, [](Base::FolderEntry&&) { return true; }));
+    EXPECT_EQ(Base::ReadEntry(link).kind, Base::EntryKind::LinkToFolder);
 }
 
 } // namespace Halvern::Test

@@ -5,6 +5,7 @@
 #include "BaseFiles.h"
 #include "FileTree.h"
 #include "PoorerWorld.h"
+#include "base/Directory.h"
 
 #include <QtCore/QDir>
 
@@ -59,6 +60,16 @@ TEST_F(KernelFaults, EveryErrorThatSaysARangeCopyIsNotForTheseFilesIsWorkedAroun
         EXPECT_TRUE(tree.Read(u"out/a.prt"_s) == tree.Read(u"in/a.prt"_s)) << error;
         tree.Remove(u"out/a.prt"_s);
     }
+}
+
+TEST_F(KernelFaults, AFolderThatCannotBeReadToItsEndIsAFailure)
+{
+    const auto work = [&] {
+        const Halvern::Base::FileResult result = Halvern::Base::VisitEntries(
+            Native(tree.Path(u"in"_s)), [](Halvern::Base::FolderEntry&&) { return true; });
+        return !result && result.Text() == "Input/output error";
+    };
+    EXPECT_EQ(InAPoorerWorld({{SYS_getdents64, EIO}}, work), Good);
 }
 
 TEST_F(KernelFaults, AnErrorOfTheDiskFailsTheCopy)

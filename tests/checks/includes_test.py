@@ -73,7 +73,8 @@ class PlantedFaults(unittest.TestCase):
     def test_a_library_of_other_rooms(self):
         for path, header, library in (
                 ("base/A.cpp", "QtCore/QString", "Qt Core"), ("kit/A.h", "QtCore/QString", "Qt Core"),
-                ("plugins/gltf/A.cpp", "QtCore/QString", "Qt Core"), ("jobs/A.cpp", "sqlite3.h", "SQLite"),
+                ("plugins/gltf/A.cpp", "QtCore/QString", "Qt Core"), ("jobs/A.cpp", "zlib.h", "zlib"),
+                ("src/stages/A.cpp", "sqlite3.h", "SQLite"),
                 ("cli/A.cpp", "SQLiteCpp/SQLiteCpp.h", "SQLite"),
                 ("services/A.cpp", "log4cplus/logger.h", "log4cplus"), ("src/stages/A.cpp", "CLI/CLI.hpp", "CLI11"),
                 ("src/stages/A.cpp", "QtXml/QDomDocument", "Qt Xml"),

@@ -26,10 +26,12 @@ protected:
     }
 
     /// Sends the signal once the progress line shows the phase.
-    CommandResult ImportAndSend(int signal, const QByteArray& phase, int times = 1) const
+    CommandResult ImportAndSend(int signal, const QByteArray& phase, int times = 1,
+                                const QStringList& options = {}) const
     {
         QProcess process;
-        Prepare(process, ImportArguments({u"proj"_s, u"--progress"_s, u"always"_s}));
+        Prepare(process,
+                ImportArguments(QStringList{u"proj"_s, u"--progress"_s, u"always"_s} + options));
         process.setReadChannel(QProcess::StandardError);
         process.start();
         QByteArray seen;
@@ -41,14 +43,14 @@ protected:
         return Finish(process);
     }
 
-    void ExpectTheNextImportToFinish() const
+    void ExpectTheNextImportToFinish(const QByteArray& link = "lib/part.tlk", int parts = 1) const
     {
         const CommandResult next = Import({u"proj"_s});
         EXPECT_EQ(next.exitCode, 0) << next.err.toStdString();
         EXPECT_EQ(next.Lines().filter(u"failed"_s), QStringList());
         const FileTree::Snapshot cloud = Cloud();
-        EXPECT_EQ(cloud.size(), Files + 1);
-        EXPECT_EQ(cloud.values().count("link 1 lib/part.tlk\n"), Files);
+        EXPECT_EQ(cloud.size(), Files + parts);
+        EXPECT_EQ(cloud.values().count("link 1 " + link + "\n"), Files);
         const PluginCallLog calls;
         EXPECT_EQ(Import({u"proj"_s}).exitCode, 0);
         EXPECT_EQ(calls.Calls(), QStringList());
@@ -74,11 +76,16 @@ TEST_F(CancelledImport, WhileCopyingTellsWhatIsDoneAndTheNextOneFinishesIt)
 
 TEST_F(CancelledImport, WhileRewritingLinksLeavesNoCopyWithOldLinksForGood)
 {
-    const CommandResult result = ImportAndSend(SIGINT, "Rewriting links", 2);
+    ASSERT_EQ(Import({u"proj"_s}).exitCode, 0);
+    // The part gets another name, so that every copy has to be rewritten where it stands.
+    tree.File(u"work/lib/part.tlk"_s, "new part\n")
+        .File(u"cloud/proj/lib/part.tlk"_s, "other part\n");
+    const CommandResult result =
+        ImportAndSend(SIGINT, "Rewriting links", 2, {u"--on-conflict"_s, u"rename"_s});
     EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
-    EXPECT_EQ(Cloud().size(), Files + 1);
+    EXPECT_EQ(Cloud().size(), Files + 2);
     EXPECT_TRUE(result.out.contains(u"its links are not rewritten yet"_s));
-    ExpectTheNextImportToFinish();
+    ExpectTheNextImportToFinish("lib/part (2).tlk", 2);
 }
 
 TEST_F(CancelledImport, BeforeCopyingLeavesNothing)

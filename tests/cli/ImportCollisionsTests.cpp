@@ -72,17 +72,41 @@ TEST_F(ImportOverExistingFiles, ReplacesThemAndLeavesNoTemporaryFile)
     EXPECT_EQ(Import({u"a.tlk"_s}).exitCode, 0);
 }
 
-TEST_F(ImportOverExistingFiles, AnEditedCopyCollidesAgainAndAnEditedSourceToo)
+TEST_F(ImportOverExistingFiles, AnEditedCopyIsLeftAndAnEditedSourceUpdatesIt)
 {
     ASSERT_EQ(Import({u"a.tlk"_s, u"--collisions"_s, u"replace"_s}).exitCode, 0);
-    const QDateTime later = QDateTime::currentDateTime().addSecs(60);
-    tree.Touch(u"cloud/a.tlk"_s, later);
-    EXPECT_EQ(Import({u"a.tlk"_s}).Lines(),
-              QStringList{u"conflict   a.tlk -> a.tlk: a file stands there"_s});
+    tree.File(u"cloud/a.tlk"_s, "edited copy\n").File(u"work/b.tlk"_s, "edited source\n");
+    const CommandResult result = Import({u"a.tlk"_s});
+    EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
+    EXPECT_TRUE(result.Has(u"left       a.tlk -> a.tlk (the copy was changed, the source not)"_s))
+        << ::testing::PrintToString(result);
+    EXPECT_TRUE(result.Has(u"updated    b.tlk -> b.tlk"_s)) << ::testing::PrintToString(result);
+    EXPECT_EQ(Cloud(),
+              (FileTree::Snapshot{{u"a.tlk"_s, "edited copy\n"}, {u"b.tlk"_s, "edited source\n"}}));
+}
+
+TEST_F(ImportOverExistingFiles, AFileEditedOnBothSidesIsAConflictThatNamesWhatChanged)
+{
     ASSERT_EQ(Import({u"a.tlk"_s, u"--collisions"_s, u"replace"_s}).exitCode, 0);
-    tree.Touch(u"work/b.tlk"_s, later);
-    EXPECT_EQ(Import({u"a.tlk"_s}).Lines(),
-              QStringList{u"conflict   b.tlk -> b.tlk: a file stands there"_s});
+    tree.File(u"work/b.tlk"_s, "edited source\n").File(u"cloud/b.tlk"_s, "edited copy\n");
+    const FileTree::Snapshot before = Cloud();
+    const CommandResult stopped = Import({u"a.tlk"_s});
+    EXPECT_EQ(stopped.exitCode, 6);
+    EXPECT_EQ(Cloud(), before);
+    ASSERT_EQ(stopped.Lines().size(), 1) << ::testing::PrintToString(stopped);
+    const QString line = stopped.Lines()[0];
+    EXPECT_TRUE(line.startsWith(u"conflict   b.tlk -> b.tlk: both changed since the copy was made: "
+                                "the source (14 bytes, "_s));
+    EXPECT_TRUE(line.contains(u" and the copy (12 bytes, "_s));
+    EXPECT_EQ(line.count(u"; before: 6 bytes, "_s), 2);
+    EXPECT_TRUE(stopped.err.contains(u"--on-conflict keep, replace, rename or ask"_s));
+    const QList<QJsonObject> json = Import({u"a.tlk"_s, u"--json"_s}).Json();
+    ASSERT_EQ(json.size(), 2);
+    EXPECT_EQ(json[0][u"kind"].toString(), u"both-changed"_s);
+    EXPECT_EQ(json[0][u"sourceSide"][u"bytes"].toInt(), 14);
+    EXPECT_EQ(json[0][u"targetSide"][u"recordedBytes"].toInt(), 6);
+    EXPECT_EQ(Import({u"a.tlk"_s, u"--on-conflict"_s, u"replace"_s}).exitCode, 0);
+    EXPECT_EQ(tree.Read(u"cloud/b.tlk"_s), "edited source\n");
 }
 
 TEST_F(ImportOverExistingFiles, AFolderThatExistsIsNoConflict)

@@ -76,8 +76,8 @@ TEST_F(ImportThatFails, AFileInThePlaceOfATargetsFolderIsTheReasonGiven)
     const QStringList failed = result.Lines().filter(u"failed "_s);
     ASSERT_FALSE(failed.isEmpty());
     EXPECT_TRUE(failed[0].contains(u"p.tlk"_s));
-    EXPECT_TRUE(failed[0].endsWith(u": The folder "_s + tree.Path(u"cloud/parts"_s) +
-                                   u" could not be made"_s))
+    EXPECT_TRUE(failed[0].endsWith(u": a file stands where a folder must be: "_s +
+                                   tree.Path(u"cloud/parts"_s)))
         << failed[0].toStdString();
 }
 
@@ -93,11 +93,15 @@ TEST_F(ImportThatFails, AFileThatAPluginCannotReadIsCopiedAndReportedWithTheReas
 
 TEST_F(ImportThatFails, LinksThatAPluginCannotRewriteAreReportedWithTheReason)
 {
-    tree.File(u"work/a.tlk"_s, "link 1 b.tlk\nnorepath\n").File(u"work/b.tlk"_s, "b");
-    const CommandResult result = Import({u"a.tlk"_s});
-    EXPECT_EQ(result.exitCode, 7);
-    EXPECT_TRUE(result.Has(u"copied     a.tlk -> a.tlk: test resolver: told not to repath"_s))
-        << ::testing::PrintToString(result);
+    tree.File(u"work/a.tlk"_s, "link 1 ../lib/b.tlk\nnorepath\n").File(u"lib/b.tlk"_s, "b");
+    for (const QString& word : {u"copied     "_s, u"unchanged  "_s}) {
+        const CommandResult result = Import({u"a.tlk"_s});
+        EXPECT_EQ(result.exitCode, 7);
+        EXPECT_TRUE(result.Has(word + u"a.tlk -> a.tlk: test resolver: told not to repath; its "
+                                      "links are still to be rewritten; every import tries, and "
+                                      "so does corsync retry"_s))
+            << ::testing::PrintToString(result);
+    }
 }
 
 TEST_F(ImportThatFails, APluginThatDoesNotLoadIsAProblemOfEachFileThatNeedsIt)

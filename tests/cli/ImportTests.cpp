@@ -37,8 +37,9 @@ TEST_F(ImportCommand, BringsAFileWithItsLinkedFilesAndRewritesTheLinks)
     EXPECT_EQ(result.Lines(),
               (QStringList{u"copied     proj/top.tlk -> Demo/top.tlk"_s,
                            u"copied     proj/part.tlk -> Demo/part.tlk"_s,
-                           u"copied     lib/bolt.tlk -> Demo/lib/bolt.tlk"_s,
-                           u"3 copied; cloud cache folder "_s + tree.Path(u"cloud"_s)}));
+                           u"copied     lib/bolt.tlk -> Demo/lib/bolt.tlk (outside the project)"_s,
+                           u"3 copied, 1 from outside the project; cloud cache folder "_s +
+                               tree.Path(u"cloud"_s)}));
     EXPECT_EQ(result.err, QString());
 }
 
@@ -66,7 +67,7 @@ TEST_F(ImportCommand, DoesNothingTheSecondTime)
     EXPECT_EQ(calls.Calls(), QStringList());
     EXPECT_EQ(Cloud(), Imported());
     EXPECT_EQ(tree.Modified(u"cloud/Demo/top.tlk"_s), before);
-    EXPECT_TRUE(result.out.contains(u"3 unchanged; "_s)) << ::testing::PrintToString(result);
+    EXPECT_TRUE(result.out.contains(u"3 unchanged, "_s)) << ::testing::PrintToString(result);
 }
 
 TEST_F(ImportCommand, ADryRunPrintsWhatTheImportPrintsAndLeavesNothingBehind)

@@ -44,6 +44,7 @@ TEST_F(CommandOutput, InJsonTellsConflictsAndErrorsToo)
     ASSERT_EQ(conflict.size(), 2);
     EXPECT_EQ(conflict[0][u"event"].toString(), u"conflict"_s);
     EXPECT_EQ(conflict[0][u"kind"].toString(), u"target-taken"_s);
+    EXPECT_TRUE(conflict[0][u"targetSide"][u"modified"].toString().endsWith(u'Z'));
     EXPECT_EQ(conflict[1][u"exitCode"].toInt(), 6);
     const QList<QJsonObject> error = Import({u"nope"_s, u"--json"_s}).Json();
     ASSERT_EQ(error.size(), 1);
@@ -64,7 +65,7 @@ TEST_F(CommandOutput, HoldsNoLogAndNoProgressUnlessAskedFor)
     const CommandResult plain = Import({u"a.tlk"_s, u"-n"_s});
     EXPECT_EQ(plain.err, u"corsync: dry run; nothing was copied\n"_s);
     const CommandResult verbose = Import({u"a.tlk"_s, u"-n"_s, u"-v"_s});
-    EXPECT_TRUE(verbose.err.contains(u" INFO  CorsyncFileLink Begin extracting file links"_s));
+    EXPECT_TRUE(verbose.err.contains(u" INFO  CorsyncFileLink Begin assigning target paths"_s));
     EXPECT_FALSE(verbose.err.contains(u" DEBUG "_s));
     EXPECT_EQ(verbose.out, plain.out);
     const CommandResult more = Import({u"a.tlk"_s, u"-n"_s, u"-vv"_s});
@@ -79,7 +80,8 @@ TEST_F(CommandOutput, GoesIntoALogFileThatGrowsWithEveryRun)
     const QString log = tree.Path(u"work/run.log"_s);
     Import({u"a.tlk"_s, u"-n"_s, u"--log-file"_s, log});
     const QByteArray once = tree.Read(u"work/run.log"_s);
-    EXPECT_TRUE(once.contains(" INFO  CorsyncFileLink Begin extracting file links\n"));
+    EXPECT_TRUE(
+        once.contains(" INFO  CorsyncFileLink Begin assigning target paths for file links\n"));
     EXPECT_TRUE(once.contains(" ERROR ResolverPlugin test resolver: told to fail\n"));
     EXPECT_FALSE(once.contains(" DEBUG "));
     Import({u"a.tlk"_s, u"-n"_s, u"--log-file"_s, log, u"--log-level"_s, u"error"_s});
@@ -91,7 +93,7 @@ TEST_F(CommandOutput, GoesIntoALogFileThatGrowsWithEveryRun)
 
 TEST_F(CommandOutput, ShowsPathsThatHoldPlaceholdersAsTheyAre)
 {
-    tree.File(u"work/%1/top %2.tlk"_s, "link 1 %3.tlk\nlink 2 gone %1.tlk\nnorepath\n")
+    tree.File(u"work/%1/top %2.tlk"_s, "link 1 %3.tlk\nlink 2 gone %1.tlk\n")
         .File(u"work/%1/%3.tlk"_s, "fail\n")
         .File(u"cloud/Demo %2/%3.tlk"_s, "old %1\n")
         .File(u"plugins/%1 %2.syncplugin"_s, "<SyncPlugins");
@@ -100,12 +102,10 @@ TEST_F(CommandOutput, ShowsPathsThatHoldPlaceholdersAsTheyAre)
               QStringList{u"conflict   %1/%3.tlk -> Demo %2/%3.tlk: a file stands there"_s});
     const CommandResult result = Import(arguments + QStringList{u"--collisions"_s, u"replace"_s});
     EXPECT_EQ(result.exitCode, 7);
-    EXPECT_EQ(
-        result.Lines().mid(0, 3),
-        (QStringList{
-            u"copied     %1/top %2.tlk -> Demo %2/top %2.tlk: test resolver: told not to repath"_s,
-            u"replaced   %1/%3.tlk -> Demo %2/%3.tlk: test resolver: told to fail"_s,
-            u"missing    %1/gone %1.tlk (linked from %1/top %2.tlk)"_s}))
+    EXPECT_EQ(result.Lines().mid(0, 3),
+              (QStringList{u"copied     %1/top %2.tlk -> Demo %2/top %2.tlk"_s,
+                           u"replaced   %1/%3.tlk -> Demo %2/%3.tlk: test resolver: told to fail"_s,
+                           u"missing    %1/gone %1.tlk (linked from %1/top %2.tlk)"_s}))
         << ::testing::PrintToString(result);
     EXPECT_TRUE(result.err.contains(u"plugins/%1 %2.syncplugin: "_s))
         << ::testing::PrintToString(result);

@@ -104,6 +104,9 @@ TEST(ReportLines, TellWhatHappenedToEachFile)
         {moved, u"replaced   project/a.gltf -> Demo/a.gltf (source deleted)"_s},
         {missing, u"missing    project/a.gltf (linked from b.gltf, /srv/c.gltf)"_s},
         {Result(Outcome::Locked), u"locked     project/a.gltf -> Demo/a.gltf (links pending)"_s},
+        {WithRemark(Outcome::Locked, Remark::RewritePending),
+         u"locked     project/a.gltf -> Demo/a.gltf: its links are still to be rewritten; every "
+         "import tries, and so does corsync retry"_s},
         {WithProblem(Outcome::Failed, u"disk full"_s),
          u"failed     project/a.gltf -> Demo/a.gltf: disk full"_s},
         {WithRemark(Outcome::Skipped, Remark::NoFile),

@@ -63,6 +63,7 @@ const QString allTables = tablesOfServices + u" ledger_copies ledger_version"_s;
 
 TEST_F(LedgerFile, OfAnEarlierVersionHasNoRecordsUntilTheFirstIsWritten)
 {
+    const std::string version = Ask("PRAGMA user_version");
     {
         const auto ledger = Open();
         EXPECT_EQ(ledger->Error(), QString());
@@ -76,7 +77,7 @@ TEST_F(LedgerFile, OfAnEarlierVersionHasNoRecordsUntilTheFirstIsWritten)
     }
     EXPECT_EQ(Tables(), allTables);
     EXPECT_EQ(Ask("SELECT version FROM ledger_version"), "1");
-    EXPECT_EQ(Ask("PRAGMA user_version"), "1") << "the sync database counts by itself";
+    EXPECT_EQ(Ask("PRAGMA user_version"), version) << "the sync database counts by itself";
 }
 
 TEST_F(LedgerFile, ServesTheSyncDatabaseAsBefore)

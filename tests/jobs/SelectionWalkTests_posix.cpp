@@ -145,6 +145,27 @@ TEST_F(SelectionWalkOnPosix, NamesASourceThatBecameALink)
               (QStringList{u"Vanished dead"_s, u"LinkToFolder folder"_s}));
 }
 
+TEST_F(SelectionWalkOnPosix, NamesAFolderThatVanishesBeforeItsTurn)
+{
+    QMap<QString, int> times;
+    for (int last = 0; last < 20; ++last) {
+        tree.File(u"w/p/a/x.prt"_s).File(u"w/p/b/y.prt"_s);
+        int polls = 0;
+        const SelectionListing listing = WalkSelection({tree.Path(u"w/p"_s)}, ExcludeRules(), [&] {
+            if (polls++ == last)
+                tree.Remove(u"w/p/b"_s);
+            return false;
+        });
+        QStringList seen = Lines(listing.leftOut);
+        for (const SelectedEntry& entry : listing.entries)
+            if (entry.name.startsWith(u"p/b"_s))
+                seen.append(entry.name);
+        ++times[seen.join(u", "_s)];
+    }
+    EXPECT_EQ(times.keys(), (QStringList{{}, u"Vanished p/b, p/b"_s, u"p/b, p/b/y.prt"_s}))
+        << "not seen at all, named, or listed in time";
+}
+
 TEST_F(SelectionWalkOnPosix, NamesEverythingWithAColonBelowTheTarget)
 {
     tree.File(u"w/at:1/p/a.prt"_s).File(u"w/at:1/p/10:30/b.prt"_s).File(u"w/at:1/c:d.prt"_s);
