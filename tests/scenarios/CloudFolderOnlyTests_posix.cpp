@@ -121,6 +121,17 @@ TEST_F(CloudFolderOnly, ACopyWhoseFolderBecameASymbolicLinkIsNotUpdatedThere)
     });
 }
 
+TEST_F(CloudFolderOnly, PruneTakesNoCopyThroughAFolderThatBecameASymbolicLink)
+{
+    tree.File(u"work/proj/gone.txt"_s, "gone");
+    const QStringList arguments{u"proj"_s, u"--to"_s, u"Demo"_s, u"--prune"_s};
+    ASSERT_EQ(Import(arguments).exitCode, 0);
+    ASSERT_TRUE(QFile::rename(tree.Path(u"cloud/Demo/proj"_s), tree.Path(u"outside/proj"_s)));
+    Link(u"cloud/Demo/proj"_s, u"outside/proj"_s);
+    tree.Remove(u"work/proj/gone.txt"_s);
+    ExpectOutsideUntouched([&] { Report(arguments); });
+}
+
 TEST_F(CloudFolderOnly, AMoveDeletesNoSourceWhoseCopyWouldLieOutside)
 {
     Link(u"cloud/Demo"_s, u"outside"_s);

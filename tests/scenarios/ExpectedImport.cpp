@@ -54,16 +54,13 @@ void ExpectedImport::Follow(const ImportStep& step)
             file.links.append(Resolve(path, text));
         for (const ExpectedLink& link : QList<ExpectedLink>(file.links)) {
             if (link.kind != ExpectedLink::Live || link.file.startsWith(u"cloud/"_s) ||
-                !EntryFor(link.file).isEmpty())
+                m_files.contains(link.file))
                 continue;
-            m_files.insert(link.file, {});
+            const bool isTwin = HasTwinOf(link.file);
+            m_files[link.file].isTwin = isTwin;
             toRead.append(link.file);
         }
     }
-    for (ExpectedFile& file : m_files)
-        for (ExpectedLink& link : file.links)
-            if (link.kind == ExpectedLink::Live)
-                link.entry = EntryFor(link.file);
 }
 
 ExpectedLink ExpectedImport::Resolve(const QString& file, const QString& text) const
@@ -105,15 +102,12 @@ quint64 ExpectedImport::IdentityOf(const QString& file) const
     return path.isEmpty() ? 0 : StampOf(path).index;
 }
 
-QString ExpectedImport::EntryFor(const QString& file) const
+bool ExpectedImport::HasTwinOf(const QString& file) const
 {
-    if (m_files.contains(file))
-        return file;
     const quint64 identity = IdentityOf(file);
-    for (auto it = m_files.begin(); it != m_files.end(); ++it)
-        if (identity != 0 && IdentityOf(it.key()) == identity)
-            return it.key();
-    return {};
+    const QStringList files = m_files.keys();
+    return std::any_of(files.begin(), files.end(),
+                       [&](const QString& other) { return IdentityOf(other) == identity; });
 }
 
 QStringList ExpectedImport::LinkTree(const QString& file) const
@@ -121,8 +115,8 @@ QStringList ExpectedImport::LinkTree(const QString& file) const
     QStringList tree{file};
     for (qsizetype at = 0; at < tree.size(); ++at)
         for (const ExpectedLink& link : m_files.value(tree.at(at)).links)
-            if (!link.entry.isEmpty() && !tree.contains(link.entry))
-                tree.append(link.entry);
+            if (m_files.contains(link.file) && !tree.contains(link.file))
+                tree.append(link.file);
     return tree;
 }
 

@@ -25,8 +25,6 @@ struct ExpectedLink
     Kind kind = Live;
     /// Relative to the tree when it lies in it.
     QString file;
-    /// The file of the import that this is, perhaps under another name; empty for none.
-    QString entry;
 };
 
 struct ExpectedFile
@@ -34,6 +32,8 @@ struct ExpectedFile
     bool isSelected = false;
     /// Its links are read and rewritten.
     bool isFollowed = false;
+    /// Another name of a file of the import: it may come under each name, or under one.
+    bool isTwin = false;
     QByteArray content;
     QList<ExpectedLink> links;
 };
@@ -57,10 +57,10 @@ private:
     void Select(const QString& path, const ImportStep& step);
     void Follow(const ImportStep& step);
     ExpectedLink Resolve(const QString& file, const QString& text) const;
-    QString EntryFor(const QString& file) const;
     bool Has(ExpectedLink::Kind kind) const;
     /// 0 when there is no such file.
     quint64 IdentityOf(const QString& file) const;
+    bool HasTwinOf(const QString& file) const;
 
     const FileTree& m_tree;
     QMap<QString, ExpectedFile> m_files;

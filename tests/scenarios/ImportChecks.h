@@ -12,7 +12,7 @@ namespace Halvern::Test {
 /// What was copied where by an earlier import, and what each side was then.
 struct CopyRecord
 {
-    QByteArray source;
+    FileStamp source;
     FileStamp copy;
     /// A conflict was settled, or the file failed: what the next import does is not foretold.
     bool isOpen = false;
@@ -58,6 +58,11 @@ private:
     FileStamp After(const QString& path) const { return m_after.value(path); }
     bool IsOursToChange(const QString& path) const;
     bool IsObstructed(const QString& target) const;
+    /// The line about a file, or about another name of it.
+    ReportedFile LineOf(const ImportReport& report, const QString& file) const;
+    FileStamp SourceStamp(const QString& source) const;
+    bool HasObstacles() const;
+    bool IsTouched(const ReportedFile& line) const;
     bool BaseStoreHolds(const QByteArray& content) const;
     const CopyRecord* RecordOf(const QString& source, const QString& target) const;
 

@@ -147,7 +147,8 @@ TEST_F(LastMoment, ASourceThatWasSavedAfterItsLinksWereReadIsNotDeletedByAMove)
 {
     request.move = true;
     Execute([&] { tree.File(u"work/proj/top.tlk"_s, "link 1 b.txt\nlink 2 other.txt\n"); });
-    EXPECT_EQ(Stamp(u"work/proj/top.tlk"_s).content, "link 1 b.txt\nlink 2 other.txt\n");
+    EXPECT_EQ(Stamp(u"work/proj/top.tlk"_s).content, "link 1 b.txt\nlink 2 other.txt\n")
+        << "the copy: " << Stamp(u"cloud/proj/top.tlk"_s).content.toStdString();
 }
 
 TEST_F(LastMoment, ASourceThatIsSavedWhileOthersAreCopiedIsNotDeletedByAMove)

@@ -141,6 +141,19 @@ TEST_F(Move, ASourceThatAnotherFileStillLinksIsMovedOnlyWithTheSelection)
     EXPECT_EQ(Stamp(u"work/user.tlk"_s), before);
 }
 
+TEST_F(Move, ASecondRunOfWhatStayedChangesNoCopyThatIsInOrder)
+{
+    tree.File(u"work/proj/sub.tlk"_s, "link 1 ../lib/part.txt\nlink 2 gone.txt\n")
+        .File(u"work/lib/part.txt"_s, "part");
+    EXPECT_NE(Report({u"proj/sub.tlk"_s, u"lib/part.txt"_s, u"--move"_s}).exitCode, 0);
+    EXPECT_FALSE(tree.Exists(u"work/lib/part.txt"_s));
+    const auto before = Stamps(u"cloud"_s);
+    EXPECT_EQ(tree.Read(u"cloud/sub.tlk"_s), "link 1 part.txt\nlink 2 gone.txt\n");
+    EXPECT_NE(Report({u"proj/sub.tlk"_s, u"--move"_s}).exitCode, 0);
+    EXPECT_NE(Report({u"proj/sub.tlk"_s}).exitCode, 0);
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+}
+
 TEST_F(Move, WhatWasCopiedBeforeIsDeletedByAMoveOfTheSame)
 {
     ASSERT_EQ(Report({u"proj"_s}).exitCode, 0);
@@ -209,6 +222,9 @@ TEST_F(Move, KilledAtAnyMomentLosesNothingAndTheSameCommandCompletesIt)
             const CommandResult result = Run(arguments);
             EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
         }
+        // Whatever is imported next clears away what a killed import began.
+        tree.File(u"work/next.txt"_s);
+        EXPECT_EQ(Import({u"next.txt"_s}).exitCode, 0);
         EXPECT_EQ(tree.Contents(copies), sources);
         EXPECT_TRUE(!tree.Exists(u"work/proj"_s) || Left().isEmpty());
         EXPECT_EQ(Leftovers(), QStringList());

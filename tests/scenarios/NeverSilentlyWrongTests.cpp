@@ -71,8 +71,9 @@ private:
         if (!wrong.isEmpty())
             return wrong + QStringList{::testing::PrintToString(first).c_str()};
         records = checks.Recorded(first);
-        for (const ReportedFile& file : first.files)
-            if (file.sourceDeleted)
+        // What was moved cannot be given again.
+        for (const QString& source : step.sources)
+            if (!tree.Exists(u"work/"_s + source))
                 return {};
         Note(world, step);
         const ImportReport second = Report(step.Arguments());

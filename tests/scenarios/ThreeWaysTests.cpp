@@ -269,6 +269,17 @@ TEST_F(GoneSources, PruneLeavesACopyThatItsOwnerEdited)
     EXPECT_EQ(tree.Read(u"cloud/proj/sub/b.txt"_s), "mine");
 }
 
+TEST_F(GoneSources, AMovedFileIsNoOrphanAndIsNotPruned)
+{
+    tree.File(u"work/moved/m.txt"_s, "m").File(u"work/moved/n.txt"_s, "n");
+    ASSERT_EQ(Report({u"moved"_s, u"--move"_s}).exitCode, 0);
+    tree.File(u"work/moved/o.txt"_s, "o");
+    const FileStamp before = Stamp(u"cloud/moved/m.txt"_s);
+    const ImportReport report = Report({u"moved"_s, u"--prune"_s});
+    EXPECT_EQ(report.Statuses(), QStringList{u"copied"_s}) << ::testing::PrintToString(report);
+    EXPECT_EQ(Stamp(u"cloud/moved/m.txt"_s), before);
+}
+
 TEST_F(GoneSources, PruneOfOneProjectLeavesTheOthersAndForeignFilesAlone)
 {
     tree.File(u"work/other/x.txt"_s, "x").File(u"cloud/proj/foreign.txt"_s, "foreign");
