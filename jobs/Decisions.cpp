@@ -107,8 +107,7 @@ void Decisions::PlaceByRecords()
         if (!record || !ExistsOnDisk(record->target))
             continue;
         // A selected file has its place by its name: only another name beside it is remembered.
-        if (!file.isSelected ||
-            QFileInfo(record->target).path() == QFileInfo(file.target).path())
+        if (!file.isSelected || QFileInfo(record->target).path() == QFileInfo(file.target).path())
             file.target = record->target;
     }
     if (!m_job.request.selfContained)
@@ -147,8 +146,7 @@ bool Decisions::MayShare(const JobFile& file,
         const CopyRecord* linked = shared.value(link.member);
         const QString place = linked ? linked->target : m_job.files.At(link.member).target;
         return record.linkedTargets.contains(place) &&
-               (linked || m_job.files.At(link.member).target ==
-                              m_job.files.At(link.member).source);
+               (linked || m_job.files.At(link.member).target == m_job.files.At(link.member).source);
     });
 }
 
@@ -372,9 +370,8 @@ void Decisions::SettleCopy(JobFile& file)
 bool Decisions::GiveFreeName(JobFile& file)
 {
     const QString wanted = file.target;
-    file.target = FreePath(wanted, [&](const QString& path) {
-        return m_owners.IsOwned(path) || ExistsOnDisk(path);
-    });
+    file.target = FreePath(
+        wanted, [&](const QString& path) { return m_owners.IsOwned(path) || ExistsOnDisk(path); });
     if (ObjectionToTarget(file.target, m_job.cloudFolder) != Remark::None) {
         file.target = wanted;
         return false;
@@ -406,9 +403,9 @@ void Decisions::FindOrphans()
 {
     m_job.orphans.clear();
     for (const CopyRecord& record : m_copies.All()) {
-        const bool isOfSelection = std::any_of(
-            m_job.request.sources.begin(), m_job.request.sources.end(),
-            [&](const QString& source) { return IsInFolder(record.source, source); });
+        const bool isOfSelection =
+            std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
+                        [&](const QString& source) { return IsInFolder(record.source, source); });
         if (isOfSelection && PathKey(record.project) == PathKey(m_job.target) &&
             !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) && !record.isIntent &&
             !IsMember(record.target))
