@@ -71,8 +71,7 @@ void Closure::TakeLinks(JobFile& file)
     if (Restore(file))
         return;
     LinkReader::Links links;
-    file.linksState =
-        m_reader.Read(file.source, links) ? LinksState::Read : LinksState::Failed;
+    file.linksState = m_reader.Read(file.source, links) ? LinksState::Read : LinksState::Failed;
     for (const SyncServices::FileLink& link : std::as_const(links))
         file.links.append({link, {}, -1, LinkState::Found});
 }

@@ -114,8 +114,7 @@ void Decisions::PlaceByRecords()
         if (!record || !ExistsOnDisk(record->target) || IsCutOff(record->target))
             continue;
         // A selected file has its place by its name: only another name beside it is remembered.
-        if (!file.isSelected ||
-            QFileInfo(record->target).path() == QFileInfo(file.target).path())
+        if (!file.isSelected || QFileInfo(record->target).path() == QFileInfo(file.target).path())
             file.target = record->target;
     }
     if (!m_job.request.selfContained)
@@ -154,8 +153,7 @@ bool Decisions::MayShare(const JobFile& file,
         const CopyRecord* linked = shared.value(link.member);
         const QString place = linked ? linked->target : m_job.files.At(link.member).target;
         return record.linkedTargets.contains(place) &&
-               (linked || m_job.files.At(link.member).target ==
-                              m_job.files.At(link.member).source);
+               (linked || m_job.files.At(link.member).target == m_job.files.At(link.member).source);
     });
 }
 
@@ -385,9 +383,8 @@ void Decisions::SettleCopy(JobFile& file)
 bool Decisions::GiveFreeName(JobFile& file)
 {
     const QString wanted = file.target;
-    file.target = FreePath(wanted, [&](const QString& path) {
-        return m_owners.IsOwned(path) || ExistsOnDisk(path);
-    });
+    file.target = FreePath(
+        wanted, [&](const QString& path) { return m_owners.IsOwned(path) || ExistsOnDisk(path); });
     if (ObjectionToTarget(file.target, m_job.cloudFolder) != Remark::None) {
         file.target = wanted;
         return false;
@@ -419,9 +416,9 @@ void Decisions::FindOrphans()
 {
     m_job.orphans.clear();
     for (const CopyRecord& record : m_copies.All()) {
-        const bool isOfSelection = std::any_of(
-            m_job.request.sources.begin(), m_job.request.sources.end(),
-            [&](const QString& source) { return IsInFolder(record.source, source); });
+        const bool isOfSelection =
+            std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
+                        [&](const QString& source) { return IsInFolder(record.source, source); });
         if (isOfSelection && IsOfThisProject(record) && !record.isMoved &&
             !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) &&
             !m_owners.IsOwned(record.target) && !IsCutOff(record.target))

@@ -69,7 +69,9 @@ bool FileMaker::MakeFolder(const JobFile& file)
     const std::filesystem::path folder = Below(file.target);
     const Base::FileResult made = m_cloud.MakeFolders(folder);
     if (!made) {
-        m_control.Report({Stage::CopyFiles, ProblemKind::FolderNotMade, file.source,
+        m_control.Report({Stage::CopyFiles,
+                          ProblemKind::FolderNotMade,
+                          file.source,
                           QStringLiteral("Failed to create folder %1: %2")
                               .arg(QDir::toNativeSeparators(file.target), Text(made)),
                           {}});
@@ -164,7 +166,9 @@ bool FileMaker::WriteLinks(JobFile& file, const Staged& staged, const LinkReader
         return false;
     if (HoldsLinks(file, staged))
         return true;
-    m_control.Report({Stage::RepathFiles, ProblemKind::LinksNotRewritten, file.target,
+    m_control.Report({Stage::RepathFiles,
+                      ProblemKind::LinksNotRewritten,
+                      file.target,
                       QStringLiteral("After they were rewritten the links of the copy are not what "
                                      "was asked for"),
                       {}});
@@ -222,7 +226,9 @@ void FileMaker::Relink(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
     if (!Base::IsWritable(target)) {
-        m_control.Report({Stage::RepathFiles, ProblemKind::TargetReadOnly, file.target,
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::TargetReadOnly,
+                          file.target,
                           QStringLiteral("The copy is read-only, and its links are old"),
                           {}});
         return FailToRewrite(file, false);
@@ -234,15 +240,16 @@ void FileMaker::Relink(JobFile& file)
     file.targetStatus = Base::ReadLinkStatus(target);
     const Base::FileResult copied = Base::CopyUnchangedBytes(target, staged.path, staged.source);
     if (!copied) {
-        m_control.Report({Stage::RepathFiles, ProblemKind::LinksNotRewritten, file.target,
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::LinksNotRewritten,
+                          file.target,
                           QStringLiteral("Failed to copy: ") + Text(copied),
                           {}});
         return FailToRewrite(file, false);
     }
     LinkReader::Links links;
     const JobControl::Alias alias(m_control, staged.text, file.target);
-    if (!RewritesFor(file, staged, links) ||
-        (!links.isEmpty() && !WriteLinks(file, staged, links)))
+    if (!RewritesFor(file, staged, links) || (!links.isEmpty() && !WriteLinks(file, staged, links)))
         return FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
     const FileStamp source = file.record ? file.record->sourceStamp : file.sourceStamp;
@@ -273,7 +280,9 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
     }
     const bool isRelink = file.deed == Deed::Relink;
     if (!isRelink && !Base::IsWritable(target)) {
-        m_control.Report({Stage::CopyFiles, ProblemKind::TargetReadOnly, file.source,
+        m_control.Report({Stage::CopyFiles,
+                          ProblemKind::TargetReadOnly,
+                          file.source,
                           QStringLiteral("The target exists and is read-only"),
                           {}});
         file.End(Outcome::Failed);

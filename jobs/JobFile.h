@@ -101,7 +101,10 @@ struct JobFile
     qint64 recordedAt = 0;
 
     /// It is settled that it gets no copy.
-    bool IsOut() const { return isDropped || (outcome != Outcome::NotDone && deed == Deed::Nothing); }
+    bool IsOut() const
+    {
+        return isDropped || (outcome != Outcome::NotDone && deed == Deed::Nothing);
+    }
     void End(Outcome result, Remark why = Remark::None, const QString& more = {})
     {
         deed = Deed::Nothing;

@@ -43,7 +43,8 @@ JobRun::JobRun(const ImportRequest& request, const std::shared_ptr<JobControl>& 
     : m_control(control),
       m_database(std::make_shared<JobDatabase>(FolderManager::GetInstance()->GetSyncDatabase())),
       m_importer(MakeImporter(control, m_database)), m_ledger(OpenLedger()), m_reader(*m_importer),
-      m_layout(m_state, *control, *m_importer), m_records(m_state, *m_ledger, *m_database, *m_importer)
+      m_layout(m_state, *control, *m_importer),
+      m_records(m_state, *m_ledger, *m_database, *m_importer)
 {
     m_state.request = request;
     m_state.cloudFolder = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
@@ -119,10 +120,9 @@ bool JobRun::TakeSelection(const QStringList& sources)
 bool JobRun::FindLinkedFiles(const QStringList& sources)
 {
     m_control->BeginPhase(Phase::ReadingLinks, 0);
-    Boundary boundary(sources,
-                      {m_state.request.within,
-                       FolderManager::GetInstance()->GetSettings().allowedFolders,
-                       m_state.cloudFolder});
+    Boundary boundary(sources, {m_state.request.within,
+                                FolderManager::GetInstance()->GetSettings().allowedFolders,
+                                m_state.cloudFolder});
     m_state.cancelled = !Closure(m_state, *m_control, m_reader, boundary, m_copies).Find();
     return !m_state.cancelled;
 }
@@ -161,11 +161,12 @@ void JobRun::Execute(Results& results)
     Staging staging(cloud);
     const Base::FileResult begun = opened ? staging.Begin() : opened;
     if (!begun) {
-        m_control->Report({FileLink::Stage::CopyFiles, FileLink::ProblemKind::FolderNotMade,
-                           {},
-                           m_state.cloudFolder + QStringLiteral(": ") +
-                               QString::fromStdString(begun.Text()),
-                           {}});
+        m_control->Report(
+            {FileLink::Stage::CopyFiles,
+             FileLink::ProblemKind::FolderNotMade,
+             {},
+             m_state.cloudFolder + QStringLiteral(": ") + QString::fromStdString(begun.Text()),
+             {}});
         for (JobFile& file : m_state.files)
             if (file.deed != Deed::Nothing)
                 file.End(Outcome::Failed, Remark::Unexplained);
@@ -276,12 +277,11 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
-        m_state.cancelled = !SourceRemoval(m_state, *m_control)
-                                 .Remove([&](JobFile& file) {
-                                     if (file.sourceDeleted)
-                                         m_records.Note(file);
-                                     results.Tell(file);
-                                 });
+        m_state.cancelled = !SourceRemoval(m_state, *m_control).Remove([&](JobFile& file) {
+            if (file.sourceDeleted)
+                m_records.Note(file);
+            results.Tell(file);
+        });
     if (m_state.request.prune && !m_state.cancelled)
         Prune(cloud);
     static_cast<void>(m_records.Flush());

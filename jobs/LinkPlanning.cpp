@@ -66,9 +66,8 @@ bool HoldsOtherLinks(const JobFile& file)
 {
     const QList<FileLink>& recorded = file.record->targetLinks;
     return !std::equal(recorded.begin(), recorded.end(), file.wantedLinks.begin(),
-                       file.wantedLinks.end(), [](const FileLink& a, const FileLink& b) {
-                           return a.Path == b.Path;
-                       });
+                       file.wantedLinks.end(),
+                       [](const FileLink& a, const FileLink& b) { return a.Path == b.Path; });
 }
 
 /// A copy that this project made, that nobody changed, and whose links are known.

@@ -144,8 +144,7 @@ QList<FileResult> OrphanResults(const JobState& job)
         FileResult result;
         result.source = orphan.source;
         result.target = orphan.target;
-        result.outcome =
-            job.pruned.contains(orphan.target) ? Outcome::Pruned : Outcome::Orphaned;
+        result.outcome = job.pruned.contains(orphan.target) ? Outcome::Pruned : Outcome::Orphaned;
         results.append(result);
     }
     return results;

@@ -106,8 +106,10 @@ bool SourceRemoval::Remove(const std::function<void(JobFile&)>& told)
 bool SourceRemoval::RemoveSource(JobFile& file)
 {
     const auto fail = [&](const QString& text) {
-        m_control.Report({FileLink::Stage::CopyFiles, FileLink::ProblemKind::SourceNotDeleted,
-                          file.source, text,
+        m_control.Report({FileLink::Stage::CopyFiles,
+                          FileLink::ProblemKind::SourceNotDeleted,
+                          file.source,
+                          text,
                           {}});
         return false;
     };
