@@ -98,13 +98,20 @@ bool Decisions::Make(const Answers& answers)
     return true;
 }
 
+/// A folder on the way is none any more, or leads elsewhere.
+bool Decisions::IsCutOff(const QString& target) const
+{
+    QString detail;
+    return ObstacleOnTheWay(target, m_job.cloudFolder, detail) != Remark::None;
+}
+
 void Decisions::PlaceByRecords()
 {
     for (JobFile& file : m_job.files) {
         if (!HasTarget(file) || file.keepsTarget || file.target == file.source)
             continue;
         const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
-        if (!record || !ExistsOnDisk(record->target))
+        if (!record || !ExistsOnDisk(record->target) || IsCutOff(record->target))
             continue;
         // A selected file has its place by its name: only another name beside it is remembered.
         if (!file.isSelected || QFileInfo(record->target).path() == QFileInfo(file.target).path())
@@ -121,7 +128,7 @@ const CopyRecord* Decisions::CopyElsewhere(const JobFile& file) const
         m_copies.OfProject(file.source, m_job.target))
         return nullptr;
     for (const CopyRecord* record : m_copies.OfSource(file.source)) {
-        const bool isSound = !record->isIntent && !record->isRewritePending &&
+        const bool isSound = !IsCutOff(record->target) && !record->isRewritePending &&
                              record->linksState != LinksState::Failed &&
                              IsInFolder(record->target, m_job.cloudFolder) &&
                              !QFileInfo(record->target).isSymbolicLink();
@@ -244,6 +251,11 @@ void Decisions::TakeInPlace(JobFile& file) const
     }
 }
 
+bool Decisions::IsOfThisProject(const CopyRecord& record) const
+{
+    return PathKey(record.project) == PathKey(m_job.target);
+}
+
 void Decisions::Decide(JobFile& file, Standing standing)
 {
     const auto copy = [&](Outcome outcome) {
@@ -257,7 +269,8 @@ void Decisions::Decide(JobFile& file, Standing standing)
         return;
     case Standing::Ours:
     case Standing::SameContent:
-        if (m_job.request.force)
+        // What another project has brought is not this one's to renew.
+        if (m_job.request.force && (!file.record || IsOfThisProject(*file.record)))
             copy(Outcome::Updated);
         else
             file.End(Outcome::Unchanged);
@@ -406,9 +419,9 @@ void Decisions::FindOrphans()
         const bool isOfSelection =
             std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
                         [&](const QString& source) { return IsInFolder(record.source, source); });
-        if (isOfSelection && PathKey(record.project) == PathKey(m_job.target) &&
-            !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) && !record.isIntent &&
-            !IsMember(record.target))
+        if (isOfSelection && IsOfThisProject(record) && !record.isMoved &&
+            !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) &&
+            !m_owners.IsOwned(record.target) && !IsCutOff(record.target))
             m_job.orphans.append(record);
     }
 }

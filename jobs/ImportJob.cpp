@@ -40,10 +40,29 @@ struct ImportJob::State
           results(run.State(), *control)
     {}
 
+    QStringList SourcesToTake() const;
     void WritePlan();
     bool MayExecute() const { return plan.conflicts.isEmpty() && plan.findings.isEmpty(); }
     JobResult Result(QList<FileResult> files, QList<FileLink::Problem> problems) const;
 };
+
+/// A move that did not come to its end is completed by the same command, although some of its
+/// sources are gone.
+QStringList ImportJob::State::SourcesToTake() const
+{
+    if (!request.move || request.sources.isEmpty())
+        return request.sources;
+    QString target;
+    QStringList sources;
+    for (const QString& source : request.sources) {
+        const QString path = AbsolutePath(source);
+        if (!ExistsOnDisk(path) && target.isEmpty())
+            target = CheckedTarget(request.target);
+        if (ExistsOnDisk(path) || !run.WasMoved(path, target))
+            sources.append(source);
+    }
+    return sources;
+}
 
 void ImportJob::State::WritePlan()
 {
@@ -90,7 +109,7 @@ const Plan& ImportJob::MakePlan()
     Require(!state.begun, QStringLiteral("the job has a plan already"));
     state.begun = true;
     RequireSync();
-    const QStringList sources = CheckedSources(state.request.sources);
+    const QStringList sources = CheckedSources(state.SourcesToTake());
     const QString target = CheckedTarget(state.request.target);
     state.run.Plan(sources, target);
     state.planned = true;

@@ -60,6 +60,10 @@ struct JobFile
 
     QList<JobLink> links;
     LinksState linksState = LinksState::Read;
+    /// False when its links are not asked for.
+    bool linksKnown = false;
+    /// An earlier job moved it: its copy is all that there is.
+    bool wasMoved = false;
     /// Which plug-ins would read it; empty for none.
     QString readers;
 

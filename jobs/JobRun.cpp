@@ -14,7 +14,7 @@
 
 #include "corsync/JobError.h"
 
-#include "base/FileRenaming.h"
+#include "base/RootedFolder.h"
 #include "syncservices/FolderManager.h"
 #include "syncservices/SyncManager.h"
 
@@ -48,9 +48,21 @@ JobRun::JobRun(const ImportRequest& request, const std::shared_ptr<JobControl>& 
 {
     m_state.request = request;
     m_state.cloudFolder = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
+    m_copies = CopyIndex(m_ledger->ReadAll(m_state.cloudFolder));
 }
 
 JobRun::~JobRun() = default;
+
+bool JobRun::WasMoved(const QString& source, const QString& target) const
+{
+    const auto& records = m_copies.All();
+    return std::any_of(records.begin(), records.end(), [&](const CopyRecord& record) {
+        return record.isMoved && PathKey(record.project) == PathKey(target) &&
+               (PathKey(record.source) == PathKey(source) ||
+                PathKey(record.source).startsWith(PathKey(source + u'/'))) &&
+               ExistsOnDisk(record.target);
+    });
+}
 
 QString JobRun::DatabaseError() const
 {
@@ -108,7 +120,6 @@ bool JobRun::TakeSelection(const QStringList& sources)
 bool JobRun::FindLinkedFiles(const QStringList& sources)
 {
     m_control->BeginPhase(Phase::ReadingLinks, 0);
-    m_copies = CopyIndex(m_ledger->ReadAll(m_state.cloudFolder));
     Boundary boundary(sources, {m_state.request.within,
                                 FolderManager::GetInstance()->GetSettings().allowedFolders,
                                 m_state.cloudFolder});
@@ -170,7 +181,7 @@ void JobRun::Execute(Results& results)
     if (copied && MakeFiles(results, Deed::Relink))
         NoteUnchanged();
     m_maker = nullptr;
-    Finish(results);
+    Finish(results, cloud);
 }
 
 void JobRun::MakeFolders()
@@ -241,15 +252,15 @@ void JobRun::NoteUnchanged()
         return now.modified == recorded.modified && !IsRacy(recorded, recordedAt);
     };
     for (JobFile& file : m_state.files) {
-        if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone)
+        if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone || file.wasMoved)
             continue;
         file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, false);
         file.targetStamp = StampOf(file.target, false);
         const CopyRecord* record = file.record ? &*file.record : nullptr;
-        if (record && !record->isIntent && record->readers == file.readers &&
-            record->linksState == file.linksState &&
-            isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
+        const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
+                                                            record->linksState == file.linksState));
+        if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
             isSound(file.targetStamp, record->targetStamp, record->recordedAt))
             continue;
         file.sourceStamp = StampOf(file.source, true);
@@ -258,7 +269,7 @@ void JobRun::NoteUnchanged()
     }
 }
 
-void JobRun::Finish(Results& results)
+void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
 {
     m_control->BeginPhase(Phase::Recording, 0);
     // What was done is recorded also when the job was cancelled.
@@ -266,30 +277,32 @@ void JobRun::Finish(Results& results)
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
-        m_state.cancelled =
-            !SourceRemoval(m_state, *m_control).Remove([&](JobFile& file) { results.Tell(file); });
+        m_state.cancelled = !SourceRemoval(m_state, *m_control).Remove([&](JobFile& file) {
+            if (file.sourceDeleted)
+                m_records.Note(file);
+            results.Tell(file);
+        });
     if (m_state.request.prune && !m_state.cancelled)
-        Prune();
+        Prune(cloud);
+    static_cast<void>(m_records.Flush());
     results.TellRest();
 }
 
-void JobRun::Prune()
+void JobRun::Prune(const Base::RootedFolder& cloud)
 {
-    QStringList forgotten;
     for (const CopyRecord& orphan : m_state.orphans) {
-        // What somebody changed is not this library's any more.
-        if (!IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
-                              m_state.request.checksum))
-            continue;
+        const std::filesystem::path copy =
+            Native(orphan.target.mid(m_state.cloudFolder.size() + 1));
+        Base::FileStatus status;
         QString reason;
-        if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
-            continue;
-        Base::RemoveFile(Native(orphan.target));
-        if (!ExistsOnDisk(orphan.target))
-            forgotten.append(orphan.target);
+        // What somebody changed is not this library's any more.
+        if (cloud.Status(copy, status) && status.kind == Base::FileKind::File &&
+            IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
+                             m_state.request.checksum) &&
+            SyncManager::GetInstance()->SaveVersion(orphan.target, &reason) && cloud.Remove(copy))
+            m_state.pruned.append(orphan.target);
     }
-    m_records.Forget(forgotten);
-    m_state.pruned = forgotten;
+    m_records.Forget(m_state.pruned);
 }
 
 } // namespace Halvern::Jobs

@@ -70,11 +70,11 @@ bool HoldsOtherLinks(const JobFile& file)
                        [](const FileLink& a, const FileLink& b) { return a.Path == b.Path; });
 }
 
-/// A copy that this library made, and nobody changed.
-bool IsOurs(const JobFile& file)
+/// A copy that this project made, that nobody changed, and whose links are known.
+bool IsOurs(const JobFile& file, const JobState& job)
 {
     return (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace) &&
-           file.record && !file.record->isIntent;
+           file.linksKnown && file.record && PathKey(file.record->project) == PathKey(job.target);
 }
 
 /// True when a file failed.
@@ -147,10 +147,10 @@ void PlanLinks(JobState& job)
         WorkOutLinks(job);
     while (FailImpossibleLinks(job));
     for (JobFile& file : job.files)
-        if (IsOurs(file))
+        if (IsOurs(file, job))
             KeepWhatIsRecorded(file, job.files);
     for (JobFile& file : job.files)
-        if (IsOurs(file) && (file.record->isRewritePending || HoldsOtherLinks(file)) &&
+        if (IsOurs(file, job) && (file.record->isRewritePending || HoldsOtherLinks(file)) &&
             ObjectionTo(file.rewrites) == Remark::None)
             file.deed = Deed::Relink;
 }

@@ -64,12 +64,22 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.sourceStamp = file.sourceStamp;
     record.targetStamp = file.targetStamp;
     record.recordedAt = file.recordedAt;
+    record.isRewritePending = file.isPending;
+    record.isMoved = file.sourceDeleted;
+    if (!file.linksKnown && file.record) {
+        record.sourceLinks = file.record->sourceLinks;
+        record.targetLinks = file.record->targetLinks;
+        record.linkedTargets = file.record->linkedTargets;
+        record.linksState = file.record->linksState;
+        record.readers = file.record->readers;
+        return record;
+    }
     record.sourceLinks = StoredLinks(file);
     record.targetLinks = file.wantedLinks;
     record.linkedTargets = LinkedTargets(file, job.files);
-    record.linksState = file.linksState;
+    // Links that nobody asked for are read when somebody does.
+    record.linksState = file.linksKnown ? file.linksState : LinksState::Failed;
     record.readers = file.readers;
-    record.isRewritePending = file.isPending;
     return record;
 }
 

@@ -38,7 +38,7 @@ Standing ThreeWays::Of(JobFile& file) const
     if (IsFolder(file.target))
         return Standing::Folder;
     const bool isLink = QFileInfo(file.target).isSymbolicLink();
-    if (!file.record || isLink || file.record->isIntent)
+    if (!file.record || isLink)
         return !isLink && HasSameContent(file) ? Standing::SameContent : Standing::Foreign;
     const bool checksum = m_job.request.checksum;
     const bool sourceSame = IsSameAsRecorded(file.record->sourceStamp, file.record->recordedAt,
