@@ -277,15 +277,31 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
-        m_state.cancelled = !SourceRemoval(m_state, *m_control).Remove([&](JobFile& file) {
-            if (file.sourceDeleted)
-                m_records.Note(file);
-            results.Tell(file);
-        });
+        RemoveSources(results);
     if (m_state.request.prune && !m_state.cancelled)
         Prune(cloud);
     static_cast<void>(m_records.Flush());
     results.TellRest();
+}
+
+/// What is gone must be known as moved also when the process is killed right after: it is noted
+/// before, and taken back for what stays.
+void JobRun::RemoveSources(Results& results)
+{
+    const auto note = [&](JobFile& file, bool isMoved) {
+        file.sourceDeleted = isMoved;
+        m_records.Note(file);
+    };
+    const auto announced = [&](const QList<JobFile*>& files) {
+        for (JobFile* file : files)
+            note(*file, true);
+        static_cast<void>(m_records.Flush());
+    };
+    SourceRemoval(m_state, *m_control).Remove(announced, [&](JobFile& file) {
+        if (!file.sourceDeleted)
+            note(file, false);
+        results.Tell(file);
+    });
 }
 
 void JobRun::Prune(const Base::RootedFolder& cloud)

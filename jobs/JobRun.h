@@ -72,6 +72,7 @@ private:
     void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);
+    void RemoveSources(Results& results);
     void Prune(const Base::RootedFolder& cloud);
 
     JobState m_state;

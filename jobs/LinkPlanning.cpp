@@ -74,7 +74,8 @@ bool HoldsOtherLinks(const JobFile& file)
 bool IsOurs(const JobFile& file, const JobState& job)
 {
     return (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace) &&
-           file.linksKnown && file.record && PathKey(file.record->project) == PathKey(job.target);
+           file.linksKnown && file.linksState == LinksState::Read && file.record &&
+           PathKey(file.record->project) == PathKey(job.target);
 }
 
 /// True when a file failed.

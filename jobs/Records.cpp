@@ -66,12 +66,16 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.recordedAt = file.recordedAt;
     record.isRewritePending = file.isPending;
     record.isMoved = file.sourceDeleted;
-    if (!file.linksKnown && file.record) {
+    const bool isStill = file.record && !file.linksRewritten &&
+                         (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace);
+    if (isStill && !(file.linksKnown && file.linksState == LinksState::Read)) {
+        // Nobody looked, or nobody could: the copy holds what it held.
         record.sourceLinks = file.record->sourceLinks;
         record.targetLinks = file.record->targetLinks;
         record.linkedTargets = file.record->linkedTargets;
-        record.linksState = file.record->linksState;
-        record.readers = file.record->readers;
+        record.linksState = file.linksKnown ? file.linksState : file.record->linksState;
+        record.readers = file.linksKnown ? file.readers : file.record->readers;
+        record.isRewritePending = file.record->isRewritePending;
         return record;
     }
     record.sourceLinks = StoredLinks(file);

@@ -82,23 +82,32 @@ QList<bool> SourceRemoval::FindBroken() const
     return broken;
 }
 
-bool SourceRemoval::Remove(const std::function<void(JobFile&)>& told)
+void SourceRemoval::Remove(const std::function<void(const QList<JobFile*>&)>& announced,
+                           const std::function<void(JobFile&)>& told)
 {
     const QList<bool> broken = FindBroken();
-    // Symbolic links come first: once what they lead to is gone, they cannot be asked any more.
-    for (const bool isLink : {true, false})
-        for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
-            JobFile& file = m_job.files.At(place);
-            if (!file.isSelected || file.isFolder || file.isDropped || file.sourceDeleted ||
-                !HasGoodCopy(file) || QFileInfo(file.source).isSymbolicLink() != isLink)
-                continue;
-            file.sourceDeleted = !broken.at(place) && RemoveSource(file);
-            if (!file.sourceDeleted)
-                Keep(file);
+    QList<JobFile*> links, files;
+    for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
+        JobFile& file = m_job.files.At(place);
+        if (!file.isSelected || file.isFolder || file.isDropped || !HasGoodCopy(file))
+            continue;
+        if (broken.at(place)) {
+            Keep(file);
             told(file);
+        } else {
+            (QFileInfo(file.source).isSymbolicLink() ? links : files).append(&file);
         }
+    }
+    // Symbolic links come first: once what they lead to is gone, they cannot be asked any more.
+    const QList<JobFile*> all = links + files;
+    announced(all);
+    for (JobFile* file : all) {
+        file->sourceDeleted = RemoveSource(*file);
+        if (!file->sourceDeleted)
+            Keep(*file);
+        told(*file);
+    }
     RemoveFolders();
-    return true;
 }
 
 /// The name goes, and with it the file, when it has no other. One that changed since it was read

@@ -19,8 +19,10 @@ public:
 
     /// Marks in a plan the files whose sources will stay.
     void Foresee();
-    /// `told` hears of each file whose result changed. False when the job was cancelled.
-    bool Remove(const std::function<void(JobFile&)>& told);
+    /// `announced` writes down which files are about to go, before the first one does; `told` hears
+    /// of each file once it is gone or stays.
+    void Remove(const std::function<void(const QList<JobFile*>&)>& announced,
+                const std::function<void(JobFile&)>& told);
 
 private:
     QList<bool> FindBroken() const;

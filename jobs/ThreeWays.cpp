@@ -34,7 +34,7 @@ Standing ThreeWays::Of(JobFile& file) const
         file.record = *record;
     if (!ExistsOnDisk(file.target))
         return Standing::Free;
-    file.targetStatus = Base::ReadFileStatus(Native(file.target));
+    file.targetStatus = Base::ReadLinkStatus(Native(file.target));
     if (IsFolder(file.target))
         return Standing::Folder;
     const bool isLink = QFileInfo(file.target).isSymbolicLink();
