@@ -5,8 +5,9 @@
 #include "FileStamps.h"
 #include "Paths.h"
 
+#include "base/FileRenaming.h"
+
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
@@ -126,9 +127,10 @@ bool SourceRemoval::RemoveSource(JobFile& file)
     const Base::FileStatus now = Base::ReadFileStatus(source);
     if (qint64(now.size) != file.sourceStamp.bytes || now.modified != file.sourceStamp.modified)
         return fail(QStringLiteral("The source changed since it was copied and was not deleted"));
-    QFile name(file.source);
-    if (!name.remove())
-        return fail(QStringLiteral("The source could not be deleted: ") + name.errorString());
+    const Base::FileResult removed = Base::RemoveName(source);
+    if (!removed)
+        return fail(QStringLiteral("The source could not be deleted: ") +
+                    QString::fromStdString(removed.Text()));
     return true;
 }
 
