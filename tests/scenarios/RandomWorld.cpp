@@ -226,10 +226,9 @@ QString RandomWorld::DeadLink(const QString& from)
         return m_tree.Path(u"home/.ssh/key"_s);
     case 5: {
         // In another letter case, which leads nowhere where a disk knows the difference.
-        const QString twin = FolderOf(other) + u'/' +
-                             QFileInfo(other).completeBaseName().toUpper() + u'.' +
-                             QFileInfo(other).suffix();
-        return RandomLink(from, twin);
+        const QString base = QFileInfo(other).completeBaseName();
+        const QString twin = KnowsTwins ? base.toUpper() : base + u"-none"_s;
+        return RandomLink(from, FolderOf(other) + u'/' + twin + u'.' + QFileInfo(other).suffix());
     }
     default:
         return u"https://example.org/"_s + QString::number(m_dice.Below(9)) + u".png"_s;
