@@ -85,14 +85,15 @@ import() {
 }
 
 # What a database holds, without times of the run and random ids. The history has no order of its own.
+# Letter case belongs to the key of a path on Linux alone.
 contents() {
     sqlite3 "$1/sync.db" "
-        SELECT 'item', id, kind, authentication_id, local_path, path_key, cloud_path, cloud_root,
+        SELECT 'item', id, kind, authentication_id, local_path, lower(path_key), cloud_path, cloud_root,
                product_configuration_id, root_folder_id, parent_folder_id, source_consumer_id,
                links_extracted_at IS NULL, sync_option FROM items ORDER BY id;
         SELECT 'link', item_id, position, linked_item_id, reference_id, path
                FROM item_links ORDER BY item_id, position;
-        SELECT 'copy', authentication_id, source_path, source_key, target_path, source_modified,
+        SELECT 'copy', authentication_id, source_path, lower(source_key), target_path, source_modified,
                source_size, target_size, copy_date IS NULL FROM copy_history ORDER BY source_path;
         SELECT 'copied link', source_path, side, position, linked_item_id, reference_id, path
                FROM copy_history_links JOIN copy_history ON history_id = id
