@@ -114,9 +114,9 @@ struct Session::State
     SessionUse use;
     QuietLog log = {};
     /// What is removed after the module has ended.
-    std::unique_ptr<QTemporaryDir> temporary;
-    std::optional<FolderCleanup> cleanup;
-    std::optional<RunningModule> module;
+    std::unique_ptr<QTemporaryDir> temporary = {};
+    std::optional<FolderCleanup> cleanup = {};
+    std::optional<RunningModule> module = {};
 
     void Start(const ServicesSettings& settings, const QStringList& pluginFolders)
     {

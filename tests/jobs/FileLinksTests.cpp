@@ -54,7 +54,7 @@ TEST_F(LinksOfFiles, ComeOneByOneAsTheyAreRead)
     const QString b = tree.File(u"work/b.tlk"_s).Path(u"work/b.tlk"_s);
     QStringList lines;
     const auto take = [&](const LinksOfFile& result) {
-        lines += result.file + Lines(result);
+        lines += QStringList{result.file} + Lines(result);
         tree.File(u"work/b.tlk"_s, "link 1 a.tlk\n");
     };
     EXPECT_TRUE(ReadLinks(*temporary, {a, b}, take));
