@@ -419,9 +419,10 @@ void Decisions::FindOrphans()
         const bool isOfSelection =
             std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
                         [&](const QString& source) { return IsInFolder(record.source, source); });
-        if (isOfSelection && IsOfThisProject(record) && !record.isMoved &&
-            !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) &&
-            !m_owners.IsOwned(record.target) && !IsCutOff(record.target))
+        if (isOfSelection && IsOfThisProject(record) &&
+            !m_copies.WasMoved(record.source, m_job.target) && !ExistsOnDisk(record.source) &&
+            ExistsOnDisk(record.target) && !m_owners.IsOwned(record.target) &&
+            !IsCutOff(record.target))
             m_job.orphans.append(record);
     }
 }

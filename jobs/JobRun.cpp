@@ -11,6 +11,7 @@
 #include "Results.h"
 #include "SelectionWalk.h"
 #include "SourceRemoval.h"
+#include "Targets.h"
 
 #include "corsync/JobError.h"
 
@@ -60,7 +61,7 @@ bool JobRun::WasMoved(const QString& source, const QString& target) const
         return record.isMoved && PathKey(record.project) == PathKey(target) &&
                (PathKey(record.source) == PathKey(source) ||
                 PathKey(record.source).startsWith(PathKey(source + u'/'))) &&
-               ExistsOnDisk(record.target);
+               IsFileAt(record.target, m_state.cloudFolder);
     });
 }
 
