@@ -9,6 +9,8 @@
 #include "Results.h"
 #include "Selection.h"
 
+#include <algorithm>
+
 namespace Halvern::Jobs {
 
 namespace {
@@ -111,6 +113,10 @@ const Plan& ImportJob::MakePlan()
     RequireSync();
     const QStringList sources = CheckedSources(state.SourcesToTake());
     const QString target = CheckedTarget(state.request.target);
+    const QList<RegistrationFault> faults = ListRegistrationFaults(state.session);
+    state.run.State().hasBrokenPlugins =
+        std::any_of(faults.begin(), faults.end(),
+                    [](const RegistrationFault& fault) { return fault.isBroken; });
     state.run.Plan(sources, target);
     state.planned = true;
     state.WritePlan();
