@@ -98,6 +98,9 @@ bool IsLocalPath(const QString& path)
 QString ResolveLink(const QString& text, const QString& holder)
 {
     const QString path = QDir::cleanPath(text);
+    // Cleaning takes one of its slashes away from a URL.
+    if (!IsLocalPath(path))
+        return text;
     return Base::IsAbsolutePath(Base::Units(path))
                ? path
                : QDir::cleanPath(QFileInfo(holder).path() + u'/' + path);

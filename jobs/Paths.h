@@ -34,7 +34,7 @@ bool IsShortcut(const QString& path);
 /// No URL: no ":" at index 2 or later. On POSIX a path that begins with one "/" is local whatever
 /// else it holds.
 bool IsLocalPath(const QString& path);
-/// The path or URL that a link leads to, as the module finds it.
+/// The path that a link leads to, as the module finds it; a URL as it stands.
 QString ResolveLink(const QString& text, const QString& holder);
 /// What the module hands to a plug-in as the new text of a link inside `holder` that leads to
 /// `file`: the way there. A file on another drive keeps its absolute path.
