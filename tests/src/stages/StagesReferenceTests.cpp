@@ -224,8 +224,10 @@ private:
         LinkStates states;
         for (const SyncServices::FileLink& link : mapping.GetTargetFileLinks())
             states[link.Path] = m_items.value(path).value(link.Path);
-        if (!m_items.contains(path))
+        if (!m_items.contains(path) && !m_foldersKnown.contains(target.toLower())) {
             foldersAdded.append(QFileInfo(target).absolutePath());
+            m_foldersKnown.append(target.toLower());
+        }
         m_processed.append(path);
         QMap<QString, LinkStates> before = m_items;
         for (const SyncServices::FileLink& link : mapping.GetTargetFileLinks()) {
@@ -258,6 +260,8 @@ private:
     bool m_selectedOnly;
     QStringList m_processed;
     QList<const FileMapping*> m_failed;
+    /// Lower-cased paths of files.
+    QStringList m_foldersKnown;
     /// By path: which links are resolved.
     QMap<QString, LinkStates> m_items;
 };
