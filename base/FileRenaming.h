@@ -20,5 +20,8 @@ FileResult RenameOver(const std::filesystem::path& temporary, const std::filesys
 FileResult RenameToFree(const std::filesystem::path& from, const std::filesystem::path& to);
 /// Deletes a file, even a read-only one. That it stays is no failure.
 void RemoveFile(const std::filesystem::path& file) noexcept;
+/// Deletes the name of a file or of a link to one, even if it is read-only. The file's other names
+/// stay as they are, their attributes too.
+FileResult RemoveName(const std::filesystem::path& file);
 
 } // namespace Halvern::Base

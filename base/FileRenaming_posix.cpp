@@ -58,4 +58,9 @@ void RemoveFile(const std::filesystem::path& file) noexcept
     std::filesystem::remove(file, ignored);
 }
 
+FileResult RemoveName(const std::filesystem::path& file)
+{
+    return ::unlink(file.c_str()) == 0 ? FileResult() : LastFailure();
+}
+
 } // namespace Halvern::Base

@@ -2,6 +2,7 @@
 
 #include "base/FileRenaming.h"
 
+#include "base/NtFile_windows.h"
 #include "base/WindowsApi.h"
 
 #include <cstddef>
@@ -77,6 +78,16 @@ void RemoveFile(const std::filesystem::path& file) noexcept
         // Without memory for another form of it the path must do as it is, and most do.
         remove(file.c_str());
     }
+}
+
+FileResult RemoveName(const std::filesystem::path& file)
+{
+    const std::wstring native = ApiPath(file);
+    const bool isRemoved = WithPatience([&] {
+        const OpenFile opened(native, DELETE | FILE_WRITE_ATTRIBUTES, FILE_FLAG_OPEN_REPARSE_POINT);
+        return opened && DeleteOpened(opened.Get());
+    });
+    return isRemoved ? FileResult() : LastFailure();
 }
 
 } // namespace Halvern::Base

@@ -34,6 +34,8 @@ enum class FileProblem
     NotEmpty,
     /// The disk is full.
     NoSpace,
+    /// The two names lie on different disks.
+    OtherDisk,
     /// The system or the disk does not take the name: it is too long, or has a letter that may not
     /// be in it.
     NameRefused,

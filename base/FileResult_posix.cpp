@@ -23,6 +23,8 @@ FileProblem ProblemOf(std::uint32_t code) noexcept
     case ENOSPC:
     case EDQUOT:
         return FileProblem::NoSpace;
+    case EXDEV:
+        return FileProblem::OtherDisk;
     case ENAMETOOLONG:
         return FileProblem::NameRefused;
     default:

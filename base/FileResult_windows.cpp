@@ -33,6 +33,8 @@ FileProblem ProblemOf(std::uint32_t code) noexcept
     case ERROR_HANDLE_DISK_FULL:
     case DiskQuotaExceeded:
         return FileProblem::NoSpace;
+    case ERROR_NOT_SAME_DEVICE:
+        return FileProblem::OtherDisk;
     case ERROR_INVALID_NAME:
     case ERROR_FILENAME_EXCED_RANGE:
         return FileProblem::NameRefused;

@@ -57,7 +57,8 @@ QString Hint(const QList<Conflict>& conflicts)
 /// What a pattern excludes is only of interest to somebody who wonders where it is.
 bool HasLine(const FileResult& result, bool isVerbose)
 {
-    return isVerbose || result.remark != Jobs::Remark::Excluded || result.IsProblem();
+    return isVerbose || result.remark != Jobs::Remark::Excluded || !result.linkedFrom.isEmpty() ||
+           result.IsProblem();
 }
 
 void PrintCounts(const ImportReport& report, Console& console)

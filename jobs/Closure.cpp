@@ -4,6 +4,7 @@
 
 #include "FileStamps.h"
 #include "Paths.h"
+#include "Targets.h"
 
 #include "syncservices/SyncLibUtil.h"
 
@@ -61,6 +62,7 @@ void Closure::TakeLinks(JobFile& file)
     const QStringList& types = m_job.request.fileTypes;
     if (!types.isEmpty() && !SyncLibUtil::IsInFileTypeList(file.source, types))
         return;
+    file.linksKnown = true;
     file.readers = m_reader.ReadersOf(file.source);
     if (file.readers.isEmpty()) {
         file.linksState = LinksState::UnknownFormat;
@@ -70,8 +72,7 @@ void Closure::TakeLinks(JobFile& file)
     if (Restore(file))
         return;
     LinkReader::Links links;
-    file.linksState =
-        m_reader.Read(file.source, links) ? LinksState::Read : LinksState::Failed;
+    file.linksState = m_reader.Read(file.source, links) ? LinksState::Read : LinksState::Failed;
     for (const SyncServices::FileLink& link : std::as_const(links))
         file.links.append({link, {}, -1, LinkState::Found});
 }
@@ -126,7 +127,7 @@ JobFile Closure::Linked(const QString& path)
     file.status = Base::ReadFileStatus(Native(path));
     switch (file.status.kind) {
     case Base::FileKind::Missing:
-        file.End(Outcome::Missing);
+        TakeMoved(file);
         return file;
     case Base::FileKind::Folder:
         file.End(Outcome::Skipped, Remark::LinkedFolder);
@@ -145,6 +146,16 @@ JobFile Closure::Linked(const QString& path)
     else if (const LeftOutItem* item = ExcludedBy(path))
         file.End(Outcome::Skipped, Remark::Excluded, item->detail);
     return file;
+}
+
+/// What a move of this project has deleted is where the move has put it.
+void Closure::TakeMoved(JobFile& file) const
+{
+    const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
+    file.wasMoved = record && record->isMoved && IsFileAt(record->target, m_job.cloudFolder);
+    file.End(file.wasMoved ? Outcome::Unchanged : Outcome::Missing);
+    if (file.wasMoved)
+        file.target = record->target;
 }
 
 const LeftOutItem* Closure::ExcludedBy(const QString& path) const

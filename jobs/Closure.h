@@ -31,6 +31,7 @@ private:
     bool Restore(JobFile& file) const;
     void Follow(qsizetype holder);
     qsizetype MemberFor(const QString& path);
+    void TakeMoved(JobFile& file) const;
     JobFile Linked(const QString& path);
     const LeftOutItem* ExcludedBy(const QString& path) const;
 

@@ -98,17 +98,23 @@ bool Decisions::Make(const Answers& answers)
     return true;
 }
 
+/// A folder on the way is none any more, or leads elsewhere.
+bool Decisions::IsCutOff(const QString& target) const
+{
+    QString detail;
+    return ObstacleOnTheWay(target, m_job.cloudFolder, detail) != Remark::None;
+}
+
 void Decisions::PlaceByRecords()
 {
     for (JobFile& file : m_job.files) {
         if (!HasTarget(file) || file.keepsTarget || file.target == file.source)
             continue;
         const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
-        if (!record || !ExistsOnDisk(record->target))
+        if (!record || !ExistsOnDisk(record->target) || IsCutOff(record->target))
             continue;
         // A selected file has its place by its name: only another name beside it is remembered.
-        if (!file.isSelected ||
-            QFileInfo(record->target).path() == QFileInfo(file.target).path())
+        if (!file.isSelected || QFileInfo(record->target).path() == QFileInfo(file.target).path())
             file.target = record->target;
     }
     if (!m_job.request.selfContained)
@@ -122,7 +128,7 @@ const CopyRecord* Decisions::CopyElsewhere(const JobFile& file) const
         m_copies.OfProject(file.source, m_job.target))
         return nullptr;
     for (const CopyRecord* record : m_copies.OfSource(file.source)) {
-        const bool isSound = !record->isIntent && !record->isRewritePending &&
+        const bool isSound = !IsCutOff(record->target) && !record->isRewritePending &&
                              record->linksState != LinksState::Failed &&
                              IsInFolder(record->target, m_job.cloudFolder) &&
                              !QFileInfo(record->target).isSymbolicLink();
@@ -147,8 +153,7 @@ bool Decisions::MayShare(const JobFile& file,
         const CopyRecord* linked = shared.value(link.member);
         const QString place = linked ? linked->target : m_job.files.At(link.member).target;
         return record.linkedTargets.contains(place) &&
-               (linked || m_job.files.At(link.member).target ==
-                              m_job.files.At(link.member).source);
+               (linked || m_job.files.At(link.member).target == m_job.files.At(link.member).source);
     });
 }
 
@@ -246,6 +251,11 @@ void Decisions::TakeInPlace(JobFile& file) const
     }
 }
 
+bool Decisions::IsOfThisProject(const CopyRecord& record) const
+{
+    return PathKey(record.project) == PathKey(m_job.target);
+}
+
 void Decisions::Decide(JobFile& file, Standing standing)
 {
     const auto copy = [&](Outcome outcome) {
@@ -259,13 +269,19 @@ void Decisions::Decide(JobFile& file, Standing standing)
         return;
     case Standing::Ours:
     case Standing::SameContent:
-        if (m_job.request.force)
+        // What another project has brought is not this one's to renew.
+        if (m_job.request.force && (!file.record || IsOfThisProject(*file.record)))
             copy(Outcome::Updated);
         else
             file.End(Outcome::Unchanged);
         return;
     case Standing::SourceChanged:
-        copy(Outcome::Updated);
+        // The copy that is there has its links right.
+        if (file.linksKnown && file.linksState != LinksState::Read &&
+            file.record->linksState == LinksState::Read && !file.record->targetLinks.isEmpty())
+            file.End(Outcome::Failed, Remark::LinksNotRead);
+        else
+            copy(Outcome::Updated);
         return;
     case Standing::CopyChanged:
         file.End(Outcome::Left);
@@ -372,9 +388,8 @@ void Decisions::SettleCopy(JobFile& file)
 bool Decisions::GiveFreeName(JobFile& file)
 {
     const QString wanted = file.target;
-    file.target = FreePath(wanted, [&](const QString& path) {
-        return m_owners.IsOwned(path) || ExistsOnDisk(path);
-    });
+    file.target = FreePath(
+        wanted, [&](const QString& path) { return m_owners.IsOwned(path) || ExistsOnDisk(path); });
     if (ObjectionToTarget(file.target, m_job.cloudFolder) != Remark::None) {
         file.target = wanted;
         return false;
@@ -406,12 +421,13 @@ void Decisions::FindOrphans()
 {
     m_job.orphans.clear();
     for (const CopyRecord& record : m_copies.All()) {
-        const bool isOfSelection = std::any_of(
-            m_job.request.sources.begin(), m_job.request.sources.end(),
-            [&](const QString& source) { return IsInFolder(record.source, source); });
-        if (isOfSelection && PathKey(record.project) == PathKey(m_job.target) &&
-            !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) && !record.isIntent &&
-            !IsMember(record.target))
+        const bool isOfSelection =
+            std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
+                        [&](const QString& source) { return IsInFolder(record.source, source); });
+        if (isOfSelection && IsOfThisProject(record) &&
+            !m_copies.WasMoved(record.source, m_job.target) && !ExistsOnDisk(record.source) &&
+            ExistsOnDisk(record.target) && !m_owners.IsOwned(record.target) &&
+            !IsCutOff(record.target))
             m_job.orphans.append(record);
     }
 }

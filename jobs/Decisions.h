@@ -37,6 +37,7 @@ public:
     const QList<Conflict>& Conflicts() const { return m_conflicts; }
 
 private:
+    bool IsCutOff(const QString& target) const;
     void PlaceByRecords();
     bool MayShare(const JobFile& file, const QHash<qsizetype, const CopyRecord*>& shared) const;
     const CopyRecord* CopyElsewhere(const JobFile& file) const;
@@ -45,6 +46,7 @@ private:
     bool IsStuck(const JobFile& file, Standing standing) const;
     void TakeInPlace(JobFile& file) const;
     bool Look();
+    bool IsOfThisProject(const CopyRecord& record) const;
     void Decide(JobFile& file, Standing standing);
     void DecideTaken(JobFile& file, Standing standing);
     void Settle();
@@ -54,7 +56,6 @@ private:
     void Clash(const JobFile& file, ConflictKind kind, const JobFile* other = nullptr);
     ConflictAnswer AnswerFor(const JobFile& file, Standing standing) const;
     ConflictAnswer CollisionAnswerFor(const JobFile& file) const;
-    bool IsMember(const QString& target) const { return m_owners.IsOwned(target); }
     void FindOrphans();
 
     JobState& m_job;

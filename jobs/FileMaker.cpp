@@ -14,6 +14,8 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QHash>
+#include <QtCore/QSet>
 
 namespace Halvern::Jobs {
 
@@ -69,7 +71,9 @@ bool FileMaker::MakeFolder(const JobFile& file)
     const std::filesystem::path folder = Below(file.target);
     const Base::FileResult made = m_cloud.MakeFolders(folder);
     if (!made) {
-        m_control.Report({Stage::CopyFiles, ProblemKind::FolderNotMade, file.source,
+        m_control.Report({Stage::CopyFiles,
+                          ProblemKind::FolderNotMade,
+                          file.source,
                           QStringLiteral("Failed to create folder %1: %2")
                               .arg(QDir::toNativeSeparators(file.target), Text(made)),
                           {}});
@@ -116,6 +120,7 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
         return false;
     }
     file.sourceStamp = StampOf(staged.source, &hash);
+    file.taken = staged.source;
     return true;
 }
 
@@ -162,41 +167,51 @@ bool FileMaker::WriteLinks(JobFile& file, const Staged& staged, const LinkReader
     const JobControl::Alias alias(m_control, staged.text, file.target);
     if (!m_reader.Write(staged.text, links))
         return false;
-    if (HoldsLinks(file, staged))
+    if (HoldsLinks(file, staged, links))
         return true;
-    m_control.Report({Stage::RepathFiles, ProblemKind::LinksNotRewritten, file.target,
+    m_control.Report({Stage::RepathFiles,
+                      ProblemKind::LinksNotRewritten,
+                      file.target,
                       QStringLiteral("After they were rewritten the links of the copy are not what "
                                      "was asked for"),
                       {}});
     return false;
 }
 
-/// Reads the copy again: all of its links lead where they should.
-bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged)
+/// Reads the copy again: the links that were asked for are there, and none that was not. What a
+/// plug-in only finds beside the file it may leave out here, where nothing else stands.
+bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged,
+                           const LinkReader::Links& asked)
 {
     LinkReader::Links links;
-    if (!m_reader.Read(staged.text, links) || links.size() != file.wantedLinks.size())
+    if (!m_reader.Read(staged.text, links))
         return false;
-    for (qsizetype i = 0; i < links.size(); ++i)
-        if (links.at(i).Path != file.wantedLinks.at(i).Path &&
-            PathKey(ResolveLink(links.at(i).Path, file.target)) !=
-                PathKey(ResolveLink(file.wantedLinks.at(i).Path, file.target)))
-            return false;
-    return true;
+    const auto placesOf = [&](const LinkReader::Links& list) {
+        QSet<QString> places;
+        for (const SyncServices::FileLink& link : list)
+            places.insert(PathKey(ResolveLink(link.Path, file.target)));
+        return places;
+    };
+    const QSet<QString> found = placesOf(links);
+    return found.contains(placesOf(asked)) && placesOf(file.wantedLinks).contains(found);
 }
 
-/// The links of a copy stand in the order of its source: those that differ must be written.
-bool FileMaker::RewritesFor(const JobFile& file, const Staged& staged, LinkReader::Links& links)
+/// The links of a copy stand in the order of its source, unless a plug-in finds others beside it:
+/// then their ids tell which is which. They are read where the copy stands.
+bool FileMaker::RewritesFor(const JobFile& file, LinkReader::Links& links)
 {
     LinkReader::Links stored;
-    if (!m_reader.Read(staged.text, stored) || stored.size() != file.wantedLinks.size())
+    if (!m_reader.Read(file.target, stored))
         return false;
+    const bool isInOrder = stored.size() == file.wantedLinks.size();
+    QHash<QString, QString> wanted;
+    for (const SyncServices::FileLink& link : file.wantedLinks)
+        wanted.insert(link.RefId, link.Path);
     for (qsizetype i = 0; i < stored.size(); ++i) {
-        if (stored.at(i).Path == file.wantedLinks.at(i).Path)
-            continue;
         SyncServices::FileLink link = stored.at(i);
-        link.Path = file.wantedLinks.at(i).Path;
-        links.append(link);
+        link.Path = isInOrder ? file.wantedLinks.at(i).Path : wanted.value(link.RefId, link.Path);
+        if (link.Path != stored.at(i).Path)
+            links.append(link);
     }
     return true;
 }
@@ -222,7 +237,9 @@ void FileMaker::Relink(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
     if (!Base::IsWritable(target)) {
-        m_control.Report({Stage::RepathFiles, ProblemKind::TargetReadOnly, file.target,
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::TargetReadOnly,
+                          file.target,
                           QStringLiteral("The copy is read-only, and its links are old"),
                           {}});
         return FailToRewrite(file, false);
@@ -234,15 +251,16 @@ void FileMaker::Relink(JobFile& file)
     file.targetStatus = Base::ReadLinkStatus(target);
     const Base::FileResult copied = Base::CopyUnchangedBytes(target, staged.path, staged.source);
     if (!copied) {
-        m_control.Report({Stage::RepathFiles, ProblemKind::LinksNotRewritten, file.target,
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::LinksNotRewritten,
+                          file.target,
                           QStringLiteral("Failed to copy: ") + Text(copied),
                           {}});
         return FailToRewrite(file, false);
     }
     LinkReader::Links links;
     const JobControl::Alias alias(m_control, staged.text, file.target);
-    if (!RewritesFor(file, staged, links) ||
-        (!links.isEmpty() && !WriteLinks(file, staged, links)))
+    if (!RewritesFor(file, links) || (!links.isEmpty() && !WriteLinks(file, staged, links)))
         return FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
     const FileStamp source = file.record ? file.record->sourceStamp : file.sourceStamp;
@@ -273,7 +291,9 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
     }
     const bool isRelink = file.deed == Deed::Relink;
     if (!isRelink && !Base::IsWritable(target)) {
-        m_control.Report({Stage::CopyFiles, ProblemKind::TargetReadOnly, file.source,
+        m_control.Report({Stage::CopyFiles,
+                          ProblemKind::TargetReadOnly,
+                          file.source,
                           QStringLiteral("The target exists and is read-only"),
                           {}});
         file.End(Outcome::Failed);
@@ -288,6 +308,22 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
         return true;
     file.End(Outcome::Failed, Remark::NotKept, reason);
     return false;
+}
+
+/// Another disk is mounted in the cloud folder: the copy is made ready beside its place.
+Base::FileResult FileMaker::MoveAcross(const Staged& staged, const std::filesystem::path& target,
+                                       bool replaces) const
+{
+    const std::filesystem::path beside = target.parent_path() / (m_staging.Name() + "-part");
+    Base::FileResult result = Base::CopyFileBytes(staged.path, m_cloud.Path() / beside);
+    if (result)
+        result = m_cloud.Flush(beside);
+    if (result)
+        result =
+            m_cloud.Move(beside, target, replaces ? Base::Existing::Replace : Base::Existing::Keep);
+    if (!result)
+        static_cast<void>(m_cloud.Remove(beside));
+    return result;
 }
 
 bool FileMaker::Place(JobFile& file, const Staged& staged)
@@ -311,6 +347,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     if (result)
         result = m_cloud.Move(staged.place, target,
                               there.Exists() ? Base::Existing::Replace : Base::Existing::Keep);
+    if (result.Problem() == Base::FileProblem::OtherDisk)
+        result = MoveAcross(staged, target, there.Exists());
     if (result) {
         file.isDone = true;
         file.deed = Deed::Nothing;

@@ -36,8 +36,10 @@ private:
     void NamePlace(JobFile& file, Staged& staged) const;
     bool Take(JobFile& file, Staged& staged);
     bool WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links);
-    bool HoldsLinks(const JobFile& file, const Staged& staged);
-    bool RewritesFor(const JobFile& file, const Staged& staged, LinkReader::Links& links);
+    bool HoldsLinks(const JobFile& file, const Staged& staged, const LinkReader::Links& asked);
+    bool RewritesFor(const JobFile& file, LinkReader::Links& links);
+    Base::FileResult MoveAcross(const Staged& staged, const std::filesystem::path& target,
+                                bool replaces) const;
     bool Place(JobFile& file, const Staged& staged);
     bool MakeWay(JobFile& file, const Base::FileStatus& there);
     void NoteStamps(JobFile& file, const Staged& staged) const;

@@ -9,6 +9,8 @@
 #include "Results.h"
 #include "Selection.h"
 
+#include <algorithm>
+
 namespace Halvern::Jobs {
 
 namespace {
@@ -51,10 +53,29 @@ struct ImportJob::State
           results(run.State(), *control)
     {}
 
+    QStringList SourcesToTake() const;
     void WritePlan();
     bool MayExecute() const { return plan.conflicts.isEmpty() && plan.findings.isEmpty(); }
     JobResult Result(QList<FileResult> files, QList<FileLink::Problem> problems) const;
 };
+
+/// A move that did not come to its end is completed by the same command, although some of its
+/// sources are gone.
+QStringList ImportJob::State::SourcesToTake() const
+{
+    if (!request.move || request.sources.isEmpty())
+        return request.sources;
+    QString target;
+    QStringList sources;
+    for (const QString& source : request.sources) {
+        const QString path = AbsolutePath(source);
+        if (!ExistsOnDisk(path) && target.isEmpty())
+            target = CheckedTarget(request.target);
+        if (ExistsOnDisk(path) || !run.WasMoved(path, target))
+            sources.append(source);
+    }
+    return sources;
+}
 
 void ImportJob::State::WritePlan()
 {
@@ -101,8 +122,12 @@ const Plan& ImportJob::MakePlan()
     Require(!state.begun, QStringLiteral("the job has a plan already"));
     state.begun = true;
     RequireSync();
-    const QStringList sources = CheckedSources(state.request.sources);
+    const QStringList sources = CheckedSources(state.SourcesToTake());
     const QString target = CheckedTarget(state.request.target);
+    const QList<RegistrationFault> faults = ListRegistrationFaults(state.session);
+    state.run.State().hasBrokenPlugins =
+        std::any_of(faults.begin(), faults.end(),
+                    [](const RegistrationFault& fault) { return fault.isBroken; });
     state.run.Plan(sources, target);
     state.planned = true;
     state.WritePlan();

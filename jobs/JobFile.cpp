@@ -4,7 +4,6 @@
 
 #include "Paths.h"
 
-
 namespace Halvern::Jobs {
 
 qsizetype JobFiles::Add(JobFile file)

@@ -60,6 +60,10 @@ struct JobFile
 
     QList<JobLink> links;
     LinksState linksState = LinksState::Read;
+    /// False when its links are not asked for.
+    bool linksKnown = false;
+    /// An earlier job moved it: its copy is all that there is.
+    bool wasMoved = false;
     /// Which plug-ins would read it; empty for none.
     QString readers;
 
@@ -91,13 +95,18 @@ struct JobFile
     bool isDone = false;
     /// Its links are still to be rewritten.
     bool isPending = false;
+    /// The source as it was copied; without a copy as it was when the selection was read.
+    Base::FileStatus taken;
     FileStamp sourceStamp;
     FileStamp targetStamp;
     /// Before they were taken.
     qint64 recordedAt = 0;
 
     /// It is settled that it gets no copy.
-    bool IsOut() const { return isDropped || (outcome != Outcome::NotDone && deed == Deed::Nothing); }
+    bool IsOut() const
+    {
+        return isDropped || (outcome != Outcome::NotDone && deed == Deed::Nothing);
+    }
     void End(Outcome result, Remark why = Remark::None, const QString& more = {})
     {
         deed = Deed::Nothing;
@@ -143,6 +152,10 @@ struct JobState
     QList<CopyRecord> orphans;
     /// Targets of those that were put into the base store.
     QStringList pruned;
+    /// Why others were not, by their targets.
+    QHash<QString, QString> notPruned;
+    /// A registration file is broken: what no plug-in reads may be read by one that is missing.
+    bool hasBrokenPlugins = false;
     /// False until the selection was read.
     bool selectionRead = false;
     bool cancelled = false;

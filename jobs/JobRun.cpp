@@ -11,10 +11,11 @@
 #include "Results.h"
 #include "SelectionWalk.h"
 #include "SourceRemoval.h"
+#include "Targets.h"
 
 #include "corsync/JobError.h"
 
-#include "base/FileRenaming.h"
+#include "base/RootedFolder.h"
 #include "syncservices/FolderManager.h"
 #include "syncservices/SyncManager.h"
 
@@ -27,6 +28,16 @@ using SyncFolderManagerLib::FolderManager;
 using SyncServices::SyncManager;
 
 namespace {
+
+/// The sync database, which is open, and its companions.
+bool IsOwnRecord(const QString& file)
+{
+    const QString database = FolderManager::GetInstance()->GetSettings().databaseFile;
+    return PathKey(file).startsWith(PathKey(database)) && !database.isEmpty() &&
+           QStringList{QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
+                       QStringLiteral("-journal")}
+               .contains(file.mid(database.size()));
+}
 
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
                                                const std::shared_ptr<JobDatabase>& database)
@@ -43,13 +54,26 @@ JobRun::JobRun(const ImportRequest& request, const std::shared_ptr<JobControl>& 
     : m_control(control),
       m_database(std::make_shared<JobDatabase>(FolderManager::GetInstance()->GetSyncDatabase())),
       m_importer(MakeImporter(control, m_database)), m_ledger(OpenLedger()), m_reader(*m_importer),
-      m_layout(m_state, *control, *m_importer), m_records(m_state, *m_ledger, *m_database, *m_importer)
+      m_layout(m_state, *control, *m_importer),
+      m_records(m_state, *m_ledger, *m_database, *m_importer)
 {
     m_state.request = request;
     m_state.cloudFolder = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
+    m_copies = CopyIndex(m_ledger->ReadAll(m_state.cloudFolder));
 }
 
 JobRun::~JobRun() = default;
+
+bool JobRun::WasMoved(const QString& source, const QString& target) const
+{
+    const auto& records = m_copies.All();
+    return std::any_of(records.begin(), records.end(), [&](const CopyRecord& record) {
+        return record.isMoved && PathKey(record.project) == PathKey(target) &&
+               (PathKey(record.source) == PathKey(source) ||
+                PathKey(record.source).startsWith(PathKey(source + u'/'))) &&
+               IsFileAt(record.target, m_state.cloudFolder);
+    });
+}
 
 QString JobRun::DatabaseError() const
 {
@@ -89,6 +113,11 @@ bool JobRun::TakeSelection(const QStringList& sources)
                       [this] { return m_control->IsCancelRequested(); });
     m_state.leftOut = listing.leftOut;
     for (const SelectedEntry& entry : listing.entries) {
+        if (IsOwnRecord(entry.source)) {
+            m_state.leftOut.append(
+                {entry.source, Remark::Excluded, QStringLiteral("the sync database")});
+            continue;
+        }
         JobFile file;
         file.source = entry.source;
         file.target = m_state.target + u'/' + entry.name;
@@ -107,11 +136,9 @@ bool JobRun::TakeSelection(const QStringList& sources)
 bool JobRun::FindLinkedFiles(const QStringList& sources)
 {
     m_control->BeginPhase(Phase::ReadingLinks, 0);
-    m_copies = CopyIndex(m_ledger->ReadAll(m_state.cloudFolder));
-    Boundary boundary(sources,
-                      {m_state.request.within,
-                       FolderManager::GetInstance()->GetSettings().allowedFolders,
-                       m_state.cloudFolder});
+    Boundary boundary(sources, {m_state.request.within,
+                                FolderManager::GetInstance()->GetSettings().allowedFolders,
+                                m_state.cloudFolder});
     m_state.cancelled = !Closure(m_state, *m_control, m_reader, boundary, m_copies).Find();
     return !m_state.cancelled;
 }
@@ -150,11 +177,12 @@ void JobRun::Execute(Results& results)
     Staging staging(cloud);
     const Base::FileResult begun = opened ? staging.Begin() : opened;
     if (!begun) {
-        m_control->Report({FileLink::Stage::CopyFiles, FileLink::ProblemKind::FolderNotMade,
-                           {},
-                           m_state.cloudFolder + QStringLiteral(": ") +
-                               QString::fromStdString(begun.Text()),
-                           {}});
+        m_control->Report(
+            {FileLink::Stage::CopyFiles,
+             FileLink::ProblemKind::FolderNotMade,
+             {},
+             m_state.cloudFolder + QStringLiteral(": ") + QString::fromStdString(begun.Text()),
+             {}});
         for (JobFile& file : m_state.files)
             if (file.deed != Deed::Nothing)
                 file.End(Outcome::Failed, Remark::Unexplained);
@@ -169,7 +197,7 @@ void JobRun::Execute(Results& results)
     if (copied && MakeFiles(results, Deed::Relink))
         NoteUnchanged();
     m_maker = nullptr;
-    Finish(results);
+    Finish(results, cloud);
 }
 
 void JobRun::MakeFolders()
@@ -240,15 +268,15 @@ void JobRun::NoteUnchanged()
         return now.modified == recorded.modified && !IsRacy(recorded, recordedAt);
     };
     for (JobFile& file : m_state.files) {
-        if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone)
+        if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone || file.wasMoved)
             continue;
         file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, false);
         file.targetStamp = StampOf(file.target, false);
         const CopyRecord* record = file.record ? &*file.record : nullptr;
-        if (record && !record->isIntent && record->readers == file.readers &&
-            record->linksState == file.linksState &&
-            isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
+        const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
+                                                            record->linksState == file.linksState));
+        if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
             isSound(file.targetStamp, record->targetStamp, record->recordedAt))
             continue;
         file.sourceStamp = StampOf(file.source, true);
@@ -257,7 +285,7 @@ void JobRun::NoteUnchanged()
     }
 }
 
-void JobRun::Finish(Results& results)
+void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
 {
     m_control->BeginPhase(Phase::Recording, 0);
     // What was done is recorded also when the job was cancelled.
@@ -265,30 +293,56 @@ void JobRun::Finish(Results& results)
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
-        m_state.cancelled = !SourceRemoval(m_state, *m_control)
-                                 .Remove([&](JobFile& file) { results.Tell(file); });
+        RemoveSources(results);
+    for (JobFile& file : m_state.files)
+        if (file.outcome == Outcome::Moved && file.isDone && !file.sourceDeleted)
+            SourceRemoval::Keep(file);
     if (m_state.request.prune && !m_state.cancelled)
-        Prune();
+        Prune(cloud);
+    static_cast<void>(m_records.Flush());
     results.TellRest();
 }
 
-void JobRun::Prune()
+/// What is gone must be known as moved also when the process is killed right after: it is noted
+/// before, and taken back for what stays.
+void JobRun::RemoveSources(Results& results)
 {
-    QStringList forgotten;
+    const auto note = [&](JobFile& file, bool isMoved) {
+        file.sourceDeleted = isMoved;
+        m_records.Note(file);
+    };
+    const auto announced = [&](const QList<JobFile*>& files) {
+        for (JobFile* file : files)
+            note(*file, true);
+        static_cast<void>(m_records.Flush());
+    };
+    SourceRemoval(m_state, *m_control).Remove(announced, [&](JobFile& file) {
+        if (!file.sourceDeleted)
+            note(file, false);
+        results.Tell(file);
+    });
+}
+
+void JobRun::Prune(const Base::RootedFolder& cloud)
+{
     for (const CopyRecord& orphan : m_state.orphans) {
+        const std::filesystem::path copy =
+            Native(orphan.target.mid(m_state.cloudFolder.size() + 1));
+        Base::FileStatus status;
         // What somebody changed is not this library's any more.
-        if (!IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
+        if (!cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
+            !IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
                               m_state.request.checksum))
             continue;
         QString reason;
         if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
-            continue;
-        Base::RemoveFile(Native(orphan.target));
-        if (!ExistsOnDisk(orphan.target))
-            forgotten.append(orphan.target);
+            m_state.notPruned.insert(orphan.target, reason);
+        else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
+            m_state.notPruned.insert(orphan.target, QString::fromStdString(removed.Text()));
+        else
+            m_state.pruned.append(orphan.target);
     }
-    m_records.Forget(forgotten);
-    m_state.pruned = forgotten;
+    m_records.Forget(m_state.pruned);
 }
 
 } // namespace Halvern::Jobs

@@ -13,6 +13,7 @@
 #include "LinkReader.h"
 #include "Records.h"
 
+#include "base/RootedFolder.h"
 #include "filelink/FileLinkImporter.h"
 
 #include <QtCore/QList>
@@ -42,6 +43,8 @@ public:
     JobRun(const JobRun&) = delete;
     JobRun& operator=(const JobRun&) = delete;
 
+    /// An earlier job has moved the file, or what is in the folder, to this target.
+    bool WasMoved(const QString& source, const QString& target) const;
     /// Sources and target are checked. Throws JobError: SelectionRefused, PlanNotMade.
     void Plan(const QStringList& sources, const QString& target);
     /// Once more, with answers to conflicts.
@@ -68,8 +71,9 @@ private:
     bool MakeFiles(Results& results, Deed deed);
     void RelinkAroundFailures();
     void NoteUnchanged();
-    void Finish(Results& results);
-    void Prune();
+    void Finish(Results& results, const Base::RootedFolder& cloud);
+    void RemoveSources(Results& results);
+    void Prune(const Base::RootedFolder& cloud);
 
     JobState m_state;
     std::shared_ptr<JobControl> m_control;

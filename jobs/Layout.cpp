@@ -68,10 +68,10 @@ bool Layout::MakeSet()
 {
     // A selection that holds nothing gives an empty set: the members are this library's own.
     m_control.Mute(true);
-    const bool made = m_importer.Initialize(
-        {QString()}, m_job.target, false,
-        m_job.request.linksOnly ? Global::LinkedFilesOnly : Global::NoCopyOption,
-        m_job.request.fileTypes);
+    const bool made = m_importer.Initialize({QString()}, m_job.target, false,
+                                            m_job.request.linksOnly ? Global::LinkedFilesOnly
+                                                                    : Global::NoCopyOption,
+                                            m_job.request.fileTypes);
     m_control.Mute(false);
     if (!made)
         return false;
@@ -91,9 +91,9 @@ void Layout::AddMember(JobFile& file)
         name = Masked(file.source, number);
     m_namesInUse.insert(name.toLower());
     const bool isInCloud = !file.isSelected && IsInCloudFolder(file.source);
-    file.mapping = std::make_shared<FileMapping>(
-        name, isInCloud ? file.source : file.target,
-        SyncPrivate::GetCurrentUserAuthenticationConfigurationId());
+    file.mapping =
+        std::make_shared<FileMapping>(name, isInCloud ? file.source : file.target,
+                                      SyncPrivate::GetCurrentUserAuthenticationConfigurationId());
     file.mapping->SetFlag(FlagsOf(file, m_job.request), true);
     m_importer.GetFileSet()->AddFile(file.mapping);
 }

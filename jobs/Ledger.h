@@ -65,9 +65,8 @@ struct CopyRecord
     QString readers;
     /// The links are still to be rewritten to targetLinks.
     bool isRewritePending = false;
-    /// Written before the file appeared under its name; when it is still set, the run did not end
-    /// well.
-    bool isIntent = false;
+    /// A move has deleted the source.
+    bool isMoved = false;
 
     bool operator==(const CopyRecord&) const = default;
 };

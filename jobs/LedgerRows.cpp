@@ -16,7 +16,7 @@ namespace {
 
 constexpr char selectBelow[] =
     "SELECT id, project, source, target, source_size, source_modified, source_hash, target_size, "
-    "target_modified, target_hash, recorded_at, links_state, readers, rewrite_pending, intent, "
+    "target_modified, target_hash, recorded_at, links_state, readers, rewrite_pending, moved, "
     "source_links, target_links, linked_targets "
     "FROM ledger_copies WHERE authentication_id = ? AND target_key >= ? AND target_key < ? "
     "ORDER BY target_key";
@@ -24,7 +24,7 @@ constexpr char selectBelow[] =
 constexpr char insertOrUpdate[] =
     "INSERT INTO ledger_copies (authentication_id, target_key, source_key, project, source, "
     "target, source_size, source_modified, source_hash, target_size, target_modified, "
-    "target_hash, recorded_at, links_state, readers, rewrite_pending, intent, source_links, "
+    "target_hash, recorded_at, links_state, readers, rewrite_pending, moved, source_links, "
     "target_links, linked_targets) "
     "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
     "ON CONFLICT (authentication_id, target_key) DO UPDATE SET "
@@ -34,7 +34,7 @@ constexpr char insertOrUpdate[] =
     "target_size = excluded.target_size, target_modified = excluded.target_modified, "
     "target_hash = excluded.target_hash, recorded_at = excluded.recorded_at, "
     "links_state = excluded.links_state, readers = excluded.readers, "
-    "rewrite_pending = excluded.rewrite_pending, intent = excluded.intent, "
+    "rewrite_pending = excluded.rewrite_pending, moved = excluded.moved, "
     "source_links = excluded.source_links, target_links = excluded.target_links, "
     "linked_targets = excluded.linked_targets "
     "RETURNING id";
@@ -150,7 +150,7 @@ CopyRecord ReadRecord(Row row)
     record.linksState = row.State();
     record.readers = row.Text();
     record.isRewritePending = row.Flag();
-    record.isIntent = row.Flag();
+    record.isMoved = row.Flag();
     record.sourceLinks = UnpackLinks(row.Bytes());
     record.targetLinks = UnpackLinks(row.Bytes());
     record.linkedTargets = UnpackTexts(row.Bytes());
@@ -171,7 +171,7 @@ void BindRecord(Binder binder, int user, const CopyRecord& record)
         .Number(static_cast<int>(record.linksState))
         .Text(record.readers)
         .Number(record.isRewritePending)
-        .Number(record.isIntent)
+        .Number(record.isMoved)
         .Bytes(PackLinks(record.sourceLinks))
         .Bytes(PackLinks(record.targetLinks))
         .Bytes(PackTexts(record.linkedTargets));

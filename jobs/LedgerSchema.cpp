@@ -45,7 +45,7 @@ CREATE TABLE ledger_copies (
     links_state        INTEGER NOT NULL,
     readers            TEXT,
     rewrite_pending    INTEGER NOT NULL,
-    intent             INTEGER NOT NULL,
+    moved              INTEGER NOT NULL,
     source_links       BLOB    NOT NULL,
     target_links       BLOB    NOT NULL,
     linked_targets     BLOB    NOT NULL,

@@ -66,16 +66,16 @@ bool HoldsOtherLinks(const JobFile& file)
 {
     const QList<FileLink>& recorded = file.record->targetLinks;
     return !std::equal(recorded.begin(), recorded.end(), file.wantedLinks.begin(),
-                       file.wantedLinks.end(), [](const FileLink& a, const FileLink& b) {
-                           return a.Path == b.Path;
-                       });
+                       file.wantedLinks.end(),
+                       [](const FileLink& a, const FileLink& b) { return a.Path == b.Path; });
 }
 
-/// A copy that this library made, and nobody changed.
-bool IsOurs(const JobFile& file)
+/// A copy that this project made, that nobody changed, and whose links are known.
+bool IsOurs(const JobFile& file, const JobState& job)
 {
     return (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace) &&
-           file.record && !file.record->isIntent;
+           file.linksKnown && file.linksState == LinksState::Read && file.record &&
+           PathKey(file.record->project) == PathKey(job.target);
 }
 
 /// True when a file failed.
@@ -148,10 +148,10 @@ void PlanLinks(JobState& job)
         WorkOutLinks(job);
     while (FailImpossibleLinks(job));
     for (JobFile& file : job.files)
-        if (IsOurs(file))
+        if (IsOurs(file, job))
             KeepWhatIsRecorded(file, job.files);
     for (JobFile& file : job.files)
-        if (IsOurs(file) && (file.record->isRewritePending || HoldsOtherLinks(file)) &&
+        if (IsOurs(file, job) && (file.record->isRewritePending || HoldsOtherLinks(file)) &&
             ObjectionTo(file.rewrites) == Remark::None)
             file.deed = Deed::Relink;
 }

@@ -26,7 +26,10 @@ public:
     /// The links as they stand in the file. False when its plug-in could not read it.
     bool Read(const QString& file, Links& links) { return m_importer.ReadFileLinks(file, links); }
     /// Writes links, each found by its reference id.
-    bool Write(const QString& file, const Links& links) { return m_importer.RepathFile(file, links); }
+    bool Write(const QString& file, const Links& links)
+    {
+        return m_importer.RepathFile(file, links);
+    }
 
 private:
     FileLink::FileLinkImporter& m_importer;

@@ -22,6 +22,8 @@ bool IsSameFile(const QString& a, const QString& b);
 /// a folder beside it whose name differs in letter case is another one, where the disk knows.
 /// Requires a session.
 bool IsInCloudFolder(const QString& path);
+/// Where a path leads, through symbolic links; what does not exist stays as it is at its end.
+QString RealPath(const QString& path);
 /// True when `path` is `folder` or lies below it, without regard to letter case.
 bool IsInFolder(const QString& path, const QString& folder);
 /// True also for a symbolic link that leads nowhere. A shortcut of Windows (.lnk) is the file that

@@ -42,6 +42,21 @@ QStringList LinkedTargets(const JobFile& file, const JobFiles& files)
     return targets;
 }
 
+bool HasSameContent(const FileStamp& a, const FileStamp& b)
+{
+    return a.bytes == b.bytes && (a.hash.isEmpty() ? a.modified == b.modified : a.hash == b.hash);
+}
+
+/// Nobody asked for the links or could read them, and neither side is another than when they were
+/// recorded.
+bool KeepsRecordedLinks(const JobFile& file)
+{
+    const bool isRead = file.linksKnown && file.linksState == LinksState::Read;
+    return !isRead && file.record && file.outcome == Outcome::Unchanged &&
+           HasSameContent(file.sourceStamp, file.record->sourceStamp) &&
+           HasSameContent(file.targetStamp, file.record->targetStamp);
+}
+
 } // namespace
 
 std::unique_ptr<Ledger> OpenLedger()
@@ -64,12 +79,24 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.sourceStamp = file.sourceStamp;
     record.targetStamp = file.targetStamp;
     record.recordedAt = file.recordedAt;
+    record.isRewritePending = file.isPending;
+    record.isMoved = file.sourceDeleted;
+    if (KeepsRecordedLinks(file)) {
+        record.isRewritePending = file.record->isRewritePending;
+        record.sourceLinks = file.record->sourceLinks;
+        record.targetLinks = file.record->targetLinks;
+        record.linkedTargets = file.record->linkedTargets;
+        record.linksState = file.linksKnown ? file.linksState : file.record->linksState;
+        record.readers = file.linksKnown ? file.readers : file.record->readers;
+        record.isRewritePending = file.record->isRewritePending;
+        return record;
+    }
     record.sourceLinks = StoredLinks(file);
     record.targetLinks = file.wantedLinks;
     record.linkedTargets = LinkedTargets(file, job.files);
-    record.linksState = file.linksState;
+    // Links that nobody asked for are read when somebody does.
+    record.linksState = file.linksKnown ? file.linksState : LinksState::Failed;
     record.readers = file.readers;
-    record.isRewritePending = file.isPending;
     return record;
 }
 

@@ -10,7 +10,8 @@
 
 namespace Halvern::Jobs {
 
-/// Throws JobError(SyncOff) when the settings say that nothing is to be brought. Requires a session.
+/// Throws JobError(SyncOff) when the settings say that nothing is to be brought. Requires a
+/// session.
 void RequireSync();
 /// The sources of an import as absolute paths, without repetitions and without what lies in a
 /// folder that is given too. Throws JobError: SourceMissing when one does not exist, SourceRefused

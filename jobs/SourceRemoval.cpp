@@ -5,8 +5,6 @@
 #include "FileStamps.h"
 #include "Paths.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
@@ -16,6 +14,9 @@ namespace Halvern::Jobs {
 /// A copy of it is where it should be, with the links that it should have; in a plan, will be.
 bool SourceRemoval::HasGoodCopy(const JobFile& file) const
 {
+    // Whether it holds links is known again once the plug-ins are.
+    if (m_job.hasBrokenPlugins && file.isUnknownFormat)
+        return false;
     switch (file.outcome) {
     case Outcome::Copied:
     case Outcome::Moved:
@@ -82,42 +83,71 @@ QList<bool> SourceRemoval::FindBroken() const
     return broken;
 }
 
-bool SourceRemoval::Remove(const std::function<void(JobFile&)>& told)
+void SourceRemoval::Remove(const std::function<void(const QList<JobFile*>&)>& announced,
+                           const std::function<void(JobFile&)>& told)
 {
     const QList<bool> broken = FindBroken();
-    // Symbolic links come first: once what they lead to is gone, they cannot be asked any more.
-    for (const bool isLink : {true, false})
-        for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
-            JobFile& file = m_job.files.At(place);
-            if (!file.isSelected || file.isFolder || file.isDropped || file.sourceDeleted ||
-                !HasGoodCopy(file) || QFileInfo(file.source).isSymbolicLink() != isLink)
-                continue;
-            file.sourceDeleted = !broken.at(place) && RemoveSource(file);
-            if (!file.sourceDeleted)
-                Keep(file);
+    QList<JobFile*> links, files;
+    for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
+        JobFile& file = m_job.files.At(place);
+        if (!file.isSelected || file.isFolder || file.isDropped || !HasGoodCopy(file))
+            continue;
+        if (broken.at(place)) {
+            Keep(file);
             told(file);
+        } else {
+            (QFileInfo(file.source).isSymbolicLink() ? links : files).append(&file);
         }
+    }
+    // Symbolic links come first: once what they lead to is gone, they cannot be asked any more.
+    const QList<JobFile*> all = links + files;
+    announced(all);
+    for (JobFile* file : all) {
+        file->sourceDeleted = RemoveSource(*file);
+        if (!file->sourceDeleted)
+            Keep(*file);
+        told(*file);
+    }
     RemoveFolders();
-    return true;
 }
 
-/// The name goes, and with it the file, when it has no other. One that changed since it was read
-/// stays.
+/// The same file as when it was read: not only as long and as old.
+bool SourceRemoval::IsWhatWasTaken(const JobFile& file, const Base::FileStatus& now)
+{
+    const Base::FileStatus& was = file.taken.Exists() ? file.taken : file.status;
+    if (now.kind != Base::FileKind::File || now.size != was.size || now.modified != was.modified ||
+        now.device != was.device || now.index != was.index)
+        return false;
+    // A name that it has lost meanwhile changes this time, too; then its content tells.
+    return now.changed == was.changed || (!file.sourceStamp.hash.isEmpty() &&
+                                          StampOf(file.source, true).hash == file.sourceStamp.hash);
+}
+
+/// The name goes, and with it the file, when it has no other. One that changed since it was read,
+/// or that is its own copy, stays.
 bool SourceRemoval::RemoveSource(JobFile& file)
 {
     const auto fail = [&](const QString& text) {
-        m_control.Report({FileLink::Stage::CopyFiles, FileLink::ProblemKind::SourceNotDeleted,
-                          file.source, text,
+        m_control.Report({FileLink::Stage::CopyFiles,
+                          FileLink::ProblemKind::SourceNotDeleted,
+                          file.source,
+                          text,
                           {}});
         return false;
     };
-    const std::filesystem::path source = Native(file.source);
-    const Base::FileStatus now = Base::ReadFileStatus(source);
-    if (qint64(now.size) != file.sourceStamp.bytes || now.modified != file.sourceStamp.modified)
+    Base::FileStatus now;
+    Base::FileResult result = m_folders.Status(file.source, now);
+    const bool isLink = now.kind == Base::FileKind::Link;
+    if (result && !isLink && IsSameFile(file.source, file.target))
+        return fail(QStringLiteral("The source is its own copy and was not deleted"));
+    if (result && !(isLink && QFileInfo(file.source).isSymbolicLink()) &&
+        !IsWhatWasTaken(file, now))
         return fail(QStringLiteral("The source changed since it was copied and was not deleted"));
-    QFile name(file.source);
-    if (!name.remove())
-        return fail(QStringLiteral("The source could not be deleted: ") + name.errorString());
+    if (result)
+        result = m_folders.Remove(file.source);
+    if (!result)
+        return fail(QStringLiteral("The source could not be deleted: ") +
+                    QString::fromStdString(result.Text()));
     return true;
 }
 
@@ -127,11 +157,10 @@ void SourceRemoval::RemoveFolders()
     for (const JobFile& file : m_job.files)
         if (file.isFolder && file.isSelected)
             folders.append(file.source);
-    // Those inside come before those around them.
+    // Those inside come before those around them; one that holds something stays.
     std::sort(folders.begin(), folders.end(), std::greater<QString>());
     for (const QString& folder : std::as_const(folders))
-        if (!QFileInfo(folder).isSymbolicLink())
-            QDir().rmdir(folder);
+        static_cast<void>(m_folders.RemoveFolder(folder));
 }
 
 } // namespace Halvern::Jobs

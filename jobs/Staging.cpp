@@ -20,8 +20,8 @@ constexpr char LockName[] = ".lock";
 
 std::unique_ptr<QLockFile> LockOf(const std::filesystem::path& folder)
 {
-    auto lock = std::make_unique<QLockFile>(
-        QStringView(Base::PathText(folder / LockName)).toString());
+    auto lock =
+        std::make_unique<QLockFile>(QStringView(Base::PathText(folder / LockName)).toString());
     // Only the end of its process makes a lock stale, not its age.
     lock->setStaleLockTime(0);
     return lock;
@@ -34,8 +34,8 @@ Base::FileResult Staging::Begin()
     RemoveLeftovers();
     Base::FileResult made;
     for (int tries = 0; tries < 8; ++tries) {
-        const QString name =
-            QString::fromLatin1(Prefix) + QString::number(QRandomGenerator::system()->generate64(), 36);
+        const QString name = QString::fromLatin1(Prefix) +
+                             QString::number(QRandomGenerator::system()->generate64(), 36);
         m_folder = Native(name);
         made = m_cloud.MakePrivateFolder(m_folder);
         if (!made)

@@ -28,6 +28,8 @@ public:
     Base::FileResult Begin();
     /// The place for a file of this name, below the cloud folder. What stood there is removed.
     std::filesystem::path PlaceFor(const QString& name) const;
+    /// Of the folder, which no other job has.
+    std::string Name() const { return m_folder.string(); }
     /// The same, absolute.
     std::filesystem::path Absolute(const std::filesystem::path& place) const;
 

@@ -34,11 +34,11 @@ Standing ThreeWays::Of(JobFile& file) const
         file.record = *record;
     if (!ExistsOnDisk(file.target))
         return Standing::Free;
-    file.targetStatus = Base::ReadFileStatus(Native(file.target));
+    file.targetStatus = Base::ReadLinkStatus(Native(file.target));
     if (IsFolder(file.target))
         return Standing::Folder;
     const bool isLink = QFileInfo(file.target).isSymbolicLink();
-    if (!file.record || isLink || file.record->isIntent)
+    if (!file.record || isLink)
         return !isLink && HasSameContent(file) ? Standing::SameContent : Standing::Foreign;
     const bool checksum = m_job.request.checksum;
     const bool sourceSame = IsSameAsRecorded(file.record->sourceStamp, file.record->recordedAt,

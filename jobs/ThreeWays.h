@@ -30,8 +30,7 @@ enum class Standing
 class ThreeWays
 {
 public:
-    ThreeWays(const JobState& job, JobControl& control, LinkReader& reader,
-              const CopyIndex& copies)
+    ThreeWays(const JobState& job, JobControl& control, LinkReader& reader, const CopyIndex& copies)
         : m_job(job), m_control(control), m_reader(reader), m_copies(copies)
     {}
 

@@ -36,8 +36,8 @@ enum class Outcome
     InPlace,
     /// Not to be copied; the remark says why.
     Skipped,
-    /// In place, but its links are still to be rewritten, because another program has it open.
-    /// Never in a plan.
+    /// Another program has the copy open: it is still to be replaced, or its links are still to be
+    /// rewritten. Never in a plan.
     Locked,
     /// Linked, but not there.
     Missing,

@@ -138,9 +138,9 @@ public:
     /// Rewrites the given links inside one file, found by their RefId, to their Path. False when
     /// the file is missing or locked, or when its plug-in could not; the log tells.
     [[nodiscard]] bool RepathFile(const QString& file, const QList<SyncServices::FileLink>& links);
-    /// The links inside one file, in the order of the file and letter by letter as its plug-in reads
-    /// them, whether or not they lead anywhere. Appended to `links`. True when a plug-in read the
-    /// file, and also when none is for such files; false without the file and when its plug-in
+    /// The links inside one file, in the order of the file and letter by letter as its plug-in
+    /// reads them, whether or not they lead anywhere. Appended to `links`. True when a plug-in read
+    /// the file, and also when none is for such files; false without the file and when its plug-in
     /// could not: the problems tell.
     [[nodiscard]] bool ReadFileLinks(const QString& file, QList<SyncServices::FileLink>& links);
     /// Writes what was copied, and its links, to the sync database. True when every file got as far

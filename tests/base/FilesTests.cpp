@@ -157,6 +157,17 @@ TEST_F(Files, ThatAreReadOnlyAreMadeWritableForAWhileAndRemoved)
     EXPECT_FALSE(Base::IsWritable(Path(u"a"_s)));
 }
 
+TEST_F(Files, LoseOneOfTheirNamesEvenReadOnlyOnes)
+{
+    tree.File(u"a"_s, "a").Folder(u"folder"_s);
+    ASSERT_TRUE(QFile::setPermissions(tree.Path(u"a"_s), QFile::ReadOwner));
+    EXPECT_TRUE(Base::RemoveName(Path(u"a"_s)));
+    EXPECT_FALSE(tree.Exists(u"a"_s));
+    EXPECT_EQ(Base::RemoveName(Path(u"a"_s)).Problem(), Base::FileProblem::Missing);
+    EXPECT_FALSE(Base::RemoveName(Path(u"folder"_s)));
+    EXPECT_TRUE(tree.Exists(u"folder"_s));
+}
+
 TEST_F(Files, HaveNamesThatSurviveTheWayThroughThePathsOfTheSystem)
 {
     for (const QString& name : {u"/w/H\u00f6he \u6728\U0001f332.png"_s, u"//server/share/a.prt"_s,

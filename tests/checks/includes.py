@@ -104,7 +104,7 @@ LIBRARIES = {
 STANDARD = re.compile(r"[a-z_0-9]+")
 SYSTEM = re.compile(r"(sys|linux|netinet|arpa|net)/\w+\.h|(unistd|fcntl|poll|signal|pwd|dirent|utime|dlfcn|"
                     r"langinfo|pthread|termios|spawn|windows|shlobj|shlwapi|shellapi|winioctl|io|conio|direct|"
-                    r"fileapi|process|share|wchar)\.h")
+                    r"fileapi|process|share|wchar|winternl)\.h")
 ONE_SYSTEM = re.compile(r".*_(posix|windows)\.(cpp|h)")
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(?:<([^>\n]*)>|"([^"\n]*)"|(\S+))', re.MULTILINE)

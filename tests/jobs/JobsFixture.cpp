@@ -12,9 +12,9 @@ using namespace Qt::StringLiterals;
 QString OutcomeName(Jobs::Outcome outcome)
 {
     static const QStringList names{
-        u"copied"_s,   u"moved"_s,     u"replaced"_s, u"updated"_s, u"renamed"_s, u"kept"_s,
-        u"left"_s,     u"unchanged"_s, u"in place"_s, u"skipped"_s, u"locked"_s,  u"missing"_s,
-        u"refused"_s,  u"url"_s,       u"orphaned"_s, u"pruned"_s,  u"failed"_s,  u"not done"_s};
+        u"copied"_s,  u"moved"_s,     u"replaced"_s, u"updated"_s, u"renamed"_s, u"kept"_s,
+        u"left"_s,    u"unchanged"_s, u"in place"_s, u"skipped"_s, u"locked"_s,  u"missing"_s,
+        u"refused"_s, u"url"_s,       u"orphaned"_s, u"pruned"_s,  u"failed"_s,  u"not done"_s};
     return names.at(int(outcome));
 }
 

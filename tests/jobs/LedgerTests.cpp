@@ -34,10 +34,10 @@ TEST_F(LedgerOfCopies, GivesBackARecordAsItWasWritten)
     CopyRecord full = RecordOf(u"/cloud/sub/full.prt"_s);
     full.linksState = LinksState::UnknownFormat;
     full.isRewritePending = true;
-    CopyRecord intent = RecordOf(u"/cloud/sub/intent.prt"_s);
-    intent.linksState = LinksState::Failed;
-    intent.isIntent = true;
-    Records written{plain, full, intent};
+    CopyRecord moved = RecordOf(u"/cloud/sub/moved.prt"_s);
+    moved.linksState = LinksState::Failed;
+    moved.isMoved = true;
+    Records written{plain, full, moved};
 
     const auto ledger = Open();
     ASSERT_TRUE(ledger->Write(written)) << ledger->Error().toStdString();
@@ -157,7 +157,7 @@ TEST_F(LedgerOfCopies, HasOneRecordForATarget)
     again.linkedTargets.clear();
     again.linksState = LinksState::Failed;
     again.readers = u"Three 3.0"_s;
-    again.isRewritePending = again.isIntent = true;
+    again.isRewritePending = again.isMoved = true;
     ASSERT_TRUE(ledger->Write(second));
 
     EXPECT_EQ(second[1].id, first[0].id);

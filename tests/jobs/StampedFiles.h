@@ -3,15 +3,13 @@
 #pragma once
 
 #include "FileStamps.h"
+#include "FileTimes.h"
 #include "FileTree.h"
 
 #include "base/NativePath.h"
 #include "base/Units.h"
 
 #include <gtest/gtest.h>
-
-#include <chrono>
-#include <filesystem>
 
 namespace Halvern::Test {
 
@@ -30,11 +28,7 @@ protected:
     }
     void SetTime(const QString& name, qint64 modified) const
     {
-        using namespace std::chrono;
-        const QString path = tree.Path(name);
-        std::filesystem::last_write_time(
-            Base::NativePath(Base::Units(path)),
-            file_clock::from_sys(sys_time<nanoseconds>(nanoseconds(modified))));
+        SetModifiedNanoseconds(tree.Path(name), modified);
     }
 
     FileTree tree;

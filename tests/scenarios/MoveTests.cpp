@@ -43,6 +43,20 @@ TEST_F(Move, DeletesEverySourceWhenAllIsInOrder)
         << Left().join(u' ').toStdString();
 }
 
+TEST_F(Move, TakesReadOnlySourcesAlong)
+{
+    const QString name = u"leaf.txt"_s;
+    ASSERT_TRUE(QFile::setPermissions(tree.Path(u"work/proj/"_s + name), QFile::ReadOwner));
+    const ImportReport report = MoveProject();
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_FALSE(tree.Exists(u"work/proj"_s));
+    const QString copy = tree.Path(u"cloud/proj/"_s + name);
+    EXPECT_EQ(tree.Read(u"cloud/proj/"_s + name), "leaf");
+    EXPECT_FALSE(QFile::permissions(copy).testFlag(QFile::WriteOwner));
+    // Otherwise Windows does not let the tree be removed.
+    QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner);
+}
+
 TEST_F(Move, KeepsEverySourceThatLeadsToAMissingFile)
 {
     tree.File(u"work/proj/sub.tlk"_s, "link 1 leaf.txt\nlink 2 gone.txt\n");
@@ -172,6 +186,18 @@ TEST_F(Move, ACopyThatItsOwnerEditedKeepsTheSource)
     MoveProject();
     EXPECT_TRUE(Left().contains(u"leaf.txt"_s));
     EXPECT_EQ(tree.Read(u"cloud/proj/leaf.txt"_s), "mine");
+}
+
+TEST_F(Move, AnotherCopyOfAMovedFileIsNoOrphan)
+{
+    ASSERT_EQ(Report({u"proj/leaf.txt"_s}).exitCode, 0);
+    ASSERT_EQ(MoveProject().exitCode, 0);
+    tree.Folder(u"work/proj"_s);
+    const auto before = Stamps(u"cloud"_s);
+    const ImportReport report = Report({u"proj"_s, u"--prune"_s});
+    EXPECT_EQ(report.exitCode, 0);
+    EXPECT_EQ(report.Lines(), QStringList());
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
 }
 
 TEST_F(Move, ADryRunDeletesNothing)

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "FileTimes.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QMap>
 #include <QtCore/QString>
@@ -29,10 +31,6 @@ struct FileStamp
 FileStamp StampOf(const QString& path);
 /// Everything below a folder, by relative path, folders included.
 QMap<QString, FileStamp> StampsBelow(const QString& folder);
-
-/// The last-modified time, since the beginning of 1970.
-qint64 ModifiedNanoseconds(const QString& path);
-void SetModifiedNanoseconds(const QString& path, qint64 nanoseconds);
 
 void PrintTo(const FileStamp& stamp, std::ostream* out);
 
