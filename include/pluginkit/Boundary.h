@@ -5,24 +5,20 @@
 #include "syncplugin/IFileLayout.h"
 #include "syncplugin/IFileLinkResolver.h"
 
-#include <concepts>
 #include <memory>
 #include <string_view>
 #include <type_traits>
 
 namespace Halvern::PluginKit {
 
-class Work;
-
-template <typename Callable>
-concept ThingToDo = std::invocable<Callable&> && !std::same_as<std::remove_cvref_t<Callable>, Work>;
-
 /// Something to do: anything that is called without arguments, a plain function as well. Neither
 /// copied nor kept, and without memory of its own, so that naming it cannot fail.
 class Work
 {
 public:
-    template <ThingToDo Callable>
+    template <typename Callable,
+              typename = std::enable_if_t<std::is_invocable_v<Callable&> &&
+                                          !std::is_same_v<std::remove_cvref_t<Callable>, Work>>>
     Work(Callable&& callable) noexcept
     {
         using Target = std::remove_reference_t<Callable>;

@@ -48,6 +48,18 @@ TEST_F(LinksOfFiles, ThatAreUrlsKeepBothTheirSlashes)
               QStringList{u"url https://x.org/y/../z -> https://x.org/y/../z"_s});
 }
 
+TEST_F(LinksOfFiles, ThatAreUrlsAreNamedAlikeByAnImport)
+{
+    temporary.reset();
+    tree.File(u"work/a.tlk"_s, "link 1 https://x.org/y\n");
+    Begin();
+    const JobResult result = Import(Request({u"a.tlk"_s}));
+    ASSERT_EQ(result.files.size(), 2);
+    EXPECT_EQ(result.files[1].outcome, Outcome::Url);
+    EXPECT_EQ(result.files[1].source, u"https://x.org/y"_s);
+    EXPECT_EQ(tree.Read(u"cloud/a.tlk"_s), "link 1 https://x.org/y\n");
+}
+
 TEST_F(LinksOfFiles, ComeOneByOneAsTheyAreRead)
 {
     const QString a = tree.File(u"work/a.tlk"_s, "link 1 b.tlk\n").Path(u"work/a.tlk"_s);
