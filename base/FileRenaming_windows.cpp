@@ -2,7 +2,6 @@
 
 #include "base/FileRenaming.h"
 
-#include "base/NtFile_windows.h"
 #include "base/WindowsApi.h"
 
 #include <cstddef>

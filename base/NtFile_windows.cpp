@@ -14,12 +14,8 @@ namespace {
 
 // The headers have these for newer targets only.
 constexpr auto RenameInfoEx = static_cast<FILE_INFORMATION_CLASS>(65);
-constexpr auto DispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 constexpr DWORD ReplaceIfExists = 1;
 constexpr DWORD PosixRename = 2;
-constexpr DWORD DeleteNow = 1;
-constexpr DWORD PosixDelete = 2;
-constexpr DWORD DeleteReadOnly = 0x10;
 
 /// As FILE_RENAME_INFORMATION(_EX): the first member is a BOOLEAN or flags.
 struct RenameHead
@@ -116,13 +112,6 @@ NTSTATUS Rename(HANDLE file, std::vector<char> request, FILE_INFORMATION_CLASS k
                                   kind);
 }
 
-bool SetAttributes(HANDLE file, DWORD attributes)
-{
-    FILE_BASIC_INFO info = {};
-    info.FileAttributes = attributes;
-    return ::SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info);
-}
-
 } // namespace
 
 bool OpenIn(HANDLE folder, const std::wstring& name, DWORD access, DWORD share, NtFile& opened)
@@ -173,28 +162,6 @@ bool RenameInto(HANDLE file, HANDLE folder, const std::wstring& name, bool repla
     if (NT_SUCCESS(Rename(file, RenameRequest(flags, folder, name), RenameInfoEx)))
         return true;
     return Succeeded(Rename(file, RenameRequest(replace, folder, name), FileRenameInformation));
-}
-
-bool DeleteOpened(HANDLE file)
-{
-    DWORD flags = DeleteNow | PosixDelete | DeleteReadOnly;
-    if (::SetFileInformationByHandle(file, DispositionInfoEx, &flags, sizeof flags))
-        return true;
-    // The attribute belongs to all names of the file.
-    BY_HANDLE_FILE_INFORMATION info = {};
-    const bool isReadOnly = ::GetFileInformationByHandle(file, &info) &&
-                            (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
-    if (isReadOnly)
-        SetAttributes(file, info.dwFileAttributes & ~DWORD(FILE_ATTRIBUTE_READONLY));
-    FILE_DISPOSITION_INFO disposition = {};
-    disposition.DeleteFile = TRUE;
-    const bool isDeleted =
-        ::SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition);
-    const DWORD failure = ::GetLastError();
-    if (isReadOnly)
-        SetAttributes(file, info.dwFileAttributes);
-    ::SetLastError(failure);
-    return isDeleted;
 }
 
 } // namespace Halvern::Base

@@ -65,8 +65,5 @@ FileStatus EntryStatus(HANDLE folder, const std::wstring& name, HANDLE opened);
 
 /// Gives an open file (DELETE) a name in an open folder.
 bool RenameInto(HANDLE file, HANDLE folder, const std::wstring& name, bool replace);
-/// Deletes what is open (DELETE and FILE_WRITE_ATTRIBUTES), even if it is read-only; its other
-/// names stay as they are.
-bool DeleteOpened(HANDLE file);
 
 } // namespace Halvern::Base

@@ -37,6 +37,10 @@ bool HasAttribute(const std::wstring& native, DWORD attribute) noexcept;
 /// opens what a link leads to, however it is asked, and tells a link by its name alone.
 bool IsLink(HANDLE opened, DWORD byName) noexcept;
 
+/// Deletes what is open (DELETE and FILE_WRITE_ATTRIBUTES), even if it is read-only; its other
+/// names stay as they are.
+bool DeleteOpened(HANDLE file);
+
 constexpr std::uint64_t JoinWords(DWORD high, DWORD low) noexcept
 {
     return (std::uint64_t(high) << 32) | low;

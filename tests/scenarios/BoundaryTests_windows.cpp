@@ -17,9 +17,9 @@ TEST_F(BoundaryOnWindows, RefusesTheSystemsFolderAndThoseOfCredentials)
 {
     const QString system = QDir::fromNativeSeparators(qEnvironmentVariable("SystemRoot"));
     tree.File(u"home/.ssh/id_rsa"_s, "PRIVATE KEY")
-        .File(u"home/config/Microsoft/Credentials/key"_s, "PRIVATE KEY");
+        .File(u"home/AppData/Roaming/Microsoft/Credentials/key"_s, "PRIVATE KEY");
     for (const QString& link : {system + u"/win.ini"_s, tree.Path(u"home/.ssh/id_rsa"_s),
-                                tree.Path(u"home/config/Microsoft/Credentials/key"_s)}) {
+                                tree.Path(u"home/AppData/Roaming/Microsoft/Credentials/key"_s)}) {
         Design(u"work/top.svg"_s, {link});
         const ImportReport report = Report({u"top.svg"_s, u"--to"_s, u"Demo"_s});
         EXPECT_EQ(report.exitCode, 8) << link.toStdString() << ::testing::PrintToString(report);

@@ -66,16 +66,4 @@ TEST_F(ImpossiblePlaces, AFileWhereAFolderMustBeFailsWhatGoesBelowItAndStays)
     }
 }
 
-TEST_F(ImpossiblePlaces, APathThatIsTooLongForTheSystemFailsItsFile)
-{
-    // 240 characters a folder: the file's path in the cloud folder is the one that gets too long.
-    const QString deep = (QString(240, u'd') + u'/').repeated(16);
-    tree.File(u"work/proj/"_s + QString(120, u'e') + u'/' + QString(200, u'f') + u".txt"_s, "far")
-        .File(u"work/proj/n.txt"_s, "near");
-    const ImportReport report = ExpectFailureOf(u"work/proj/"_s + QString(120, u'e') + u'/' +
-                                                    QString(200, u'f') + u".txt"_s,
-                                                {u"proj"_s, u"--to"_s, deep});
-    EXPECT_EQ(report.StatusOf(u"work/proj/n.txt"_s), u"copied"_s);
-}
-
 } // namespace Halvern::Test

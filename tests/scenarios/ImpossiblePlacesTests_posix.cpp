@@ -29,4 +29,24 @@ TEST_F(ImpossibleNames, ANameWithoutRoomForANumberIsFoundInThePlan)
     EXPECT_EQ(tree.Read(u"cloud/proj/"_s + name), "old");
 }
 
+TEST_F(ImpossibleNames, APathThatIsTooLongForTheSystemFailsItsFile)
+{
+    // 240 characters a folder: the file's path in the cloud folder is the one that gets too long.
+    const QString deep = (QString(240, u'd') + u'/').repeated(16);
+    const QString source =
+        u"work/proj/"_s + QString(120, u'e') + u'/' + QString(200, u'f') + u".txt"_s;
+    tree.File(source, "far").File(u"work/proj/n.txt"_s, "near");
+    const QStringList arguments{u"proj"_s, u"--to"_s, deep};
+    const FileTree::Snapshot before = Cloud();
+    const ImportReport dry = Report(arguments + QStringList{u"--dry-run"_s});
+    EXPECT_EQ(Cloud(), before);
+    const ImportReport report = Report(arguments);
+    EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+    EXPECT_EQ(dry.exitCode, report.exitCode);
+    EXPECT_EQ(dry.Lines(), report.Lines());
+    EXPECT_EQ(report.StatusOf(source), u"failed"_s) << ::testing::PrintToString(report);
+    EXPECT_FALSE(report.Of(source).reason.isEmpty());
+    EXPECT_EQ(report.StatusOf(u"work/proj/n.txt"_s), u"copied"_s);
+}
+
 } // namespace Halvern::Test
