@@ -8,6 +8,7 @@
 #include "Words.h"
 
 #include "corsync/FileLinks.h"
+#include "corsync/Plugins.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -76,8 +77,9 @@ void PrintJson(const Jobs::LinksOfFile& result, Console& console)
 ExitCode ResultOf(const Jobs::LinksOfFile& result)
 {
     QList<ExitCode> codes;
-    if (!result.problems.isEmpty())
-        codes.append(ExitCode::PluginOrDatabase);
+    for (const FileLink::Problem& problem : result.problems)
+        codes.append(Jobs::IsPluginProblem(problem) ? ExitCode::PluginOrDatabase
+                                                    : ExitCode::Failed);
     for (const Jobs::StoredLink& link : result.links)
         if (link.state == Jobs::LinkState::Missing)
             codes.append(ExitCode::MissingLinks);
@@ -91,20 +93,22 @@ ExitCode RunLinks(const LinksOptions& options, const CommonOptions& common,
 {
     const QStringList files = ExpandPatterns(options.files);
     const auto session = Jobs::Session::Temporary(common.pluginPaths);
-    const QList<Jobs::LinksOfFile> results = Jobs::ReadLinks(*session, files, &cancel);
-    QList<ExitCode> codes;
-    for (const Jobs::LinksOfFile& result : results) {
+    const QList<Jobs::RegistrationFault> faults = Jobs::ListRegistrationFaults(*session);
+    int count = 0;
+    ExitCode code = HasBroken(faults) ? ExitCode::PluginOrDatabase : ExitCode::Complete;
+    const auto show = [&](const Jobs::LinksOfFile& result) {
         if (console.IsJson())
             PrintJson(result, console);
         else
             Print(result, console);
-        codes.append(ResultOf(result));
-    }
-    if (results.size() < files.size())
-        codes.append(ExitCode::Cancelled);
-    const ExitCode code = MostSerious(codes);
+        code = MostSerious({code, ResultOf(result)});
+        ++count;
+    };
+    if (!Jobs::ReadLinks(*session, files, show, &cancel))
+        code = MostSerious({code, ExitCode::Cancelled});
+    Print(faults, console);
     console.Json({{QStringLiteral("event"), QStringLiteral("summary")},
-                  {QStringLiteral("files"), results.size()},
+                  {QStringLiteral("files"), count},
                   {QStringLiteral("exitCode"), int(code)}});
     return code;
 }

@@ -57,7 +57,8 @@ QString Hint(const QList<Conflict>& conflicts)
 /// What a pattern excludes is only of interest to somebody who wonders where it is.
 bool HasLine(const FileResult& result, bool isVerbose)
 {
-    return isVerbose || result.remark != Jobs::Remark::Excluded || result.IsProblem();
+    return isVerbose || result.remark != Jobs::Remark::Excluded || !result.linkedFrom.isEmpty() ||
+           result.IsProblem();
 }
 
 void PrintCounts(const ImportReport& report, Console& console)
@@ -96,7 +97,7 @@ void PrintJson(const ImportReport& report, Console& console)
     for (const FileResult& result : report.result.files)
         console.Json(JsonOf(result));
     for (const FileLink::Problem& problem : summary.problems)
-        console.Json(JsonProblem(problem.text));
+        console.Json(JsonOf(problem));
     if (!summary.databaseError.isEmpty())
         console.Json(JsonProblem(summary.databaseError));
     Print(summary.registrationFaults, console);
@@ -126,7 +127,7 @@ void Print(const ImportReport& report, Console& console)
         PrintText(report, console);
     const Summary& summary = report.result.summary;
     for (const FileLink::Problem& problem : summary.problems)
-        console.Error(problem.text);
+        console.Error(TextOf(problem));
     if (!summary.databaseError.isEmpty())
         console.Error(QStringLiteral("sync database: ") + summary.databaseError);
     if (!report.conflicts.isEmpty())

@@ -43,7 +43,11 @@ QString UnknownFormatsLine(const Jobs::Summary& summary);
 /// "3 copied, 1 missing; cloud cache folder /home/x/Corsync".
 QString CountLine(const Jobs::Summary& summary, const ReportFolders& folders);
 
+/// "/x/y: disk full"; the file only when there is one and the text does not name it.
+QString TextOf(const FileLink::Problem& problem);
+
 QJsonObject JsonOf(const Jobs::FileResult& result);
+QJsonObject JsonOf(const FileLink::Problem& problem);
 QJsonObject JsonOf(const Jobs::Conflict& conflict);
 QJsonObject JsonOf(const Jobs::Finding& finding);
 QJsonObject JsonOf(const Jobs::Summary& summary);

@@ -95,6 +95,16 @@ QJsonObject JsonOf(const Jobs::RegistrationFault& fault)
     return object;
 }
 
+QJsonObject JsonOf(const FileLink::Problem& problem)
+{
+    QJsonObject object = JsonProblem(problem.text);
+    if (!problem.file.isEmpty())
+        object.insert(QStringLiteral("file"), problem.file);
+    if (!problem.plugin.isEmpty())
+        object.insert(QStringLiteral("plugin"), problem.plugin);
+    return object;
+}
+
 QJsonObject JsonProblem(const QString& text)
 {
     return {{QStringLiteral("event"), QStringLiteral("problem")}, {QStringLiteral("text"), text}};

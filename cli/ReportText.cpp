@@ -165,6 +165,13 @@ QString TextOf(const Finding& finding)
            QDir::toNativeSeparators(finding.path) + NeededText(finding);
 }
 
+QString TextOf(const FileLink::Problem& problem)
+{
+    const QString file = QDir::toNativeSeparators(problem.file);
+    const bool isNamed = problem.text.contains(problem.file) || problem.text.contains(file);
+    return isNamed ? problem.text : file + QStringLiteral(": ") + problem.text;
+}
+
 QString UnknownFormatsLine(const Summary& summary)
 {
     qint64 files = 0;

@@ -4,6 +4,7 @@
 
 #include "FileStamps.h"
 #include "Paths.h"
+#include "Targets.h"
 
 #include "syncservices/SyncLibUtil.h"
 
@@ -151,7 +152,7 @@ JobFile Closure::Linked(const QString& path)
 void Closure::TakeMoved(JobFile& file) const
 {
     const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
-    file.wasMoved = record && record->isMoved && ExistsOnDisk(record->target);
+    file.wasMoved = record && record->isMoved && IsFileAt(record->target, m_job.cloudFolder);
     file.End(file.wasMoved ? Outcome::Unchanged : Outcome::Missing);
     if (file.wasMoved)
         file.target = record->target;

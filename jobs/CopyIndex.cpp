@@ -38,6 +38,12 @@ const CopyRecord* CopyIndex::OfProject(const QString& source, const QString& pro
     return nullptr;
 }
 
+bool CopyIndex::WasMoved(const QString& source, const QString& project) const
+{
+    const CopyRecord* record = OfProject(source, project);
+    return record && record->isMoved;
+}
+
 const CopyRecord* CopyIndex::OfTarget(const QString& target) const
 {
     const qsizetype place = m_byTarget.value(PathKey(target), -1);

@@ -18,6 +18,8 @@ public:
     const QList<CopyRecord>& All() const { return m_records; }
     /// The latest of a source in a project; null when there is none.
     const CopyRecord* OfProject(const QString& source, const QString& project) const;
+    /// A move of the project has deleted the source, and nobody has copied one of its name since.
+    bool WasMoved(const QString& source, const QString& project) const;
     /// All of a source, the latest first.
     QList<const CopyRecord*> OfSource(const QString& source) const;
     /// Null when no copy with this target is recorded.

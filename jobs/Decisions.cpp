@@ -276,7 +276,12 @@ void Decisions::Decide(JobFile& file, Standing standing)
             file.End(Outcome::Unchanged);
         return;
     case Standing::SourceChanged:
-        copy(Outcome::Updated);
+        // The copy that is there has its links right.
+        if (file.linksKnown && file.linksState != LinksState::Read &&
+            file.record->linksState == LinksState::Read && !file.record->targetLinks.isEmpty())
+            file.End(Outcome::Failed, Remark::LinksNotRead);
+        else
+            copy(Outcome::Updated);
         return;
     case Standing::CopyChanged:
         file.End(Outcome::Left);
@@ -419,9 +424,10 @@ void Decisions::FindOrphans()
         const bool isOfSelection =
             std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
                         [&](const QString& source) { return IsInFolder(record.source, source); });
-        if (isOfSelection && IsOfThisProject(record) && !record.isMoved &&
-            !ExistsOnDisk(record.source) && ExistsOnDisk(record.target) &&
-            !m_owners.IsOwned(record.target) && !IsCutOff(record.target))
+        if (isOfSelection && IsOfThisProject(record) &&
+            !m_copies.WasMoved(record.source, m_job.target) && !ExistsOnDisk(record.source) &&
+            ExistsOnDisk(record.target) && !m_owners.IsOwned(record.target) &&
+            !IsCutOff(record.target))
             m_job.orphans.append(record);
     }
 }

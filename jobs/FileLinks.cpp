@@ -3,24 +3,18 @@
 #include "corsync/FileLinks.h"
 
 #include "JobControl.h"
-#include "JobDatabase.h"
-#include "KnownFormats.h"
+#include "LinkReader.h"
 #include "Paths.h"
 
 #include "corsync/JobError.h"
 
 #include "filelink/FileLinkImporter.h"
-#include "syncservices/FolderManager.h"
 
 #include <QtCore/QFileInfo>
 
 namespace Halvern::Jobs {
 
 using FileLink::FileLinkImporter;
-using FileLink::FileSet;
-using SyncFolderManagerLib::FolderManager;
-using SyncServices::FileMapping;
-using SyncServices::Global;
 
 namespace {
 
@@ -35,68 +29,60 @@ QString CheckedFile(const QString& given)
     return file;
 }
 
-LinkState StateOf(const QString& text, const QString& file)
+LinkState StateOf(const QString& file)
 {
-    if (!IsLocalPath(text))
+    if (!IsLocalPath(file))
         return LinkState::Url;
     return QFileInfo::exists(file) ? LinkState::Found : LinkState::Missing;
 }
 
-/// False when the module does not take the file, or was told to stop.
-bool Extract(FileLinkImporter& importer, const QString& file)
+QList<StoredLink> Described(const LinkReader::Links& links, const QString& holder)
 {
-    // A file that lies in the cloud cache folder is no source, but may stand for itself.
-    const bool isInPlace = FolderManager::GetInstance()->IsCloudCacheFolderPath(file);
-    return importer.Initialize(isInPlace ? QStringList() : QStringList{file},
-                               isInPlace ? file : QString(), isInPlace, Global::DirectLinksOnly,
-                               {}) &&
-           importer.ExtractFileLinks();
-}
-
-QList<StoredLink> LinksOf(const FileMapping& holder)
-{
-    QList<StoredLink> links;
-    for (const SyncServices::FileLink& link : holder.GetSourceFileLinks()) {
-        const QString file = ResolveLink(link.Path, holder.GetSourceFile());
-        links.append({link.Path, file, StateOf(link.Path, file)});
+    QList<StoredLink> described;
+    for (const SyncServices::FileLink& link : links) {
+        const QString file = ResolveLink(link.Path, holder);
+        described.append({link.Path, file, StateOf(file)});
     }
-    return links;
+    return described;
 }
 
 LinksOfFile ReadOne(const QString& file, const std::shared_ptr<JobControl>& control)
 {
-    LinksOfFile result{file, {}, {}, IsKnownFormat(file)};
     FileLinkImporter importer(control);
-    importer.SetSyncDatabase(
-        std::make_shared<JobDatabase>(FolderManager::GetInstance()->GetSyncDatabase()));
     importer.SetProblemSink(control);
-    if (Extract(importer, file)) {
-        FileSet& files = *importer.GetFileSet();
-        const int index = files.IndexOfSourceFile(file);
-        if (index >= 0)
-            result.links = LinksOf(*files.GetFiles().at(index));
-    }
-    for (const FileLink::Problem& problem : control->Problems().All())
-        if (IsPluginProblem(problem))
-            result.problems.append(problem);
+    LinkReader reader(importer);
+    LinksOfFile result{file, {}, {}, !reader.ReadersOf(file).isEmpty()};
+    LinkReader::Links links;
+    // Why it could not be read, the problems tell.
+    static_cast<void>(reader.Read(file, links));
+    result.links = Described(links, file);
+    result.problems = control->Problems().All();
     return result;
 }
 
 } // namespace
 
-QList<LinksOfFile> ReadLinks(const Session&, const QStringList& files, const CancelToken* cancel)
+bool ReadLinks(const Session&, const QStringList& files,
+               const std::function<void(const LinksOfFile&)>& take, const CancelToken* cancel)
 {
     QStringList checked;
     for (const QString& file : files)
         checked.append(CheckedFile(file));
-    QList<LinksOfFile> results;
     for (const QString& file : std::as_const(checked)) {
         const auto control = std::make_shared<JobControl>(nullptr, cancel);
-        LinksOfFile result = ReadOne(file, control);
-        if (control->StoppedJob())
-            break;
-        results.append(std::move(result));
+        if (control->IsCancelRequested())
+            return false;
+        take(ReadOne(file, control));
     }
+    return true;
+}
+
+QList<LinksOfFile> ReadLinks(const Session& session, const QStringList& files,
+                             const CancelToken* cancel)
+{
+    QList<LinksOfFile> results;
+    ReadLinks(
+        session, files, [&](const LinksOfFile& result) { results.append(result); }, cancel);
     return results;
 }
 

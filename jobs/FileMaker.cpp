@@ -120,6 +120,7 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
         return false;
     }
     file.sourceStamp = StampOf(staged.source, &hash);
+    file.taken = staged.source;
     return true;
 }
 

@@ -9,6 +9,8 @@
 #include "Results.h"
 #include "Selection.h"
 
+#include <algorithm>
+
 namespace Halvern::Jobs {
 
 namespace {
@@ -17,6 +19,17 @@ void Require(bool order, const QString& text)
 {
     if (!order)
         throw JobError(JobErrorKind::WrongOrder, text);
+}
+
+/// What the summary says of the database is not said again.
+QList<FileLink::Problem> WithoutDatabase(QList<FileLink::Problem> problems,
+                                         const QString& databaseError)
+{
+    if (!databaseError.isEmpty())
+        problems.removeIf([](const FileLink::Problem& problem) {
+            return problem.kind == FileLink::ProblemKind::NotRecorded && problem.file.isEmpty();
+        });
+    return problems;
 }
 
 } // namespace
@@ -86,11 +99,11 @@ JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Prob
     }
     JobResult result{std::move(files), {}};
     result.summary = Summarize(result.files);
-    result.summary.problems = std::move(problems);
+    result.summary.databaseError = run.DatabaseError();
+    result.summary.problems = WithoutDatabase(std::move(problems), result.summary.databaseError);
     result.summary.registrationFaults = ListRegistrationFaults(session);
     result.summary.conflicts = plan.conflicts.size();
     result.summary.findings = plan.findings;
-    result.summary.databaseError = run.DatabaseError();
     result.summary.cancelled = run.State().cancelled;
     result.summary.executed = run.State().executed;
     return result;
@@ -111,6 +124,10 @@ const Plan& ImportJob::MakePlan()
     RequireSync();
     const QStringList sources = CheckedSources(state.SourcesToTake());
     const QString target = CheckedTarget(state.request.target);
+    const QList<RegistrationFault> faults = ListRegistrationFaults(state.session);
+    state.run.State().hasBrokenPlugins =
+        std::any_of(faults.begin(), faults.end(),
+                    [](const RegistrationFault& fault) { return fault.isBroken; });
     state.run.Plan(sources, target);
     state.planned = true;
     state.WritePlan();

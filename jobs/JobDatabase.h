@@ -15,8 +15,8 @@ public:
     explicit JobDatabase(std::shared_ptr<SyncDatabase> store);
 
     void AllowWrites() { m_writable = true; }
-    /// Why the database failed since the job began; empty when it did not.
-    QString FailureOfThisJob() const;
+    /// Why the database first failed in a call of this job; empty when it did not.
+    const QString& FailureOfThisJob() const { return m_failure; }
 
     std::shared_ptr<SyncServices::SyncItem>
     GetSyncItem(const QString& localPath, bool exactPath, int authenticationId,
@@ -40,16 +40,19 @@ public:
                                 QList<std::shared_ptr<SyncServices::FileMapping>> updated) override;
     bool DeleteAllFileCopyHistory(int authenticationId) override;
     QString GetLastError() const override;
+    quint64 GetFailureCount() const override;
 
 private:
-    /// Notes a write that failed, and hands its result on.
-    template <typename Result>
-    Result Noted(Result result);
+    /// Hands on what the call gives, and notes when the store failed during it.
+    template <typename Call>
+    auto Watched(Call call);
+    /// Of a write no result is a failure, too, whatever the store says.
+    template <typename Call>
+    auto Written(Call call);
 
     std::shared_ptr<SyncDatabase> m_store;
-    const QString m_errorBefore;
+    QString m_failure;
     bool m_writable = false;
-    bool m_writeFailed = false;
 };
 
 } // namespace Halvern::Jobs

@@ -95,6 +95,8 @@ struct JobFile
     bool isDone = false;
     /// Its links are still to be rewritten.
     bool isPending = false;
+    /// The source as it was copied; without a copy as it was when the selection was read.
+    Base::FileStatus taken;
     FileStamp sourceStamp;
     FileStamp targetStamp;
     /// Before they were taken.
@@ -150,6 +152,10 @@ struct JobState
     QList<CopyRecord> orphans;
     /// Targets of those that were put into the base store.
     QStringList pruned;
+    /// Why others were not, by their targets.
+    QHash<QString, QString> notPruned;
+    /// A registration file is broken: what no plug-in reads may be read by one that is missing.
+    bool hasBrokenPlugins = false;
     /// False until the selection was read.
     bool selectionRead = false;
     bool cancelled = false;

@@ -11,6 +11,7 @@
 #include "Results.h"
 #include "SelectionWalk.h"
 #include "SourceRemoval.h"
+#include "Targets.h"
 
 #include "corsync/JobError.h"
 
@@ -27,6 +28,16 @@ using SyncFolderManagerLib::FolderManager;
 using SyncServices::SyncManager;
 
 namespace {
+
+/// The sync database, which is open, and its companions.
+bool IsOwnRecord(const QString& file)
+{
+    const QString database = FolderManager::GetInstance()->GetSettings().databaseFile;
+    return PathKey(file).startsWith(PathKey(database)) && !database.isEmpty() &&
+           QStringList{QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
+                       QStringLiteral("-journal")}
+               .contains(file.mid(database.size()));
+}
 
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
                                                const std::shared_ptr<JobDatabase>& database)
@@ -60,7 +71,7 @@ bool JobRun::WasMoved(const QString& source, const QString& target) const
         return record.isMoved && PathKey(record.project) == PathKey(target) &&
                (PathKey(record.source) == PathKey(source) ||
                 PathKey(record.source).startsWith(PathKey(source + u'/'))) &&
-               ExistsOnDisk(record.target);
+               IsFileAt(record.target, m_state.cloudFolder);
     });
 }
 
@@ -102,6 +113,11 @@ bool JobRun::TakeSelection(const QStringList& sources)
                       [this] { return m_control->IsCancelRequested(); });
     m_state.leftOut = listing.leftOut;
     for (const SelectedEntry& entry : listing.entries) {
+        if (IsOwnRecord(entry.source)) {
+            m_state.leftOut.append(
+                {entry.source, Remark::Excluded, QStringLiteral("the sync database")});
+            continue;
+        }
         JobFile file;
         file.source = entry.source;
         file.target = m_state.target + u'/' + entry.name;
@@ -278,6 +294,9 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     static_cast<void>(m_records.Finish());
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
         RemoveSources(results);
+    for (JobFile& file : m_state.files)
+        if (file.outcome == Outcome::Moved && file.isDone && !file.sourceDeleted)
+            SourceRemoval::Keep(file);
     if (m_state.request.prune && !m_state.cancelled)
         Prune(cloud);
     static_cast<void>(m_records.Flush());
@@ -310,12 +329,17 @@ void JobRun::Prune(const Base::RootedFolder& cloud)
         const std::filesystem::path copy =
             Native(orphan.target.mid(m_state.cloudFolder.size() + 1));
         Base::FileStatus status;
-        QString reason;
         // What somebody changed is not this library's any more.
-        if (cloud.Status(copy, status) && status.kind == Base::FileKind::File &&
-            IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
-                             m_state.request.checksum) &&
-            SyncManager::GetInstance()->SaveVersion(orphan.target, &reason) && cloud.Remove(copy))
+        if (!cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
+            !IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
+                              m_state.request.checksum))
+            continue;
+        QString reason;
+        if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
+            m_state.notPruned.insert(orphan.target, reason);
+        else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
+            m_state.notPruned.insert(orphan.target, QString::fromStdString(removed.Text()));
+        else
             m_state.pruned.append(orphan.target);
     }
     m_records.Forget(m_state.pruned);

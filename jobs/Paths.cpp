@@ -48,18 +48,23 @@ bool IsSameFile(const QString& a, const QString& b)
 
 bool IsInCloudFolder(const QString& path)
 {
-    const FolderManager* const folders = FolderManager::GetInstance();
-    if (!folders->IsCloudCacheFolderPath(path))
-        return false;
-    const QString cloud = folders->GetCloudCacheFolderPath(false);
-    const std::filesystem::path folder = Native(cloud);
-    if (PathKey(path + u'/').startsWith(PathKey(cloud + u'/')))
-        return true;
-    for (std::filesystem::path above = Native(path); above.has_relative_path();
-         above = above.parent_path())
-        if (Base::IsSameFile(above, folder))
-            return true;
-    return false;
+    const QString cloud = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
+    return PathKey(path + u'/').startsWith(PathKey(cloud + u'/')) ||
+           PathKey(RealPath(path) + u'/').startsWith(PathKey(RealPath(cloud) + u'/'));
+}
+
+QString RealPath(const QString& path)
+{
+    QString missing;
+    for (QString above = path; above.size() > 1; above = QFileInfo(above).path()) {
+        const QString real = QFileInfo(above).canonicalFilePath();
+        if (!real.isEmpty())
+            return QDir::cleanPath(real + missing);
+        missing = u'/' + QFileInfo(above).fileName() + missing;
+        if (QFileInfo(above).path() == above)
+            break;
+    }
+    return path;
 }
 
 bool IsInFolder(const QString& path, const QString& folder)
@@ -93,6 +98,9 @@ bool IsLocalPath(const QString& path)
 QString ResolveLink(const QString& text, const QString& holder)
 {
     const QString path = QDir::cleanPath(text);
+    // Cleaning takes one of its slashes away from a URL.
+    if (!IsLocalPath(path))
+        return text;
     return Base::IsAbsolutePath(Base::Units(path))
                ? path
                : QDir::cleanPath(QFileInfo(holder).path() + u'/' + path);

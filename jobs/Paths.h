@@ -22,6 +22,8 @@ bool IsSameFile(const QString& a, const QString& b);
 /// a folder beside it whose name differs in letter case is another one, where the disk knows.
 /// Requires a session.
 bool IsInCloudFolder(const QString& path);
+/// Where a path leads, through symbolic links; what does not exist stays as it is at its end.
+QString RealPath(const QString& path);
 /// True when `path` is `folder` or lies below it, without regard to letter case.
 bool IsInFolder(const QString& path, const QString& folder);
 /// True also for a symbolic link that leads nowhere. A shortcut of Windows (.lnk) is the file that
@@ -32,7 +34,7 @@ bool IsShortcut(const QString& path);
 /// No URL: no ":" at index 2 or later. On POSIX a path that begins with one "/" is local whatever
 /// else it holds.
 bool IsLocalPath(const QString& path);
-/// The path or URL that a link leads to, as the module finds it.
+/// The path that a link leads to, as the module finds it; a URL as it stands.
 QString ResolveLink(const QString& text, const QString& holder);
 /// What the module hands to a plug-in as the new text of a link inside `holder` that leads to
 /// `file`: the way there. A file on another drive keeps its absolute path.

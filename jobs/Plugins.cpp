@@ -4,6 +4,8 @@
 
 #include <QtCore/QSet>
 
+#include <utility>
+
 namespace Halvern::Jobs {
 
 using FileLink::FileLinkManager;
@@ -12,15 +14,22 @@ using FileLink::PluginDescription;
 QList<RegistrationFault> ListRegistrationFaults(const Session&)
 {
     FileLinkManager* manager = FileLinkManager::GetInstance();
-    QSet<QString> files, modules;
-    for (const PluginDescription& plugin : manager->GetPlugins()) {
-        files.insert(plugin.registrationFile);
-        modules.insert(plugin.module);
-    }
+    const QStringList complete = manager->GetCompleteRegistrationFiles();
+    QSet<QString> registering;
+    for (const PluginDescription& plugin : manager->GetPlugins())
+        registering.insert(plugin.registrationFile);
+    QSet<std::pair<QString, QString>> warnings;
     QList<RegistrationFault> faults;
-    for (const FileLink::Problem& problem : manager->GetRegistrationProblems())
-        faults.append({problem.file, problem.plugin, problem.text,
-                       !files.contains(problem.file) && !modules.contains(problem.plugin)});
+    for (const FileLink::Problem& problem : manager->GetRegistrationProblems()) {
+        const bool isBroken = !complete.contains(problem.file);
+        const std::pair warning(problem.plugin, problem.text);
+        // A copy of a file in another folder has nothing new to say.
+        if (!isBroken && !registering.contains(problem.file) && warnings.contains(warning))
+            continue;
+        if (!isBroken)
+            warnings.insert(warning);
+        faults.append({problem.file, problem.plugin, problem.text, isBroken});
+    }
     return faults;
 }
 

@@ -5,6 +5,7 @@
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -32,12 +33,13 @@ QList<Problem> ProblemSorter::Of(const JobFile& file)
 QList<Problem> ProblemSorter::OfNoFile() const
 {
     QList<Problem> problems;
-    QSet<QString> texts;
+    QSet<std::pair<QString, QString>> told;
     for (qsizetype number = 0; number < m_book.All().size(); ++number) {
         const Problem& problem = m_book.All().at(number);
-        if (m_taken.contains(number) || texts.contains(problem.text))
+        const std::pair fileAndText(problem.file, problem.text);
+        if (m_taken.contains(number) || told.contains(fileAndText))
             continue;
-        texts.insert(problem.text);
+        told.insert(fileAndText);
         problems.append(problem);
     }
     return problems;

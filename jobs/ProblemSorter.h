@@ -18,7 +18,7 @@ public:
 
     /// What is to be told about the file, in the order in which it happened.
     QList<FileLink::Problem> Of(const JobFile& file);
-    /// The problems that no call of Of took, each text once.
+    /// The problems that no call of Of took, each once.
     QList<FileLink::Problem> OfNoFile() const;
 
 private:

@@ -42,6 +42,21 @@ QStringList LinkedTargets(const JobFile& file, const JobFiles& files)
     return targets;
 }
 
+bool HasSameContent(const FileStamp& a, const FileStamp& b)
+{
+    return a.bytes == b.bytes && (a.hash.isEmpty() ? a.modified == b.modified : a.hash == b.hash);
+}
+
+/// Nobody asked for the links or could read them, and neither side is another than when they were
+/// recorded.
+bool KeepsRecordedLinks(const JobFile& file)
+{
+    const bool isRead = file.linksKnown && file.linksState == LinksState::Read;
+    return !isRead && file.record && file.outcome == Outcome::Unchanged &&
+           HasSameContent(file.sourceStamp, file.record->sourceStamp) &&
+           HasSameContent(file.targetStamp, file.record->targetStamp);
+}
+
 } // namespace
 
 std::unique_ptr<Ledger> OpenLedger()
@@ -66,10 +81,8 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.recordedAt = file.recordedAt;
     record.isRewritePending = file.isPending;
     record.isMoved = file.sourceDeleted;
-    const bool isStill = file.record && !file.linksRewritten &&
-                         (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace);
-    if (isStill && !(file.linksKnown && file.linksState == LinksState::Read)) {
-        // Nobody looked, or nobody could: the copy holds what it held.
+    if (KeepsRecordedLinks(file)) {
+        record.isRewritePending = file.record->isRewritePending;
         record.sourceLinks = file.record->sourceLinks;
         record.targetLinks = file.record->targetLinks;
         record.linkedTargets = file.record->linkedTargets;

@@ -38,11 +38,12 @@ bool FileResult::IsProblem() const
     switch (outcome) {
     case Outcome::Failed:
         return true;
+    case Outcome::Orphaned:
+        return remark != Remark::None;
     case Outcome::Skipped:
     case Outcome::Missing:
     case Outcome::Refused:
     case Outcome::Url:
-    case Outcome::Orphaned:
     case Outcome::Pruned:
     case Outcome::NotDone:
         return PluginFailed();
@@ -103,7 +104,8 @@ FileResult Results::Make(const JobFile& file)
     result.linksRewritten = file.linksRewritten;
     result.outside = file.outside;
     result.isUnknownFormat = file.isUnknownFormat;
-    if (result.outcome == Outcome::Missing || result.outcome == Outcome::Refused)
+    if (result.outcome == Outcome::Missing || result.outcome == Outcome::Refused ||
+        (result.outcome == Outcome::Skipped && !file.isSelected))
         result.linkedFrom = HoldersOf(file);
     return result;
 }
@@ -145,6 +147,10 @@ QList<FileResult> OrphanResults(const JobState& job)
         result.source = orphan.source;
         result.target = orphan.target;
         result.outcome = job.pruned.contains(orphan.target) ? Outcome::Pruned : Outcome::Orphaned;
+        if (job.notPruned.contains(orphan.target)) {
+            result.remark = Remark::NotKept;
+            result.detail = job.notPruned.value(orphan.target);
+        }
         results.append(result);
     }
     return results;
@@ -163,7 +169,8 @@ FileResult AsPlanned(const PlannedFile& file)
     result.linksRewritten = file.rewritesLinks;
     result.outside = file.outside;
     result.isUnknownFormat = file.isUnknownFormat;
-    if (file.outcome == Outcome::Missing || file.outcome == Outcome::Refused)
+    if (file.outcome == Outcome::Missing || file.outcome == Outcome::Refused ||
+        (file.outcome == Outcome::Skipped && file.origin != Origin::Selected))
         result.linkedFrom = LinkingFiles(file);
     return result;
 }

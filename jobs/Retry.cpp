@@ -50,11 +50,23 @@ JobFile PendingFile(const CopyRecord& record)
     return file;
 }
 
+/// Only its source can tell what links it should hold.
+JobFile UnreadFile(const CopyRecord& record)
+{
+    JobFile file;
+    file.source = record.source;
+    file.target = record.target;
+    file.End(Outcome::Unchanged, Remark::LinksNotRead);
+    return file;
+}
+
 void TakePending(Ledger& ledger, const QString& folder, JobState& job)
 {
     for (const CopyRecord& record : ledger.ReadAll(folder))
         if (record.isRewritePending)
             job.files.Add(PendingFile(record));
+        else if (record.linksState == LinksState::Failed && ExistsOnDisk(record.target))
+            job.files.Add(UnreadFile(record));
 }
 
 /// What is known of the copy stays, but for what the attempt changed.
@@ -108,6 +120,8 @@ JobResult RetryRewrites(const Session& session, const QString& folder, IJobObser
     job.cloudFolder = session.CloudFolder();
     job.executed = true;
     const QString below = CheckedTarget(folder);
+    if (!IsFolder(below))
+        throw JobError(JobErrorKind::SourceMissing, QStringLiteral("no such folder: ") + folder);
     const auto control = std::make_shared<JobControl>(observer, cancel);
     FileLink::FileLinkImporter importer(control);
     importer.SetProblemSink(control);

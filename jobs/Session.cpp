@@ -4,6 +4,7 @@
 
 #include "FolderCleanup.h"
 #include "Paths.h"
+#include "QuietLog.h"
 #include "base/KnownFolders.h"
 #include "base/NativePath.h"
 #include "filelink/FileLinkManager.h"
@@ -111,10 +112,11 @@ ServicesSettings ThrowawaySettings(const QString& folder)
 struct Session::State
 {
     SessionUse use;
+    QuietLog log = {};
     /// What is removed after the module has ended.
-    std::unique_ptr<QTemporaryDir> temporary;
-    std::optional<FolderCleanup> cleanup;
-    std::optional<RunningModule> module;
+    std::unique_ptr<QTemporaryDir> temporary = {};
+    std::optional<FolderCleanup> cleanup = {};
+    std::optional<RunningModule> module = {};
 
     void Start(const ServicesSettings& settings, const QStringList& pluginFolders)
     {
@@ -131,7 +133,7 @@ struct Session::State
 };
 
 Session::Session(const ServicesSettings& settings, const QStringList& pluginFolders, SessionUse use)
-    : m_state(new State{use, nullptr, {}, {}})
+    : m_state(new State{use})
 {
     m_state->Start(settings, pluginFolders);
 }
@@ -141,7 +143,7 @@ Session::Session(std::unique_ptr<State> state) : m_state(std::move(state)) {}
 std::unique_ptr<Session> Session::Temporary(const QStringList& pluginFolders)
 {
     std::unique_ptr<State> state(
-        new State{SessionUse::PlanOnly, std::make_unique<QTemporaryDir>(), {}, {}});
+        new State{SessionUse::PlanOnly, {}, std::make_unique<QTemporaryDir>()});
     if (!state->temporary->isValid())
         throw JobError(JobErrorKind::NoCloudFolder, state->temporary->errorString());
     state->Start(ThrowawaySettings(state->temporary->path()), pluginFolders);

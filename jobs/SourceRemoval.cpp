@@ -5,9 +5,6 @@
 #include "FileStamps.h"
 #include "Paths.h"
 
-#include "base/FileRenaming.h"
-
-#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
@@ -17,6 +14,9 @@ namespace Halvern::Jobs {
 /// A copy of it is where it should be, with the links that it should have; in a plan, will be.
 bool SourceRemoval::HasGoodCopy(const JobFile& file) const
 {
+    // Whether it holds links is known again once the plug-ins are.
+    if (m_job.hasBrokenPlugins && file.isUnknownFormat)
+        return false;
     switch (file.outcome) {
     case Outcome::Copied:
     case Outcome::Moved:
@@ -111,8 +111,20 @@ void SourceRemoval::Remove(const std::function<void(const QList<JobFile*>&)>& an
     RemoveFolders();
 }
 
-/// The name goes, and with it the file, when it has no other. One that changed since it was read
-/// stays.
+/// The same file as when it was read: not only as long and as old.
+bool SourceRemoval::IsWhatWasTaken(const JobFile& file, const Base::FileStatus& now)
+{
+    const Base::FileStatus& was = file.taken.Exists() ? file.taken : file.status;
+    if (now.kind != Base::FileKind::File || now.size != was.size || now.modified != was.modified ||
+        now.device != was.device || now.index != was.index)
+        return false;
+    // A name that it has lost meanwhile changes this time, too; then its content tells.
+    return now.changed == was.changed || (!file.sourceStamp.hash.isEmpty() &&
+                                          StampOf(file.source, true).hash == file.sourceStamp.hash);
+}
+
+/// The name goes, and with it the file, when it has no other. One that changed since it was read,
+/// or that is its own copy, stays.
 bool SourceRemoval::RemoveSource(JobFile& file)
 {
     const auto fail = [&](const QString& text) {
@@ -123,14 +135,19 @@ bool SourceRemoval::RemoveSource(JobFile& file)
                           {}});
         return false;
     };
-    const std::filesystem::path source = Native(file.source);
-    const Base::FileStatus now = Base::ReadFileStatus(source);
-    if (qint64(now.size) != file.sourceStamp.bytes || now.modified != file.sourceStamp.modified)
+    Base::FileStatus now;
+    Base::FileResult result = m_folders.Status(file.source, now);
+    const bool isLink = now.kind == Base::FileKind::Link;
+    if (result && !isLink && IsSameFile(file.source, file.target))
+        return fail(QStringLiteral("The source is its own copy and was not deleted"));
+    if (result && !(isLink && QFileInfo(file.source).isSymbolicLink()) &&
+        !IsWhatWasTaken(file, now))
         return fail(QStringLiteral("The source changed since it was copied and was not deleted"));
-    const Base::FileResult removed = Base::RemoveName(source);
-    if (!removed)
+    if (result)
+        result = m_folders.Remove(file.source);
+    if (!result)
         return fail(QStringLiteral("The source could not be deleted: ") +
-                    QString::fromStdString(removed.Text()));
+                    QString::fromStdString(result.Text()));
     return true;
 }
 
@@ -140,11 +157,10 @@ void SourceRemoval::RemoveFolders()
     for (const JobFile& file : m_job.files)
         if (file.isFolder && file.isSelected)
             folders.append(file.source);
-    // Those inside come before those around them.
+    // Those inside come before those around them; one that holds something stays.
     std::sort(folders.begin(), folders.end(), std::greater<QString>());
     for (const QString& folder : std::as_const(folders))
-        if (!QFileInfo(folder).isSymbolicLink())
-            QDir().rmdir(folder);
+        static_cast<void>(m_folders.RemoveFolder(folder));
 }
 
 } // namespace Halvern::Jobs

@@ -4,6 +4,7 @@
 
 #include "JobControl.h"
 #include "JobFile.h"
+#include "SourceFolders.h"
 
 #include <functional>
 
@@ -15,8 +16,12 @@ namespace Halvern::Jobs {
 class SourceRemoval
 {
 public:
-    SourceRemoval(JobState& job, JobControl& control) : m_job(job), m_control(control) {}
+    SourceRemoval(JobState& job, JobControl& control)
+        : m_job(job), m_control(control), m_folders(job.request.sources)
+    {}
 
+    /// The source stays; the outcome says so.
+    static void Keep(JobFile& file);
     /// Marks in a plan the files whose sources will stay.
     void Foresee();
     /// `announced` writes down which files are about to go, before the first one does; `told` hears
@@ -28,12 +33,13 @@ private:
     QList<bool> FindBroken() const;
     bool HasGoodCopy(const JobFile& file) const;
     bool IsInOrder(const JobFile& file) const;
-    static void Keep(JobFile& file);
+    static bool IsWhatWasTaken(const JobFile& file, const Base::FileStatus& now);
     bool RemoveSource(JobFile& file);
     void RemoveFolders();
 
     JobState& m_job;
     JobControl& m_control;
+    SourceFolders m_folders;
 };
 
 } // namespace Halvern::Jobs

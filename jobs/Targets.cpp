@@ -4,6 +4,7 @@
 
 #include "Paths.h"
 
+#include "base/FileStatus.h"
 #include "base/SamePath.h"
 #include "base/System.h"
 #include "base/Units.h"
@@ -102,6 +103,13 @@ Remark ObstacleOnTheWay(const QString& target, const QString& cloudFolder, QStri
     }
     detail.clear();
     return Remark::None;
+}
+
+bool IsFileAt(const QString& target, const QString& cloudFolder)
+{
+    QString detail;
+    return Base::ReadLinkStatus(Native(target)).kind == Base::FileKind::File &&
+           ObstacleOnTheWay(target, cloudFolder, detail) == Remark::None;
 }
 
 } // namespace Halvern::Jobs

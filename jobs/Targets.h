@@ -42,5 +42,7 @@ Remark ObjectionToTarget(const QString& target, const QString& cloudFolder);
 /// Why none can be there, by what stands on the way: a file where a folder must be, or a symbolic
 /// link that leads elsewhere. `detail` names it.
 Remark ObstacleOnTheWay(const QString& target, const QString& cloudFolder, QString& detail);
+/// A file, and not only seen through symbolic links.
+bool IsFileAt(const QString& target, const QString& cloudFolder);
 
 } // namespace Halvern::Jobs

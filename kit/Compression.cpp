@@ -97,7 +97,7 @@ std::string ReadDecompressed(const InputFile& file, std::uint64_t limit)
 {
     Decompressor decompressor(file, limit);
     std::string content;
-    std::array<char, std::size_t(16) * 1024> part;
+    std::array<char, std::size_t(16)* 1024> part = {};
     while (const std::size_t got = decompressor.Read(part.data(), part.size()))
         content.append(part.data(), got);
     return content;

@@ -91,7 +91,7 @@ public:
 
     void Encode(std::string_view bytes, bool finish, const Compressor::Sink& sink) override
     {
-        std::array<char, std::size_t(16) * 1024> buffer;
+        std::array<char, std::size_t(16)* 1024> buffer = {};
         do {
             const uInt available = Units(bytes.size());
             m_stream.next_in = Bytes(bytes.data());

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <stdexcept>
 #include <vector>
 
 namespace Halvern::PluginKit {
@@ -53,8 +54,12 @@ std::vector<NewEntry> MakeEntries(const InputFile& file, const ZipDirectory& dir
                                   const std::map<std::string, std::string>& contents)
 {
     std::vector<NewEntry> entries;
-    for (const auto& [name, content] : contents)
-        entries.push_back(MakeEntry(file, *directory.Find(name), content));
+    for (const auto& [name, content] : contents) {
+        const ZipEntry* old = directory.Find(name);
+        if (!old)
+            throw std::invalid_argument("there is no entry " + name + " to be replaced");
+        entries.push_back(MakeEntry(file, *old, content));
+    }
     std::sort(entries.begin(), entries.end(),
               [](const NewEntry& a, const NewEntry& b) { return a.old->offset < b.old->offset; });
     return entries;

@@ -56,7 +56,7 @@ public:
 
     void Encode(std::string_view bytes, bool finish, const Compressor::Sink& sink) override
     {
-        std::array<char, std::size_t(16) * 1024> buffer;
+        std::array<char, std::size_t(16)* 1024> buffer = {};
         ZSTD_inBuffer in = {bytes.data(), bytes.size(), 0};
         for (bool done = false; !done;) {
             ZSTD_outBuffer out = {buffer.data(), buffer.size(), 0};

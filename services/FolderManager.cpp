@@ -4,6 +4,7 @@
 
 #include "services/Paths.h"
 #include "services/Platform.h"
+#include "services/Spellings.h"
 #include "services/SqliteSyncDatabase.h"
 
 #include <QtCore/QDir>
@@ -107,8 +108,11 @@ std::optional<QString> FolderManager::State::BelowRoot(const QString& cleanedPat
     if (root.isEmpty() || !QDir::isAbsolutePath(cleanedPath))
         return std::nullopt;
     if (const std::optional<QString> below = PathBelow(root, cleanedPath))
-        return below;
-    return PathBelow(canonicalRoot, CanonicalPath(cleanedPath));
+        return AreTwins(cleanedPath.left(root.size()), root) ? std::nullopt : below;
+    const QString canonical = CanonicalPath(cleanedPath);
+    const std::optional<QString> below = PathBelow(canonicalRoot, canonical);
+    return below && AreTwins(canonical.left(canonicalRoot.size()), canonicalRoot) ? std::nullopt
+                                                                                  : below;
 }
 
 std::shared_ptr<SyncItem> FolderManager::State::MakeRootItem(SyncDatabase& store) const

@@ -79,6 +79,11 @@ ItemPointer MakeRoot(SqliteConnection& connection, const QString& folderPath,
 
 SyncDatabase::~SyncDatabase() = default;
 
+quint64 SyncDatabase::GetFailureCount() const
+{
+    return 0;
+}
+
 SqliteSyncDatabase::SqliteSyncDatabase(const QString& file,
                                        std::unique_ptr<SqliteConnection> connection)
     : m_file(file), m_connection(std::move(connection))
@@ -116,6 +121,7 @@ void SqliteSyncDatabase::Remember(const char* operation, const char* reason)
 {
     m_lastError = QStringLiteral("%1 failed on sync database %2: %3")
                       .arg(QString::fromLatin1(operation), m_file, QString::fromUtf8(reason));
+    ++m_failures;
 }
 
 ItemPointer SqliteSyncDatabase::GetSyncItem(const QString& localPath, bool exactPath,
@@ -250,6 +256,12 @@ QString SqliteSyncDatabase::GetLastError() const
 {
     const std::lock_guard lock(m_mutex);
     return m_lastError;
+}
+
+quint64 SqliteSyncDatabase::GetFailureCount() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_failures;
 }
 
 } // namespace Halvern::SyncServices

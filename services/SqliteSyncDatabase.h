@@ -45,6 +45,7 @@ public:
     bool DeleteAllFileCopyHistory(int authenticationId) override;
 
     QString GetLastError() const override;
+    quint64 GetFailureCount() const override;
 
 private:
     SqliteSyncDatabase(const QString& file, std::unique_ptr<SqliteConnection> connection);
@@ -59,6 +60,7 @@ private:
     mutable std::mutex m_mutex;
     const std::unique_ptr<SqliteConnection> m_connection;
     QString m_lastError;
+    quint64 m_failures = 0;
 };
 
 } // namespace Halvern::SyncServices

@@ -38,12 +38,14 @@ public:
 
     /// Finds out what is to be done. Nothing is written anywhere. Throws JobError: SyncOff,
     /// SourceMissing, SourceRefused, TargetRefused, SelectionRefused, PlanNotMade; WrongOrder when
-    /// called twice.
+    /// called twice, also after it threw: the answer to that is another job. The plan is the job's;
+    /// Resolve changes it.
     const Plan& MakePlan();
     /// Settles conflicts of the plan, each by the source of the file, and makes the plan anew.
     /// Conflicts that are not named stay. Requires a plan that was not executed.
     const Plan& Resolve(const QHash<QString, ConflictAnswer>& answers);
-    /// The plan as made; empty before.
+    /// The plan as MakePlan or Resolve made it last; empty before, and when MakePlan threw a
+    /// JobError.
     const Plan& GetPlan() const;
     /// What Execute will answer when nothing goes wrong and nobody cancels. Requires a plan.
     JobResult Preview() const;

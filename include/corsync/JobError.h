@@ -45,8 +45,9 @@ enum class JobErrorKind
     WrongOrder,
 };
 
-/// The one exception of this library. Nothing was changed when it is thrown; what goes wrong with
-/// single files is no exception but a part of the result.
+/// The one exception of this library. No file was copied, changed or deleted when it is thrown;
+/// only a session may have made the cloud cache folder, the database and the settings file before
+/// it failed. What goes wrong with single files is no exception but a part of the result.
 class CORSYNCJOBS_EXPORT JobError : public std::runtime_error
 {
 public:

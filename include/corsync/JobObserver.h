@@ -50,7 +50,10 @@ public:
     /// the order of the plan, and again when a later phase changes what can be said about it: its
     /// links were rewritten, or could not be. The last one counts.
     virtual void FileDone(const FileResult& result);
-    /// Something went wrong, in planning or execution. The results hold every problem as well.
+    /// Something went wrong, in planning or execution. The plan, or the result when it was
+    /// executed, holds it as well: at its file or, when it is about none of the job, for the whole.
+    /// What an outcome or the summary says already (a lock, a failure of the sync database) is not
+    /// repeated there, nor is what comes twice in the same words.
     virtual void ProblemFound(const FileLink::Problem& problem);
 };
 

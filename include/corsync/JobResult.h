@@ -55,7 +55,8 @@ struct Summary
     /// failed.
     qint64 filesWithProblems = 0;
     qint64 pluginFailures = 0;
-    /// Problems of no single file, each text once.
+    /// Problems of no single file of the job, each once: what `databaseError` says is not among
+    /// them.
     QList<FileLink::Problem> problems;
     /// Registration files of plug-ins that do not do what their authors mean.
     QList<RegistrationFault> registrationFaults;

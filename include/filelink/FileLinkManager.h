@@ -59,6 +59,10 @@ public:
     /// which they were read: problems of the kind Registration, about the file, naming the plug-in
     /// where there is one. Reads registration files when that has not happened yet.
     [[nodiscard]] QList<Problem> GetRegistrationProblems();
+    /// The registration files with a complete declaration, of a plug-in that they register or that
+    /// an earlier file registers already. Nothing came of the others: they cannot be read, or the
+    /// declaration lacks what it needs. Reads registration files when that has not happened yet.
+    [[nodiscard]] QStringList GetCompleteRegistrationFiles();
     /// Loads the library of a registered plug-in and creates its service once. `module` is the
     /// PluginDescription's. False with the reason in `error` (may be null), which stays as it is on
     /// success.

@@ -7,24 +7,36 @@
 
 #include <memory>
 #include <string_view>
+#include <type_traits>
 
 namespace Halvern::PluginKit {
 
-/// Something to do: anything that is called without arguments. Neither copied nor kept, and without
-/// memory of its own, so that naming it cannot fail.
+/// Something to do: anything that is called without arguments, a plain function as well. Neither
+/// copied nor kept, and without memory of its own, so that naming it cannot fail.
 class Work
 {
 public:
-    template <typename Callable>
-    Work(const Callable& callable) noexcept
-        : m_callable(std::addressof(callable)),
-          m_call([](const void* object) { (*static_cast<const Callable*>(object))(); })
-    {}
-    void operator()() const { m_call(m_callable); }
+    template <typename Callable,
+              typename = std::enable_if_t<std::is_invocable_v<Callable&> &&
+                                          !std::is_same_v<std::remove_cvref_t<Callable>, Work>>>
+    Work(Callable&& callable) noexcept
+    {
+        using Target = std::remove_reference_t<Callable>;
+        if constexpr (std::is_function_v<Target>) {
+            m_function = reinterpret_cast<void (*)()>(&callable);
+            m_call = [](const Work& work) { (*reinterpret_cast<Target*>(work.m_function))(); };
+        } else {
+            m_object = const_cast<void*>(static_cast<const void*>(std::addressof(callable)));
+            m_call = [](const Work& work) { (*static_cast<Target*>(work.m_object))(); };
+        }
+    }
+    void operator()() const { m_call(*this); }
 
 private:
-    const void* m_callable;
-    void (*m_call)(const void*);
+    /// One of the two.
+    void* m_object = nullptr;
+    void (*m_function)() = nullptr;
+    void (*m_call)(const Work&) = nullptr;
 };
 
 // No exception may leave a plug-in. Whoever implements the contract without DocumentResolver lets

@@ -45,7 +45,8 @@ public:
     /// after their data, which not every reader of streams can cope with. Called once, last: the
     /// archive that this object knows is gone.
     ///
-    /// Requires: every name is in the archive.
+    /// A name that is not in the archive throws std::invalid_argument; then, and when anything
+    /// else fails, the file is as it was.
     void Replace(const std::map<std::string, std::string>& contents);
 
 private:

@@ -41,7 +41,8 @@ public:
     /// made at the start.
     QString GetCloudCacheFolderPath(bool create) const;
     /// True for the cloud cache folder and every path below it, also when reached through a
-    /// symbolic link. Relative paths and the empty path are not in it.
+    /// symbolic link or in another letter case, unless that is another folder. Relative paths and
+    /// the empty path are not in it.
     bool IsCloudCacheFolderPath(const QString& path) const;
     /// The form of a path in the cloud cache folder that names it below the configured folder,
     /// cleaned. Other paths come back cleaned.

@@ -71,6 +71,9 @@ public:
 
     /// Why the last failing operation failed; empty when none did.
     virtual QString GetLastError() const = 0;
+    /// How many operations have failed: the same error may come twice. A store that does not count
+    /// answers 0 always.
+    virtual quint64 GetFailureCount() const;
 };
 
 } // namespace Halvern::SyncServices

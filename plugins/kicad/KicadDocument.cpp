@@ -124,7 +124,8 @@ void KicadDocument::RequireNamesFit(const NewPaths& paths) const
             continue;
         const std::string& model = all.at(SetOf(id) + '#' + std::string(ModelMember));
         if (WithoutExtension(path) != WithoutExtension(model))
-            throw FormatError("KiCad finds " + path + " by the name of " + model);
+            throw FormatError(
+                std::string("KiCad finds ").append(path).append(" by the name of ").append(model));
     }
 }
 

@@ -101,6 +101,12 @@ QList<Problem> FileLinkManager::GetRegistrationProblems()
     return m_holder->plugins->RegistrationProblems();
 }
 
+QStringList FileLinkManager::GetCompleteRegistrationFiles()
+{
+    m_holder->plugins->EnsureRegistered();
+    return m_holder->plugins->CompleteRegistrationFiles();
+}
+
 bool FileLinkManager::LoadPlugin(const QString& module, QString* error)
 {
     m_holder->plugins->EnsureRegistered();

@@ -60,6 +60,8 @@ public:
     const QList<Plugin*>& Plugins() const { return m_plugins; }
     /// What the files that were read say without meaning it; nothing of it is logged.
     const QList<Problem>& RegistrationProblems() const { return m_registrationProblems; }
+    /// The files with a complete declaration, be it of a plug-in that was registered already.
+    const QStringList& CompleteRegistrationFiles() const { return m_completeFiles; }
     const QStringList& SearchPaths() const { return m_searchPaths; }
     const QStringList& RegistrationFolders() const { return m_registrationFolders; }
 
@@ -94,6 +96,7 @@ private:
     QStringList m_searchPaths;
     QList<Plugin*> m_plugins;
     QList<Problem> m_registrationProblems;
+    QStringList m_completeFiles;
     QMap<QString, QList<Plugin*>> m_lookupCache;
 };
 

@@ -107,6 +107,7 @@ bool PluginManager::RegisterDeclaration(XmlFiler& filer)
     std::optional<Plugin::Registration> plugin = ReadDeclaration(filer);
     if (!plugin)
         return false;
+    m_completeFiles.append(plugin->file);
     m_plugins.append(new Plugin(std::move(*plugin), m_searchPaths));
     return true;
 }
@@ -114,6 +115,8 @@ bool PluginManager::RegisterDeclaration(XmlFiler& filer)
 void PluginManager::NoteSecondRegistration(const Plugin::Registration& known, XmlFiler filer)
 {
     const std::optional<Plugin::Registration> second = ReadDeclaration(filer);
+    if (second)
+        m_completeFiles.append(second->file);
     if (second && SayTheSame(known, *second))
         return;
     m_registrationProblems.append(MakeRegistrationProblem(

@@ -81,6 +81,22 @@ TEST_F(LinksCommand, OfOneBrokenFileAreAFailureAndTheOthersAreShown)
     EXPECT_EQ(lines[1][u"exitCode"].toInt(), 7);
 }
 
+TEST_F(LinksCommand, OfOneFileAreShownWhateverIsWrongWithARegistrationWhichIsTold)
+{
+    tree.File(u"work/x.foo"_s).File(u"plugins/broken.syncplugin"_s, "<SyncPlugins");
+    const CommandResult result = Links({u"x.foo"_s});
+    EXPECT_EQ(result.exitCode, 7);
+    EXPECT_TRUE(result.err.contains(tree.Path(u"plugins/broken.syncplugin"_s)))
+        << ::testing::PrintToString(result);
+    EXPECT_EQ(result.Lines(),
+              QStringList{tree.Path(u"work/x.foo"_s) + u": no plug-in reads .foo"_s});
+    const QList<QJsonObject> lines = Links({u"x.foo"_s, u"--json"_s}).Json();
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_EQ(lines[1][u"event"].toString(), u"problem"_s);
+    EXPECT_EQ(lines[1][u"file"].toString(), tree.Path(u"plugins/broken.syncplugin"_s));
+    EXPECT_EQ(lines[2][u"exitCode"].toInt(), 7);
+}
+
 TEST_F(LinksCommand, OfNoFileAreAnError)
 {
     tree.Folder(u"work/sub"_s);
@@ -90,13 +106,14 @@ TEST_F(LinksCommand, OfNoFileAreAnError)
 
 TEST_F(LinksCommand, ComeAsJsonOneLineEach)
 {
-    tree.File(u"work/a.tlk"_s, "link 1 ä.tlk\n");
+    tree.File(u"work/a.tlk"_s, "link 1 ä.tlk\nlink 2 https://x.org/y\n");
     const QList<QJsonObject> lines = Links({u"a.tlk"_s, u"--json"_s}).Json();
-    ASSERT_EQ(lines.size(), 2);
+    ASSERT_EQ(lines.size(), 3);
     EXPECT_EQ(lines[0][u"status"].toString(), u"missing"_s);
     EXPECT_EQ(lines[0][u"path"].toString(), u"ä.tlk"_s);
     EXPECT_EQ(lines[0][u"resolved"].toString(), tree.Path(u"work/ä.tlk"_s));
-    EXPECT_EQ(lines[1][u"exitCode"].toInt(), 4);
+    EXPECT_EQ(lines[1][u"resolved"].toString(), u"https://x.org/y"_s);
+    EXPECT_EQ(lines[2][u"exitCode"].toInt(), 4);
 }
 
 } // namespace Halvern::Test

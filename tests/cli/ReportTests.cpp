@@ -187,6 +187,16 @@ TEST(ReportLines, TellEachReasonOnceAndOfAPluginOnlyWhatItSaid)
     EXPECT_TRUE(TextOf(result, Folders).endsWith(u"a.gltf: line 3: a comma too many"_s));
 }
 
+TEST(ReportLines, OfProblemsNameTheFileUnlessTheTextDoes)
+{
+    Problem problem{Stage::CopyFiles, ProblemKind::FolderNotMade, u"/c/d"_s, u"disk full"_s, {}};
+    EXPECT_EQ(TextOf(problem), Native(u"/c/d: disk full"_s));
+    problem.text = Native(u"nothing can be written to /c/d"_s);
+    EXPECT_EQ(TextOf(problem), problem.text);
+    problem.file.clear();
+    EXPECT_EQ(TextOf(problem), problem.text);
+}
+
 TEST(ReportLines, EndWithCounts)
 {
     EXPECT_EQ(
@@ -224,6 +234,19 @@ TEST(ReportJson, OfConflictsHoldsBothSidesWithTimesInUtc)
               BothChanged().sourceSide.modified);
     EXPECT_FALSE(conflict[u"targetSide"].toObject().contains(u"recordedModified"));
     EXPECT_FALSE(JsonOf(Conflict()).contains(u"sourceSide"));
+}
+
+TEST(ReportJson, OfProblemsHoldsFileAndPluginWhereThereAreSome)
+{
+    const Problem problem{
+        Stage::CopyFiles, ProblemKind::FolderNotMade, u"/c/d"_s, u"disk full"_s, {}};
+    EXPECT_EQ(JsonOf(problem), (QJsonObject{{u"event"_s, u"problem"_s},
+                                            {u"file"_s, u"/c/d"_s},
+                                            {u"text"_s, u"disk full"_s}}));
+    const Problem ofPlugin{Stage::Plugins, ProblemKind::PluginFault, {}, u"gone"_s, u"p.so"_s};
+    EXPECT_EQ(JsonOf(ofPlugin),
+              (QJsonObject{
+                  {u"event"_s, u"problem"_s}, {u"plugin"_s, u"p.so"_s}, {u"text"_s, u"gone"_s}}));
 }
 
 TEST(ReportJson, OfFindingsHoldsKindAndNumbers)

@@ -5,6 +5,9 @@
 #include "corsync/FileLinks.h"
 #include "corsync/Plugins.h"
 
+#include <log4cplus/appender.h>
+#include <log4cplus/logger.h>
+
 #include <algorithm>
 
 namespace Halvern::Test {
@@ -181,6 +184,50 @@ TEST_F(SessionOfAHost, TellsRegistrationsThatAreBrokenFromThoseThatAreDoubtful)
     }
     EXPECT_EQ(broken, (QStringList{u"garbage.syncplugin"_s, u"none.syncplugin"_s}));
     EXPECT_EQ(doubtful, QStringList{u"blank.syncplugin"_s});
+}
+
+TEST_F(SessionOfAHost, WarnsOnceOfADoubtfulRegistrationThatLiesInTwoFolders)
+{
+    const QByteArray text = Registration(u"Other.so"_s, u"FileLayout"_s, u"xyz"_s)
+                                .replace("<SyncPlugins>", "<SyncPlugins ContractVersion=\"1\">");
+    tree.File(u"plugins/other.syncplugin"_s, text).File(u"more/other.syncplugin"_s, text);
+    session.emplace(Settings(), PluginFolders() + QStringList{tree.Path(u"more"_s)});
+    const QList<RegistrationFault> faults = ListRegistrationFaults(*session);
+    ASSERT_EQ(faults.size(), 1);
+    EXPECT_EQ(faults[0].file, tree.Path(u"plugins/other.syncplugin"_s));
+    EXPECT_FALSE(faults[0].isBroken);
+}
+
+TEST_F(SessionOfAHost, CallsARegistrationWithoutAServiceBrokenThoughAnotherOneHoldsItsLibrary)
+{
+    const QByteArray broken = Registration(TestResolverModule(), u"FileLinkResolvers"_s, u"tlk"_s);
+    tree.File(u"before/broken.syncplugin"_s, broken).File(u"after/broken.syncplugin"_s, broken);
+    session.emplace(Settings(), QStringList{tree.Path(u"before"_s)} + PluginFolders() +
+                                    QStringList{tree.Path(u"after"_s)});
+    QStringList files;
+    for (const RegistrationFault& fault : ListRegistrationFaults(*session)) {
+        EXPECT_TRUE(fault.isBroken) << fault.text.toStdString();
+        files.append(fault.file);
+    }
+    files.removeDuplicates();
+    EXPECT_EQ(files, (QStringList{tree.Path(u"before/broken.syncplugin"_s),
+                                  tree.Path(u"after/broken.syncplugin"_s)}));
+}
+
+TEST_F(SessionOfAHost, ThatSetsUpNoLogIsNotToldSoByTheLogLibrary)
+{
+    const log4cplus::SharedAppenderPtrList appenders =
+        log4cplus::Logger::getRoot().getAllAppenders();
+    log4cplus::Logger::getRoot().removeAllAppenders();
+    tree.File(u"work/a.tlk"_s, "fail\n");
+    ::testing::internal::CaptureStderr();
+    Begin();
+    Import(Request({u"a.tlk"_s}));
+    session.reset();
+    const std::string told = ::testing::internal::GetCapturedStderr();
+    for (const log4cplus::SharedAppenderPtr& appender : appenders)
+        log4cplus::Logger::getRoot().addAppender(appender);
+    EXPECT_EQ(told, "");
 }
 
 } // namespace Halvern::Test

@@ -76,6 +76,11 @@ private:
     SyncPlugin::IPluginLogger* m_logger;
 };
 
+void FailPlainly()
+{
+    throw FormatError("no such chunk");
+}
+
 /// The text of the FormatError that adding this link throws.
 std::string Refusal(const std::string& id, std::string_view path)
 {
@@ -95,6 +100,25 @@ TEST_F(Boundary, WorkThatEndsWellLogsNothing)
     EXPECT_TRUE(Run([&] { done = true; }));
     EXPECT_TRUE(done);
     EXPECT_TRUE(context.lines.isEmpty());
+}
+
+TEST_F(Boundary, WorkIsAnythingThatIsCalledWithoutArguments)
+{
+    const QString file = u"D:/Höhe.gltf"_s;
+    const auto run = [&](PluginKit::Work work) {
+        return RunGuarded(&context, "read", Wide(file), work);
+    };
+    int count = 0;
+    auto counting = [count]() mutable { return ++count; };
+    EXPECT_TRUE(run(counting));
+    EXPECT_EQ(counting(), 2) << "a copy was called";
+    EXPECT_TRUE(run([count]() mutable { ++count; }));
+    const std::function<void()> constant = [&] { ++count; };
+    EXPECT_TRUE(run(constant));
+    EXPECT_EQ(count, 1);
+    EXPECT_FALSE(run(FailPlainly));
+    EXPECT_FALSE(run(&FailPlainly));
+    EXPECT_EQ(context.lines.size(), 2);
 }
 
 TEST_F(Boundary, AFailureIsLoggedWithFilePositionAndReason)

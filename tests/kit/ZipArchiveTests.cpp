@@ -10,6 +10,8 @@
 
 #include <QtCore/QFile>
 
+#include <stdexcept>
+
 namespace Halvern::Test {
 
 using namespace Qt::StringLiterals;
@@ -109,6 +111,13 @@ TEST_F(ZipFiles, SeveralEntriesAnywhereAreReplacedAtOnce)
     };
     EXPECT_EQ(Replaced(archive("one", "three"), {{"3", "new three"}, {"1", "new one"}}),
               archive("new one", "new three"));
+}
+
+TEST_F(ZipFiles, AnEntryThatIsNotThereIsNotReplacedNorIsAnyOther)
+{
+    const QByteArray archive = Zip({{"0", "zero"}, {"1", "one"}});
+    EXPECT_THROW(Replaced(archive, {{"0", "new"}, {"2", "two"}}), std::invalid_argument);
+    EXPECT_EQ(Replaced(archive, {}), archive);
 }
 
 TEST_F(ZipFiles, RecordsKeepAnOrderOfTheirOwn)

@@ -160,6 +160,35 @@ TEST_F(Changes, RereadReadsTheLinksOfUnchangedFilesAgain)
     EXPECT_EQ(Stamps(u"cloud"_s), before);
 }
 
+TEST_F(Changes, LinksThatChangedWhenNobodyAskedForThemAreReadLater)
+{
+    tree.File(u"work/top.tlk"_s, "link 1 lib/mid.tlk\n")
+        .File(u"work/lib/mid.tlk"_s, "link 1 a.txt\n")
+        .File(u"work/lib/a.txt"_s, "a")
+        .File(u"work/lib/b.txt"_s, "b");
+    ASSERT_EQ(Report({u"top.tlk"_s}).exitCode, 0);
+    Save(u"work/lib/mid.tlk"_s, "link 1 b.txt\n");
+    ASSERT_EQ(Report({u"top.tlk"_s, u"--direct-links-only"_s}).StatusOf(u"work/lib/mid.tlk"_s),
+              u"updated"_s);
+    const ImportReport report = Report({u"top.tlk"_s});
+    EXPECT_EQ(report.StatusOf(u"work/lib/b.txt"_s), u"copied"_s);
+    EXPECT_EQ(report.StatusOf(u"work/lib/a.txt"_s), u"none"_s);
+}
+
+TEST_F(Changes, ACopyThatWasMadeWithoutAskingForItsLinksGetsThemLater)
+{
+    tree.File(u"work/proj/top.tlk"_s, "link 1 mid.tlk\n")
+        .File(u"work/proj/mid.tlk"_s, "link 1 ../lib/a.txt\n")
+        .File(u"work/lib/a.txt"_s, "a");
+    const QStringList options{u"proj/top.tlk"_s, u"--force"_s, u"--direct-links-only"_s};
+    ASSERT_EQ(Report({u"proj/top.tlk"_s}).exitCode, 0);
+    const QByteArray copy = tree.Read(u"cloud/mid.tlk"_s);
+    ASSERT_NE(copy, "link 1 ../lib/a.txt\n");
+    ASSERT_EQ(Report(options).StatusOf(u"work/proj/mid.tlk"_s), u"updated"_s);
+    EXPECT_EQ(Report({u"proj/top.tlk"_s}).exitCode, 0);
+    EXPECT_EQ(tree.Read(u"cloud/mid.tlk"_s), copy);
+}
+
 TEST_F(Changes, ASourceThatIsWrittenToWhileItIsCopiedFailsOrIsWhole)
 {
     // Every block holds the number of the writer's round: a copy of two rounds is torn.

@@ -13,7 +13,9 @@ namespace Halvern::Test {
 
 using namespace Qt::StringLiterals;
 
-ExpectedImport::ExpectedImport(const FileTree& tree, const ImportStep& step) : m_tree(tree)
+ExpectedImport::ExpectedImport(const FileTree& tree, const ImportStep& step,
+                               const QMap<QString, QString>& moved)
+    : m_tree(tree), m_moved(moved)
 {
     for (const QString& source : step.sources)
         Select(u"work/"_s + source, step);
@@ -82,7 +84,7 @@ ExpectedLink ExpectedImport::Resolve(const QString& file, const QString& text) c
     const QString root = m_tree.Path() + u'/';
     link.file = whole.startsWith(root) ? whole.mid(root.size()) : whole;
     if (!QFileInfo(whole).isFile())
-        link.kind = ExpectedLink::Dead;
+        link.kind = m_moved.contains(link.file) ? ExpectedLink::Moved : ExpectedLink::Dead;
     else if (link.file.startsWith(u"home/."_s))
         link.kind = ExpectedLink::Refused;
     return link;

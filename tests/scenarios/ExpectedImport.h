@@ -19,6 +19,8 @@ struct ExpectedLink
         Dead,
         Refused,
         Url,
+        /// An earlier move of this project has deleted the file.
+        Moved,
     };
 
     QString text;
@@ -43,11 +45,14 @@ struct ExpectedFile
 class ExpectedImport
 {
 public:
-    ExpectedImport(const FileTree& tree, const ImportStep& step);
+    /// `moved` are the sources that are gone because their copies took their place, with those.
+    ExpectedImport(const FileTree& tree, const ImportStep& step,
+                   const QMap<QString, QString>& moved);
 
     const QMap<QString, ExpectedFile>& Files() const { return m_files; }
     /// Symbolic links to folders, and those that lead nowhere, in the selection.
     const QStringList& LeftOut() const { return m_leftOut; }
+    const QMap<QString, QString>& Moved() const { return m_moved; }
     bool HasDeadLinks() const { return Has(ExpectedLink::Dead); }
     bool HasRefusedLinks() const { return Has(ExpectedLink::Refused); }
     /// Every file that can be reached through links, with itself.
@@ -65,6 +70,7 @@ private:
     const FileTree& m_tree;
     QMap<QString, ExpectedFile> m_files;
     QStringList m_leftOut;
+    const QMap<QString, QString> m_moved;
 };
 
 } // namespace Halvern::Test

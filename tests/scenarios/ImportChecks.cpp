@@ -32,10 +32,41 @@ bool IsOurOwn(const QString& path)
     return own.match(path).hasMatch();
 }
 
+/// A file, and no symbolic link on the way to it from the cloud folder.
+bool IsFileInCloud(const FileTree& tree, const QString& path)
+{
+    bool isSo = StampOf(tree.Path(path)).kind == "file";
+    for (QString folder = QFileInfo(path).path(); isSo && folder != u"cloud"_s;
+         folder = QFileInfo(folder).path())
+        isSo = StampOf(tree.Path(folder)).kind == "folder";
+    return isSo;
+}
+
 } // namespace
 
+QMap<QString, QString> MovedSources(const FileTree& tree, const CopyRecords& records,
+                                    const QString& to)
+{
+    QMap<QString, const CopyRecord*> latest;
+    QMap<QString, QString> moved;
+    for (auto it = records.begin(); it != records.end(); ++it) {
+        const CopyKey& key = it.key();
+        const CopyRecord* other = latest.value(key.source);
+        const bool isLater =
+            !other || other->round < it->round || (other->round == it->round && it->isMoved);
+        if (key.to != to || !isLater)
+            continue;
+        latest[key.source] = &*it;
+        moved.remove(key.source);
+        if (it->isMoved && !tree.Exists(key.source) && IsFileInCloud(tree, key.target))
+            moved.insert(key.source, key.target);
+    }
+    return moved;
+}
+
 ImportChecks::ImportChecks(const FileTree& tree, const ImportStep& step, const CopyRecords& records)
-    : m_tree(tree), m_step(step), m_records(records), m_expected(tree, step), m_before(Everything())
+    : m_tree(tree), m_step(step), m_records(records),
+      m_expected(tree, step, MovedSources(tree, records, step.to)), m_before(Everything())
 {}
 
 ImportChecks::Stamps ImportChecks::Everything() const
@@ -203,7 +234,12 @@ void ImportChecks::CheckLines(const ImportReport& report)
     for (const ReportedFile& line : report.files) {
         ++lines[line.source];
         const bool isFolder = Before(line.source).kind == "folder" && line.status == u"failed"_s;
-        if (!m_expected.Files().contains(line.source) && !others.contains(line.status) && !isFolder)
+        const bool wasMoved = line.status == u"unchanged"_s && HasMoved(line.source);
+        if (wasMoved && line.target != m_expected.Moved().value(line.source))
+            Wrong(u"it was not moved there: "_s + line.source + u" -> "_s + line.target);
+        CheckOrphan(line);
+        if (!m_expected.Files().contains(line.source) && !others.contains(line.status) &&
+            !isFolder && !wasMoved)
             Wrong(line.status + u", but neither selected nor linked: "_s + line.source);
     }
     for (auto it = m_expected.Files().begin(); it != m_expected.Files().end(); ++it) {
@@ -214,6 +250,11 @@ void ImportChecks::CheckLines(const ImportReport& report)
     for (const QString& source : m_expected.LeftOut())
         if (report.StatusOf(source) != u"skipped"_s)
             Wrong(u"not said to be skipped: "_s + source);
+    CheckFoundLinks(report);
+}
+
+void ImportChecks::CheckFoundLinks(const ImportReport& report)
+{
     for (const ExpectedFile& file : m_expected.Files())
         for (const ExpectedLink& link : file.links) {
             const QString status = report.StatusOf(link.file);
@@ -221,7 +262,22 @@ void ImportChecks::CheckLines(const ImportReport& report)
                 Wrong(u"not said to be missing: "_s + link.file);
             if (link.kind == ExpectedLink::Refused && status != u"refused"_s)
                 Wrong(u"not said to be refused: "_s + link.file);
+            if (link.kind == ExpectedLink::Moved && status != u"unchanged"_s)
+                Wrong(u"moved by an earlier import, but it is "_s + status + u": "_s + link.file);
         }
+}
+
+/// A copy of an earlier import of this project whose source somebody has taken away.
+void ImportChecks::CheckOrphan(const ReportedFile& line)
+{
+    if (line.status != u"orphaned"_s && line.status != u"pruned"_s)
+        return;
+    if (!RecordOf(line.source, line.target))
+        Wrong(line.status + u", but never copied: "_s + line.source + u" -> "_s + line.target);
+    if (Before(line.source).kind != "none")
+        Wrong(line.status + u", but the source is there: "_s + line.source);
+    if (HasMoved(line.source))
+        Wrong(line.status + u", but its source was moved: "_s + line.target);
 }
 
 const CopyRecord* ImportChecks::RecordOf(const QString& source, const QString& target) const
@@ -317,6 +373,8 @@ void ImportChecks::CheckNewDecision(const ReportedFile& line)
         expect(there != "none" && m_step.collisions == u"keep"_s);
     else if (line.status == u"unchanged"_s)
         expect(there == "file");
+    else if (line.status == u"updated"_s)
+        expect(m_step.force && Before(line.target).content == After(line.target).content);
     else if (line.status == u"left"_s && !IsOursToChange(line.target))
         Wrong(u"left, but in the folder of another import: "_s + line.target);
     else
@@ -419,7 +477,7 @@ void ImportChecks::CheckLink(const ImportReport& report, const ReportedFile& lin
         Wrong(what + u" and not "_s + wanted);
     else if (resolve(link.text) == wanted && written != link.text)
         Wrong(what + u", though it was right as it stood"_s);
-    if (!isInCloud && Current.contains(other.status) &&
+    if (!isInCloud && link.kind != ExpectedLink::Moved && Current.contains(other.status) &&
         WithoutLinks(link.file, After(wanted).content) !=
             WithoutLinks(link.file, m_expected.Files().value(link.file).content))
         Wrong(what + u", which has not the content of "_s + link.file);
@@ -459,7 +517,7 @@ void ImportChecks::CheckMove(const ImportReport& report)
             const QList<ExpectedLink> links = m_expected.Files().value(path).links;
             return fine.contains(LineOf(report, path).status) &&
                    std::all_of(links.begin(), links.end(), [](const ExpectedLink& link) {
-                       return link.kind == ExpectedLink::Live || link.kind == ExpectedLink::Url;
+                       return link.kind != ExpectedLink::Dead && link.kind != ExpectedLink::Refused;
                    });
         });
         const bool isDeleted = After(it.key()).kind == "none";
@@ -473,16 +531,22 @@ void ImportChecks::CheckMove(const ImportReport& report)
 CopyRecords ImportChecks::Recorded(const ImportReport& report) const
 {
     CopyRecords records = m_records;
+    int round = 1;
+    for (const CopyRecord& record : m_records)
+        round = std::max(round, record.round + 1);
     for (const ReportedFile& line : report.files) {
+        const CopyKey key{m_step.to, line.source, line.target};
+        if (line.status == u"pruned"_s)
+            records.remove(key);
         if (!m_expected.Files().contains(line.source))
             continue;
-        const CopyKey key{m_step.to, line.source, line.target};
         if (Current.contains(line.status)) {
             // Another source may have lost its copy to this one.
             for (auto it = records.begin(); it != records.end(); ++it)
                 if (it.key() != key && it.key().target == line.target)
                     it->isOpen = true;
-            records.insert(key, {SourceStamp(line.source), After(line.target), false});
+            records.insert(key, {SourceStamp(line.source), After(line.target), false,
+                                 line.sourceDeleted, round});
         } else if (records.contains(key) && line.status != u"left"_s &&
                    line.status != u"skipped"_s) {
             records[key].isOpen = true;

@@ -16,6 +16,10 @@ struct CopyRecord
     FileStamp copy;
     /// A conflict was settled, or the file failed: what the next import does is not foretold.
     bool isOpen = false;
+    /// The source was deleted by the move that made the copy.
+    bool isMoved = false;
+    /// Of several copies of a source the latest counts.
+    int round = 0;
 };
 
 /// An import's target folder, a source, and where the copy lies.
@@ -33,6 +37,10 @@ struct CopyKey
 };
 
 using CopyRecords = QMap<CopyKey, CopyRecord>;
+
+/// The sources that moves to a target folder have deleted, with the copies that are still there.
+QMap<QString, QString> MovedSources(const FileTree& tree, const CopyRecords& records,
+                                    const QString& to);
 
 /// Looks at the tree before and after an import and says what is wrong, in sentences.
 class ImportChecks
@@ -63,6 +71,7 @@ private:
     FileStamp SourceStamp(const QString& source) const;
     bool HasObstacles() const;
     bool IsTouched(const ReportedFile& line) const;
+    bool HasMoved(const QString& source) const { return m_expected.Moved().contains(source); }
     bool BaseStoreHolds(const QByteArray& content) const;
     const CopyRecord* RecordOf(const QString& source, const QString& target) const;
 
@@ -71,6 +80,8 @@ private:
     void CheckOldContent();
     void CheckUntouched(const ImportReport& report);
     void CheckLines(const ImportReport& report);
+    void CheckFoundLinks(const ImportReport& report);
+    void CheckOrphan(const ReportedFile& line);
     void CheckDecision(const ReportedFile& line);
     void CheckRecordedDecision(const ReportedFile& line, const CopyRecord& record);
     void CheckNewDecision(const ReportedFile& line);

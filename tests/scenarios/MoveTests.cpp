@@ -188,6 +188,18 @@ TEST_F(Move, ACopyThatItsOwnerEditedKeepsTheSource)
     EXPECT_EQ(tree.Read(u"cloud/proj/leaf.txt"_s), "mine");
 }
 
+TEST_F(Move, AnotherCopyOfAMovedFileIsNoOrphan)
+{
+    ASSERT_EQ(Report({u"proj/leaf.txt"_s}).exitCode, 0);
+    ASSERT_EQ(MoveProject().exitCode, 0);
+    tree.Folder(u"work/proj"_s);
+    const auto before = Stamps(u"cloud"_s);
+    const ImportReport report = Report({u"proj"_s, u"--prune"_s});
+    EXPECT_EQ(report.exitCode, 0);
+    EXPECT_EQ(report.Lines(), QStringList());
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+}
+
 TEST_F(Move, ADryRunDeletesNothing)
 {
     const auto before = Stamps(u"work"_s);

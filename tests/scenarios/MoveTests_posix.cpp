@@ -51,6 +51,18 @@ TEST_F(MoveOfLinks, AFolderThatASymbolicLinkLeadsToKeepsItsFiles)
     EXPECT_FALSE(tree.Exists(u"cloud/proj/linked/c.txt"_s));
 }
 
+TEST_F(MoveOfLinks, AMovedFileWhoseFolderBecameASymbolicLinkIsMissing)
+{
+    tree.File(u"work/lib/part.txt"_s, "part").File(u"outside/lib/part.txt"_s, "precious");
+    ASSERT_EQ(Report({u"lib"_s, u"--move"_s}).exitCode, 0);
+    tree.File(u"work/proj/top.tlk"_s, "link 1 ../lib/part.txt\n").Remove(u"cloud/lib"_s);
+    Link(u"cloud/lib"_s, u"outside/lib"_s);
+    const ImportReport report = Report({u"proj"_s});
+    EXPECT_EQ(report.exitCode, 4);
+    EXPECT_EQ(report.StatusOf(u"work/lib/part.txt"_s), u"missing"_s);
+    EXPECT_EQ(tree.Read(u"cloud/proj/top.tlk"_s), "link 1 ../lib/part.txt\n");
+}
+
 TEST_F(MoveOfLinks, TheOtherNameOfAHardLinkStaysAsItIs)
 {
     std::filesystem::create_hard_link(tree.Path(u"outside/b.txt"_s).toStdString(),

@@ -8,12 +8,16 @@
 //   - what is kept, left or foreign is the same file with the same bytes and time;
 //   - each copy has the content of its source, and its links lead to the copies of what the
 //     source's links lead to; dead links stand as they stood;
+//   - what an earlier move has deleted is neither missing nor orphaned: links to it lead to its
+//     copy;
 //   - each file has one line, and the exit code tells whether something is missing;
 //   - the same import once more changes nothing.
 //
 // CORSYNC_PROPERTY_SEEDS is how many seeds are tried, CORSYNC_PROPERTY_SEED the first of them.
 
 #include "ImportChecks.h"
+
+#include <algorithm>
 
 namespace Halvern::Test {
 
@@ -59,11 +63,23 @@ private:
         return copies;
     }
 
+    /// What a move has deleted may be given to it again.
+    bool CanBeGiven(const ImportStep& step, const CopyRecords& records) const
+    {
+        const QStringList moved = MovedSources(tree, records, step.to).keys();
+        return std::all_of(step.sources.begin(), step.sources.end(), [&](const QString& given) {
+            const QString source = u"work/"_s + given;
+            return tree.Exists(source) ||
+                   (step.move && std::any_of(moved.begin(), moved.end(), [&](const QString& file) {
+                        return (file + u'/').startsWith(source + u'/');
+                    }));
+        });
+    }
+
     QStringList PlayStep(RandomWorld& world, const ImportStep& step, CopyRecords& records)
     {
-        for (const QString& source : step.sources)
-            if (!tree.Exists(u"work/"_s + source))
-                return {};
+        if (!CanBeGiven(step, records))
+            return {};
         ImportChecks checks(tree, step, records);
         Note(world, step);
         const ImportReport first = Report(step.Arguments());
@@ -71,10 +87,8 @@ private:
         if (!wrong.isEmpty())
             return wrong + QStringList{::testing::PrintToString(first).c_str()};
         records = checks.Recorded(first);
-        // What was moved cannot be given again.
-        for (const QString& source : step.sources)
-            if (!tree.Exists(u"work/"_s + source))
-                return {};
+        if (!CanBeGiven(step, records))
+            return {};
         Note(world, step);
         const ImportReport second = Report(step.Arguments());
         wrong = checks.CheckSecond(first, second);

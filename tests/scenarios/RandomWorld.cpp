@@ -160,6 +160,7 @@ ImportStep RandomWorld::NextImport()
 
 void RandomWorld::Disturb(const QStringList& copies, const ImportStep& step)
 {
+    KeepAnySource();
     for (int change = m_dice.Below(4); change > 0; --change)
         DisturbSource(step);
     for (int change = m_dice.Below(4); change > 0; --change)
@@ -191,6 +192,11 @@ QStringList RandomWorld::SourceFiles() const
     }
     files.sort();
     return files;
+}
+
+QStringList RandomWorld::LinkableFiles() const
+{
+    return SourceFiles().filter(QRegularExpression(u"(?<!\\.bak)$"_s));
 }
 
 QString RandomWorld::RandomLink(const QString& from, const QString& to)
@@ -238,7 +244,7 @@ QString RandomWorld::DeadLink(const QString& from)
 QStringList RandomWorld::RandomLinks(const QString& file)
 {
     QStringList links;
-    const QStringList files = SourceFiles().filter(QRegularExpression(u"(?<!\\.bak)$"_s));
+    const QStringList files = LinkableFiles();
     for (int link = m_dice.Below(4); link > 0; --link)
         links.append(m_dice.Chance(80) ? RandomLink(file, m_dice.Pick(files)) : DeadLink(file));
     if (m_dice.Chance(10))
@@ -282,7 +288,13 @@ void RandomWorld::DisturbSource(const ImportStep& step)
         EditSource(file, step);
         break;
     }
-    if (SourceFiles().isEmpty())
+    KeepAnySource();
+}
+
+/// Moves and deletions may leave none.
+void RandomWorld::KeepAnySource()
+{
+    if (LinkableFiles().isEmpty())
         Write(u"work/proj/last.txt"_s, NewContent(u"last.txt"_s, {}));
 }
 

@@ -64,6 +64,7 @@ public:
 private:
     QString NewName();
     QStringList SourceFiles() const;
+    QStringList LinkableFiles() const;
     QString RandomLink(const QString& from, const QString& to);
     QString DeadLink(const QString& from);
     QStringList RandomLinks(const QString& file);
@@ -71,6 +72,7 @@ private:
 
     void DisturbSource(const ImportStep& step);
     void DisturbCopy(const QStringList& copies, const ImportStep& step);
+    void KeepAnySource();
     void EditSource(const QString& file, const ImportStep& step);
     void EditCopy(const QString& file, const ImportStep& step);
     void PutForeignFile(const ImportStep& step);

@@ -105,4 +105,18 @@ TEST_F(FolderManagerRunning, AConfiguredFolderThatIsASymbolicLinkIsKnownByBothPa
     EXPECT_FALSE(In(tree.Path(u"disk/other"_s)));
 }
 
+TEST_F(FolderManagerRunning, AFolderBesideItThatDiffersInLetterCaseAloneIsNotTheCloudFolder)
+{
+    EXPECT_TRUE(In(tree.Path(u"CLOUD/a"_s))) << "another spelling";
+    tree.Folder(u"Cloud"_s);
+    EXPECT_FALSE(In(tree.Path(u"Cloud/a"_s)));
+    EXPECT_EQ(Convert(tree.Path(u"Cloud/a"_s)), tree.Path(u"Cloud/a"_s));
+    EXPECT_EQ(CloudPath(tree.Path(u"Cloud/a"_s), false), QString());
+    EXPECT_EQ(Manager().GetSyncRootFolder(tree.Path(u"Cloud"_s)), nullptr);
+    EXPECT_TRUE(In(Cloud(u"a"_s)));
+    EXPECT_EQ(Convert(tree.Path(u"CLOUD/a"_s)), Cloud(u"a"_s));
+    ASSERT_TRUE(QFile::link(tree.Path(u"Cloud"_s), tree.Path(u"link"_s)));
+    EXPECT_FALSE(In(tree.Path(u"link/a"_s)));
+}
+
 } // namespace Halvern::Test

@@ -219,34 +219,50 @@ private:
     void Write(const FileMapping& mapping)
     {
         const QString target = mapping.GetTargetFile();
-        const QString key = target.toLower();
         queried.append(target);
-        const QString path = m_paths.value(key, target);
+        const QString path = SpellingOf(target);
         LinkStates states;
         for (const SyncServices::FileLink& link : mapping.GetTargetFileLinks())
-            states[link.Path] = m_items.value(key).value(link.Path);
-        if (!m_items.contains(key))
+            states[link.Path] = m_items.value(path).value(link.Path);
+        if (!m_items.contains(path) && !m_foldersKnown.contains(target.toLower())) {
             foldersAdded.append(QFileInfo(target).absolutePath());
+            m_foldersKnown.append(target.toLower());
+        }
         m_processed.append(path);
         QMap<QString, LinkStates> before = m_items;
         for (const SyncServices::FileLink& link : mapping.GetTargetFileLinks()) {
-            if (before.value(key).value(link.Path))
+            if (before.value(path).value(link.Path))
                 continue;
             const QString linked = FileLink::ResolveLinkPath(link.Path, path);
             if (!m_processed.contains(linked, Qt::CaseInsensitive))
                 queried.append(linked);
-            states[link.Path] = before.contains(linked.toLower());
+            states[link.Path] = before.contains(SpellingOf(linked));
         }
-        m_items[key] = states;
-        m_paths[key] = path;
+        m_items[path] = states;
         written.append(path);
+    }
+
+    /// The path under which the item of a path stands: another spelling, unless both are there as
+    /// two files.
+    QString SpellingOf(const QString& path) const
+    {
+        if (m_items.contains(path))
+            return path;
+        for (const QString& known : m_items.keys()) {
+            const bool isOther = QFileInfo::exists(path) && QFileInfo::exists(known) &&
+                                 QFileInfo(path) != QFileInfo(known);
+            if (known.compare(path, Qt::CaseInsensitive) == 0 && !isOther)
+                return known;
+        }
+        return path;
     }
 
     bool m_selectedOnly;
     QStringList m_processed;
     QList<const FileMapping*> m_failed;
-    /// By lower-cased path: the spelling of the first, and which links are resolved.
-    QMap<QString, QString> m_paths;
+    /// Lower-cased paths of files.
+    QStringList m_foldersKnown;
+    /// By path: which links are resolved.
     QMap<QString, LinkStates> m_items;
 };
 
