@@ -11,8 +11,8 @@
 
 namespace Halvern::Jobs {
 
-/// The folders that a selection was given by, opened: what is deleted in them lies in them, whatever
-/// became of the names on the way.
+/// The folders that a selection was given by, opened: what is deleted in them lies in them,
+/// whatever became of the names on the way.
 class SourceFolders
 {
 public:

@@ -75,7 +75,7 @@ ROOMS = [
            row="plugins/<format>") for name, libraries in PLUGINS.items()),
     Room("jobs", "plan, decide, execute, check, record, look back",
          ("include/filelink", "include/syncplugin", "include/syncservices", "include/corsync", "base"),
-         ("Qt Core", "SQLite")),
+         ("Qt Core", "SQLite", "log4cplus")),
     Room("cli", "the command: options, console, printing, exit codes", ("include/corsync",),
          ("Qt Core", "CLI11", "log4cplus")),
     Room("examples/host", "a host to begin from",
