@@ -82,7 +82,9 @@ bool Closure::Restore(JobFile& file) const
     if (m_job.request.reread)
         return false;
     for (const CopyRecord* record : m_copies.OfSource(file.source)) {
+        // A file that was saved again may find others beside it, though it holds what it held.
         if (record->linksState != LinksState::Read || record->readers != file.readers ||
+            record->sourceStamp.modified != file.status.modified ||
             !IsSameAsRecorded(record->sourceStamp, record->recordedAt, file.source,
                               m_job.request.checksum, nullptr))
             continue;

@@ -117,10 +117,12 @@ TEST_F(KicadImport, AnyFileOfAProjectBringsTheProject)
 TEST_F(KicadImport, ARenamedProjectIsWholeInAFolderOfItsOwnUnderItsOldNames)
 {
     ImportMain();
-    const FileTree::Snapshot before = Cloud();
     const QString schematic = u"work/Platine Größe/Haupt 木.kicad_sch"_s;
-    tree.Touch(schematic, tree.Modified(schematic).addSecs(-100));
-    const CommandResult result = ImportMain({u"--collisions"_s, u"rename"_s});
+    const QString copied = u"cloud/Demo/Haupt 木.kicad_sch"_s;
+    tree.File(schematic, tree.Read(schematic) + '\n');
+    tree.File(copied, tree.Read(copied) + "\n\n");
+    const FileTree::Snapshot before = Cloud();
+    const CommandResult result = ImportMain({u"--on-conflict"_s, u"rename"_s});
     EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
     const QString copy = u"cloud/Demo/Haupt 木 (2)/"_s;
     EXPECT_EQ(

@@ -32,6 +32,13 @@ protected:
         tree.Touch(file, QDateTime::currentDateTime().addSecs(m_seconds -= 10));
     }
 
+    /// What both sides changed is asked about; a new copy must not take the place of the old one.
+    void ChangeBoth(const QString& file, const QString& copy, const QByteArray& content)
+    {
+        Change(file, content);
+        tree.File(copy, "somebody's " + content);
+    }
+
     void MakeBoard()
     {
         tree.File(u"work/asm/board.tlk"_s, "link companion:sch board.txt\n"
@@ -53,7 +60,7 @@ private:
     int m_seconds = -10;
 };
 
-const QStringList Rename{u"--collisions"_s, u"rename"_s};
+const QStringList Rename{u"--collisions"_s, u"rename"_s, u"--on-conflict"_s, u"rename"_s};
 
 } // namespace
 
@@ -108,8 +115,9 @@ TEST_F(LayoutImport, WhenTheTopFileIsRenamedItsCompanionsComeWithItAndOthersAreU
 {
     MakeBoard();
     ImportBoard();
+    ChangeBoth(u"work/asm/board.tlk"_s, u"cloud/Demo/board.tlk"_s,
+               tree.Read(u"work/asm/board.tlk"_s) + "more\n");
     const FileTree::Snapshot before = Cloud();
-    Change(u"work/asm/board.tlk"_s, tree.Read(u"work/asm/board.tlk"_s) + "more\n");
     const CommandResult result = ImportBoard(Rename);
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
     FileTree::Snapshot expected = before;
@@ -128,12 +136,12 @@ TEST_F(LayoutImport, WhenACompanionChangedTheWholeGroupIsCopiedAnew)
 {
     MakeBoard();
     ImportBoard();
-    Change(u"work/asm/table"_s, "new table\n");
+    ChangeBoth(u"work/asm/table"_s, u"cloud/Demo/table"_s, "new table\n");
     const CommandResult result = ImportBoard(Rename);
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
     EXPECT_EQ(tree.Contents(u"cloud/Demo/board (2)"_s).keys(),
               (QStringList{u"board.tlk"_s, u"board.txt"_s, u"table"_s}));
-    EXPECT_EQ(tree.Read(u"cloud/Demo/table"_s), "table\n");
+    EXPECT_EQ(tree.Read(u"cloud/Demo/table"_s), "somebody's new table\n");
     EXPECT_EQ(tree.Read(u"cloud/Demo/board (2)/table"_s), "new table\n");
 }
 
@@ -141,12 +149,12 @@ TEST_F(LayoutImport, WhenATileChangedTheWholeSetMovesAndTheLinksFollow)
 {
     MakeBoard();
     ImportBoard();
-    Change(u"work/lib/tex/w.2.png"_s, "new two\n");
+    ChangeBoth(u"work/lib/tex/w.2.png"_s, u"cloud/Demo/lib/tex/w.2.png"_s, "new two\n");
     const CommandResult result = ImportBoard(Rename);
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
     EXPECT_EQ(tree.Contents(u"cloud/Demo/lib/tex"_s),
               (FileTree::Snapshot{{u"w.1.png"_s, "one\n"},
-                                  {u"w.2.png"_s, "two\n"},
+                                  {u"w.2.png"_s, "somebody's new two\n"},
                                   {u"w.1 (2)/w.1.png"_s, "one\n"},
                                   {u"w.1 (2)/w.2.png"_s, "new two\n"}}));
     EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.tlk"_s),
@@ -168,11 +176,11 @@ TEST_F(LayoutImport, OtherPoliciesTreatAGroupFileByFile)
 {
     MakeBoard();
     ImportBoard();
-    Change(u"work/asm/table"_s, "new table\n");
+    ChangeBoth(u"work/asm/table"_s, u"cloud/Demo/table"_s, "new table\n");
     EXPECT_EQ(ImportBoard().exitCode, 6);
-    EXPECT_EQ(ImportBoard({u"--collisions"_s, u"keep"_s}).exitCode, 0);
-    EXPECT_EQ(tree.Read(u"cloud/Demo/table"_s), "table\n");
-    EXPECT_EQ(ImportBoard({u"--collisions"_s, u"replace"_s}).exitCode, 0);
+    EXPECT_EQ(ImportBoard({u"--on-conflict"_s, u"keep"_s}).exitCode, 0);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/table"_s), "somebody's new table\n");
+    EXPECT_EQ(ImportBoard({u"--on-conflict"_s, u"replace"_s}).exitCode, 0);
     EXPECT_EQ(tree.Read(u"cloud/Demo/table"_s), "new table\n");
     EXPECT_EQ(tree.Contents(u"cloud/Demo"_s).size(), 6);
 }
