@@ -192,8 +192,15 @@ bool Decisions::PlaceOtherwise()
     }
     if (stuck.isEmpty())
         return true;
+    QStringList before;
+    for (const JobFile& file : m_job.files)
+        before.append(file.target);
     if (!m_layout.AssignOtherwise(stuck))
         return false;
+    for (qsizetype place = 0; place < m_job.files.Size(); ++place) {
+        JobFile& file = m_job.files.At(place);
+        file.isAside = file.target != before.at(place) && ExistsOnDisk(before.at(place));
+    }
     PlaceByRecords();
     return true;
 }
@@ -265,7 +272,9 @@ void Decisions::Decide(JobFile& file, Standing standing)
     };
     switch (standing) {
     case Standing::Free:
-        copy(m_job.request.move && file.isSelected ? Outcome::Moved : Outcome::Copied);
+        copy(file.isAside                            ? Outcome::Renamed
+             : m_job.request.move && file.isSelected ? Outcome::Moved
+                                                     : Outcome::Copied);
         return;
     case Standing::Ours:
     case Standing::SameContent:
@@ -368,7 +377,7 @@ void Decisions::SettleCopy(JobFile& file)
     }
     if (standing == Standing::Folder) {
         Clash(file, ConflictKind::FolderInTheWay);
-    } else if (file.outcome == Outcome::Renamed) {
+    } else if (file.outcome == Outcome::Renamed && standing != Standing::Free) {
         if (!mayRename || !GiveFreeName(file))
             Clash(file, ConflictKind::CannotRename);
         return;

@@ -10,12 +10,15 @@
 #include "base/FileAttributes.h"
 #include "base/FileLock.h"
 #include "base/NativePath.h"
+#include "syncplugin/ReferenceIds.h"
 #include "syncservices/SyncManager.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 #include <QtCore/QSet>
+
+#include <algorithm>
 
 namespace Halvern::Jobs {
 
@@ -40,6 +43,14 @@ bool IsAsItWas(const Base::FileStatus& was, const Base::FileStatus& is)
 {
     return was.kind == is.kind && was.size == is.size && was.modified == is.modified &&
            was.device == is.device && was.index == is.index;
+}
+
+/// The set that a link is a member of; empty when it is of none.
+QString SetOf(const SyncServices::FileLink& link)
+{
+    static const QString mark =
+        QString::fromUtf8(SyncPlugin::SetMark.data(), qsizetype(SyncPlugin::SetMark.size()));
+    return link.RefId.startsWith(mark) ? link.RefId.left(link.RefId.lastIndexOf(u'#')) : QString();
 }
 
 } // namespace
@@ -193,7 +204,17 @@ bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged,
         return places;
     };
     const QSet<QString> found = placesOf(links);
-    return found.contains(placesOf(asked)) && placesOf(file.wantedLinks).contains(found);
+    // Of a set the file stores one pattern: any member tells where it leads.
+    QSet<QString> foundSets;
+    for (const SyncServices::FileLink& link : std::as_const(links))
+        foundSets.insert(SetOf(link));
+    const bool areAllFound =
+        std::all_of(asked.begin(), asked.end(), [&](const SyncServices::FileLink& link) {
+            const QString set = SetOf(link);
+            return found.contains(PathKey(ResolveLink(link.Path, file.target))) ||
+                   (!set.isEmpty() && foundSets.contains(set));
+        });
+    return areAllFound && placesOf(file.wantedLinks).contains(found);
 }
 
 /// The links of a copy stand in the order of its source, unless a plug-in finds others beside it:

@@ -72,6 +72,8 @@ struct JobFile
     QString target;
     /// A layout wants it at exactly its target.
     bool keepsTarget = false;
+    /// The layout has put it elsewhere, because its place is taken.
+    bool isAside = false;
     /// Its links are neither followed nor rewritten, a layout says.
     bool skipsLinks = false;
     /// Only links of such files led here: it is no part of the job any more.

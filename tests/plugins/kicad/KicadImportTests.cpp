@@ -130,10 +130,9 @@ TEST_F(KicadImport, ARenamedProjectIsWholeInAFolderOfItsOwnUnderItsOldNames)
         (QStringList{u"Haupt 木.kicad_dru"_s, u"Haupt 木.kicad_pcb"_s, u"Haupt 木.kicad_pro"_s,
                      u"Haupt 木.kicad_sch"_s, u"fp-lib-table"_s, u"lib/Füße.pretty/R.kicad_mod"_s,
                      u"lib/Teile.kicad_sym"_s, u"sym-lib-table"_s}));
-    EXPECT_EQ(
-        Strings(copy + u"Haupt 木.kicad_sch"_s, u"\"Sheet file\" \""_s),
-        (QStringList{u"../anderswo/Absolut.kicad_sch"_s, u"../blätter/Netz teil.kicad_sch"_s,
-                     u"../blätter/verloren.kicad_sch"_s, u"../gemeinsam/Geteilt.kicad_sch"_s}));
+    EXPECT_EQ(Strings(copy + u"Haupt 木.kicad_sch"_s, u"\"Sheet file\" \""_s),
+              (QStringList{u"../anderswo/Absolut.kicad_sch"_s, u"../blätter/Netz teil.kicad_sch"_s,
+                           u"../gemeinsam/Geteilt.kicad_sch"_s, u"blätter/verloren.kicad_sch"_s}));
     EXPECT_TRUE(tree.Read(copy + u"Haupt 木.kicad_pro"_s)
                     .contains("\"${KIPRJMOD}/../zeichnung/Rahmen ü.kicad_wks\""));
     EXPECT_TRUE(

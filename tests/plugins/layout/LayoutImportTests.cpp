@@ -192,11 +192,15 @@ TEST_F(LayoutImport, CompanionsFollowToAnotherTargetFolder)
     const CommandResult result = Import({u"asm/board.tlk"_s, u"--to"_s, u"Other"_s});
     EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
     EXPECT_EQ(tree.Contents(u"cloud/Other"_s),
-              (FileTree::Snapshot{{u"board.tlk"_s, "link companion:sch board.txt\n"
-                                                   "link companion:table table\n"
-                                                   "link 1 ../Demo/lib/part.tlk\n"},
-                                  {u"board.txt"_s, "schematic\n"},
-                                  {u"table"_s, "table\n"}}));
+              (FileTree::Snapshot{
+                  {u"board.tlk"_s, "link companion:sch board.txt\n"
+                                   "link companion:table table\n"
+                                   "link 1 lib/part.tlk\n"},
+                  {u"board.txt"_s, "schematic\n"},
+                  {u"table"_s, "table\n"},
+                  {u"lib/part.tlk"_s, "link set:a#1 tex/w.1.png\nlink set:a#2 tex/w.2.png\n"},
+                  {u"lib/tex/w.1.png"_s, "one\n"},
+                  {u"lib/tex/w.2.png"_s, "two\n"}}));
 }
 
 TEST_F(LayoutImport, FilesOfTwoTopFilesThatWouldGetOnePlaceAreKeptApart)
@@ -230,14 +234,14 @@ TEST_F(LayoutImport, CompanionsStayBesideAFileThatReturnsToAnEarlierFolder)
     tree.File(u"cloud/Demo/table"_s, "mine\n");
     const FileTree::Snapshot other = tree.Contents(u"cloud/Other"_s);
 
-    const CommandResult kept = ImportBoard({u"--collisions"_s, u"keep"_s});
-    EXPECT_EQ(kept.exitCode, 0) << ::testing::PrintToString(kept);
+    const CommandResult left = ImportBoard({u"--collisions"_s, u"replace"_s});
+    EXPECT_EQ(left.exitCode, 0) << ::testing::PrintToString(left);
     EXPECT_EQ(tree.Read(u"cloud/Demo/table"_s), "mine\n");
-    const CommandResult stopped = ImportBoard({u"--selected-collisions"_s, u"replace"_s});
-    EXPECT_EQ(stopped.exitCode, 6) << ::testing::PrintToString(stopped);
-    const CommandResult replaced = ImportBoard({u"--collisions"_s, u"replace"_s});
+    Change(u"work/asm/table"_s, "theirs\n");
+    EXPECT_EQ(ImportBoard().exitCode, 6);
+    const CommandResult replaced = ImportBoard({u"--on-conflict"_s, u"replace"_s});
     EXPECT_EQ(replaced.exitCode, 0) << ::testing::PrintToString(replaced);
-    EXPECT_EQ(tree.Read(u"cloud/Demo/table"_s), "table\n");
+    EXPECT_EQ(tree.Read(u"cloud/Demo/table"_s), "theirs\n");
     EXPECT_TRUE(tree.Read(u"cloud/Demo/board.tlk"_s)
                     .startsWith("link companion:sch board.txt\nlink companion:table table\n"));
     EXPECT_EQ(tree.Contents(u"cloud/Other"_s), other);
