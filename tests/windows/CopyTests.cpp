@@ -61,12 +61,15 @@ TEST_F(WindowsCopy, ShowsTheNameOnlyWhenTheCopyIsComplete)
         EXPECT_TRUE(Copy()) << error.toStdString();
         done = true;
     });
-    while (!done && !QFileInfo::exists(Target()))
+    // As it is seen first. While the system renames it, the file does not open for others.
+    QFile file(Target());
+    while (!file.open(QFile::ReadOnly) && !done)
         std::this_thread::yield();
-    // As it is seen first.
-    const QByteArray seen = tree.Read(u"out/a.dat"_s);
+    const bool isOpen = file.isOpen() || file.open(QFile::ReadOnly);
+    const QByteArray seen = file.readAll();
     copier.join();
 
+    ASSERT_TRUE(isOpen) << file.errorString().toStdString();
     EXPECT_EQ(seen.size(), content.size());
     EXPECT_TRUE(seen == content);
     EXPECT_EQ(Names(), QStringList{u"a.dat"_s});
