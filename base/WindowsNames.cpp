@@ -2,7 +2,6 @@
 
 #include "base/WindowsNames.h"
 
-#include "base/CaseFolding.h"
 #include "base/PathText.h"
 
 #include <algorithm>
@@ -27,6 +26,15 @@ std::u16string_view Trimmed(std::u16string_view text) noexcept
     return text.substr(0, text.find_last_not_of(Blanks) + 1);
 }
 
+/// ASCII is all that the names of devices need. The plug-in kit calls this, whose authors do not
+/// link Unicode's letter case.
+bool IsDevice(std::u16string_view name, std::u16string_view device) noexcept
+{
+    return std::equal(
+        name.begin(), name.end(), device.begin(), device.end(),
+        [](char16_t a, char16_t b) { return (a >= u'A' && a <= u'Z' ? a + 0x20 : a) == b; });
+}
+
 /// A device has its name in every folder, with any suffix.
 bool NamesDevice(std::u16string_view part) noexcept
 {
@@ -34,12 +42,11 @@ bool NamesDevice(std::u16string_view part) noexcept
                                                          u"nul", u"conin$", u"conout$"};
     const std::u16string_view name = Trimmed(part.substr(0, part.find(u'.')));
     if (name.size() == 4 &&
-        (StartsWithIgnoringCase(name, u"com") || StartsWithIgnoringCase(name, u"lpt")))
+        (IsDevice(name.substr(0, 3), u"com") || IsDevice(name.substr(0, 3), u"lpt")))
         return std::u16string_view(u"123456789\u00b9\u00b2\u00b3").find(name.back()) !=
                std::u16string_view::npos;
-    return std::any_of(devices.begin(), devices.end(), [&](std::u16string_view device) {
-        return IsEqualIgnoringCase(name, device);
-    });
+    return std::any_of(devices.begin(), devices.end(),
+                       [&](std::u16string_view device) { return IsDevice(name, device); });
 }
 
 bool IsForbidden(std::u16string_view part) noexcept
