@@ -20,7 +20,7 @@ using SyncPlugin::IFileLinkResolver;
 using SyncPlugin::IPluginLogger;
 using SyncPlugin::WideChar;
 
-class Logger : public IPluginLogger
+class Logger final : public IPluginLogger
 {
 public:
     explicit Logger(HostChannel& channel) : m_channel(channel) {}
