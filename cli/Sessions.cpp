@@ -4,7 +4,8 @@
 
 namespace Halvern::Cli {
 
-Jobs::Session OpenSession(const Jobs::Places& places, const CommonOptions& common, Jobs::SessionUse use)
+Jobs::Session OpenSession(const Jobs::Places& places, const CommonOptions& common,
+                          Jobs::SessionUse use)
 {
     SyncServices::ServicesSettings settings = Jobs::ResolveSettings(places, use);
     if (!common.isolate.isEmpty())

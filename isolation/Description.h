@@ -6,6 +6,8 @@
 
 #include <QtCore/QString>
 
+#include <optional>
+
 namespace Halvern::Isolation {
 
 /// What a stub stands for. It lies beside the stub, under the stub's name with this added.
@@ -17,6 +19,8 @@ struct Description
     QString program;
     /// The plug-in's library.
     QString library;
+    /// What the plug-in is registered for.
+    ServiceKind service = ServiceKind::Resolver;
     /// How long a call may take, in seconds, and how much memory the process may have, in bytes.
     /// 0: no limit.
     int timeLimit = 0;
@@ -26,5 +30,9 @@ struct Description
     /// Empty texts when there is no such file.
     static Description Load(const QString& file);
 };
+
+/// "resolver" or "layout".
+QString NameOf(ServiceKind kind);
+std::optional<ServiceKind> ServiceKindOf(const QString& name);
 
 } // namespace Halvern::Isolation

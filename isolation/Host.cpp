@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "isolation/Description.h"
 #include "isolation/HostPlugin.h"
 #include "isolation/RemoteMapping.h"
 
@@ -8,7 +9,8 @@
 
 #include <optional>
 
-// corsync-plugin-host LIBRARY resolver|layout MEMORY: runs one plug-in for the process that started it.
+// corsync-plugin-host LIBRARY resolver|layout MEMORY: runs one plug-in for the process that started
+// it.
 
 namespace Halvern::Isolation {
 
@@ -54,7 +56,8 @@ private:
 class Host
 {
 public:
-    Host(HostChannel& channel, const QString& library) : m_channel(channel), m_plugin(library), m_context(channel)
+    Host(HostChannel& channel, const QString& library)
+        : m_channel(channel), m_plugin(library), m_context(channel)
     {}
 
     /// Whether the plug-in can be used, tried by making one object of it.
@@ -63,7 +66,9 @@ public:
         CallResult result = m_plugin.Load();
         if (result.outcome == Outcome::Returned)
             result = kind == ServiceKind::Layout ? Try<IFileLayout>() : Try<IFileLinkResolver>();
-        m_channel.Send((MessageWriter(Message::Ready) << result.outcome << result.text).Bytes());
+        m_channel.Send((MessageWriter(Message::Ready)
+                        << result.outcome << result.text << quint64(m_plugin.Stamp()))
+                           .Bytes());
     }
 
     void Serve(MessageReader request)
@@ -134,7 +139,8 @@ private:
         const std::vector<FileLinkInfo> links = UnpackLinks(request.Take<QByteArray>());
         bool isDone = false;
         const CallResult result = With<IFileLinkResolver>([&](IFileLinkResolver& resolver) {
-            isDone = resolver.RepathFileLinks(file.c_str(), links.data(), int(links.size()), &m_context);
+            isDone =
+                resolver.RepathFileLinks(file.c_str(), links.data(), int(links.size()), &m_context);
         });
         m_channel.Send((Done(result) << isDone).Bytes());
     }
@@ -154,21 +160,14 @@ private:
     Context m_context;
 };
 
-std::optional<ServiceKind> KindOf(const QString& name)
-{
-    if (name == u"resolver")
-        return ServiceKind::Resolver;
-    if (name == u"layout")
-        return ServiceKind::Layout;
-    return std::nullopt;
-}
-
 int Run(const QStringList& arguments)
 {
-    const std::optional<ServiceKind> kind = arguments.size() == 4 ? KindOf(arguments[2]) : std::nullopt;
+    const std::optional<ServiceKind> kind =
+        arguments.size() == 4 ? ServiceKindOf(arguments[2]) : std::nullopt;
     const Streams streams = kind ? TakeStreams() : Streams{};
     if (!streams.requests || !streams.answers) {
-        std::fputs("corsync-plugin-host is started by corsync, to run a plug-in apart from it.\n", stderr);
+        std::fputs("corsync-plugin-host is started by corsync, to run a plug-in apart from it.\n",
+                   stderr);
         return 2;
     }
     IgnoreInterrupts();

@@ -17,7 +17,8 @@ namespace {
 
 } // namespace
 
-HostChannel::HostChannel(const Streams& streams) : m_streams(streams), m_reader(&HostChannel::Read, this)
+HostChannel::HostChannel(const Streams& streams)
+    : m_streams(streams), m_reader(&HostChannel::Read, this)
 {
     m_reader.detach();
 }

@@ -14,8 +14,8 @@
 
 namespace Halvern::Isolation {
 
-/// The host's end. A thread of its own reads: when nobody is there any more to ask, the process ends,
-/// also out of a plug-in's endless loop.
+/// The host's end. A thread of its own reads: when nobody is there any more to ask, the process
+/// ends, also out of a plug-in's endless loop.
 class HostChannel
 {
 public:

@@ -41,15 +41,14 @@ CallResult HostPlugin::Load()
 CallResult HostPlugin::CheckContract()
 {
     using Function = std::uint64_t (*)();
-    constexpr std::uint64_t own = SyncPlugin::MakeContractStamp(SyncPlugin::OwnContractTerms);
     const auto stamp =
         reinterpret_cast<Function>(m_library.resolve("GetSyncPluginContractVersion"));
-    const std::uint64_t wanted = stamp ? stamp() : own;
-    if (wanted == own)
+    const std::uint64_t own = m_stamp;
+    if (stamp)
+        m_stamp = stamp();
+    if (m_stamp == own)
         return {};
-    return {Outcome::Unusable,
-            QStringLiteral("%1 was built for contract 0x%2, this program has 0x%3")
-                .arg(Name(), QString::number(wanted, 16), QString::number(own, 16))};
+    return {Outcome::Unusable, QStringLiteral("%1 was built for another contract").arg(Name())};
 }
 
 template <class Factory, class Service>
@@ -72,8 +71,8 @@ CallResult HostPlugin::Create(const char* exportName, Service* (Factory::*create
 
 CallResult HostPlugin::Create(std::unique_ptr<IFileLinkResolver>& resolver)
 {
-    return Create("CreateFileLinkResolverFactory", &IFileLinkResolverFactory::CreateFileLinkResolver,
-                  resolver);
+    return Create("CreateFileLinkResolverFactory",
+                  &IFileLinkResolverFactory::CreateFileLinkResolver, resolver);
 }
 
 CallResult HostPlugin::Create(std::unique_ptr<IFileLayout>& layout)

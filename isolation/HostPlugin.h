@@ -33,7 +33,10 @@ public:
 
     /// Loads the library and checks what contract it was built for.
     CallResult Load();
-    // A new object, as the module asks for one before each call; null unless the result is Returned.
+    /// What the library says that it was built with; that of this program when it says nothing.
+    std::uint64_t Stamp() const { return m_stamp; }
+    // A new object, as the module asks for one before each call; null unless the result is
+    // Returned.
     CallResult Create(std::unique_ptr<SyncPlugin::IFileLinkResolver>& resolver);
     CallResult Create(std::unique_ptr<SyncPlugin::IFileLayout>& layout);
 
@@ -45,6 +48,7 @@ private:
     QString Name() const;
 
     QLibrary m_library;
+    std::uint64_t m_stamp = SyncPlugin::MakeContractStamp(SyncPlugin::OwnContractTerms);
 };
 
 } // namespace Halvern::Isolation

@@ -23,9 +23,7 @@ constexpr qsizetype LongestLine = 4096;
 
 } // namespace
 
-HostProcess::HostProcess(Description description, ServiceKind kind)
-    : m_description(std::move(description)), m_kind(kind)
-{}
+HostProcess::HostProcess(Description description) : m_description(std::move(description)) {}
 
 HostProcess::~HostProcess()
 {
@@ -39,20 +37,17 @@ HostProcess::~HostProcess()
     }
 }
 
-std::pair<Outcome, QString> HostProcess::Start(const Log& log)
+Readiness HostProcess::Start(const Log& log)
 {
     if (m_process && m_process->state() == QProcess::Running)
         return m_ready;
     if (m_timeouts >= MaxTimeouts)
-        throw HostFailure(QStringLiteral("took too long %1 times and is not asked again")
-                              .arg(m_timeouts));
+        throw HostFailure(
+            QStringLiteral("took too long %1 times and is not asked again").arg(m_timeouts));
     m_process = std::make_unique<QProcess>();
     m_process->setReadChannel(QProcess::StandardOutput);
-    m_process->start(m_description.program,
-                     {m_description.library,
-                      m_kind == ServiceKind::Layout ? QStringLiteral("layout")
-                                                    : QStringLiteral("resolver"),
-                      QString::number(m_description.memoryLimit)});
+    m_process->start(m_description.program, {m_description.library, NameOf(m_description.service),
+                                             QString::number(m_description.memoryLimit)});
     if (!m_process->waitForStarted(MillisecondsToStart)) {
         const QString reason = m_process->errorString();
         m_process.reset();
@@ -61,8 +56,9 @@ std::pair<Outcome, QString> HostProcess::Start(const Log& log)
     }
     m_deadline.setRemainingTime(MillisecondsToStart);
     MessageReader ready = WaitFor(Message::Ready, log, {});
-    const auto outcome = ready.Take<Outcome>();
-    m_ready = {outcome, ready.Take<QString>()};
+    m_ready.outcome = ready.Take<Outcome>();
+    m_ready.text = ready.Take<QString>();
+    m_ready.contractStamp = ready.Take<quint64>();
     return m_ready;
 }
 
@@ -144,7 +140,8 @@ void HostProcess::Send(const QByteArray& message)
 {
     m_process->write(message);
     while (m_process->bytesToWrite() > 0)
-        if (!m_process->waitForBytesWritten(int(std::min<qint64>(m_deadline.remainingTime(), 60'000))) &&
+        if (!m_process->waitForBytesWritten(
+                int(std::min<qint64>(m_deadline.remainingTime(), 60'000))) &&
             (m_process->state() != QProcess::Running || m_deadline.hasExpired()))
             Fail(WhyEnded());
 }

@@ -20,13 +20,21 @@ namespace Halvern::Isolation {
 class HostFailure : public std::runtime_error
 {
 public:
-    explicit HostFailure(const QString& what)
-        : std::runtime_error(what.toStdString()), m_text(what)
+    explicit HostFailure(const QString& what) : std::runtime_error(what.toStdString()), m_text(what)
     {}
     const QString& Text() const { return m_text; }
 
 private:
     QString m_text;
+};
+
+/// What a host says about its plug-in when it has started.
+struct Readiness
+{
+    Outcome outcome = Outcome::Unusable;
+    QString text;
+    /// What the library was built with.
+    std::uint64_t contractStamp = 0;
 };
 
 /// The process that runs one plug-in: started on first use, again after it failed. Used from one
@@ -37,13 +45,13 @@ public:
     /// Called with each line for the log, of the plug-in or of the process.
     using Log = std::function<void(LogSeverity, const QString&)>;
 
-    HostProcess(Description description, ServiceKind kind);
+    explicit HostProcess(Description description);
     ~HostProcess();
     HostProcess(const HostProcess&) = delete;
     HostProcess& operator=(const HostProcess&) = delete;
 
-    /// Starts the process unless it runs. What it said first: Outcome, and its text.
-    std::pair<Outcome, QString> Start(const Log& log);
+    /// Starts the process unless it runs. Throws HostFailure.
+    Readiness Start(const Log& log);
     /// Sends a request, answers what the host asks meanwhile, and returns its Done message. Throws
     /// HostFailure; the process is gone then.
     using Answer = std::function<QByteArray(MessageReader&)>;
@@ -60,10 +68,9 @@ private:
     QString WhyEnded();
 
     Description m_description;
-    ServiceKind m_kind;
     std::unique_ptr<QProcess> m_process;
     QDeadlineTimer m_deadline;
-    std::pair<Outcome, QString> m_ready;
+    Readiness m_ready;
     /// What was printed after its last line end.
     QByteArray m_printed;
     int m_timeouts = 0;

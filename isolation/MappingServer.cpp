@@ -59,7 +59,8 @@ QByteArray MappingServer::Answer(MessageReader& call)
     return Answer(*m_mappings[number], operation, call);
 }
 
-QByteArray MappingServer::Answer(IFileMapping& mapping, MappingOperation operation, MessageReader& call)
+QByteArray MappingServer::Answer(IFileMapping& mapping, MappingOperation operation,
+                                 MessageReader& call)
 {
     const auto text = [&](unsigned int (IFileMapping::*ask)(WideChar*, int)) {
         return Text(call, [&](WideChar* buffer, int size) { return (mapping.*ask)(buffer, size); });

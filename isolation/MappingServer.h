@@ -23,7 +23,8 @@ public:
 
 private:
     std::uint32_t NumberOf(SyncPlugin::IFileMapping* mapping);
-    QByteArray Answer(SyncPlugin::IFileMapping& mapping, MappingOperation operation, MessageReader& call);
+    QByteArray Answer(SyncPlugin::IFileMapping& mapping, MappingOperation operation,
+                      MessageReader& call);
     QByteArray Children(SyncPlugin::IFileMapping& mapping);
 
     std::vector<SyncPlugin::IFileMapping*> m_mappings;

@@ -16,11 +16,11 @@
 
 namespace Halvern::Isolation {
 
-// What the library that stands for a plug-in (stub) and the program that runs the plug-in (host) say
-// to each other: over the host's standard input and output, one message after the other, each a
+// What the library that stands for a plug-in (stub) and the program that runs the plug-in (host)
+// say to each other: over the host's standard input and output, one message after the other, each a
 // length of four bytes, most significant first, and that many bytes. The first of them is the kind,
-// the rest are values as QDataStream writes them. Both ends come from one build: nothing here has to
-// be read by another version.
+// the rest are values as QDataStream writes them. Both ends come from one build: nothing here has
+// to be read by another version.
 //
 // Neither end trusts the other: a plug-in may have spoilt its host.
 
@@ -142,10 +142,11 @@ public:
             Value value{};
             QDataStream stream(m_bytes);
             m_isGood = m_isGood && stream.skipRawData(m_at) == m_at;
-            stream >> value;
+            if (m_isGood)
+                stream >> value;
             m_at = int(stream.device()->pos());
             m_isGood = m_isGood && stream.status() == QDataStream::Ok;
-            return value;
+            return m_isGood ? value : Value{};
         }
     }
     bool IsGood() const { return m_isGood; }

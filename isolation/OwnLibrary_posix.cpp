@@ -16,8 +16,9 @@ void Here() {}
 QString OwnLibraryFile()
 {
     Dl_info info{};
-    return dladdr(reinterpret_cast<void*>(&Here), &info) == 0 ? QString()
-                                                              : QString::fromLocal8Bit(info.dli_fname);
+    return dladdr(reinterpret_cast<void*>(&Here), &info) == 0
+               ? QString()
+               : QString::fromLocal8Bit(info.dli_fname);
 }
 
 } // namespace Halvern::Isolation

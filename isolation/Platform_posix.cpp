@@ -33,7 +33,9 @@ bool ReplaceByNothing(int descriptor)
 QString EndingText(int code)
 {
     const char* const name = strsignal(code);
-    return QStringLiteral("signal %1, %2").arg(code).arg(QString::fromLocal8Bit(name ? name : "unknown"));
+    return QStringLiteral("signal %1, %2")
+        .arg(code)
+        .arg(QString::fromLocal8Bit(name ? name : "unknown"));
 }
 
 Streams TakeStreams()

@@ -21,7 +21,10 @@ public:
     {}
 
     bool HasNext() override { return m_next < m_numbers.size(); }
-    IFileMapping* Next() override { return HasNext() ? m_all.Mapping(m_numbers[m_next++]) : nullptr; }
+    IFileMapping* Next() override
+    {
+        return HasNext() ? m_all.Mapping(m_numbers[m_next++]) : nullptr;
+    }
     void ToFront() override { m_next = 0; }
 
 private:

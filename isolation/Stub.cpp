@@ -17,10 +17,10 @@ namespace {
 
 /// One per copy of this library: the process outlives the objects that the module asks for anew
 /// with each file, and ends when the library is unloaded.
-HostProcess& Host(ServiceKind kind)
+HostProcess& Host()
 {
-    static HostProcess host(Description::Load(OwnLibraryFile() + QString::fromLatin1(DescriptionSuffix)),
-                            kind);
+    static HostProcess host(
+        Description::Load(OwnLibraryFile() + QString::fromLatin1(DescriptionSuffix)));
     return host;
 }
 
@@ -29,13 +29,24 @@ void Ignore(LogSeverity, const QString&) {}
 
 /// True when the plug-in has a service; false when its factory gave null. Everything else is thrown
 /// as the words on why it cannot be used.
-bool HasService(Outcome missing, ServiceKind kind)
+bool HasService(Outcome missing)
 {
-    const auto [outcome, text] = Host(kind).Start(Ignore);
-    ThrowAgain(outcome, text);
-    if (outcome == Outcome::Unusable)
-        throw std::runtime_error(text.toStdString());
-    return outcome != missing;
+    const Readiness ready = Host().Start(Ignore);
+    ThrowAgain(ready.outcome, ready.text);
+    if (ready.outcome == Outcome::Unusable)
+        throw std::runtime_error(ready.text.toStdString());
+    return ready.outcome != missing;
+}
+
+/// What the plug-in was built with, so that the module refuses it with its own words. A plug-in
+/// that cannot be asked has a better sentence when it is used.
+std::uint64_t ContractStamp()
+{
+    try {
+        return Host().Start(Ignore).contractStamp;
+    } catch (const HostFailure&) {
+        return SyncPlugin::MakeContractStamp(SyncPlugin::OwnContractTerms);
+    }
 }
 
 class ResolverFactory : public SyncPlugin::IFileLinkResolverFactory
@@ -43,9 +54,7 @@ class ResolverFactory : public SyncPlugin::IFileLinkResolverFactory
 public:
     SyncPlugin::IFileLinkResolver* CreateFileLinkResolver() override
     {
-        return HasService(Outcome::NoService, ServiceKind::Resolver)
-                   ? new StubResolver(Host(ServiceKind::Resolver))
-                   : nullptr;
+        return HasService(Outcome::NoService) ? new StubResolver(Host()) : nullptr;
     }
 };
 
@@ -54,9 +63,7 @@ class LayoutFactory : public SyncPlugin::ISyncPluginFactory
 public:
     SyncPlugin::IFileLayout* CreateFileLayout() override
     {
-        return HasService(Outcome::NoService, ServiceKind::Layout)
-                   ? new StubLayout(Host(ServiceKind::Layout))
-                   : nullptr;
+        return HasService(Outcome::NoService) ? new StubLayout(Host()) : nullptr;
     }
 };
 
@@ -67,13 +74,16 @@ public:
 SYNCPLUGIN_EXPORT Halvern::SyncPlugin::IFileLinkResolverFactory* CreateFileLinkResolverFactory()
 {
     using namespace Halvern::Isolation;
-    return HasService(Outcome::NoFactory, ServiceKind::Resolver) ? new ResolverFactory : nullptr;
+    return HasService(Outcome::NoFactory) ? new ResolverFactory : nullptr;
 }
 
 SYNCPLUGIN_EXPORT Halvern::SyncPlugin::ISyncPluginFactory* CreateSyncPluginFactory()
 {
     using namespace Halvern::Isolation;
-    return HasService(Outcome::NoFactory, ServiceKind::Layout) ? new LayoutFactory : nullptr;
+    return HasService(Outcome::NoFactory) ? new LayoutFactory : nullptr;
 }
 
-SYNCPLUGIN_EXPORT_CONTRACT_VERSION();
+SYNCPLUGIN_EXPORT std::uint64_t GetSyncPluginContractVersion()
+{
+    return Halvern::Isolation::ContractStamp();
+}

@@ -125,9 +125,8 @@ bool StubLayout::AssignTargetPaths(IFileMapping* mapping, IFileLayoutContext* co
     return Guarded(log, [&] {
         MappingServer mappings(mapping);
         MessageWriter request(Message::AssignTargetPaths);
-        MessageReader done = m_host.Call(request.Bytes(), log, [&](MessageReader& call) {
-            return mappings.Answer(call);
-        });
+        MessageReader done = m_host.Call(
+            request.Bytes(), log, [&](MessageReader& call) { return mappings.Answer(call); });
         return Returned(done) && done.Take<bool>();
     });
 }

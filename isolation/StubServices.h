@@ -16,8 +16,8 @@ class StubResolver : public SyncPlugin::IFileLinkResolver
 public:
     explicit StubResolver(HostProcess& host) : m_host(host) {}
 
-    [[nodiscard]] bool GetFileLinks(const SyncPlugin::WideChar* file, SyncPlugin::FileLinkInfo** links,
-                                    int* count,
+    [[nodiscard]] bool GetFileLinks(const SyncPlugin::WideChar* file,
+                                    SyncPlugin::FileLinkInfo** links, int* count,
                                     SyncPlugin::IFileLinkResolverContext* context) override;
     [[nodiscard]] bool RepathFileLinks(const SyncPlugin::WideChar* file,
                                        const SyncPlugin::FileLinkInfo* links, int count,

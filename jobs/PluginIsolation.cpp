@@ -27,8 +27,8 @@ const QString OwnPlugins = QStringLiteral(CORSYNC_OWN_PLUGINS);
 /// The program's folder, that of this library, and that of programs beside it.
 QString FindParts()
 {
-    const QString program =
-        QDir::fromNativeSeparators(QStringView(Base::PathText(Base::ProgramFile().parent_path())).toString());
+    const QString program = QDir::fromNativeSeparators(
+        QStringView(Base::PathText(Base::ProgramFile().parent_path())).toString());
     const QString library = QFileInfo(Isolation::OwnLibraryFile()).absolutePath();
     for (const QString& folder : {program, library, library + QStringLiteral("/../bin")})
         if (QFileInfo::exists(folder + u'/' + Program) && QFileInfo::exists(folder + u'/' + Stub))
@@ -62,7 +62,8 @@ PluginIsolation::PluginIsolation(const PluginOptions& options)
         throw CannotIsolate(m_folder.errorString());
 }
 
-void PluginIsolation::Prepare(const QList<PluginDescription>& plugins, const QStringList& libraryFolders)
+void PluginIsolation::Prepare(const QList<PluginDescription>& plugins,
+                              const QStringList& libraryFolders)
 {
     const QStringList own = OwnPlugins.split(u';');
     const QString ownFolder = AbsolutePath(m_parts + QStringLiteral("/SyncPlugins"));
@@ -73,17 +74,20 @@ void PluginIsolation::Prepare(const QList<PluginDescription>& plugins, const QSt
             continue;
         const bool isOwn = own.contains(plugin.module) && QFileInfo(library).path() == ownFolder;
         if (m_options.isolation == PluginIsolationMode::Always || !isOwn)
-            Isolate(plugin.module, library);
+            Isolate(plugin, library);
     }
 }
 
-void PluginIsolation::Isolate(const QString& module, const QString& library)
+void PluginIsolation::Isolate(const PluginDescription& plugin, const QString& library)
 {
     if (m_parts.isEmpty())
         throw CannotIsolate(QStringLiteral("%1 is not installed beside the program").arg(Program));
-    const QString stub = m_folder.filePath(module);
-    const Isolation::Description description{m_parts + u'/' + Program, library, m_options.timeLimit,
-                                             m_options.memoryLimit};
+    const QString stub = m_folder.filePath(plugin.module);
+    const bool isLayout = plugin.service == u"File Layout";
+    const Isolation::Description description{m_parts + u'/' + Program, library,
+                                             isLayout ? Isolation::ServiceKind::Layout
+                                                      : Isolation::ServiceKind::Resolver,
+                                             m_options.timeLimit, m_options.memoryLimit};
     if (!QDir().mkpath(QFileInfo(stub).path()) || !QFile::copy(m_parts + u'/' + Stub, stub) ||
         !description.Save(stub + QString::fromLatin1(Isolation::DescriptionSuffix)))
         throw CannotIsolate(QStringLiteral("%1 could not be written").arg(stub));

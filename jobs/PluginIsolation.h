@@ -25,10 +25,11 @@ public:
     QString Folder() const { return m_folder.path(); }
     /// `libraryFolders` are those in which the module would find the libraries. Throws
     /// JobError(SettingsRefused) when what plug-ins need to run apart is not installed.
-    void Prepare(const QList<FileLink::PluginDescription>& plugins, const QStringList& libraryFolders);
+    void Prepare(const QList<FileLink::PluginDescription>& plugins,
+                 const QStringList& libraryFolders);
 
 private:
-    void Isolate(const QString& module, const QString& library);
+    void Isolate(const FileLink::PluginDescription& plugin, const QString& library);
 
     PluginOptions m_options;
     QTemporaryDir m_folder;

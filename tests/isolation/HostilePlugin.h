@@ -16,7 +16,8 @@ protected:
 
     QStringList PluginArguments() const
     {
-        return {u"--plugin-path"_s, tree.Path(u"plugins"_s), u"--plugin-path"_s, TestPluginFolder()};
+        return {u"--plugin-path"_s, tree.Path(u"plugins"_s), u"--plugin-path"_s,
+                TestPluginFolder()};
     }
 
     /// An import of "a.talk", which holds these orders, and of a harmless "b.talk".

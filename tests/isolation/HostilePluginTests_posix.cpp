@@ -17,8 +17,7 @@ bool RunsWith(const QByteArray& argument)
     const QStringList processes = QDir(u"/proc"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& process : processes) {
         QFile arguments(u"/proc/%1/cmdline"_s.arg(process));
-        if (arguments.open(QFile::ReadOnly) &&
-            arguments.readAll().split('\0').contains(argument))
+        if (arguments.open(QFile::ReadOnly) && arguments.readAll().split('\0').contains(argument))
             return true;
     }
     return false;

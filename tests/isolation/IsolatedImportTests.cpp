@@ -21,12 +21,13 @@ protected:
 
     Answer ImportInto(const QString& cloud, const QString& isolate, const QStringList& arguments)
     {
-        CommandResult result =
-            Run(QStringList{u"import"_s, u"--cloud-folder"_s, tree.Path(cloud), u"--database"_s,
-                            tree.Path(cloud + u".db"_s), u"--plugin-path"_s, tree.Path(u"plugins"_s),
-                            u"--plugin-path"_s, TestPluginFolder(), u"--isolate"_s, isolate} +
-                arguments);
-        return {result.exitCode, result.out.replace(tree.Path(cloud), u"CLOUD"_s).replace(cloud, u"CLOUD"_s),
+        CommandResult result = Run(
+            QStringList{u"import"_s, u"--cloud-folder"_s, tree.Path(cloud), u"--database"_s,
+                        tree.Path(cloud + u".db"_s), u"--plugin-path"_s, tree.Path(u"plugins"_s),
+                        u"--plugin-path"_s, TestPluginFolder(), u"--isolate"_s, isolate} +
+            arguments);
+        return {result.exitCode,
+                result.out.replace(tree.Path(cloud), u"CLOUD"_s).replace(cloud, u"CLOUD"_s),
                 tree.Contents(cloud)};
     }
 
@@ -52,7 +53,8 @@ TEST_F(IsolatedImport, OfARealProjectGivesTheSameCopies)
 TEST_F(IsolatedImport, WithALayoutGivesTheSameTargets)
 {
     RegisterTestLayout(tree, u"plugins"_s);
-    tree.File(u"work/top.tasm"_s, "link 1 parts/a.tlk\nlink 2 parts/leave.tlk\nlink 3 parts/keepname.tlk\n")
+    tree.File(u"work/top.tasm"_s,
+              "link 1 parts/a.tlk\nlink 2 parts/leave.tlk\nlink 3 parts/keepname.tlk\n")
         .File(u"work/parts/a.tlk"_s, "link 1 deep/b.tlk\n")
         .File(u"work/parts/leave.tlk"_s)
         .File(u"work/parts/keepname.tlk"_s)
@@ -62,7 +64,9 @@ TEST_F(IsolatedImport, WithALayoutGivesTheSameTargets)
 
 TEST_F(IsolatedImport, WithAResolverThatFailsSaysTheSame)
 {
-    tree.File(u"work/a.tlk"_s, "fail\n").File(u"work/b.tlk"_s, "link 1 c.tlk\n").File(u"work/c.tlk"_s);
+    tree.File(u"work/a.tlk"_s, "fail\n")
+        .File(u"work/b.tlk"_s, "link 1 c.tlk\n")
+        .File(u"work/c.tlk"_s);
     ExpectTheSame({u"a.tlk"_s, u"b.tlk"_s}, 7);
 }
 

@@ -35,8 +35,9 @@ TEST(Messages, BeginWithTheirLength)
 
 TEST(Messages, CutOffAnywhereAreBadAndGiveEmptyValues)
 {
-    const QByteArray bytes =
-        (MessageWriter(Message::Log) << u"a text"_s << QByteArray(100, 'x')).Bytes().mid(LengthSize);
+    const QByteArray bytes = (MessageWriter(Message::Log) << u"a text"_s << QByteArray(100, 'x'))
+                                 .Bytes()
+                                 .mid(LengthSize);
     for (qsizetype size = 0; size < bytes.size(); ++size) {
         MessageReader message(bytes.first(size));
         (void)message.Take<QString>();

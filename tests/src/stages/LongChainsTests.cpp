@@ -19,8 +19,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A recursion overflows the small stack with a tenth of these. Under Wine and with sanitizers a file
-/// costs many times what it costs elsewhere.
+/// A recursion overflows the small stack with a tenth of these. Under Wine and with sanitizers a
+/// file costs many times what it costs elsewhere.
 #ifdef CORSYNC_SANITIZED
 constexpr int ChainLength = 20'000;
 #else
