@@ -121,6 +121,8 @@ private:
         const int number = FieldNumber(line.text);
         const std::optional<QuotedText> value =
             number < 0 ? std::nullopt : NextQuoted(line.text, 0);
+        if (line.isCut && m_part == Part::Sheet && number == 1)
+            FailTooLong(line.begin);
         if (!value)
             return;
         if (m_part == Part::Sheet && number == 1)
@@ -129,6 +131,12 @@ private:
             Add(line, *value, "datasheet", PathBase::Variable);
         else if (m_part == Part::Symbol && number > 3 && IsSimulation(line.text, value->end))
             Add(line, *value, "simulation", PathBase::Project);
+    }
+
+    [[noreturn]] static void FailTooLong(std::uint64_t position)
+    {
+        throw FormatError("a file name of more than " + std::to_string(MaxNameSize) + " bytes",
+                          position);
     }
 
     /// A field of the user has its name at the end.
@@ -142,11 +150,10 @@ private:
     {
         if (value.text.empty() || (base == PathBase::Project && value.text == "~"))
             return;
-        if (line.isCut || value.text.size() > MaxNameSize) {
+        if (value.text.size() > MaxNameSize) {
             if (base == PathBase::Variable)
                 return;
-            throw FormatError("a file name of more than " + std::to_string(MaxNameSize) + " bytes",
-                              line.begin + value.begin);
+            FailTooLong(line.begin + value.begin);
         }
         Push({m_identifier.empty() ? what : m_identifier + ' ' + what, Utf8OrLatin1(value.text),
               base, line.begin + value.begin, line.begin + value.end, Notation::Quoted});

@@ -69,7 +69,7 @@ TEST_F(KicadFootprint, IsRewrittenBesideACopyWhereNoModelIsYet)
 TEST_F(KicadFootprint, ThatIsDamagedFailsWithItsReason)
 {
     EXPECT_EQ(ReadFailure(File, "(footprint \"R\" (model \"a.step\")"),
-              u"the file ends within 1 open lists (byte 32)"_s);
+              u"the file ends within 1 open lists (byte 31)"_s);
     EXPECT_EQ(ReadFailure(File, "(model x)"),
               u"a file of the kind \"model\" is not understood (byte 0)"_s);
 }

@@ -150,7 +150,7 @@ TEST_F(KicadLegacy, AProjectNamesItsLibrariesAndWhatGoesByItsName)
           "p/a b.sch", "p/a b.kicad_pcb", "p/a b.brd", "p/a b-cache.lib", "p/c.lib"})
         tree.File(QLatin1String(name));
     tree.File(u"p/sym-lib-table"_s,
-              "(sym_lib_table (lib (name \"c\")(type Legacy)(uri $(KIPRJMOD)/c.lib)))");
+              "(sym_lib_table (lib (name \"c\")(type Legacy)(uri \"$(KIPRJMOD)/c.lib\")))");
     Links expected{{u"set:LibName2#library"_s, u"own.lib"_s},
                    {u"set:LibName2#dcm"_s, u"own.dcm"_s},
                    {u"set:LibName3#library"_s, u"../lib/far.lib"_s},
@@ -217,17 +217,17 @@ TEST_F(KicadLegacy, EachDamagedSchematicFailsWithItsReason)
 {
     const QByteArray longName = '"' + QByteArray(5000, 'x') + '"';
     EXPECT_EQ(ReadFailure(Top, Legacy(LegacySheet("5A1", longName))),
-              u"a file name of more than 4096 bytes (byte 237)"_s);
+              u"a file name of more than 4096 bytes (byte 192)"_s);
     EXPECT_EQ(ReadFailure(Top, Legacy(LegacySheet("5A1", '"' + QByteArray(80'000, 'x') + '"'))),
-              u""_s);
-    EXPECT_EQ(ReadFailure(Top, Legacy("F1 \"\0\"\n")), u"the schematic has no end"_s);
+              u"a file name of more than 4096 bytes (byte 189)"_s);
+    EXPECT_EQ(ReadFailure(Top, Legacy(QByteArray("x\0y\n", 4))), u"a NUL byte (byte 140)"_s);
 }
 
 TEST_F(KicadLegacy, ACutSchematicFails)
 {
     const QByteArray whole = Legacy(LegacySheet("5A1", "\"x.sch\"") + Symbol("5A5", {})).trimmed();
     for (qsizetype size = 31; size < whole.size(); ++size)
-        EXPECT_EQ(ReadFailure(Top, whole.left(size)).section(u" (", 0, 0),
+        EXPECT_EQ(ReadFailure(Top, whole.left(size)).section(u" ("_s, 0, 0),
                   u"the schematic has no end"_s)
             << size;
     tree.File(Top, whole);

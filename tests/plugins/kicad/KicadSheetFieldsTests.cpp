@@ -99,7 +99,7 @@ TEST_F(KicadSheetFields, ANameThatIsTooLongMattersOnlyWhereItIsTheFile)
     EXPECT_EQ(Read(Top), (Links{{u"file"_s, u"b"_s}}));
     EXPECT_EQ(ReadFailure(Top, Schematic("(sheet (property \"n\" \"b\" (id 0))(property \"f\" \"" +
                                          longText + "\" (id 1)))")),
-              u"a file name of more than 4096 bytes (byte 91)"_s);
+              u"a file name of more than 4096 bytes (byte 97)"_s);
 }
 
 TEST_F(KicadSheetFields, ADataSheetIsToldByItsNumber)
