@@ -105,7 +105,7 @@ LIBRARIES = {
 # C++ has no header with a suffix; those of C are included by their C++ names.
 STANDARD = re.compile(r"[a-z_0-9]+")
 SYSTEM = re.compile(r"(sys|linux|netinet|arpa|net)/\w+\.h|(unistd|fcntl|poll|signal|pwd|dirent|utime|dlfcn|"
-                    r"langinfo|pthread|termios|spawn|windows|shlobj|shlwapi|shellapi|winioctl|io|conio|direct|"
+                    r"langinfo|iconv|pthread|termios|spawn|windows|shlobj|shlwapi|shellapi|winioctl|io|conio|direct|"
                     r"fileapi|process|share|wchar|winternl)\.h")
 ONE_SYSTEM = re.compile(r".*_(posix|windows)\.(cpp|h)")
 
