@@ -87,6 +87,7 @@ ExitCode ExitCodeOf(Jobs::JobErrorKind kind)
     case Jobs::JobErrorKind::VersionMissing:
         return ExitCode::SourceMissing;
     case Jobs::JobErrorKind::DatabaseNotOpened:
+    case Jobs::JobErrorKind::DatabaseDamaged:
         return ExitCode::PluginOrDatabase;
     case Jobs::JobErrorKind::NoCloudFolder:
     case Jobs::JobErrorKind::SessionTaken:

@@ -21,6 +21,8 @@ enum class JobErrorKind
     NoCloudFolder,
     /// The sync database could not be opened.
     DatabaseNotOpened,
+    /// The sync database is no whole database any more.
+    DatabaseDamaged,
     /// The process has a session already, or runs the module by itself.
     SessionTaken,
     /// The settings say that the user is not logged in, or that the folder is not synced.
