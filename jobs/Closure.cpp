@@ -64,17 +64,33 @@ void Closure::TakeLinks(JobFile& file)
         return;
     file.linksKnown = true;
     file.readers = m_reader.ReadersOf(file.source);
-    if (file.readers.isEmpty()) {
-        file.linksState = LinksState::UnknownFormat;
-        file.isUnknownFormat = true;
-        return;
-    }
-    if (Restore(file))
+    file.isUnknownFormat = file.readers.isEmpty();
+    if (!file.isUnknownFormat && Restore(file))
         return;
     LinkReader::Links links;
-    file.linksState = m_reader.Read(file.source, links) ? LinksState::Read : LinksState::Failed;
+    const bool isRead = !file.isUnknownFormat && m_reader.Read(file.source, links);
+    file.linksState = isRead                 ? LinksState::Read
+                      : file.isUnknownFormat ? LinksState::UnknownFormat
+                                             : LinksState::Failed;
     for (const SyncServices::FileLink& link : std::as_const(links))
         file.links.append({link, {}, -1, LinkState::Found});
+    if (!isRead)
+        RecallLinks(file);
+}
+
+/// A format that a plug-in has read is none without links because the plug-in is gone.
+void Closure::RecallLinks(JobFile& file) const
+{
+    for (const CopyRecord* record : m_copies.OfSource(file.source)) {
+        if (record->readers.isEmpty())
+            continue;
+        if (file.isUnknownFormat)
+            file.readers = record->readers;
+        file.linksState = LinksState::Failed;
+        for (const SyncServices::FileLink& link : record->sourceLinks)
+            file.earlierLinks.append(ResolveLink(link.Path, file.source));
+        return;
+    }
 }
 
 bool Closure::Restore(JobFile& file) const

@@ -29,6 +29,7 @@ private:
     bool IsOpened(qsizetype place, qsizetype selected) const;
     void TakeLinks(JobFile& file);
     bool Restore(JobFile& file) const;
+    void RecallLinks(JobFile& file) const;
     void Follow(qsizetype holder);
     qsizetype MemberFor(const QString& path);
     void TakeMoved(JobFile& file) const;

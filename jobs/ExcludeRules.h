@@ -52,9 +52,10 @@ public:
     bool IsRulesFile(const QString& name) const;
     /// Adds the patterns of the file .corsyncignore in `folder`, which is empty for the source
     /// folder; `file` is its path as people see it. What is added later goes first. False, with
-    /// nothing added, when it is no UTF-8.
+    /// nothing added, when it is no UTF-8 or holds a pattern that can match nothing; then `fault`
+    /// says so.
     [[nodiscard]] bool AddFile(const QString& folder, const QString& file,
-                               const QByteArray& content);
+                               const QByteArray& content, QString* fault = nullptr);
     std::size_t FileCount() const { return m_files.size(); }
     /// Forgets the patterns of files, but for the first ones added.
     void KeepFiles(std::size_t count);
