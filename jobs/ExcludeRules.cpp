@@ -81,17 +81,27 @@ bool ExcludeRules::IsRulesFile(const QString& name) const
     return Base::IsSamePath(Base::Units(name), Base::Units(FileName), m_system);
 }
 
-bool ExcludeRules::AddFile(const QString& folder, const QString& file, const QByteArray& content,
-                           QString* fault)
+QString ExcludeRules::FaultIn(const QByteArray& content)
 {
-    const auto fail = [&](const QString& why) {
-        if (fault)
-            *fault = why;
-        return false;
-    };
     const std::optional<QString> text = TextOf(content);
     if (!text)
-        return fail(QStringLiteral("no UTF-8"));
+        return QStringLiteral("no UTF-8");
+    int line = 0;
+    for (const QStringView one : QStringView(*text).split(u'\n')) {
+        ++line;
+        const std::optional<ExcludePattern> pattern = ExcludePattern::FromLine(one);
+        if (pattern && !pattern->CanMatch())
+            return QStringLiteral("line %1: the pattern \"%2\" can match nothing")
+                .arg(QString::number(line), pattern->Text());
+    }
+    return {};
+}
+
+bool ExcludeRules::AddFile(const QString& folder, const QString& file, const QByteArray& content)
+{
+    const std::optional<QString> text = TextOf(content);
+    if (!text)
+        return false;
     List list;
     list.place = file;
     list.folder = folder.isEmpty() ? QString() : folder + u'/';
@@ -99,12 +109,7 @@ bool ExcludeRules::AddFile(const QString& folder, const QString& file, const QBy
     int line = 0;
     for (const QStringView one : QStringView(*text).split(u'\n')) {
         ++line;
-        const std::optional<ExcludePattern> pattern = ExcludePattern::FromLine(one);
-        if (pattern && !pattern->CanMatch())
-            return fail(QStringLiteral("line %1: the pattern \"%2\" can match nothing")
-                            .arg(line)
-                            .arg(pattern->Text()));
-        if (pattern)
+        if (const std::optional<ExcludePattern> pattern = ExcludePattern::FromLine(one))
             list.rules.push_back({*pattern, line});
     }
     m_files.push_back(std::move(list));

@@ -48,14 +48,17 @@ public:
 
     explicit ExcludeRules(const QStringList& patterns = {}, Base::System system = Base::ThisSystem);
 
+    /// Why these are not the patterns of a file .corsyncignore: it is no UTF-8, or a line can match
+    /// nothing. Empty when they are.
+    static QString FaultIn(const QByteArray& content);
+
     /// Whether an entry of this name is a file with patterns.
     bool IsRulesFile(const QString& name) const;
     /// Adds the patterns of the file .corsyncignore in `folder`, which is empty for the source
     /// folder; `file` is its path as people see it. What is added later goes first. False, with
-    /// nothing added, when it is no UTF-8 or holds a pattern that can match nothing; then `fault`
-    /// says so.
+    /// nothing added, when it is no UTF-8.
     [[nodiscard]] bool AddFile(const QString& folder, const QString& file,
-                               const QByteArray& content, QString* fault = nullptr);
+                               const QByteArray& content);
     std::size_t FileCount() const { return m_files.size(); }
     /// Forgets the patterns of files, but for the first ones added.
     void KeepFiles(std::size_t count);

@@ -246,8 +246,9 @@ bool Walk::AddRules(const QString& folder, const FolderEntry& file)
     const QString path = folder + u'/' + Text(file.name);
     QByteArray content;
     const Base::FileResult read = ReadFile(path, content);
-    QString fault = Text(read.Text());
-    const bool isAdded = read && m_rules.AddFile(NameInSource(folder), path, content, &fault);
+    const QString fault = read ? ExcludeRules::FaultIn(content) : Text(read.Text());
+    const bool isAdded =
+        read && fault.isEmpty() && m_rules.AddFile(NameInSource(folder), path, content);
     if (!isAdded)
         LeaveOut(path, Remark::NotReadable,
                  fault + QStringLiteral("; nothing of its folder is imported"));

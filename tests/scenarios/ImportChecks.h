@@ -90,6 +90,8 @@ private:
                    const QString& written);
     bool LeadsToAnEarlierCopy(const QString& source, const QString& resolved) const;
     void CheckExitCode(const ImportReport& report);
+    bool IsComplete(const ImportReport& report, const QString& source) const;
+    QStringList SourcesThatStay(const ImportReport& report) const;
     void CheckMove(const ImportReport& report);
     void CheckLeftovers();
 
