@@ -2,8 +2,6 @@
 
 #include "Words.h"
 
-#include <QtCore/QDir>
-
 namespace Halvern::Cli {
 
 using Jobs::Remark;
@@ -190,19 +188,18 @@ QString NameOf(SourceStays reason)
 
 QString TextOf(SourceStays reason, const QString& because)
 {
-    const QString path = QDir::toNativeSeparators(because);
     switch (reason) {
     case SourceStays::No:
     case SourceStays::NotDeleted:
         return {};
     case SourceStays::LinkNotInOrder:
-        return QStringLiteral("the source stays: it leads to what is not in order, ") + path;
+        return QStringLiteral("the source stays: it leads to what is not in order, ") + because;
     case SourceStays::CopyNotInOrder:
         return QStringLiteral("the source stays");
     case SourceStays::CopyDiffers:
         return QStringLiteral("the source stays: what stands there differs from it");
     case SourceStays::Linked:
-        return QStringLiteral("the source stays: one that stays links it, ") + path;
+        return QStringLiteral("the source stays: one that stays links it, ") + because;
     case SourceStays::PluginBroken:
         return QStringLiteral("the source stays: a broken plug-in may be the one that reads it");
     case SourceStays::NotCompleted:

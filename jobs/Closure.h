@@ -34,6 +34,8 @@ private:
     qsizetype MemberFor(const QString& path);
     void TakeMoved(JobFile& file) const;
     JobFile Linked(const QString& path);
+    void FindOtherHolders();
+    qsizetype GivenFile(const QString& link, const QString& holder) const;
     const LeftOutItem* ExcludedBy(const QString& path) const;
 
     JobState& m_job;

@@ -9,7 +9,6 @@
 #include "Results.h"
 #include "Selection.h"
 
-#include <QtCore/QDir>
 #include <QtCore/QSet>
 
 #include <algorithm>
@@ -88,11 +87,11 @@ QStringList ImportJob::State::SourcesToTake(QList<LeftOutItem>& gone) const
         if (!exists && target.isEmpty())
             target = CheckedTarget(request.target);
         const QString place = exists ? QString() : run.MovedTo(path, target);
+        const auto isSame = [&](const LeftOutItem& item) { return item.source == path; };
         if (place.isEmpty())
             sources.append(source);
-        else
-            gone.append({path, Remark::MovedEarlier,
-                         QStringLiteral("to ") + QDir::toNativeSeparators(place)});
+        else if (std::none_of(gone.begin(), gone.end(), isSame))
+            gone.append({path, Remark::MovedEarlier, place});
     }
     return sources;
 }

@@ -153,6 +153,13 @@ private:
     QMultiHash<QString, qsizetype> m_byFoldedPath;
 };
 
+/// A source of an earlier import that is no part of this one, and a selected file that it links.
+struct OtherHolder
+{
+    QString source;
+    qsizetype linked = -1;
+};
+
 /// Everything one job knows.
 struct JobState
 {
@@ -162,6 +169,8 @@ struct JobState
     QString cloudFolder;
     JobFiles files;
     QList<LeftOutItem> leftOut;
+    /// Of a move only.
+    QList<OtherHolder> otherHolders;
     /// Copies of this project whose source is gone.
     QList<CopyRecord> orphans;
     /// Targets of those that were put into the base store.

@@ -172,6 +172,9 @@ void SourceRemoval::Foresee()
             Keep(place, OwnReason(file));
     }
     KeepForTheirLinks();
+    for (const OtherHolder& holder : std::as_const(m_job.otherHolders))
+        if (!WillStay(m_job.files.At(holder.linked)))
+            Keep(holder.linked, SourceStays::Linked, holder.source);
     QList<qsizetype> staying;
     for (qsizetype place = 0; place < m_job.files.Size(); ++place)
         if (WillStay(m_job.files.At(place)))

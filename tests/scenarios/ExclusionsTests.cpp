@@ -4,7 +4,6 @@
 
 #include "ScenarioFixture.h"
 
-#include <QtCore/QDir>
 #include <QtCore/QRegularExpression>
 
 namespace Halvern::Test {
@@ -131,9 +130,7 @@ TEST_F(Exclusions, APatternThatCanMatchNothingIsAUsageErrorThatNamesIt)
         const CommandResult result =
             Import({u"proj"_s, u"--exclude"_s, u"*.bak"_s, u"--exclude"_s, pattern});
         EXPECT_EQ(result.exitCode, 2) << pattern.toStdString();
-        EXPECT_EQ(result.err,
-                  u"corsync: the pattern \"%1\" can match nothing\n"_s.arg(
-                      QDir::separator() == u'/' ? pattern : QString(pattern).replace(u'\\', u'/')));
+        EXPECT_EQ(result.err, u"corsync: the pattern \"%1\" can match nothing\n"_s.arg(pattern));
         EXPECT_FALSE(tree.Exists(u"cloud/proj"_s));
     }
     for (const QString& pattern :

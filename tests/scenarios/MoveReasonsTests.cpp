@@ -110,6 +110,22 @@ TEST_F(MoveReasons, WhatALinkedFileLinksThatIsOnlyCopiedStays)
     EXPECT_FALSE(tree.Exists(u"work/lib"_s));
 }
 
+TEST_F(MoveReasons, WhatAnEarlierImportBroughtAndLinksAMovedFileIsNotForgottenByTheNextRun)
+{
+    tree.File(u"work/proj/top.tlk"_s, "link 1 ../lib/user.tlk\n")
+        .File(u"work/lib/user.tlk"_s, "link 1 ../proj/sub.tlk\n");
+    for (int run = 0; run < 3; ++run) {
+        const ImportReport report = MoveProject();
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(Why(report, u"sub.tlk"_s), u"linked work/lib/user.tlk"_s);
+        EXPECT_EQ(Why(report, u"leaf.txt"_s), u"linked work/proj/sub.tlk"_s);
+        EXPECT_EQ(Left(), (QStringList{u"leaf.txt"_s, u"sub.tlk"_s}));
+    }
+    Save(u"work/lib/user.tlk"_s, "link 1 other.txt\n");
+    EXPECT_EQ(MoveProject().exitCode, 0) << "it links them no more";
+    EXPECT_FALSE(tree.Exists(u"work/proj"_s));
+}
+
 TEST_F(MoveReasons, FilesThatLinkEachOtherStayTogether)
 {
     tree.File(u"work/proj/sub.tlk"_s, "link 1 leaf.txt\nlink 2 top.tlk\n")
@@ -156,7 +172,7 @@ TEST_F(MoveReasons, ASecondRunSaysWhereItsSourcesAre)
     const ReportedFile top = second.Of(u"work/proj/top.tlk"_s);
     EXPECT_EQ(top.remark, u"moved-earlier"_s);
     EXPECT_EQ(top.reason,
-              u"an earlier import has moved it: to "_s + tree.Path(u"cloud/Demo/top.tlk"_s));
+              u"an earlier import has moved it: "_s + tree.Path(u"cloud/Demo/top.tlk"_s));
     const CommandResult text = Import(arguments);
     EXPECT_EQ(text.Lines().filter(u"skipped "_s).size(), 3) << ::testing::PrintToString(text);
 }
@@ -167,9 +183,8 @@ TEST_F(MoveReasons, ASecondRunSaysWhereItsFolderIs)
     ASSERT_FALSE(tree.Exists(u"work/proj"_s));
     const ImportReport second = MoveProject();
     EXPECT_EQ(second.exitCode, 0) << ::testing::PrintToString(second);
-    EXPECT_EQ(second.Lines(),
-              QStringList{u"skipped work/proj: an earlier import has moved it: to "_s +
-                          tree.Path(u"cloud/proj"_s)});
+    EXPECT_EQ(second.Lines(), QStringList{u"skipped work/proj: an earlier import has moved it: "_s +
+                                          tree.Path(u"cloud/proj"_s)});
     EXPECT_EQ(MoveProject({u"--to"_s, u"Other"_s}).exitCode, 3) << "never moved there";
 }
 

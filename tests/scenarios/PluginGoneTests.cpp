@@ -96,7 +96,8 @@ TEST_F(PluginGone, AMoveLeavesTheSourceAndWhatItLinked)
     Install();
     EXPECT_EQ(Bring({u"--move"_s}).exitCode, 0);
     EXPECT_FALSE(tree.Exists(u"work/proj/top.tlk"_s));
-    EXPECT_EQ(tree.Read(Copy), Relinked);
+    EXPECT_EQ(tree.Read(Copy), "link 1 part.tlk\n");
+    EXPECT_EQ(tree.Read(u"cloud/Demo/part.tlk"_s), "part\n");
 }
 
 TEST_F(PluginGone, WhatTheSourceLinkedStaysThoughAnotherFormatIsReadWell)

@@ -161,7 +161,7 @@ TEST_F(Unreadable, ASourceThatCannotBeDeletedSaysWhyAndNotThatItsLinksAreNotInOr
     EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
     const ReportedFile top = report.Of(u"work/proj/top.tlk"_s);
     EXPECT_EQ(top.sourceStays, u"not-deleted"_s);
-    EXPECT_EQ(top.reason, u"The source could not be deleted: Permission denied"_s);
+    EXPECT_EQ(top.reason, u"The source could not be deleted: proj/top.tlk: Permission denied"_s);
     SetMode(u"work/proj"_s, 0755);
     EXPECT_EQ(Report({u"proj"_s, u"--move"_s}).exitCode, 0);
     EXPECT_FALSE(tree.Exists(u"work/proj"_s));
