@@ -283,8 +283,13 @@ void JobRun::NoteUnchanged()
         const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
                                                             record->linksState == file.linksState));
         if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
-            isSound(file.targetStamp, record->targetStamp, record->recordedAt))
+            isSound(file.targetStamp, record->targetStamp, record->recordedAt)) {
+            // With the hashes, when a move notes it again.
+            file.recordedAt = record->recordedAt;
+            file.sourceStamp = record->sourceStamp;
+            file.targetStamp = record->targetStamp;
             continue;
+        }
         file.sourceStamp = StampOf(file.source, true);
         file.targetStamp = StampOf(file.target, true);
         m_records.Note(file);

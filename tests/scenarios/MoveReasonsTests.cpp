@@ -137,6 +137,21 @@ TEST_F(MoveReasons, FilesThatLinkEachOtherStayTogether)
     EXPECT_EQ(Why(report, u"leaf.txt"_s), u"linked work/proj/sub.tlk"_s);
 }
 
+TEST_F(MoveReasons, WhatStaysIsKnownByItsContentAfterwards)
+{
+    tree.File(u"work/proj/top.tlk"_s, "link 1 gone.txt\n");
+    ASSERT_EQ(Report({u"proj/top.tlk"_s}).exitCode, 4);
+    // The records can tell by the time.
+    SetModifiedNanoseconds(tree.Path(u"work/proj/top.tlk"_s), 1'600'000'000'000'000'000);
+    SetModifiedNanoseconds(tree.Path(u"cloud/top.tlk"_s), 1'600'000'000'000'000'000);
+    for (int run = 0; run < 3; ++run)
+        ASSERT_EQ(Report({u"proj/top.tlk"_s, u"--move"_s}).exitCode, 1);
+    Save(u"work/proj/top.tlk"_s, "link 1 gone.txt\nmore\n");
+    const ImportReport report = Report({u"proj/top.tlk"_s, u"--checksum"_s});
+    EXPECT_EQ(report.exitCode, 4) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.StatusOf(u"work/proj/top.tlk"_s), u"updated"_s);
+}
+
 TEST_F(MoveReasons, ABrokenRegistrationFileLeavesWhatNoPluginReads)
 {
     tree.File(u"plugins/broken.syncplugin"_s, "<broken");
