@@ -33,6 +33,8 @@ enum class JobErrorKind
     SourceRefused,
     /// The target does not lie in the cloud cache folder, or is a file.
     TargetRefused,
+    /// A pattern of what is not to be imported could never match anything.
+    PatternRefused,
     /// The module did not take the selection.
     SelectionRefused,
     /// An exception ended the making of the plan, for example for want of memory.
