@@ -179,8 +179,7 @@ class Sweep:
                 second = world.run(timeout=20).returncode
             except subprocess.TimeoutExpired:
                 second = None
-            os.killpg(first.pid, signal.SIGCONT)
-            code = first.wait(60)
+            code = self.go_on(first)
         finally:
             if first.poll() is None:
                 os.killpg(first.pid, signal.SIGKILL)
@@ -189,14 +188,28 @@ class Sweep:
         return worlds.violations(world, expected, both) + worlds.rerun_violations(world, expected)
 
     @staticmethod
+    def go_on(process):
+        """Lets a stopped process end. What is traced may stop again after it was told to go on."""
+        deadline = time.monotonic() + 60
+        while time.monotonic() < deadline:
+            os.killpg(process.pid, signal.SIGCONT)
+            try:
+                return process.wait(0.2)
+            except subprocess.TimeoutExpired:
+                continue
+        raise subprocess.TimeoutExpired("the first import", 60)
+
+    @staticmethod
     def wait_for_stop(process):
+        """A traced process is stopped for a moment at every call: only one that stays so has stopped."""
         deadline = time.monotonic() + 20
-        while process.poll() is None and time.monotonic() < deadline:
+        times_seen = 0
+        while process.poll() is None and times_seen < 4 and time.monotonic() < deadline:
             states = subprocess.run(["ps", "-o", "stat=,comm=", "-g", str(process.pid)], capture_output=True,
                                     text=True).stdout
-            if any(line.split()[0][0] in "Tt" and "strace" not in line for line in states.splitlines() if line.split()):
-                return
-            time.sleep(0.01)
+            traced = [line.split() for line in states.splitlines() if "strace" not in line and line.split()]
+            times_seen = times_seen + 1 if any(state[0] in "Tt" for state, *_ in traced) else 0
+            time.sleep(0.02)
 
     def try_damage(self, world, point):
         how, where, seed = point.inject
