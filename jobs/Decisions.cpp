@@ -6,6 +6,7 @@
 #include "LinkPlanning.h"
 #include "Paths.h"
 
+#include "base/FileAttributes.h"
 #include "base/FileHandle.h"
 
 #include <QtCore/QFileInfo>
@@ -390,8 +391,21 @@ void Decisions::SettleCopy(JobFile& file)
                AnswerFor(file, standing) == ConflictAnswer::Stop) {
         Clash(file, standing == Standing::BothChanged ? ConflictKind::BothChanged
                                                       : ConflictKind::TargetTaken);
+    } else if (file.outcome == Outcome::Replaced &&
+               file.targetStatus.kind == Base::FileKind::Link) {
+        file.remark = Remark::LinkSetAside;
+        file.detail = FreeName(file.target + QStringLiteral(".link"));
     }
     m_owners.Add(file);
+}
+
+/// The path itself when nothing is there or will be.
+QString Decisions::FreeName(const QString& path) const
+{
+    const auto isTaken = [&](const QString& candidate) {
+        return m_owners.IsOwned(candidate) || ExistsOnDisk(candidate);
+    };
+    return isTaken(path) ? FreePath(path, isTaken) : path;
 }
 
 bool Decisions::GiveFreeName(JobFile& file)
@@ -409,6 +423,34 @@ bool Decisions::GiveFreeName(JobFile& file)
     return true;
 }
 
+/// Nothing is put into a folder that cannot be written to, and no read-only file is replaced.
+QList<ConflictAnswer> Decisions::AnswersTo(const JobFile& file, ConflictKind kind) const
+{
+    const bool mayAdd = Base::MayAddTo(Native(QFileInfo(file.target).path()));
+    const bool mayReplace = mayAdd && (file.targetStatus.kind == Base::FileKind::Link ||
+                                       Base::IsWritable(Native(file.target)));
+    QList<ConflictAnswer> answers;
+    switch (kind) {
+    case ConflictKind::TargetTaken:
+    case ConflictKind::BothChanged:
+    case ConflictKind::CannotRename:
+        answers.append(ConflictAnswer::Keep);
+        if (mayReplace)
+            answers.append(ConflictAnswer::Replace);
+        if (mayAdd && kind != ConflictKind::CannotRename)
+            answers.append(ConflictAnswer::Rename);
+        return answers;
+    case ConflictKind::SameTarget:
+        if (!file.keepsTarget && CollisionAnswerFor(file) != ConflictAnswer::Rename)
+            answers.append(ConflictAnswer::Rename);
+        return answers;
+    case ConflictKind::FolderInTheWay:
+    case ConflictKind::FileInTheWay:
+        return answers;
+    }
+    return answers;
+}
+
 void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* other)
 {
     Conflict conflict;
@@ -417,6 +459,7 @@ void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* oth
     conflict.target = file.target;
     conflict.other = other ? other->source : QString();
     conflict.selected = file.isSelected;
+    conflict.answers = AnswersTo(file, kind);
     if (kind == ConflictKind::TargetTaken || kind == ConflictKind::BothChanged) {
         conflict.sourceSide =
             SideOf(file.source, file.record ? &file.record->sourceStamp : nullptr);

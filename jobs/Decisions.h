@@ -53,6 +53,8 @@ private:
     void SettleCopy(JobFile& file);
     void SettleInPlace(JobFile& file);
     bool GiveFreeName(JobFile& file);
+    QString FreeName(const QString& path) const;
+    QList<ConflictAnswer> AnswersTo(const JobFile& file, ConflictKind kind) const;
     void Clash(const JobFile& file, ConflictKind kind, const JobFile* other = nullptr);
     ConflictAnswer AnswerFor(const JobFile& file, Standing standing) const;
     ConflictAnswer CollisionAnswerFor(const JobFile& file) const;

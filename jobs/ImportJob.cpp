@@ -32,6 +32,16 @@ QList<FileLink::Problem> WithoutDatabase(QList<FileLink::Problem> problems,
     return problems;
 }
 
+/// It is linked as well, and the line about that says the same.
+bool HasLine(const LeftOutItem& item, const JobState& job)
+{
+    const qsizetype place = job.files.Find(item.source);
+    if (place < 0 || !IsReported(job.files.At(place)))
+        return false;
+    const JobFile& file = job.files.At(place);
+    return item.IsFailure() ? file.outcome == Outcome::Failed : file.outcome == Outcome::Skipped;
+}
+
 } // namespace
 
 struct ImportJob::State
@@ -95,7 +105,8 @@ JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Prob
     } else {
         files += OrphanResults(run.State());
         for (const LeftOutItem& item : plan.leftOut)
-            files.append(AsResult(item));
+            if (!HasLine(item, run.State()))
+                files.append(AsResult(item));
     }
     JobResult result{std::move(files), {}};
     result.summary = Summarize(result.files);

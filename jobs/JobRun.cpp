@@ -39,6 +39,12 @@ bool IsOwnRecord(const QString& file)
                .contains(file.mid(database.size()));
 }
 
+bool IsAnythingToBeDone(const JobState& job)
+{
+    return std::any_of(job.files.begin(), job.files.end(),
+                       [](const JobFile& file) { return file.deed != Deed::Nothing; });
+}
+
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
                                                const std::shared_ptr<JobDatabase>& database)
 {
@@ -176,16 +182,9 @@ void JobRun::Execute(Results& results)
     const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));
     Staging staging(cloud);
     const Base::FileResult begun = opened ? staging.Begin() : opened;
-    if (!begun) {
-        m_control->Report(
-            {FileLink::Stage::CopyFiles,
-             FileLink::ProblemKind::FolderNotMade,
-             {},
-             m_state.cloudFolder + QStringLiteral(": ") + QString::fromStdString(begun.Text()),
-             {}});
-        for (JobFile& file : m_state.files)
-            if (file.deed != Deed::Nothing)
-                file.End(Outcome::Failed, Remark::Unexplained);
+    // Where nothing is to be written that it cannot be is no matter.
+    if (!begun && (!opened || IsAnythingToBeDone(m_state))) {
+        FailToBegin(begun);
         return;
     }
     const SyncServices::BaseStoreRun run;
@@ -198,6 +197,18 @@ void JobRun::Execute(Results& results)
         NoteUnchanged();
     m_maker = nullptr;
     Finish(results, cloud);
+}
+
+void JobRun::FailToBegin(const Base::FileResult& why)
+{
+    m_control->Report({FileLink::Stage::CopyFiles,
+                       FileLink::ProblemKind::FolderNotMade,
+                       {},
+                       QString::fromStdString(why.Text()),
+                       {}});
+    for (JobFile& file : m_state.files)
+        if (file.deed != Deed::Nothing)
+            file.End(Outcome::Failed, Remark::FolderNotMade, m_state.cloudFolder);
 }
 
 void JobRun::MakeFolders()
@@ -273,7 +284,8 @@ void JobRun::NoteUnchanged()
         file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, false);
         file.targetStamp = StampOf(file.target, false);
-        const CopyRecord* record = file.record ? &*file.record : nullptr;
+        // What was adopted is not in the ledger yet.
+        const CopyRecord* record = file.record && file.record->id >= 0 ? &*file.record : nullptr;
         const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
                                                             record->linksState == file.linksState));
         if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&

@@ -39,6 +39,8 @@ PlannedFile Describe(const JobFile& file, const JobState& job, ProblemSorter& pr
     planned.remark = file.remark;
     if (planned.remark == Remark::None && file.linksState == LinksState::Failed)
         planned.remark = Remark::LinksNotRead;
+    if (file.deed == Deed::Relink && !job.cancelled)
+        TellOfNewLinks(planned.outcome, planned.remark);
     planned.detail = file.detail;
     planned.origin = file.isSelected ? Origin::Selected : Origin::Linked;
     planned.deletesSource = DeletesSource(file, job.request);

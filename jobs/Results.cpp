@@ -69,6 +69,14 @@ bool IsReported(const JobFile& file)
     return !file.isDropped && (!file.isFolder || file.outcome == Outcome::Failed);
 }
 
+void TellOfNewLinks(Outcome& outcome, Remark& remark)
+{
+    if ((outcome != Outcome::Unchanged && outcome != Outcome::InPlace) || remark != Remark::None)
+        return;
+    outcome = Outcome::Updated;
+    remark = Remark::LinksRewritten;
+}
+
 Outcome OutcomeNow(const JobFile& file, const JobState& job)
 {
     const bool isAwaited = file.deed == Deed::Copy || file.outcome == Outcome::NotDone;
@@ -102,6 +110,8 @@ FileResult Results::Make(const JobFile& file)
     result.detail = file.detail;
     result.sourceDeleted = file.sourceDeleted;
     result.linksRewritten = file.linksRewritten;
+    if (file.linksRewritten)
+        TellOfNewLinks(result.outcome, result.remark);
     result.outside = file.outside;
     result.isUnknownFormat = file.isUnknownFormat;
     if (result.outcome == Outcome::Missing || result.outcome == Outcome::Refused ||

@@ -3,6 +3,7 @@
 #include "corsync/Session.h"
 
 #include "FolderCleanup.h"
+#include "OwnPlaces.h"
 #include "Paths.h"
 #include "QuietLog.h"
 #include "base/KnownFolders.h"
@@ -123,6 +124,7 @@ struct Session::State
         if (settings.cloudCacheFolder.isEmpty())
             throw JobError(JobErrorKind::SettingsRefused,
                            QStringLiteral("no cloud cache folder is configured"));
+        RequireOwnPlaces(settings);
         const QStringList folders = CheckedFolders(pluginFolders);
         if (use == SessionUse::PlanOnly)
             cleanup.emplace(settings.cloudCacheFolder);

@@ -119,6 +119,12 @@ enum class Remark
     Unexplained,
     /// In place, but a cancel came before its links were rewritten; the next import does it.
     LinksNotRewritten,
+    /// Updated: nothing else changed in the copy, which is no new one.
+    LinksRewritten,
+    /// Replaced: a symbolic link stood there, and has the name that the detail tells.
+    LinkSetAside,
+    /// Orphaned: it is not pruned, because another copy links it.
+    StillLinked,
 };
 
 /// Why a file is part of the import.
@@ -231,6 +237,9 @@ struct Conflict
     QString other;
     /// The source is one of those given.
     bool selected = false;
+    /// What would settle it: with BothChanged as ImportRequest::onConflict, otherwise as policy for
+    /// collisions. Empty when something must be moved or renamed first.
+    QList<ConflictAnswer> answers = {};
     /// With TargetTaken and BothChanged.
     ConflictSide sourceSide = {};
     ConflictSide targetSide = {};

@@ -20,7 +20,8 @@ class CORSYNCJOBS_EXPORT Session
 {
 public:
     /// `pluginFolders` hold registration files and libraries of plug-ins; they are searched before
-    /// the default folders. Throws JobError: SettingsRefused without a cloud cache folder,
+    /// the default folders. Throws JobError: SettingsRefused without a cloud cache folder
+    /// or with database or base store in it,
     /// SessionTaken, PluginFolderMissing, NoCloudFolder, DatabaseNotOpened.
     explicit Session(const SyncServices::ServicesSettings& settings,
                      const QStringList& pluginFolders = {}, SessionUse use = SessionUse::Import);

@@ -32,7 +32,7 @@ TEST_F(ImportOverExistingFiles, StopsBeforeAnythingIsCopiedAndListsThem)
     EXPECT_EQ(Cloud(), before);
     EXPECT_EQ(result.Lines(), (QStringList{u"conflict   a.tlk -> a.tlk: a file stands there"_s,
                                            u"conflict   b.tlk -> b.tlk: a file stands there"_s}));
-    EXPECT_TRUE(result.err.contains(u"--collisions keep, rename or replace"_s));
+    EXPECT_TRUE(result.err.contains(u"--collisions keep, replace or rename"_s));
 }
 
 TEST_F(ImportOverExistingFiles, NeedsAPolicyForEachKindThatCollides)

@@ -98,6 +98,18 @@ TEST_F(Exclusions, AreShownAsSkippedWithTheirPatternWhenAskedFor)
     EXPECT_EQ(skipped.filter(u"m.blend1"_s).size(), 1) << ::testing::PrintToString(verbose);
 }
 
+TEST_F(Exclusions, OfALinkedFileAreShownOnce)
+{
+    Design(u"work/proj/top.gltf"_s, {u"b.bak"_s, u"out/big.txt"_s});
+    const QStringList arguments{u"proj"_s, u"--exclude"_s, u"*.bak"_s, u"--exclude"_s, u"/out/"_s};
+    const CommandResult verbose = Import(arguments + QStringList{u"-v"_s});
+    const QStringList skipped = verbose.Lines().filter(u"skipped "_s);
+    EXPECT_EQ(skipped.filter(u"b.bak"_s).size(), 1) << ::testing::PrintToString(verbose);
+    const ImportReport report = Report(arguments + QStringList{u"--dry-run"_s});
+    EXPECT_EQ(report.Lines().filter(u"proj/b.bak"_s).size(), 1) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.Lines().filter(u"out/big.txt"_s).size(), 1);
+}
+
 TEST_F(Exclusions, KeepWhatAMoveWouldDelete)
 {
     ASSERT_EQ(Report({u"proj"_s, u"--move"_s, u"--exclude"_s, u"*.bak"_s}).exitCode, 0);

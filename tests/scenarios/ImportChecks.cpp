@@ -202,8 +202,7 @@ bool ImportChecks::IsOursToChange(const QString& path) const
 
 void ImportChecks::CheckUntouched(const ImportReport& report)
 {
-    static const QStringList changing{u"updated"_s, u"replaced"_s, u"moved"_s, u"unchanged"_s,
-                                      u"pruned"_s};
+    static const QStringList changing{u"updated"_s, u"replaced"_s, u"moved"_s, u"pruned"_s};
     QMap<QString, QString> statuses;
     QStringList touched;
     for (const ReportedFile& line : report.files) {
@@ -393,7 +392,7 @@ void ImportChecks::CheckRecordedDecision(const ReportedFile& line, const CopyRec
     if (there.kind == "none")
         allowed = {u"copied"_s};
     if (there.kind == "file" && !sourceChanged && !copyChanged)
-        allowed = {u"unchanged"_s};
+        allowed = {After(line.target) == there ? u"unchanged"_s : u"updated"_s};
     if (there.kind == "file" && !copyChanged && IsTouched(line))
         allowed += {u"updated"_s};
     if (there.kind == "file" && sourceChanged && !copyChanged)
