@@ -4,6 +4,7 @@
 
 #include "FileStamps.h"
 #include "LinkPlanning.h"
+#include "Orphans.h"
 #include "Paths.h"
 
 #include "base/FileAttributes.h"
@@ -95,7 +96,9 @@ bool Decisions::Make(const Answers& answers)
         return false;
     Settle();
     PlanLinks(m_job);
-    FindOrphans();
+    Orphans orphans(m_job, m_copies);
+    m_job.orphans = orphans.Find();
+    m_job.lostCopies = orphans.Lost();
     return true;
 }
 
@@ -467,21 +470,6 @@ void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* oth
             SideOf(file.target, file.record ? &file.record->targetStamp : nullptr);
     }
     m_conflicts.append(conflict);
-}
-
-void Decisions::FindOrphans()
-{
-    m_job.orphans.clear();
-    for (const CopyRecord& record : m_copies.All()) {
-        const bool isOfSelection =
-            std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
-                        [&](const QString& source) { return IsInFolder(record.source, source); });
-        if (isOfSelection && IsOfThisProject(record) &&
-            !m_copies.WasMoved(record.source, m_job.target) && !ExistsOnDisk(record.source) &&
-            ExistsOnDisk(record.target) && !m_owners.IsOwned(record.target) &&
-            !IsCutOff(record.target))
-            m_job.orphans.append(record);
-    }
 }
 
 } // namespace Halvern::Jobs

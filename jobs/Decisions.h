@@ -58,7 +58,6 @@ private:
     void Clash(const JobFile& file, ConflictKind kind, const JobFile* other = nullptr);
     ConflictAnswer AnswerFor(const JobFile& file, Standing standing) const;
     ConflictAnswer CollisionAnswerFor(const JobFile& file) const;
-    void FindOrphans();
 
     JobState& m_job;
     JobControl& m_control;

@@ -141,6 +141,14 @@ private:
     QMultiHash<QString, qsizetype> m_byFoldedPath;
 };
 
+/// A copy that nothing asks for any more.
+struct Orphan
+{
+    CopyRecord record;
+    /// Its source is gone, but another copy links it.
+    bool isStillLinked = false;
+};
+
 /// Everything one job knows.
 struct JobState
 {
@@ -150,8 +158,10 @@ struct JobState
     QString cloudFolder;
     JobFiles files;
     QList<LeftOutItem> leftOut;
-    /// Copies of this project whose source is gone.
-    QList<CopyRecord> orphans;
+    QList<Orphan> orphans;
+    /// Targets of copies that files of this job link no more, which is to be recorded before
+    /// anything is written.
+    QStringList lostCopies;
     /// Targets of those that were put into the base store.
     QStringList pruned;
     /// Why others were not, by their targets.

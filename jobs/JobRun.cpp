@@ -6,6 +6,7 @@
 #include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
+#include "Orphans.h"
 #include "Paths.h"
 #include "Preflight.h"
 #include "Results.h"
@@ -187,6 +188,9 @@ void JobRun::Execute(Results& results)
         FailToBegin(begun);
         return;
     }
+    // Once the files that linked them are written nothing tells that any more.
+    if (!m_state.lostCopies.isEmpty())
+        static_cast<void>(m_ledger->NoteLinkedNoMore(m_state.lostCopies));
     const SyncServices::BaseStoreRun run;
     FileMaker maker(m_state, *m_control, m_reader, cloud, staging);
     m_maker = &maker;
@@ -286,8 +290,10 @@ void JobRun::NoteUnchanged()
         file.targetStamp = StampOf(file.target, false);
         // What was adopted is not in the ledger yet.
         const CopyRecord* record = file.record && file.record->id >= 0 ? &*file.record : nullptr;
-        const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
-                                                            record->linksState == file.linksState));
+        const bool isAsBefore = record && record->origin == OriginOf(file, m_state);
+        const bool isRead =
+            isAsBefore && (!file.linksKnown || (record->readers == file.readers &&
+                                                record->linksState == file.linksState));
         if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
             isSound(file.targetStamp, record->targetStamp, record->recordedAt))
             continue;
@@ -304,6 +310,9 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     m_control->GoOn();
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
+    // Copies that could not be made anew link what they linked.
+    if (!m_state.cancelled)
+        m_state.orphans = Orphans(m_state, m_copies).Find();
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
         RemoveSources(results);
     for (JobFile& file : m_state.files)
@@ -337,12 +346,12 @@ void JobRun::RemoveSources(Results& results)
 
 void JobRun::Prune(const Base::RootedFolder& cloud)
 {
-    for (const CopyRecord& orphan : m_state.orphans) {
+    for (const auto& [orphan, isStillLinked] : std::as_const(m_state.orphans)) {
         const std::filesystem::path copy =
             Native(orphan.target.mid(m_state.cloudFolder.size() + 1));
         Base::FileStatus status;
         // What somebody changed is not this library's any more.
-        if (!cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
+        if (isStillLinked || !cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
             !IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
                               m_state.request.checksum))
             continue;

@@ -39,7 +39,7 @@ bool FileResult::IsProblem() const
     case Outcome::Failed:
         return true;
     case Outcome::Orphaned:
-        return remark != Remark::None;
+        return remark == Remark::NotKept;
     case Outcome::Skipped:
     case Outcome::Missing:
     case Outcome::Refused:
@@ -152,11 +152,13 @@ QList<FileResult> Results::MakeAll()
 QList<FileResult> OrphanResults(const JobState& job)
 {
     QList<FileResult> results;
-    for (const CopyRecord& orphan : job.orphans) {
+    for (const auto& [orphan, isStillLinked] : job.orphans) {
         FileResult result;
         result.source = orphan.source;
         result.target = orphan.target;
         result.outcome = job.pruned.contains(orphan.target) ? Outcome::Pruned : Outcome::Orphaned;
+        if (isStillLinked)
+            result.remark = Remark::StillLinked;
         if (job.notPruned.contains(orphan.target)) {
             result.remark = Remark::NotKept;
             result.detail = job.notPruned.value(orphan.target);

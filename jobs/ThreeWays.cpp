@@ -36,6 +36,7 @@ CopyRecord AdoptedRecord(const JobFile& file, const JobState& job,
     for (const JobLink& link : file.links)
         record.sourceLinks.append(link.stored);
     record.readers = file.readers;
+    record.origin = CopyOrigin::Linked;
     return record;
 }
 

@@ -45,7 +45,8 @@ enum class Outcome
     Refused,
     /// Linked, but no file of this machine.
     Url,
-    /// Copied earlier; its source is gone from the selection since. The copy stays.
+    /// Copied earlier by an import to the same target. Its source is gone from the selection since;
+    /// or only links led to it, and no copy links it any more. The copy stays.
     Orphaned,
     /// The same, and the copy was put into the base store.
     Pruned,
