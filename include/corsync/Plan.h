@@ -20,7 +20,8 @@ enum class Outcome
     /// Copied to where another file stood.
     Replaced,
     /// The source changed since it was copied, the copy did not: the copy is made anew, the old one
-    /// is in the base store.
+    /// is in the base store. With the remark LinksRewritten only links in it changed, because what
+    /// they lead to has got another place.
     Updated,
     /// Copied under a name that was free.
     Renamed,
@@ -29,8 +30,7 @@ enum class Outcome
     /// The copy changed since it was made, the source did not: it stays as it is.
     Left,
     /// Copied earlier, and changed on neither side since; or somebody else put the same content
-    /// there. Its links may be rewritten all the same, when what they lead to has got another
-    /// place.
+    /// there.
     Unchanged,
     /// Lies in the cloud cache folder already.
     InPlace,
