@@ -40,6 +40,11 @@ bool IsOwnRecord(const QString& file)
                .contains(file.mid(database.size()));
 }
 
+QString BaseStore()
+{
+    return FolderManager::GetInstance()->GetSettings().BaseStoreFolder();
+}
+
 bool IsAnythingToBeDone(const JobState& job)
 {
     return std::any_of(job.files.begin(), job.files.end(),
@@ -119,10 +124,17 @@ bool JobRun::TakeSelection(const QStringList& sources)
         WalkSelection(sources, ExcludeRules(m_state.request.exclude),
                       [this] { return m_control->IsCancelRequested(); });
     m_state.leftOut = listing.leftOut;
+    const QString store = BaseStore();
     for (const SelectedEntry& entry : listing.entries) {
         if (IsOwnRecord(entry.source)) {
             m_state.leftOut.append(
                 {entry.source, Remark::Excluded, QStringLiteral("the sync database")});
+            continue;
+        }
+        if (!store.isEmpty() && IsInFolder(entry.source, store)) {
+            if (entry.isFolder && PathKey(entry.source) == PathKey(store))
+                m_state.leftOut.append(
+                    {entry.source, Remark::Excluded, QStringLiteral("the base store")});
             continue;
         }
         JobFile file;
