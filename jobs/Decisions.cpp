@@ -4,8 +4,10 @@
 
 #include "FileStamps.h"
 #include "LinkPlanning.h"
+#include "Orphans.h"
 #include "Paths.h"
 
+#include "base/FileAttributes.h"
 #include "base/FileHandle.h"
 
 #include <QtCore/QFileInfo>
@@ -111,7 +113,9 @@ bool Decisions::Make(const Answers& answers)
     Settle();
     PlanLinks(m_job);
     NoteLinks();
-    FindOrphans();
+    Orphans orphans(m_job, m_copies);
+    m_job.orphans = orphans.Find();
+    m_job.lostCopies = orphans.Lost();
     return true;
 }
 
@@ -408,8 +412,21 @@ void Decisions::SettleCopy(JobFile& file)
                AnswerFor(file, standing) == ConflictAnswer::Stop) {
         Clash(file, standing == Standing::BothChanged ? ConflictKind::BothChanged
                                                       : ConflictKind::TargetTaken);
+    } else if (file.outcome == Outcome::Replaced &&
+               file.targetStatus.kind == Base::FileKind::Link) {
+        file.remark = Remark::LinkSetAside;
+        file.detail = FreeName(file.target + QStringLiteral(".link"));
     }
     m_owners.Add(file);
+}
+
+/// The path itself when nothing is there or will be.
+QString Decisions::FreeName(const QString& path) const
+{
+    const auto isTaken = [&](const QString& candidate) {
+        return m_owners.IsOwned(candidate) || ExistsOnDisk(candidate);
+    };
+    return isTaken(path) ? FreePath(path, isTaken) : path;
 }
 
 bool Decisions::GiveFreeName(JobFile& file)
@@ -427,6 +444,34 @@ bool Decisions::GiveFreeName(JobFile& file)
     return true;
 }
 
+/// Nothing is put into a folder that cannot be written to, and no read-only file is replaced.
+QList<ConflictAnswer> Decisions::AnswersTo(const JobFile& file, ConflictKind kind) const
+{
+    const bool mayAdd = Base::MayAddTo(Native(QFileInfo(file.target).path()));
+    const bool mayReplace = mayAdd && (file.targetStatus.kind == Base::FileKind::Link ||
+                                       Base::IsWritable(Native(file.target)));
+    QList<ConflictAnswer> answers;
+    switch (kind) {
+    case ConflictKind::TargetTaken:
+    case ConflictKind::BothChanged:
+    case ConflictKind::CannotRename:
+        answers.append(ConflictAnswer::Keep);
+        if (mayReplace)
+            answers.append(ConflictAnswer::Replace);
+        if (mayAdd && kind != ConflictKind::CannotRename)
+            answers.append(ConflictAnswer::Rename);
+        return answers;
+    case ConflictKind::SameTarget:
+        if (!file.keepsTarget && CollisionAnswerFor(file) != ConflictAnswer::Rename)
+            answers.append(ConflictAnswer::Rename);
+        return answers;
+    case ConflictKind::FolderInTheWay:
+    case ConflictKind::FileInTheWay:
+        return answers;
+    }
+    return answers;
+}
+
 void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* other)
 {
     Conflict conflict;
@@ -435,6 +480,7 @@ void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* oth
     conflict.target = file.target;
     conflict.other = other ? other->source : QString();
     conflict.selected = file.isSelected;
+    conflict.answers = AnswersTo(file, kind);
     if (kind == ConflictKind::TargetTaken || kind == ConflictKind::BothChanged) {
         conflict.sourceSide =
             SideOf(file.source, file.record ? &file.record->sourceStamp : nullptr);
@@ -464,21 +510,6 @@ void Decisions::NoteLinks()
             file.remark = Remark::LinksNoFile;
             file.detail = link->file;
         }
-    }
-}
-
-void Decisions::FindOrphans()
-{
-    m_job.orphans.clear();
-    for (const CopyRecord& record : m_copies.All()) {
-        const bool isOfSelection =
-            std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
-                        [&](const QString& source) { return IsInFolder(record.source, source); });
-        if (isOfSelection && IsOfThisProject(record) &&
-            !m_copies.WasMoved(record.source, m_job.target) && !ExistsOnDisk(record.source) &&
-            ExistsOnDisk(record.target) && !m_owners.IsOwned(record.target) &&
-            !IsCutOff(record.target))
-            m_job.orphans.append(record);
     }
 }
 

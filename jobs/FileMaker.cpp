@@ -6,7 +6,6 @@
 #include "Paths.h"
 
 #include "base/ContentHash.h"
-#include "base/Directory.h"
 #include "base/FileAttributes.h"
 #include "base/FileLock.h"
 #include "base/NativePath.h"
@@ -77,6 +76,11 @@ void FileMaker::Fail(JobFile& file, ProblemKind kind, const QString& text)
     file.End(Outcome::Failed);
 }
 
+QString FileMaker::Reason(const JobFile& file, const Base::FileResult& failure) const
+{
+    return m_staging.TextOf(failure, file.target);
+}
+
 bool FileMaker::MakeFolder(const JobFile& file)
 {
     const std::filesystem::path folder = Below(file.target);
@@ -91,7 +95,7 @@ bool FileMaker::MakeFolder(const JobFile& file)
         return false;
     }
     if (file.isHidden)
-        Base::Hide(Native(file.target));
+        static_cast<void>(m_cloud.Hide(folder)); // where it cannot be hidden it is seen
     return true;
 }
 
@@ -102,7 +106,7 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
     else if (!ExistsOnDisk(file.source))
         file.End(Outcome::Failed, Remark::Vanished);
     else
-        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Text(why));
+        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Reason(file, why));
 }
 
 void FileMaker::NamePlace(JobFile& file, Staged& staged) const
@@ -277,7 +281,7 @@ void FileMaker::Relink(JobFile& file)
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::LinksNotRewritten,
                           file.target,
-                          QStringLiteral("Failed to copy: ") + Text(copied),
+                          QStringLiteral("Failed to copy: ") + Reason(file, copied),
                           {}});
         return FailToRewrite(file, false);
     }
@@ -312,6 +316,8 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
         file.End(Outcome::Failed, Remark::TargetChanged);
         return false;
     }
+    if (there.kind == Base::FileKind::Link)
+        return SetLinkAside(file);
     const bool isRelink = file.deed == Deed::Relink;
     if (!isRelink && !Base::IsWritable(target)) {
         m_control.Report({Stage::CopyFiles,
@@ -333,6 +339,23 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
     return false;
 }
 
+/// What the link leads to is not touched, and how it read is not lost.
+bool FileMaker::SetLinkAside(JobFile& file)
+{
+    const Base::FileResult moved =
+        file.remark == Remark::LinkSetAside
+            ? m_cloud.Move(Below(file.target), Below(file.detail), Base::Existing::Keep)
+            : Base::FileResult::Refused(Base::FileProblem::NameTaken, {});
+    if (moved)
+        return true;
+    if (moved.Problem() == Base::FileProblem::NameTaken)
+        file.End(Outcome::Failed, Remark::TargetChanged);
+    else
+        Fail(file, ProblemKind::NotCopied,
+             QStringLiteral("The symbolic link there could not be set aside: ") + Text(moved));
+    return false;
+}
+
 /// Another disk is mounted in the cloud folder: the copy is made ready beside its place.
 Base::FileResult FileMaker::MoveAcross(const Staged& staged, const std::filesystem::path& target,
                                        bool replaces) const
@@ -344,9 +367,11 @@ Base::FileResult FileMaker::MoveAcross(const Staged& staged, const std::filesyst
     if (result)
         result =
             m_cloud.Move(beside, target, replaces ? Base::Existing::Replace : Base::Existing::Keep);
-    if (!result)
-        static_cast<void>(m_cloud.Remove(beside));
-    return result;
+    if (result)
+        return result;
+    static_cast<void>(m_cloud.Remove(beside));
+    return result.Code() == 0 ? result
+                              : Base::FileResult::Failed(Base::PathToUtf8(target), result.Code());
 }
 
 bool FileMaker::Place(JobFile& file, const Staged& staged)
@@ -367,11 +392,15 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     if (result && (there.Exists() || m_job.request.move))
         result = m_cloud.Flush(staged.place);
     NoteStamps(file, staged);
+    const bool isLink = there.kind == Base::FileKind::Link;
+    const bool isInTheWay = there.Exists() && !isLink;
     if (result)
         result = m_cloud.Move(staged.place, target,
-                              there.Exists() ? Base::Existing::Replace : Base::Existing::Keep);
+                              isInTheWay ? Base::Existing::Replace : Base::Existing::Keep);
     if (result.Problem() == Base::FileProblem::OtherDisk)
-        result = MoveAcross(staged, target, there.Exists());
+        result = MoveAcross(staged, target, isInTheWay);
+    if (!result && isLink)
+        static_cast<void>(m_cloud.Move(Below(file.detail), target, Base::Existing::Keep));
     if (result) {
         file.isDone = true;
         file.deed = Deed::Nothing;
@@ -382,7 +411,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     else if (result.Problem() == Base::FileProblem::LeadsOutside)
         file.End(Outcome::Failed, Remark::OutsideCloudFolder);
     else
-        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Text(result));
+        Fail(file, ProblemKind::NotCopied,
+             QStringLiteral("Failed to copy: ") + Reason(file, result));
     return false;
 }
 

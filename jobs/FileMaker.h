@@ -42,8 +42,10 @@ private:
                                 bool replaces) const;
     bool Place(JobFile& file, const Staged& staged);
     bool MakeWay(JobFile& file, const Base::FileStatus& there);
+    bool SetLinkAside(JobFile& file);
     void NoteStamps(JobFile& file, const Staged& staged) const;
     void Fail(JobFile& file, FileLink::ProblemKind kind, const QString& text);
+    QString Reason(const JobFile& file, const Base::FileResult& failure) const;
     void FailToCopy(JobFile& file, const Base::FileResult& why);
     void FailToRewrite(JobFile& file, bool isHeld);
     std::filesystem::path Below(const QString& target) const;

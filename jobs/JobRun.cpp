@@ -6,6 +6,7 @@
 #include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
+#include "Orphans.h"
 #include "Paths.h"
 #include "Preflight.h"
 #include "Results.h"
@@ -39,6 +40,17 @@ bool IsOwnRecord(const QString& file)
            QStringList{QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
                        QStringLiteral("-journal")}
                .contains(file.mid(database.size()));
+}
+
+QString BaseStore()
+{
+    return FolderManager::GetInstance()->GetSettings().BaseStoreFolder();
+}
+
+bool IsAnythingToBeDone(const JobState& job)
+{
+    return std::any_of(job.files.begin(), job.files.end(),
+                       [](const JobFile& file) { return file.deed != Deed::Nothing; });
 }
 
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
@@ -118,10 +130,17 @@ bool JobRun::TakeSelection(const Sources& sources)
         sources.outermost, ExcludeRules(m_state.request.exclude),
         [this] { return m_control->IsCancelRequested(); }, sources.inside);
     m_state.leftOut += listing.leftOut;
+    const QString store = BaseStore();
     for (const SelectedEntry& entry : listing.entries) {
         if (IsOwnRecord(entry.source)) {
             m_state.leftOut.append(
                 {entry.source, Remark::Excluded, QStringLiteral("the sync database")});
+            continue;
+        }
+        if (!store.isEmpty() && IsInFolder(entry.source, store)) {
+            if (entry.isFolder && PathKey(entry.source) == PathKey(store))
+                m_state.leftOut.append(
+                    {entry.source, Remark::Excluded, QStringLiteral("the base store")});
             continue;
         }
         JobFile file;
@@ -182,18 +201,14 @@ void JobRun::Execute(Results& results)
     const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));
     Staging staging(cloud);
     const Base::FileResult begun = opened ? staging.Begin() : opened;
-    if (!begun) {
-        m_control->Report(
-            {FileLink::Stage::CopyFiles,
-             FileLink::ProblemKind::FolderNotMade,
-             {},
-             m_state.cloudFolder + QStringLiteral(": ") + QString::fromStdString(begun.Text()),
-             {}});
-        for (JobFile& file : m_state.files)
-            if (file.deed != Deed::Nothing)
-                file.End(Outcome::Failed, Remark::Unexplained);
+    // Where nothing is to be written that it cannot be is no matter.
+    if (!begun && (!opened || IsAnythingToBeDone(m_state))) {
+        FailToBegin(begun);
         return;
     }
+    // Once the files that linked them are written nothing tells that any more.
+    if (!m_state.lostCopies.isEmpty())
+        static_cast<void>(m_ledger->NoteLinkedNoMore(m_state.lostCopies));
     const SyncServices::BaseStoreRun run;
     FileMaker maker(m_state, *m_control, m_reader, cloud, staging);
     m_maker = &maker;
@@ -204,6 +219,18 @@ void JobRun::Execute(Results& results)
         NoteUnchanged();
     m_maker = nullptr;
     Finish(results, cloud);
+}
+
+void JobRun::FailToBegin(const Base::FileResult& why)
+{
+    m_control->Report({FileLink::Stage::CopyFiles,
+                       FileLink::ProblemKind::FolderNotMade,
+                       {},
+                       QString::fromStdString(why.Text()),
+                       {}});
+    for (JobFile& file : m_state.files)
+        if (file.deed != Deed::Nothing)
+            file.End(Outcome::Failed, Remark::FolderNotMade, m_state.cloudFolder);
 }
 
 void JobRun::MakeFolders()
@@ -279,9 +306,12 @@ void JobRun::NoteUnchanged()
         file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, false);
         file.targetStamp = StampOf(file.target, false);
-        const CopyRecord* record = file.record ? &*file.record : nullptr;
-        const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
-                                                            record->linksState == file.linksState));
+        // What was adopted is not in the ledger yet.
+        const CopyRecord* record = file.record && file.record->id >= 0 ? &*file.record : nullptr;
+        const bool isAsBefore = record && record->origin == OriginOf(file, m_state);
+        const bool isRead =
+            isAsBefore && (!file.linksKnown || (record->readers == file.readers &&
+                                                record->linksState == file.linksState));
         if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
             isSound(file.targetStamp, record->targetStamp, record->recordedAt)) {
             // With the hashes, when a move notes it again.
@@ -303,6 +333,9 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     m_control->GoOn();
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
+    // Copies that could not be made anew link what they linked.
+    if (!m_state.cancelled)
+        m_state.orphans = Orphans(m_state, m_copies).Find();
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
         RemoveSources(results);
     else if (m_state.request.move)
@@ -335,12 +368,12 @@ void JobRun::RemoveSources(Results& results)
 
 void JobRun::Prune(const Base::RootedFolder& cloud)
 {
-    for (const CopyRecord& orphan : m_state.orphans) {
+    for (const auto& [orphan, isStillLinked] : std::as_const(m_state.orphans)) {
         const std::filesystem::path copy =
             Native(orphan.target.mid(m_state.cloudFolder.size() + 1));
         Base::FileStatus status;
         // What somebody changed is not this library's any more.
-        if (!cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
+        if (isStillLinked || !cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
             !IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
                               m_state.request.checksum))
             continue;

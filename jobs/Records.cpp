@@ -3,6 +3,7 @@
 #include "Records.h"
 
 #include "LinkPlanning.h"
+#include "Orphans.h"
 #include "Paths.h"
 
 #include "syncservices/FolderManager.h"
@@ -81,6 +82,7 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.recordedAt = file.recordedAt;
     record.isRewritePending = file.isPending;
     record.isMoved = file.sourceDeleted;
+    record.origin = OriginOf(file, job);
     if (KeepsRecordedLinks(file)) {
         record.isRewritePending = file.record->isRewritePending;
         record.sourceLinks = file.record->sourceLinks;
@@ -94,6 +96,10 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.sourceLinks = StoredLinks(file);
     record.targetLinks = file.wantedLinks;
     record.linkedTargets = LinkedTargets(file, job.files);
+    // What it linked it may link still.
+    if (file.record && !(file.linksKnown && file.linksState == LinksState::Read))
+        record.linkedTargets += file.record->linkedTargets;
+    record.linkedTargets.removeDuplicates();
     // Links that nobody asked for are read when somebody does.
     record.linksState = file.linksKnown ? file.linksState : LinksState::Failed;
     record.readers = file.readers;

@@ -89,8 +89,7 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
     Staging staging(cloud);
     const Base::FileResult begun = opened ? staging.Begin() : opened;
     if (!begun)
-        throw JobError(JobErrorKind::NoCloudFolder, job.cloudFolder + QStringLiteral(": ") +
-                                                        QString::fromStdString(begun.Text()));
+        throw JobError(JobErrorKind::NoCloudFolder, QString::fromStdString(begun.Text()));
     const SyncServices::BaseStoreRun run;
     FileMaker maker(job, control, reader, cloud, staging);
     control.BeginPhase(Phase::RewritingLinks, job.files.Size());

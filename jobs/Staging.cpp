@@ -7,6 +7,8 @@
 #include "base/NativePath.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 #include <QtCore/QRandomGenerator>
 
 #include <vector>
@@ -47,7 +49,9 @@ Base::FileResult Staging::Begin()
         m_lock.reset();
     }
     m_folder.clear();
-    return made ? Base::FileResult::Failed("no folder of its own could be made") : made;
+    // The name of a folder that there is not tells nobody anything.
+    return Base::FileResult::Failed("Nothing can be written to " + Base::PathToUtf8(m_cloud.Path()),
+                                    made.Code());
 }
 
 Staging::~Staging()
@@ -69,6 +73,19 @@ std::filesystem::path Staging::PlaceFor(const QString& name) const
 std::filesystem::path Staging::Absolute(const std::filesystem::path& place) const
 {
     return m_cloud.Path() / place;
+}
+
+QString Staging::TextOf(const Base::FileResult& failure, const QString& target) const
+{
+    QString text = QString::fromStdString(failure.Text());
+    const QString shown = QDir::toNativeSeparators(target);
+    const QString name = QFileInfo(target).fileName();
+    for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
+        text.replace(QStringView(Base::PathText(folder / Native(name))).toString(), shown);
+    for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
+        text.replace(QStringView(Base::PathText(folder)).toString(),
+                     QDir::toNativeSeparators(QFileInfo(target).path()));
+    return text;
 }
 
 void Staging::Clear(const std::filesystem::path& folder) const
