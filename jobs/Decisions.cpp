@@ -5,10 +5,13 @@
 #include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Paths.h"
+#include "RealPaths.h"
 
+#include "base/Directory.h"
 #include "base/FileHandle.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -51,6 +54,12 @@ bool IsReadable(JobFile& file)
     else
         file.End(Outcome::Failed, Remark::NotReadable, QString::fromStdString(opened.Text()));
     return bool(opened);
+}
+
+/// What lies in a folder that cannot be looked into may be there.
+bool IsGone(const QString& file)
+{
+    return Base::ReadEntry(Native(file)).kind == Base::EntryKind::Missing;
 }
 
 QDateTime TimeOf(qint64 nanoseconds)
@@ -385,6 +394,8 @@ void Decisions::SettleCopy(JobFile& file)
                m_copies.IsLinkedElsewhere(file.target, m_job.target)) {
         if (GiveFreeName(file))
             file.remark = Remark::SharedCopyStays;
+        else
+            file.End(Outcome::Failed, Remark::NameRefused);
         return;
     } else if (file.outcome == Outcome::Replaced &&
                AnswerFor(file, standing) == ConflictAnswer::Stop) {
@@ -429,12 +440,13 @@ void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* oth
 void Decisions::FindOrphans()
 {
     m_job.orphans.clear();
+    QSet<QString> sources;
+    for (const QString& source : std::as_const(m_job.request.sources))
+        sources.insert(PathKey(source));
     for (const CopyRecord& record : m_copies.All()) {
-        const bool isOfSelection =
-            std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
-                        [&](const QString& source) { return IsInFolder(record.source, source); });
+        const bool isOfSelection = !NearestOf(sources, PathKey(record.source)).isEmpty();
         if (isOfSelection && IsOfThisProject(record) &&
-            !m_copies.WasMoved(record.source, m_job.target) && !ExistsOnDisk(record.source) &&
+            !m_copies.WasMoved(record.source, m_job.target) && IsGone(record.source) &&
             ExistsOnDisk(record.target) && !m_owners.IsOwned(record.target) &&
             !IsCutOff(record.target))
             m_job.orphans.append(record);

@@ -39,6 +39,20 @@ bool IsOwnRecord(const QString& file)
                .contains(file.mid(database.size()));
 }
 
+/// Nobody saved the copy since the stamp was taken.
+bool IsStamped(const Base::FileStatus& copy, const FileStamp& stamp)
+{
+    return copy.kind == Base::FileKind::File && qint64(copy.size) == stamp.bytes &&
+           copy.modified == stamp.modified;
+}
+
+void TakeStamps(JobFile& file, const CopyRecord& record)
+{
+    file.sourceStamp = record.sourceStamp;
+    file.targetStamp = record.targetStamp;
+    file.recordedAt = record.recordedAt;
+}
+
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
                                                const std::shared_ptr<JobDatabase>& database)
 {
@@ -89,6 +103,9 @@ bool JobRun::IsStopped()
 
 void JobRun::Plan(const QStringList& sources, const QString& target)
 {
+    // Without its records a job would take copies that somebody changed for anybody's files.
+    if (!m_ledger->Error().isEmpty())
+        throw JobError(JobErrorKind::DatabaseNotOpened, m_ledger->Error());
     m_state.request.sources = sources;
     m_state.target = target;
     if (IsStopped() || !TakeSelection(sources) || !FindLinkedFiles(sources))
@@ -253,15 +270,19 @@ void JobRun::RelinkAroundFailures()
     PlanLinks(m_state);
     for (qsizetype place = 0; place < m_state.files.Size(); ++place) {
         JobFile& file = m_state.files.At(place);
-        if (file.isDone && !file.isPending && file.wantedLinks != written.at(place)) {
-            file.targetStatus = Base::ReadLinkStatus(Native(file.target));
+        if (!file.isDone || file.isPending || file.wantedLinks == written.at(place))
+            continue;
+        file.targetStatus = Base::ReadLinkStatus(Native(file.target));
+        if (IsStamped(file.targetStatus, file.targetStamp))
             file.deed = Deed::Relink;
-        }
+        else
+            file.End(Outcome::Failed, Remark::TargetChanged);
     }
 }
 
 /// Copies that somebody else made, times that changed without the content, and records that cannot
-/// tell by the time whether a file changed.
+/// tell by the time whether a file changed. What was saved since it was compared is left to the
+/// next import: recorded as it is now, it would pass for what was compared.
 void JobRun::NoteUnchanged()
 {
     const auto isSound = [](const FileStamp& now, const FileStamp& recorded, qint64 recordedAt) {
@@ -270,18 +291,24 @@ void JobRun::NoteUnchanged()
     for (JobFile& file : m_state.files) {
         if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone || file.wasMoved)
             continue;
-        file.recordedAt = ClockNow();
-        file.sourceStamp = StampOf(file.source, false);
-        file.targetStamp = StampOf(file.target, false);
         const CopyRecord* record = file.record ? &*file.record : nullptr;
         const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
                                                             record->linksState == file.linksState));
-        if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
-            isSound(file.targetStamp, record->targetStamp, record->recordedAt))
+        if (isRead &&
+            isSound(StampOf(file.source, false), record->sourceStamp, record->recordedAt) &&
+            isSound(StampOf(file.target, false), record->targetStamp, record->recordedAt)) {
+            TakeStamps(file, *record);
             continue;
+        }
+        file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, true);
         file.targetStamp = StampOf(file.target, true);
-        m_records.Note(file);
+        if (!IsStamped(Base::ReadLinkStatus(Native(file.target)), StampOf(file.targetStatus)))
+            file.End(Outcome::Failed, Remark::TargetChanged);
+        else if (Base::ReadFileStatus(Native(file.source)) == file.status)
+            m_records.Note(file);
+        else if (record)
+            TakeStamps(file, *record);
     }
 }
 
@@ -292,8 +319,10 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     m_control->GoOn();
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
-    if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
+    if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty()) {
+        SecureCopies(cloud);
         RemoveSources(results);
+    }
     for (JobFile& file : m_state.files)
         if (file.outcome == Outcome::Moved && file.isDone && !file.sourceDeleted)
             SourceRemoval::Keep(file);
@@ -301,6 +330,34 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
         Prune(cloud);
     static_cast<void>(m_records.Flush());
     results.TellRest();
+}
+
+/// A source may go when its copy still stands under its name, and stays there after a power cut,
+/// too. Copies that are older than this job may not have reached the disk either.
+void JobRun::SecureCopies(const Base::RootedFolder& cloud)
+{
+    for (JobFile& file : m_state.files) {
+        const bool isCopy = file.isDone || file.outcome == Outcome::Unchanged;
+        if (file.isFolder || file.wasMoved || file.isPending || !isCopy)
+            continue;
+        const std::filesystem::path copy = Native(file.target.mid(m_state.cloudFolder.size() + 1));
+        Base::FileStatus status;
+        Base::FileResult result = cloud.Status(copy, status);
+        if (result && !IsStamped(status, file.targetStamp)) {
+            file.End(Outcome::Failed, Remark::TargetChanged);
+            continue;
+        }
+        if (result)
+            result = cloud.Flush(copy);
+        if (result)
+            continue;
+        file.End(Outcome::Failed);
+        m_control->Report({FileLink::Stage::CopyFiles,
+                           FileLink::ProblemKind::NotCopied,
+                           file.source,
+                           QString::fromStdString(result.Text()),
+                           {}});
+    }
 }
 
 /// What is gone must be known as moved also when the process is killed right after: it is noted
@@ -335,8 +392,11 @@ void JobRun::Prune(const Base::RootedFolder& cloud)
                               m_state.request.checksum))
             continue;
         QString reason;
+        Base::FileStatus now;
         if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
             m_state.notPruned.insert(orphan.target, reason);
+        else if (!cloud.Status(copy, now) || now != status)
+            m_state.notPruned.insert(orphan.target, QStringLiteral("it changed while it was kept"));
         else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
             m_state.notPruned.insert(orphan.target, QString::fromStdString(removed.Text()));
         else

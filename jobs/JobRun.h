@@ -45,7 +45,8 @@ public:
 
     /// An earlier job has moved the file, or what is in the folder, to this target.
     bool WasMoved(const QString& source, const QString& target) const;
-    /// Sources and target are checked. Throws JobError: SelectionRefused, PlanNotMade.
+    /// Sources and target are checked. Throws JobError: SelectionRefused, PlanNotMade,
+    /// DatabaseNotOpened.
     void Plan(const QStringList& sources, const QString& target);
     /// Once more, with answers to conflicts.
     void Decide(const Answers& answers);
@@ -72,6 +73,7 @@ private:
     void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);
+    void SecureCopies(const Base::RootedFolder& cloud);
     void RemoveSources(Results& results);
     void Prune(const Base::RootedFolder& cloud);
 

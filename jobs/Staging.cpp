@@ -61,7 +61,9 @@ Staging::~Staging()
 
 std::filesystem::path Staging::PlaceFor(const QString& name) const
 {
-    const std::filesystem::path place = m_folder / Native(name);
+    // The lock's own name is taken, in any letter case for the sake of disks that ignore it.
+    const bool isTaken = name.compare(QLatin1String(LockName), Qt::CaseInsensitive) == 0;
+    const std::filesystem::path place = m_folder / Native(isTaken ? u'_' + name : name);
     static_cast<void>(m_cloud.Remove(place));
     return place;
 }

@@ -49,4 +49,23 @@ TEST_F(ImpossibleNames, APathThatIsTooLongForTheSystemFailsItsFile)
     EXPECT_EQ(report.StatusOf(u"work/proj/n.txt"_s), u"copied"_s);
 }
 
+TEST_F(ImpossibleNames, ACopyThatOthersLinkStaysWhereNoOtherNameHasRoom)
+{
+    const QString part = QString(249, u'n') + u".bin"_s;
+    Design(u"work/one/top.gltf"_s, {u"../"_s + part}, "one");
+    Design(u"work/two/top.gltf"_s, {u"../"_s + part}, "two");
+    tree.File(u"work/"_s + part, "part");
+    ASSERT_EQ(Report({u"one/top.gltf"_s, u"--to"_s, u"A"_s}).exitCode, 0);
+    ASSERT_EQ(Report({u"two/top.gltf"_s, u"--to"_s, u"B"_s}).exitCode, 0);
+    Save(u"work/"_s + part, "second part");
+    const auto before = Stamps(u"cloud"_s);
+    for (const QStringList& options : {QStringList{u"--dry-run"_s}, QStringList()}) {
+        const ImportReport report =
+            Report(QStringList{u"one/top.gltf"_s, u"--to"_s, u"A"_s} + options);
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.StatusOf(u"work/"_s + part), u"failed"_s);
+    }
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+}
+
 } // namespace Halvern::Test

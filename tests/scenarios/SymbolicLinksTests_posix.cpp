@@ -5,6 +5,7 @@
 #include "ScenarioFixture.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 namespace Halvern::Test {
 
@@ -70,6 +71,21 @@ TEST_F(SymbolicLinksInASelection, AFileThatIsReachedThroughALinkedFolderComesFor
     const QString link = LinksOf(u"cloud/proj/top.gltf"_s).value(0);
     EXPECT_EQ(Stamp(u"cloud/proj/"_s + link).content, "x");
     EXPECT_FALSE(tree.Exists(u"cloud/proj/lib/deep/y.txt"_s));
+}
+
+TEST_F(SymbolicLinksInASelection, OnTheWayToItHideNoCloudFolder)
+{
+    tree.File(u"cloud/Demo/mine.txt"_s, "mine");
+    const auto before = Stamps(u"cloud"_s);
+    tree.Folder(u"work/alias"_s);
+    Link(u"work/alias/tree"_s, u"work/../.."_s);
+    const QString name = QFileInfo(tree.Path()).fileName();
+    const ImportReport report = Report({u"alias/tree/"_s + name, u"--move"_s});
+    EXPECT_EQ(report.exitCode, 2) << ::testing::PrintToString(report);
+    EXPECT_TRUE(report.result.err.contains(u"contains the cloud cache folder"_s))
+        << report.result.err.toStdString();
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+    EXPECT_EQ(tree.Read(u"work/proj/a.txt"_s), "a");
 }
 
 } // namespace Halvern::Test

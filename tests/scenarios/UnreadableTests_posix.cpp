@@ -152,4 +152,18 @@ TEST_F(Unreadable, ASourceThatCannotBeDeletedAfterAMoveIsSaid)
     EXPECT_EQ(tree.Read(u"cloud/proj/good.txt"_s), "good");
 }
 
+TEST_F(Unreadable, WhatLiesInAFolderThatCannotBeEnteredIsNoOrphan)
+{
+    tree.File(u"work/proj/closed/part.txt"_s, "part");
+    ASSERT_EQ(Report({u"proj"_s}).exitCode, 0);
+    for (const mode_t mode : {mode_t(0), mode_t(0444)}) {
+        Close(u"work/proj/closed"_s, mode);
+        const ImportReport report = ImportPoorly({u"proj"_s, u"--prune"_s});
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.Statuses().count(u"pruned"_s), 0);
+        EXPECT_EQ(report.Statuses().count(u"orphaned"_s), 0);
+        EXPECT_EQ(tree.Read(u"cloud/proj/closed/part.txt"_s), "part");
+    }
+}
+
 } // namespace Halvern::Test
