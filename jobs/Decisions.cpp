@@ -92,9 +92,11 @@ bool Decisions::Make(const Answers& answers)
 {
     m_answers = answers;
     m_layout.TakeTargets();
-    for (JobFile& file : m_job.files)
+    for (JobFile& file : m_job.files) {
+        file.isPending = false;
         if (file.mapping && !file.isFolder)
             file.End(Outcome::NotDone);
+    }
     PlaceByRecords();
     if (!PlaceOtherwise() || !Look())
         return false;

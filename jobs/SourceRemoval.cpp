@@ -155,7 +155,8 @@ void SourceRemoval::RemoveFolders()
 {
     QStringList folders;
     for (const JobFile& file : m_job.files)
-        if (file.isFolder && file.isSelected)
+        if (file.isFolder && file.isSelected && file.outcome != Outcome::Failed &&
+            !m_job.request.linksOnly)
             folders.append(file.source);
     // Those inside come before those around them; one that holds something stays.
     std::sort(folders.begin(), folders.end(), std::greater<QString>());

@@ -12,7 +12,8 @@ namespace Halvern::Jobs {
 
 /// The last step of a move: deletes each selected file whose copy is in place and recorded, and
 /// whose whole link tree is in order, unless it changed since it was read; then the selected
-/// folders that are empty. Nothing else is deleted, and no right is changed.
+/// folders that are empty and were made in the cloud folder. Nothing else is deleted, and no right
+/// is changed.
 class SourceRemoval
 {
 public:
