@@ -9,6 +9,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QRandomGenerator>
 
+#include <algorithm>
 #include <vector>
 
 namespace Halvern::Jobs {
@@ -17,6 +18,19 @@ namespace {
 
 constexpr char Prefix[] = ".corsync-";
 constexpr char LockName[] = ".lock";
+/// What 64 bits take in base 36.
+constexpr int NameLength = 13;
+
+bool IsStagingName(const QString& name)
+{
+    const QLatin1String prefix(Prefix);
+    const QStringView rest = QStringView(name).mid(prefix.size());
+    return name.startsWith(prefix) && rest.size() == NameLength &&
+           std::all_of(rest.begin(), rest.end(), [](QChar character) {
+               return (character >= u'0' && character <= u'9') ||
+                      (character >= u'a' && character <= u'z');
+           });
+}
 
 std::unique_ptr<QLockFile> LockOf(const std::filesystem::path& folder)
 {
@@ -27,6 +41,14 @@ std::unique_ptr<QLockFile> LockOf(const std::filesystem::path& folder)
     return lock;
 }
 
+bool IsLock(const QLockFile& lock)
+{
+    qint64 process = 0;
+    QString machine;
+    QString program;
+    return lock.getLockInfo(&process, &machine, &program);
+}
+
 } // namespace
 
 Base::FileResult Staging::Begin()
@@ -34,9 +56,8 @@ Base::FileResult Staging::Begin()
     RemoveLeftovers();
     Base::FileResult made;
     for (int tries = 0; tries < 8; ++tries) {
-        const QString name = QString::fromLatin1(Prefix) +
-                             QString::number(QRandomGenerator::system()->generate64(), 36);
-        m_folder = Native(name);
+        const QString random = QString::number(QRandomGenerator::system()->generate64(), 36);
+        m_folder = Native(QLatin1String(Prefix) + random.rightJustified(NameLength, u'0'));
         made = m_cloud.MakePrivateFolder(m_folder);
         if (!made)
             continue;
@@ -90,14 +111,18 @@ void Staging::RemoveLeftovers() const
         return;
     for (const std::filesystem::path& name : names) {
         Base::FileStatus status;
-        if (!Base::PathToUtf8(name).starts_with(Prefix) || !m_cloud.Status(name, status) ||
-            status.kind != Base::FileKind::Folder)
+        if (!IsStagingName(QStringView(Base::PathText(name)).toString()) ||
+            !m_cloud.Status(name, status) || status.kind != Base::FileKind::Folder)
             continue;
         std::unique_ptr<QLockFile> lock = LockOf(Absolute(name));
-        if (!lock->tryLock(0))
-            continue;
-        Clear(name);
+        // Somebody's own folder of such a name has none.
+        if (IsLock(*lock)) {
+            if (!lock->tryLock(0))
+                continue;
+            Clear(name);
+        }
         lock.reset();
+        // Nothing happens to one that holds something.
         static_cast<void>(m_cloud.RemoveFolder(name));
     }
 }
