@@ -8,6 +8,7 @@
 #include "LinkPlanning.h"
 #include "Paths.h"
 #include "Preflight.h"
+#include "RealPaths.h"
 #include "Results.h"
 #include "SelectionWalk.h"
 #include "SourceRemoval.h"
@@ -18,6 +19,8 @@
 #include "base/RootedFolder.h"
 #include "syncservices/FolderManager.h"
 #include "syncservices/SyncManager.h"
+
+#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -320,8 +323,15 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty()) {
-        SecureCopies(cloud);
-        RemoveSources(results);
+        if (const Base::FileResult secured = SecureCopies(cloud))
+            RemoveSources(results);
+        else
+            m_control->Report(
+                {FileLink::Stage::CopyFiles,
+                 FileLink::ProblemKind::SourceNotDeleted,
+                 {},
+                 QStringLiteral("No source was deleted: ") + QString::fromStdString(secured.Text()),
+                 {}});
     }
     for (JobFile& file : m_state.files)
         if (file.outcome == Outcome::Moved && file.isDone && !file.sourceDeleted)
@@ -332,32 +342,37 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     results.TellRest();
 }
 
-/// A source may go when its copy still stands under its name, and stays there after a power cut,
-/// too. Copies that are older than this job may not have reached the disk either.
-void JobRun::SecureCopies(const Base::RootedFolder& cloud)
+/// A source may go when its copy still stands under its name, and will after a power cut, too.
+/// Copies that are older than this job may not have reached the disk either.
+Base::FileResult JobRun::SecureCopies(const Base::RootedFolder& cloud)
 {
+    // Names that this job gave are flushed folder by folder.
+    QSet<QString> folders;
+    const auto addFolders = [&](QString folder) {
+        for (; folder.size() > m_state.cloudFolder.size() && !folders.contains(folder);
+             folder = FolderAbove(folder))
+            folders.insert(folder);
+    };
     for (JobFile& file : m_state.files) {
         const bool isCopy = file.isDone || file.outcome == Outcome::Unchanged;
         if (file.isFolder || file.wasMoved || file.isPending || !isCopy)
             continue;
-        const std::filesystem::path copy = Native(file.target.mid(m_state.cloudFolder.size() + 1));
+        const std::filesystem::path copy = BelowCloudFolder(file.target);
         Base::FileStatus status;
-        Base::FileResult result = cloud.Status(copy, status);
-        if (result && !IsStamped(status, file.targetStamp)) {
+        if (!cloud.Status(copy, status) || !IsStamped(status, file.targetStamp)) {
             file.End(Outcome::Failed, Remark::TargetChanged);
             continue;
         }
-        if (result)
-            result = cloud.Flush(copy);
-        if (result)
-            continue;
-        file.End(Outcome::Failed);
-        m_control->Report({FileLink::Stage::CopyFiles,
-                           FileLink::ProblemKind::NotCopied,
-                           file.source,
-                           QString::fromStdString(result.Text()),
-                           {}});
+        const bool wasFlushed = file.taken.Exists() || file.linksRewritten;
+        if (const Base::FileResult result = wasFlushed ? Base::FileResult() : cloud.Flush(copy);
+            !result)
+            return result;
+        addFolders(FolderAbove(file.target));
     }
+    for (const QString& folder : std::as_const(folders))
+        if (Base::FileResult result = cloud.Flush(BelowCloudFolder(folder)); !result)
+            return result;
+    return cloud.Flush({});
 }
 
 /// What is gone must be known as moved also when the process is killed right after: it is noted
@@ -380,11 +395,15 @@ void JobRun::RemoveSources(Results& results)
     });
 }
 
+std::filesystem::path JobRun::BelowCloudFolder(const QString& path) const
+{
+    return Native(path.mid(m_state.cloudFolder.size() + 1));
+}
+
 void JobRun::Prune(const Base::RootedFolder& cloud)
 {
     for (const CopyRecord& orphan : m_state.orphans) {
-        const std::filesystem::path copy =
-            Native(orphan.target.mid(m_state.cloudFolder.size() + 1));
+        const std::filesystem::path copy = BelowCloudFolder(orphan.target);
         Base::FileStatus status;
         // What somebody changed is not this library's any more.
         if (!cloud.Status(copy, status) || status.kind != Base::FileKind::File ||

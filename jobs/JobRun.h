@@ -73,7 +73,8 @@ private:
     void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);
-    void SecureCopies(const Base::RootedFolder& cloud);
+    Base::FileResult SecureCopies(const Base::RootedFolder& cloud);
+    std::filesystem::path BelowCloudFolder(const QString& path) const;
     void RemoveSources(Results& results);
     void Prune(const Base::RootedFolder& cloud);
 
