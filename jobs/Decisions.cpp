@@ -6,11 +6,13 @@
 #include "LinkPlanning.h"
 #include "Orphans.h"
 #include "Paths.h"
+#include "RealPaths.h"
 
 #include "base/FileAttributes.h"
 #include "base/FileHandle.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -101,9 +103,11 @@ bool Decisions::Make(const Answers& answers)
 {
     m_answers = answers;
     m_layout.TakeTargets();
-    for (JobFile& file : m_job.files)
+    for (JobFile& file : m_job.files) {
+        file.isPending = false;
         if (file.mapping && !file.isFolder)
             file.End(Outcome::NotDone);
+    }
     PlaceByRecords();
     if (!PlaceOtherwise() || !Look())
         return false;
@@ -407,6 +411,8 @@ void Decisions::SettleCopy(JobFile& file)
                m_copies.IsLinkedElsewhere(file.target, m_job.target)) {
         if (GiveFreeName(file))
             file.remark = Remark::SharedCopyStays;
+        else
+            file.End(Outcome::Failed, Remark::NameRefused);
         return;
     } else if (file.outcome == Outcome::Replaced &&
                AnswerFor(file, standing) == ConflictAnswer::Stop) {

@@ -263,6 +263,21 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
 void FileMaker::Relink(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
+    // Whoever changed it since it was looked at has made it a file of their own.
+    if (!IsAsItWas(file.targetStatus, Base::ReadLinkStatus(target)))
+        return file.End(Outcome::Failed, Remark::TargetChanged);
+    const FileStamp made = file.targetStamp;
+    const qint64 madeAt = file.recordedAt;
+    WriteOtherLinks(file, target);
+    if (!file.isPending || file.record)
+        return;
+    // The copy is what this job made.
+    file.targetStamp = made;
+    file.recordedAt = madeAt;
+}
+
+void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& target)
+{
     if (!Base::IsWritable(target)) {
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::TargetReadOnly,
@@ -275,8 +290,9 @@ void FileMaker::Relink(JobFile& file)
         return FailToRewrite(file, true);
     Staged staged;
     NamePlace(file, staged);
-    file.targetStatus = Base::ReadLinkStatus(target);
-    const Base::FileResult copied = Base::CopyUnchangedBytes(target, staged.path, staged.source);
+    Base::ContentHash hash;
+    const Base::FileResult copied =
+        Base::CopyUnchangedBytes(target, staged.path, staged.source, &hash);
     if (!copied) {
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::LinksNotRewritten,
@@ -296,7 +312,7 @@ void FileMaker::Relink(JobFile& file)
         // They are what they should be.
         file.isDone = true;
         file.deed = Deed::Nothing;
-        file.targetStamp = StampOf(file.target, true);
+        file.targetStamp = StampOf(staged.source, &hash);
         file.sourceStamp = source;
         return;
     }
@@ -379,7 +395,9 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     const std::filesystem::path target = Below(file.target);
     Base::FileStatus there;
     Base::FileResult result = m_cloud.Status(target, there);
-    const bool replaces = file.targetStatus.Exists() && file.outcome != Outcome::Renamed;
+    // A copy with another name has become this job's own by the time its links change.
+    const bool replaces = file.targetStatus.Exists() &&
+                          (file.outcome != Outcome::Renamed || file.deed == Deed::Relink);
     if (result && there.Exists()) {
         if (!replaces) {
             file.End(Outcome::Failed, Remark::TargetChanged);
@@ -391,17 +409,31 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     // The disk must never hold neither the old content nor the new.
     if (result && (there.Exists() || m_job.request.move))
         result = m_cloud.Flush(staged.place);
-    NoteStamps(file, staged);
     const bool isLink = there.kind == Base::FileKind::Link;
     const bool isInTheWay = there.Exists() && !isLink;
+    // Keeping the old content and the flush take their time, and somebody may have saved meanwhile.
+    Base::FileStatus now;
+    if (result && isInTheWay)
+        result = m_cloud.Status(target, now);
+    if (result && isInTheWay && now != there) {
+        file.End(Outcome::Failed, Remark::TargetChanged);
+        return false;
+    }
+    NoteStamps(file, staged);
     if (result)
         result = m_cloud.Move(staged.place, target,
                               isInTheWay ? Base::Existing::Replace : Base::Existing::Keep);
-    if (result.Problem() == Base::FileProblem::OtherDisk)
+    if (result.Problem() == Base::FileProblem::OtherDisk) {
         result = MoveAcross(staged, target, isInTheWay);
+        // Its clock may count in other steps.
+        file.targetStamp.modified = StampOf(file.target, false).modified;
+    }
     if (!result && isLink)
         static_cast<void>(m_cloud.Move(Below(file.detail), target, Base::Existing::Keep));
     if (result) {
+        // What is recorded is of another copy now.
+        if (file.deed == Deed::Copy)
+            file.record.reset();
         file.isDone = true;
         file.deed = Deed::Nothing;
         return true;

@@ -5,6 +5,9 @@
 #include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Paths.h"
+#include "RealPaths.h"
+
+#include "base/Directory.h"
 
 #include <QtCore/QFileInfo>
 
@@ -29,6 +32,12 @@ bool IsUnread(const LeftOutItem& item, const QString& source)
     return item.IsFailure() && IsInFolder(source, item.source);
 }
 
+/// What lies in a folder that cannot be looked into may be there.
+bool IsGone(const QString& file)
+{
+    return Base::ReadEntry(Native(file)).kind == Base::EntryKind::Missing;
+}
+
 } // namespace
 
 CopyOrigin OriginOf(const JobFile& file, const JobState& job)
@@ -46,6 +55,8 @@ CopyOrigin OriginOf(const JobFile& file, const JobState& job)
 Orphans::Orphans(const JobState& job, const CopyIndex& copies)
     : m_job(job), m_copies(copies), m_keys(job.cloudFolder)
 {
+    for (const QString& source : job.request.sources)
+        m_sources.insert(PathKey(source));
     for (const JobFile& file : job.files)
         if (!file.isDropped && !file.target.isEmpty())
             m_claimed.insert(m_keys.Of(file.target));
@@ -86,10 +97,7 @@ bool Orphans::IsOfThisProject(const CopyRecord& record) const
 
 bool Orphans::IsSourceGone(const CopyRecord& record) const
 {
-    const QStringList& sources = m_job.request.sources;
-    return std::any_of(sources.begin(), sources.end(),
-                       [&](const QString& source) { return IsInFolder(record.source, source); }) &&
-           !ExistsOnDisk(record.source) &&
+    return !NearestOf(m_sources, PathKey(record.source)).isEmpty() && IsGone(record.source) &&
            std::none_of(m_job.leftOut.begin(), m_job.leftOut.end(),
                         [&](const LeftOutItem& item) { return IsUnread(item, record.source); });
 }

@@ -56,6 +56,7 @@ private:
     const JobState& m_job;
     const CopyIndex& m_copies;
     const TargetKeys m_keys;
+    QSet<QString> m_sources;
     /// What stands or will stand at the targets of the job's own files.
     QSet<QString> m_claimed;
     QHash<const CopyRecord*, Why> m_candidates;

@@ -71,11 +71,9 @@ std::unique_ptr<Ledger> OpenLedger()
 CopyRecord RecordOf(const JobFile& file, const JobState& job)
 {
     CopyRecord record;
-    const bool isOthers =
-        file.record && (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace);
-    // A copy that another project brought stays its own.
-    record.project = isOthers ? file.record->project : job.target;
-    record.source = isOthers ? file.record->source : file.source;
+    // A copy that this job did not make stays that of its source, and of its project.
+    record.project = file.record ? file.record->project : job.target;
+    record.source = file.record ? file.record->source : file.source;
     record.target = file.target;
     record.sourceStamp = file.sourceStamp;
     record.targetStamp = file.targetStamp;
@@ -84,7 +82,6 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.isMoved = file.sourceDeleted;
     record.origin = OriginOf(file, job);
     if (KeepsRecordedLinks(file)) {
-        record.isRewritePending = file.record->isRewritePending;
         record.sourceLinks = file.record->sourceLinks;
         record.targetLinks = file.record->targetLinks;
         record.linkedTargets = file.record->linkedTargets;

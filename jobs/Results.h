@@ -22,7 +22,7 @@ public:
     /// Tells the observer, unless it knows.
     void Tell(const JobFile& file);
     void TellRest();
-    /// Of every file that counts, with what was left out at the end.
+    /// Of every file that counts.
     QList<FileResult> MakeAll();
     QList<FileLink::Problem> ProblemsOfNoFile() const { return m_sorter.OfNoFile(); }
 

@@ -43,6 +43,7 @@ JobFile PendingFile(const CopyRecord& record)
     file.deed = Deed::Relink;
     for (const SyncServices::FileLink& link : record.sourceLinks)
         file.links.append({link, {}, -1, LinkState::Found});
+    file.targetStatus = Base::ReadLinkStatus(Native(record.target));
     if (!ExistsOnDisk(record.target))
         file.End(Outcome::Missing);
     else if (!IsSameAsRecorded(record.targetStamp, record.recordedAt, record.target, false))

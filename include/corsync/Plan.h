@@ -85,7 +85,8 @@ enum class Remark
     PathTooLong,
     /// Failed: a file stands where a folder of the target must be.
     FileInTheWay,
-    /// Failed: a link inside the copy would be empty, or longer than 259 characters.
+    /// Failed, or in place with the links that it has: a link inside the copy would be empty, or
+    /// longer than 259 characters.
     LinkEmpty,
     LinkTooLong,
     /// Failed: what stands at the target could not be kept in the base store.
