@@ -8,6 +8,7 @@
 #include "base/FileStatus.h"
 #include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
+#include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 #include "pluginkit/Xml.h"
 
@@ -19,17 +20,16 @@ namespace {
 
 constexpr std::string_view Blanks = " \t\r\n\f";
 
-/// A path that is seen from the document's folder, as one that is seen from the base. Lexically, as
-/// addresses are put together.
-std::string SeenFromBase(const std::string& base, std::string_view path,
-                         const std::filesystem::path& folder)
+/// A relative path that is seen from the document's folder, as one that is seen from the base.
+/// Nobody knows yet what the folders above a copy are called.
+std::string SeenFromBase(const std::string& base, std::string_view path)
 {
-    const std::filesystem::path target = NormalPath(PathIn(folder, path));
-    if (IsAbsolutePath(PathFromUtf8(base)))
-        return PathToUtf8(target);
-    const std::filesystem::path relative =
-        target.lexically_relative(NormalPath(PathIn(folder, base)));
-    return PathToUtf8(relative.empty() ? target : relative);
+    const std::filesystem::path folder = NormalPath(PathFromUtf8(base));
+    if (IsAbsolutePath(folder) || *folder.begin() == "..")
+        throw FormatError("an address that is seen from " + base + " cannot lead to " +
+                          std::string(path));
+    const std::filesystem::path target = NormalPath(PathFromUtf8(path));
+    return PathToUtf8(folder == "." ? target : target.lexically_relative(folder));
 }
 
 } // namespace
@@ -78,12 +78,11 @@ std::string PathOfReference(const UriReference& reference, const std::filesystem
     return isWhole ? path : PathToUtf8(NormalPath(PathFromUtf8(*reference.base + path)));
 }
 
-std::string TextFor(const UriReference& reference, std::string_view path,
-                    const std::filesystem::path& folder)
+std::string TextFor(const UriReference& reference, std::string_view path)
 {
     const bool isSeenFromBase = reference.base && !IsAbsolutePath(PathFromUtf8(path));
     const std::string uri =
-        UriOfPath(isSeenFromBase ? SeenFromBase(*reference.base, path, folder) : std::string(path));
+        UriOfPath(isSeenFromBase ? SeenFromBase(*reference.base, path) : std::string(path));
     if (reference.place == UriReference::Place::StyleSheet)
         return CssUri(uri + reference.suffix);
     return EscapeXmlAttribute(uri + reference.suffix);

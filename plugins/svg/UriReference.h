@@ -72,8 +72,8 @@ std::optional<std::string> PathOf(const UriReference& reference,
 /// file's elsewhere.
 std::string PathOfReference(const UriReference& reference, const std::filesystem::path& folder);
 
-/// What has to stand in the span for the reference to name `path`, in a document in `folder`.
-std::string TextFor(const UriReference& reference, std::string_view path,
-                    const std::filesystem::path& folder);
+/// What has to stand in the span for the reference to name `path`. Throws FormatError when no
+/// address that is seen from the reference's base can.
+std::string TextFor(const UriReference& reference, std::string_view path);
 
 } // namespace Halvern::Formats::Svg
