@@ -48,6 +48,9 @@ struct UriReference
 /// How much of an address names the file: blanks around it, a fragment and a query do not.
 Span PathPart(std::string_view uri);
 
+/// True for a path that no base changes, whichever system it is of.
+bool IsWholePath(std::string_view path);
+
 /// The query and the fragment of an address, with their marks; empty when it has none.
 std::string_view SuffixOf(std::string_view uri);
 
