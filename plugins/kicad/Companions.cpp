@@ -194,7 +194,8 @@ private:
         });
         std::sort(names.begin(), names.end());
         for (const std::string& name : names)
-            Add(id + '/' + name, PathToUtf8(below / PathFromUtf8(name)));
+            Add(std::string(id).append(1, '/').append(name),
+                PathToUtf8(below / PathFromUtf8(name)));
     }
 
     void Add(const std::string& id, const std::string& path)
