@@ -57,11 +57,12 @@ public:
     bool HasRefusedLinks() const { return Has(ExpectedLink::Refused); }
     /// Every file that can be reached through links, with itself.
     QStringList LinkTree(const QString& file) const;
+    /// Where a link of a file leads.
+    ExpectedLink Resolve(const QString& file, const QString& text) const;
 
 private:
     void Select(const QString& path, const ImportStep& step);
     void Follow(const ImportStep& step);
-    ExpectedLink Resolve(const QString& file, const QString& text) const;
     bool Has(ExpectedLink::Kind kind) const;
     /// 0 when there is no such file.
     quint64 IdentityOf(const QString& file) const;

@@ -90,6 +90,9 @@ private:
                    const QString& written);
     bool LeadsToAnEarlierCopy(const QString& source, const QString& resolved) const;
     void CheckExitCode(const ImportReport& report);
+    bool IsComplete(const ImportReport& report, const QString& source) const;
+    QStringList LinkedBy(const QString& source) const;
+    QStringList SourcesThatStay(const ImportReport& report, bool othersCount) const;
     void CheckMove(const ImportReport& report);
     void CheckLeftovers();
 
