@@ -62,6 +62,9 @@ public:
     /// taken, even by a folder (NameTaken).
     FileResult MakePrivateFolder(const std::filesystem::path& folder) const;
 
+    /// Windows: sets a folder's attribute. POSIX: a name says it by itself, and nothing is done.
+    FileResult Hide(const std::filesystem::path& folder) const;
+
     /// Gives an entry another name, in one step. With Existing::Keep nothing is ever overwritten
     /// (NameTaken). With Replace a file or link of that name is replaced, a folder is not
     /// (IsAFolder); on Windows neither is a read-only file. A failure leaves both as they were.

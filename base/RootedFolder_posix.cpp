@@ -105,6 +105,11 @@ FileResult RootedFolder::MakePrivateFolder(const std::filesystem::path& folder) 
     return made == 0 ? FileResult() : place.Failure();
 }
 
+FileResult RootedFolder::Hide(const std::filesystem::path&) const
+{
+    return {};
+}
+
 FileResult RootedFolder::Move(const std::filesystem::path& from, const std::filesystem::path& to,
                               Existing existing) const
 {

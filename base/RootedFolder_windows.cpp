@@ -155,6 +155,25 @@ FileResult RootedFolder::MakePrivateFolder(const std::filesystem::path& folder) 
                                                                            : place.Failure();
 }
 
+FileResult RootedFolder::Hide(const std::filesystem::path& folder) const
+{
+    Place place;
+    if (FileResult found = FindEntry(Native(m_root), folder, place); !found)
+        return found;
+    NtFile opened;
+    FILE_BASIC_INFO info = {};
+    if (!place.Open(FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES, SharedByAll, opened) ||
+        !::GetFileInformationByHandleEx(opened.Get(), FileBasicInfo, &info, sizeof info))
+        return place.Failure();
+    if (IsLink(place.Folder(), place.name, opened.Get()))
+        return LinkRefusal(folder);
+    FILE_BASIC_INFO hidden = {};
+    hidden.FileAttributes = info.FileAttributes | FILE_ATTRIBUTE_HIDDEN;
+    return ::SetFileInformationByHandle(opened.Get(), FileBasicInfo, &hidden, sizeof hidden)
+               ? FileResult()
+               : place.Failure();
+}
+
 FileResult RootedFolder::Move(const std::filesystem::path& from, const std::filesystem::path& to,
                               Existing existing) const
 {

@@ -88,7 +88,9 @@ void CommandLine::AddWhat(CLI::App& app)
                 "times")
         ->type_name("PATTERN")
         ->group(group);
-    app.add_flag("--prune", request.prune, "Put copies whose source is gone into the base store")
+    app.add_flag("--prune", request.prune,
+                 "Put copies whose source is gone, or that nothing links any more, into the base "
+                 "store")
         ->group(group);
 }
 

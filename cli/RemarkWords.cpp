@@ -82,6 +82,12 @@ QString Sentence(Remark remark)
         return QStringLiteral("it was not copied; a log file (--log-file) may tell why");
     case Remark::LinksNotRewritten:
         return QStringLiteral("its links are not rewritten yet; import it again");
+    case Remark::LinksRewritten:
+        return QStringLiteral("only its links were rewritten");
+    case Remark::LinkSetAside:
+        return QStringLiteral("the symbolic link that stood there has another name now");
+    case Remark::StillLinked:
+        return QStringLiteral("another copy links it");
     }
     return {};
 }
@@ -159,6 +165,12 @@ QString NameOf(Remark remark)
         return QStringLiteral("unexplained");
     case Remark::LinksNotRewritten:
         return QStringLiteral("links-not-rewritten");
+    case Remark::LinksRewritten:
+        return QStringLiteral("links-rewritten");
+    case Remark::LinkSetAside:
+        return QStringLiteral("link-set-aside");
+    case Remark::StillLinked:
+        return QStringLiteral("still-linked");
     }
     return {};
 }

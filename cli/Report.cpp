@@ -2,57 +2,18 @@
 
 #include "Report.h"
 
+#include "ConflictHint.h"
 #include "Console.h"
 
 #include <QtCore/QDir>
 
-#include <algorithm>
-
 namespace Halvern::Cli {
 
 using Jobs::Conflict;
-using Jobs::ConflictKind;
 using Jobs::FileResult;
 using Jobs::Summary;
 
 namespace {
-
-bool Any(const QList<Conflict>& conflicts, bool (*predicate)(const Conflict&))
-{
-    return std::any_of(conflicts.begin(), conflicts.end(), predicate);
-}
-
-bool IsBothChanged(const Conflict& conflict)
-{
-    return conflict.kind == ConflictKind::BothChanged;
-}
-
-/// Which option would let the import go on past the files in the way.
-QString CollisionHint(const QList<Conflict>& conflicts)
-{
-    const bool taken =
-        Any(conflicts, [](const Conflict& c) { return c.kind == ConflictKind::TargetTaken; });
-    const bool selected =
-        Any(conflicts, [](const Conflict& c) { return c.selected && !IsBothChanged(c); });
-    const bool linked =
-        Any(conflicts, [](const Conflict& c) { return !c.selected && !IsBothChanged(c); });
-    const QString option = !linked     ? QStringLiteral("--selected-collisions")
-                           : !selected ? QStringLiteral("--linked-collisions")
-                                       : QStringLiteral("--collisions");
-    return option + u' ' +
-           (taken ? QStringLiteral("keep, rename or replace") : QStringLiteral("rename"));
-}
-
-QString Hint(const QList<Conflict>& conflicts)
-{
-    QStringList options;
-    if (Any(conflicts, [](const Conflict& c) { return !IsBothChanged(c); }))
-        options.append(CollisionHint(conflicts));
-    if (Any(conflicts, IsBothChanged))
-        options.append(QStringLiteral("--on-conflict keep, replace, rename or ask"));
-    return QStringLiteral("nothing was copied; choose with ") +
-           options.join(QStringLiteral(", and with "));
-}
 
 /// What a pattern excludes is only of interest to somebody who wonders where it is.
 bool HasLine(const FileResult& result, bool isVerbose)
@@ -131,7 +92,7 @@ void Print(const ImportReport& report, Console& console)
     if (!summary.databaseError.isEmpty())
         console.Error(QStringLiteral("sync database: ") + summary.databaseError);
     if (!report.conflicts.isEmpty())
-        console.Note(Hint(report.conflicts));
+        console.Note(HintFor(report.conflicts));
     else if (!summary.findings.isEmpty())
         console.Note(QStringLiteral("nothing was copied"));
 }

@@ -45,6 +45,10 @@ QJsonObject JsonOf(const Jobs::Conflict& conflict)
                        {QStringLiteral("source"), conflict.source},
                        {QStringLiteral("target"), conflict.target},
                        {QStringLiteral("selected"), conflict.selected}};
+    QJsonArray answers;
+    for (const Jobs::ConflictAnswer answer : conflict.answers)
+        answers.append(NameOf(answer));
+    object.insert(QStringLiteral("answers"), answers);
     if (!conflict.other.isEmpty())
         object.insert(QStringLiteral("other"), conflict.other);
     if (conflict.sourceSide.modified.isValid())

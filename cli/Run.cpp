@@ -47,9 +47,10 @@ ExitCode Report(ExitCode code, const QString& text, Console& console)
     return code;
 }
 
-ExitCode Report(const Jobs::JobError& error, Console& console)
+ExitCode Report(const Jobs::JobError& error, const Options& options, Console& console)
 {
-    const bool isTarget = error.Kind() == Jobs::JobErrorKind::TargetRefused;
+    const bool isTarget = error.Kind() == Jobs::JobErrorKind::TargetRefused &&
+                          std::holds_alternative<ImportOptions>(options.command);
     return Report(ExitCodeOf(error.Kind()),
                   isTarget ? QStringLiteral("--to ") + error.Text() : error.Text(), console);
 }
@@ -63,7 +64,7 @@ ExitCode RunAndReport(const Options& options, Console& console)
         const LogSetup log(options.common.log);
         return RunCommand(options, cancel, console);
     } catch (const Jobs::JobError& error) {
-        return Report(error, console);
+        return Report(error, options, console);
     } catch (const UsageError& error) {
         return Report(ExitCode::Usage, error.Text(), console);
     }

@@ -95,6 +95,21 @@ QString NameOf(Jobs::ConflictKind kind)
     return {};
 }
 
+QString NameOf(Jobs::ConflictAnswer answer)
+{
+    switch (answer) {
+    case Jobs::ConflictAnswer::Stop:
+        return QStringLiteral("stop");
+    case Jobs::ConflictAnswer::Keep:
+        return QStringLiteral("keep");
+    case Jobs::ConflictAnswer::Replace:
+        return QStringLiteral("replace");
+    case Jobs::ConflictAnswer::Rename:
+        return QStringLiteral("rename");
+    }
+    return {};
+}
+
 QString NameOf(Jobs::FindingKind kind)
 {
     switch (kind) {

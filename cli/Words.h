@@ -16,6 +16,8 @@ QString NameOf(Jobs::Outcome outcome);
 QString WordOf(Jobs::Outcome outcome);
 /// "target-taken" ...; the same holds for these, and for "found", "missing" and "url".
 QString NameOf(Jobs::ConflictKind kind);
+/// As the options take it.
+QString NameOf(Jobs::ConflictAnswer answer);
 QString NameOf(Jobs::LinkState state);
 QString NameOf(Jobs::FindingKind kind);
 QString NameOf(Jobs::Remark remark);

@@ -34,7 +34,8 @@ QString FindDamage(const QString& databaseFile)
         sqlite3_progress_handler(database.getHandle(), StepsBetweenLooks, IsTooLate, &timer);
         SQLite::Statement check(database, "PRAGMA integrity_check(1)");
         const bool hasAnswer = check.executeStep();
-        const QString answer = hasAnswer ? QString::fromUtf8(check.getColumn(0).getText()) : QString();
+        const QString answer =
+            hasAnswer ? QString::fromUtf8(check.getColumn(0).getText()) : QString();
         return answer == u"ok" ? QString() : answer.section(u'\n', 0, 0);
     } catch (const SQLite::Exception& error) {
         const int code = error.getErrorCode();

@@ -4,11 +4,15 @@
 
 #include "FileStamps.h"
 #include "LinkPlanning.h"
+#include "Orphans.h"
 #include "Paths.h"
+#include "RealPaths.h"
 
+#include "base/FileAttributes.h"
 #include "base/FileHandle.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -99,9 +103,11 @@ bool Decisions::Make(const Answers& answers)
 {
     m_answers = answers;
     m_layout.TakeTargets();
-    for (JobFile& file : m_job.files)
+    for (JobFile& file : m_job.files) {
+        file.isPending = false;
         if (file.mapping && !file.isFolder)
             file.End(Outcome::NotDone);
+    }
     PlaceByRecords();
     if (!PlaceOtherwise() || !Look())
         return false;
@@ -111,7 +117,9 @@ bool Decisions::Make(const Answers& answers)
     Settle();
     PlanLinks(m_job);
     NoteLinks();
-    FindOrphans();
+    Orphans orphans(m_job, m_copies);
+    m_job.orphans = orphans.Find();
+    m_job.lostCopies = orphans.Lost();
     return true;
 }
 
@@ -403,13 +411,28 @@ void Decisions::SettleCopy(JobFile& file)
                m_copies.IsLinkedElsewhere(file.target, m_job.target)) {
         if (GiveFreeName(file))
             file.remark = Remark::SharedCopyStays;
+        else
+            file.End(Outcome::Failed, Remark::NameRefused);
         return;
     } else if (file.outcome == Outcome::Replaced &&
                AnswerFor(file, standing) == ConflictAnswer::Stop) {
         Clash(file, standing == Standing::BothChanged ? ConflictKind::BothChanged
                                                       : ConflictKind::TargetTaken);
+    } else if (file.outcome == Outcome::Replaced &&
+               file.targetStatus.kind == Base::FileKind::Link) {
+        file.remark = Remark::LinkSetAside;
+        file.detail = FreeName(file.target + QStringLiteral(".link"));
     }
     m_owners.Add(file);
+}
+
+/// The path itself when nothing is there or will be.
+QString Decisions::FreeName(const QString& path) const
+{
+    const auto isTaken = [&](const QString& candidate) {
+        return m_owners.IsOwned(candidate) || ExistsOnDisk(candidate);
+    };
+    return isTaken(path) ? FreePath(path, isTaken) : path;
 }
 
 bool Decisions::GiveFreeName(JobFile& file)
@@ -427,6 +450,34 @@ bool Decisions::GiveFreeName(JobFile& file)
     return true;
 }
 
+/// Nothing is put into a folder that cannot be written to, and no read-only file is replaced.
+QList<ConflictAnswer> Decisions::AnswersTo(const JobFile& file, ConflictKind kind) const
+{
+    const bool mayAdd = Base::MayAddTo(Native(QFileInfo(file.target).path()));
+    const bool mayReplace = mayAdd && (file.targetStatus.kind == Base::FileKind::Link ||
+                                       Base::IsWritable(Native(file.target)));
+    QList<ConflictAnswer> answers;
+    switch (kind) {
+    case ConflictKind::TargetTaken:
+    case ConflictKind::BothChanged:
+    case ConflictKind::CannotRename:
+        answers.append(ConflictAnswer::Keep);
+        if (mayReplace)
+            answers.append(ConflictAnswer::Replace);
+        if (mayAdd && kind != ConflictKind::CannotRename)
+            answers.append(ConflictAnswer::Rename);
+        return answers;
+    case ConflictKind::SameTarget:
+        if (!file.keepsTarget && CollisionAnswerFor(file) != ConflictAnswer::Rename)
+            answers.append(ConflictAnswer::Rename);
+        return answers;
+    case ConflictKind::FolderInTheWay:
+    case ConflictKind::FileInTheWay:
+        return answers;
+    }
+    return answers;
+}
+
 void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* other)
 {
     Conflict conflict;
@@ -435,6 +486,7 @@ void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* oth
     conflict.target = file.target;
     conflict.other = other ? other->source : QString();
     conflict.selected = file.isSelected;
+    conflict.answers = AnswersTo(file, kind);
     if (kind == ConflictKind::TargetTaken || kind == ConflictKind::BothChanged) {
         conflict.sourceSide =
             SideOf(file.source, file.record ? &file.record->sourceStamp : nullptr);
@@ -464,21 +516,6 @@ void Decisions::NoteLinks()
             file.remark = Remark::LinksNoFile;
             file.detail = link->file;
         }
-    }
-}
-
-void Decisions::FindOrphans()
-{
-    m_job.orphans.clear();
-    for (const CopyRecord& record : m_copies.All()) {
-        const bool isOfSelection =
-            std::any_of(m_job.request.sources.begin(), m_job.request.sources.end(),
-                        [&](const QString& source) { return IsInFolder(record.source, source); });
-        if (isOfSelection && IsOfThisProject(record) &&
-            !m_copies.WasMoved(record.source, m_job.target) && !ExistsOnDisk(record.source) &&
-            ExistsOnDisk(record.target) && !m_owners.IsOwned(record.target) &&
-            !IsCutOff(record.target))
-            m_job.orphans.append(record);
     }
 }
 

@@ -53,11 +53,12 @@ private:
     void SettleCopy(JobFile& file);
     void SettleInPlace(JobFile& file);
     bool GiveFreeName(JobFile& file);
+    QString FreeName(const QString& path) const;
+    QList<ConflictAnswer> AnswersTo(const JobFile& file, ConflictKind kind) const;
     void Clash(const JobFile& file, ConflictKind kind, const JobFile* other = nullptr);
     ConflictAnswer AnswerFor(const JobFile& file, Standing standing) const;
     ConflictAnswer CollisionAnswerFor(const JobFile& file) const;
     void NoteLinks();
-    void FindOrphans();
 
     JobState& m_job;
     JobControl& m_control;

@@ -6,7 +6,6 @@
 #include "Paths.h"
 
 #include "base/ContentHash.h"
-#include "base/Directory.h"
 #include "base/FileAttributes.h"
 #include "base/FileLock.h"
 #include "base/NativePath.h"
@@ -77,6 +76,11 @@ void FileMaker::Fail(JobFile& file, ProblemKind kind, const QString& text)
     file.End(Outcome::Failed);
 }
 
+QString FileMaker::Reason(const JobFile& file, const Base::FileResult& failure) const
+{
+    return m_staging.TextOf(failure, file.target);
+}
+
 bool FileMaker::MakeFolder(const JobFile& file)
 {
     const std::filesystem::path folder = Below(file.target);
@@ -91,7 +95,7 @@ bool FileMaker::MakeFolder(const JobFile& file)
         return false;
     }
     if (file.isHidden)
-        Base::Hide(Native(file.target));
+        static_cast<void>(m_cloud.Hide(folder)); // where it cannot be hidden it is seen
     return true;
 }
 
@@ -102,7 +106,7 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
     else if (!ExistsOnDisk(file.source))
         file.End(Outcome::Failed, Remark::Vanished);
     else
-        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Text(why));
+        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Reason(file, why));
 }
 
 void FileMaker::NamePlace(JobFile& file, Staged& staged) const
@@ -259,6 +263,21 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
 void FileMaker::Relink(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
+    // Whoever changed it since it was looked at has made it a file of their own.
+    if (!IsAsItWas(file.targetStatus, Base::ReadLinkStatus(target)))
+        return file.End(Outcome::Failed, Remark::TargetChanged);
+    const FileStamp made = file.targetStamp;
+    const qint64 madeAt = file.recordedAt;
+    WriteOtherLinks(file, target);
+    if (!file.isPending || file.record)
+        return;
+    // The copy is what this job made.
+    file.targetStamp = made;
+    file.recordedAt = madeAt;
+}
+
+void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& target)
+{
     if (!Base::IsWritable(target)) {
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::TargetReadOnly,
@@ -271,13 +290,14 @@ void FileMaker::Relink(JobFile& file)
         return FailToRewrite(file, true);
     Staged staged;
     NamePlace(file, staged);
-    file.targetStatus = Base::ReadLinkStatus(target);
-    const Base::FileResult copied = Base::CopyUnchangedBytes(target, staged.path, staged.source);
+    Base::ContentHash hash;
+    const Base::FileResult copied =
+        Base::CopyUnchangedBytes(target, staged.path, staged.source, &hash);
     if (!copied) {
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::LinksNotRewritten,
                           file.target,
-                          QStringLiteral("Failed to copy: ") + Text(copied),
+                          QStringLiteral("Failed to copy: ") + Reason(file, copied),
                           {}});
         return FailToRewrite(file, false);
     }
@@ -292,7 +312,7 @@ void FileMaker::Relink(JobFile& file)
         // They are what they should be.
         file.isDone = true;
         file.deed = Deed::Nothing;
-        file.targetStamp = StampOf(file.target, true);
+        file.targetStamp = StampOf(staged.source, &hash);
         file.sourceStamp = source;
         return;
     }
@@ -312,6 +332,8 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
         file.End(Outcome::Failed, Remark::TargetChanged);
         return false;
     }
+    if (there.kind == Base::FileKind::Link)
+        return SetLinkAside(file);
     const bool isRelink = file.deed == Deed::Relink;
     if (!isRelink && !Base::IsWritable(target)) {
         m_control.Report({Stage::CopyFiles,
@@ -333,6 +355,23 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
     return false;
 }
 
+/// What the link leads to is not touched, and how it read is not lost.
+bool FileMaker::SetLinkAside(JobFile& file)
+{
+    const Base::FileResult moved =
+        file.remark == Remark::LinkSetAside
+            ? m_cloud.Move(Below(file.target), Below(file.detail), Base::Existing::Keep)
+            : Base::FileResult::Refused(Base::FileProblem::NameTaken, {});
+    if (moved)
+        return true;
+    if (moved.Problem() == Base::FileProblem::NameTaken)
+        file.End(Outcome::Failed, Remark::TargetChanged);
+    else
+        Fail(file, ProblemKind::NotCopied,
+             QStringLiteral("The symbolic link there could not be set aside: ") + Text(moved));
+    return false;
+}
+
 /// Another disk is mounted in the cloud folder: the copy is made ready beside its place.
 Base::FileResult FileMaker::MoveAcross(const Staged& staged, const std::filesystem::path& target,
                                        bool replaces) const
@@ -344,9 +383,11 @@ Base::FileResult FileMaker::MoveAcross(const Staged& staged, const std::filesyst
     if (result)
         result =
             m_cloud.Move(beside, target, replaces ? Base::Existing::Replace : Base::Existing::Keep);
-    if (!result)
-        static_cast<void>(m_cloud.Remove(beside));
-    return result;
+    if (result)
+        return result;
+    static_cast<void>(m_cloud.Remove(beside));
+    return result.Code() == 0 ? result
+                              : Base::FileResult::Failed(Base::PathToUtf8(target), result.Code());
 }
 
 bool FileMaker::Place(JobFile& file, const Staged& staged)
@@ -354,7 +395,9 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     const std::filesystem::path target = Below(file.target);
     Base::FileStatus there;
     Base::FileResult result = m_cloud.Status(target, there);
-    const bool replaces = file.targetStatus.Exists() && file.outcome != Outcome::Renamed;
+    // A copy with another name has become this job's own by the time its links change.
+    const bool replaces = file.targetStatus.Exists() &&
+                          (file.outcome != Outcome::Renamed || file.deed == Deed::Relink);
     if (result && there.Exists()) {
         if (!replaces) {
             file.End(Outcome::Failed, Remark::TargetChanged);
@@ -366,13 +409,31 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     // The disk must never hold neither the old content nor the new.
     if (result && (there.Exists() || m_job.request.move))
         result = m_cloud.Flush(staged.place);
+    const bool isLink = there.kind == Base::FileKind::Link;
+    const bool isInTheWay = there.Exists() && !isLink;
+    // Keeping the old content and the flush take their time, and somebody may have saved meanwhile.
+    Base::FileStatus now;
+    if (result && isInTheWay)
+        result = m_cloud.Status(target, now);
+    if (result && isInTheWay && now != there) {
+        file.End(Outcome::Failed, Remark::TargetChanged);
+        return false;
+    }
     NoteStamps(file, staged);
     if (result)
         result = m_cloud.Move(staged.place, target,
-                              there.Exists() ? Base::Existing::Replace : Base::Existing::Keep);
-    if (result.Problem() == Base::FileProblem::OtherDisk)
-        result = MoveAcross(staged, target, there.Exists());
+                              isInTheWay ? Base::Existing::Replace : Base::Existing::Keep);
+    if (result.Problem() == Base::FileProblem::OtherDisk) {
+        result = MoveAcross(staged, target, isInTheWay);
+        // Its clock may count in other steps.
+        file.targetStamp.modified = StampOf(file.target, false).modified;
+    }
+    if (!result && isLink)
+        static_cast<void>(m_cloud.Move(Below(file.detail), target, Base::Existing::Keep));
     if (result) {
+        // What is recorded is of another copy now.
+        if (file.deed == Deed::Copy)
+            file.record.reset();
         file.isDone = true;
         file.deed = Deed::Nothing;
         return true;
@@ -382,7 +443,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     else if (result.Problem() == Base::FileProblem::LeadsOutside)
         file.End(Outcome::Failed, Remark::OutsideCloudFolder);
     else
-        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Text(result));
+        Fail(file, ProblemKind::NotCopied,
+             QStringLiteral("Failed to copy: ") + Reason(file, result));
     return false;
 }
 

@@ -26,8 +26,8 @@ public:
     bool MakeFolder(const JobFile& file);
     /// Carries out the deed; the outcome says what came of it.
     void Make(JobFile& file);
-    /// Gives the copy that is at the target of the file the links that it should hold. Needs no
-    /// source.
+    /// Gives the copy that is at the target of the file the links that it should hold, if it still
+    /// is what it was when its status was noted. Needs no source.
     void Relink(JobFile& file);
 
 private:
@@ -40,10 +40,13 @@ private:
     bool RewritesFor(const JobFile& file, LinkReader::Links& links);
     Base::FileResult MoveAcross(const Staged& staged, const std::filesystem::path& target,
                                 bool replaces) const;
+    void WriteOtherLinks(JobFile& file, const std::filesystem::path& target);
     bool Place(JobFile& file, const Staged& staged);
     bool MakeWay(JobFile& file, const Base::FileStatus& there);
+    bool SetLinkAside(JobFile& file);
     void NoteStamps(JobFile& file, const Staged& staged) const;
     void Fail(JobFile& file, FileLink::ProblemKind kind, const QString& text);
+    QString Reason(const JobFile& file, const Base::FileResult& failure) const;
     void FailToCopy(JobFile& file, const Base::FileResult& why);
     void FailToRewrite(JobFile& file, bool isHeld);
     std::filesystem::path Below(const QString& target) const;

@@ -24,14 +24,24 @@ void Require(bool order, const QString& text)
         throw JobError(JobErrorKind::WrongOrder, text);
 }
 
+/// It is linked as well, and the line about that says the same.
+bool HasLine(const LeftOutItem& item, const JobState& job)
+{
+    const qsizetype place = job.files.Find(item.source);
+    if (place < 0 || !IsReported(job.files.At(place)))
+        return false;
+    const JobFile& file = job.files.At(place);
+    return item.IsFailure() ? file.outcome == Outcome::Failed : file.outcome == Outcome::Skipped;
+}
+
 /// What is linked as well has its line among the files.
-void AddLeftOut(QList<FileResult>& files, const QList<LeftOutItem>& items)
+void AddLeftOut(QList<FileResult>& files, const QList<LeftOutItem>& items, const JobState& job)
 {
     QSet<QString> told;
     for (const FileResult& file : std::as_const(files))
         told.insert(file.source);
     for (const LeftOutItem& item : items)
-        if (item.IsFailure() || !told.contains(item.source))
+        if (!HasLine(item, job) && (item.IsFailure() || !told.contains(item.source)))
             files.append(AsResult(item));
 }
 
@@ -113,7 +123,7 @@ JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Prob
         files.clear();
     } else {
         files += OrphanResults(run.State());
-        AddLeftOut(files, plan.leftOut);
+        AddLeftOut(files, plan.leftOut, run.State());
     }
     JobResult result{std::move(files), {}};
     result.summary = Summarize(result.files);

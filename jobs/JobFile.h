@@ -160,6 +160,14 @@ struct OtherHolder
     qsizetype linked = -1;
 };
 
+/// A copy that nothing asks for any more.
+struct Orphan
+{
+    CopyRecord record;
+    /// Its source is gone, but another copy links it.
+    bool isStillLinked = false;
+};
+
 /// Everything one job knows.
 struct JobState
 {
@@ -171,8 +179,10 @@ struct JobState
     QList<LeftOutItem> leftOut;
     /// Of a move only.
     QList<OtherHolder> otherHolders;
-    /// Copies of this project whose source is gone.
-    QList<CopyRecord> orphans;
+    QList<Orphan> orphans;
+    /// Targets of copies that files of this job link no more, which is to be recorded before
+    /// anything is written.
+    QStringList lostCopies;
     /// Targets of those that were put into the base store.
     QStringList pruned;
     /// Why others were not, by their targets.

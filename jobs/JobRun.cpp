@@ -6,8 +6,10 @@
 #include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
+#include "Orphans.h"
 #include "Paths.h"
 #include "Preflight.h"
+#include "RealPaths.h"
 #include "Results.h"
 #include "SelectionWalk.h"
 #include "SourceRemoval.h"
@@ -20,6 +22,7 @@
 #include "syncservices/SyncManager.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -39,6 +42,31 @@ bool IsOwnRecord(const QString& file)
            QStringList{QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
                        QStringLiteral("-journal")}
                .contains(file.mid(database.size()));
+}
+
+QString BaseStore()
+{
+    return FolderManager::GetInstance()->GetSettings().BaseStoreFolder();
+}
+
+bool IsAnythingToBeDone(const JobState& job)
+{
+    return std::any_of(job.files.begin(), job.files.end(),
+                       [](const JobFile& file) { return file.deed != Deed::Nothing; });
+}
+
+/// Nobody saved the copy since the stamp was taken.
+bool IsStamped(const Base::FileStatus& copy, const FileStamp& stamp)
+{
+    return copy.kind == Base::FileKind::File && qint64(copy.size) == stamp.bytes &&
+           copy.modified == stamp.modified;
+}
+
+void TakeStamps(JobFile& file, const CopyRecord& record)
+{
+    file.sourceStamp = record.sourceStamp;
+    file.targetStamp = record.targetStamp;
+    file.recordedAt = record.recordedAt;
 }
 
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
@@ -94,6 +122,9 @@ bool JobRun::IsStopped()
 
 void JobRun::Plan(const Sources& sources, const QList<LeftOutItem>& gone, const QString& target)
 {
+    // Without its records a job would take copies that somebody changed for anybody's files.
+    if (!m_ledger->Error().isEmpty())
+        throw JobError(JobErrorKind::DatabaseNotOpened, m_ledger->Error());
     m_state.request.sources = sources.outermost;
     m_state.leftOut = gone;
     m_state.target = target;
@@ -118,10 +149,17 @@ bool JobRun::TakeSelection(const Sources& sources)
         sources.outermost, ExcludeRules(m_state.request.exclude),
         [this] { return m_control->IsCancelRequested(); }, sources.inside);
     m_state.leftOut += listing.leftOut;
+    const QString store = BaseStore();
     for (const SelectedEntry& entry : listing.entries) {
         if (IsOwnRecord(entry.source)) {
             m_state.leftOut.append(
                 {entry.source, Remark::Excluded, QStringLiteral("the sync database")});
+            continue;
+        }
+        if (!store.isEmpty() && IsInFolder(entry.source, store)) {
+            if (entry.isFolder && PathKey(entry.source) == PathKey(store))
+                m_state.leftOut.append(
+                    {entry.source, Remark::Excluded, QStringLiteral("the base store")});
             continue;
         }
         JobFile file;
@@ -182,18 +220,14 @@ void JobRun::Execute(Results& results)
     const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));
     Staging staging(cloud);
     const Base::FileResult begun = opened ? staging.Begin() : opened;
-    if (!begun) {
-        m_control->Report(
-            {FileLink::Stage::CopyFiles,
-             FileLink::ProblemKind::FolderNotMade,
-             {},
-             m_state.cloudFolder + QStringLiteral(": ") + QString::fromStdString(begun.Text()),
-             {}});
-        for (JobFile& file : m_state.files)
-            if (file.deed != Deed::Nothing)
-                file.End(Outcome::Failed, Remark::Unexplained);
+    // Where nothing is to be written that it cannot be is no matter.
+    if (!begun && (!opened || IsAnythingToBeDone(m_state))) {
+        FailToBegin(begun);
         return;
     }
+    // Once the files that linked them are written nothing tells that any more.
+    if (!m_state.lostCopies.isEmpty())
+        static_cast<void>(m_ledger->NoteLinkedNoMore(m_state.lostCopies));
     const SyncServices::BaseStoreRun run;
     FileMaker maker(m_state, *m_control, m_reader, cloud, staging);
     m_maker = &maker;
@@ -204,6 +238,18 @@ void JobRun::Execute(Results& results)
         NoteUnchanged();
     m_maker = nullptr;
     Finish(results, cloud);
+}
+
+void JobRun::FailToBegin(const Base::FileResult& why)
+{
+    m_control->Report({FileLink::Stage::CopyFiles,
+                       FileLink::ProblemKind::FolderNotMade,
+                       {},
+                       QString::fromStdString(why.Text()),
+                       {}});
+    for (JobFile& file : m_state.files)
+        if (file.deed != Deed::Nothing)
+            file.End(Outcome::Failed, Remark::FolderNotMade, m_state.cloudFolder);
 }
 
 void JobRun::MakeFolders()
@@ -259,15 +305,19 @@ void JobRun::RelinkAroundFailures()
     PlanLinks(m_state);
     for (qsizetype place = 0; place < m_state.files.Size(); ++place) {
         JobFile& file = m_state.files.At(place);
-        if (file.isDone && !file.isPending && file.wantedLinks != written.at(place)) {
-            file.targetStatus = Base::ReadLinkStatus(Native(file.target));
+        if (!file.isDone || file.isPending || file.wantedLinks == written.at(place))
+            continue;
+        file.targetStatus = Base::ReadLinkStatus(Native(file.target));
+        if (IsStamped(file.targetStatus, file.targetStamp))
             file.deed = Deed::Relink;
-        }
+        else
+            file.End(Outcome::Failed, Remark::TargetChanged);
     }
 }
 
 /// Copies that somebody else made, times that changed without the content, and records that cannot
-/// tell by the time whether a file changed.
+/// tell by the time whether a file changed. What was saved since it was compared is left to the
+/// next import: recorded as it is now, it would pass for what was compared.
 void JobRun::NoteUnchanged()
 {
     const auto isSound = [](const FileStamp& now, const FileStamp& recorded, qint64 recordedAt) {
@@ -276,23 +326,28 @@ void JobRun::NoteUnchanged()
     for (JobFile& file : m_state.files) {
         if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone || file.wasMoved)
             continue;
-        file.recordedAt = ClockNow();
-        file.sourceStamp = StampOf(file.source, false);
-        file.targetStamp = StampOf(file.target, false);
-        const CopyRecord* record = file.record ? &*file.record : nullptr;
-        const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
-                                                            record->linksState == file.linksState));
-        if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
-            isSound(file.targetStamp, record->targetStamp, record->recordedAt)) {
+        // What was adopted is not in the ledger yet.
+        const CopyRecord* record = file.record && file.record->id >= 0 ? &*file.record : nullptr;
+        const bool isAsBefore = record && record->origin == OriginOf(file, m_state);
+        const bool isRead =
+            isAsBefore && (!file.linksKnown || (record->readers == file.readers &&
+                                                record->linksState == file.linksState));
+        if (isRead &&
+            isSound(StampOf(file.source, false), record->sourceStamp, record->recordedAt) &&
+            isSound(StampOf(file.target, false), record->targetStamp, record->recordedAt)) {
             // With the hashes, when a move notes it again.
-            file.recordedAt = record->recordedAt;
-            file.sourceStamp = record->sourceStamp;
-            file.targetStamp = record->targetStamp;
+            TakeStamps(file, *record);
             continue;
         }
+        file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, true);
         file.targetStamp = StampOf(file.target, true);
-        m_records.Note(file);
+        if (!IsStamped(Base::ReadLinkStatus(Native(file.target)), StampOf(file.targetStatus)))
+            file.End(Outcome::Failed, Remark::TargetChanged);
+        else if (Base::ReadFileStatus(Native(file.source)) == file.status)
+            m_records.Note(file);
+        else if (record)
+            TakeStamps(file, *record);
     }
 }
 
@@ -303,14 +358,70 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     m_control->GoOn();
     const bool recorded = m_records.Flush();
     static_cast<void>(m_records.Finish());
-    if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
-        RemoveSources(results);
-    else if (m_state.request.move)
-        SourceRemoval(m_state, *m_control).KeepRest();
+    // Copies that could not be made anew link what they linked.
+    if (!m_state.cancelled)
+        m_state.orphans = Orphans(m_state, m_copies).Find();
+    if (m_state.request.move)
+        MoveSources(results, cloud, recorded);
     if (m_state.request.prune && !m_state.cancelled)
         Prune(cloud);
     static_cast<void>(m_records.Flush());
     results.TellRest();
+}
+
+/// Deletes sources when all that a power cut could take is on the disk, and says why none is
+/// deleted otherwise.
+void JobRun::MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded)
+{
+    if (!isRecorded || m_state.cancelled || !DatabaseError().isEmpty()) {
+        SourceRemoval(m_state, *m_control).KeepRest();
+        return;
+    }
+    const Base::FileResult secured = SecureCopies(cloud);
+    if (secured) {
+        RemoveSources(results);
+        return;
+    }
+    m_control->Report(
+        {FileLink::Stage::CopyFiles,
+         FileLink::ProblemKind::SourceNotDeleted,
+         {},
+         QStringLiteral("No source was deleted: ") + QString::fromStdString(secured.Text()),
+         {}});
+    SourceRemoval(m_state, *m_control).KeepRest();
+}
+
+/// A source may go when its copy still stands under its name, and will after a power cut, too.
+/// Copies that are older than this job may not have reached the disk either.
+Base::FileResult JobRun::SecureCopies(const Base::RootedFolder& cloud)
+{
+    // Names that this job gave are flushed folder by folder.
+    QSet<QString> folders;
+    const auto addFolders = [&](QString folder) {
+        for (; folder.size() > m_state.cloudFolder.size() && !folders.contains(folder);
+             folder = FolderAbove(folder))
+            folders.insert(folder);
+    };
+    for (JobFile& file : m_state.files) {
+        const bool isCopy = file.isDone || file.outcome == Outcome::Unchanged;
+        if (file.isFolder || file.wasMoved || file.isPending || !isCopy)
+            continue;
+        const std::filesystem::path copy = BelowCloudFolder(file.target);
+        Base::FileStatus status;
+        if (!cloud.Status(copy, status) || !IsStamped(status, file.targetStamp)) {
+            file.End(Outcome::Failed, Remark::TargetChanged);
+            continue;
+        }
+        const bool wasFlushed = file.taken.Exists() || file.linksRewritten;
+        if (const Base::FileResult result = wasFlushed ? Base::FileResult() : cloud.Flush(copy);
+            !result)
+            return result;
+        addFolders(FolderAbove(file.target));
+    }
+    for (const QString& folder : std::as_const(folders))
+        if (Base::FileResult result = cloud.Flush(BelowCloudFolder(folder)); !result)
+            return result;
+    return cloud.Flush({});
 }
 
 /// What is gone must be known as moved also when the process is killed right after: it is noted
@@ -324,7 +435,7 @@ void JobRun::RemoveSources(Results& results)
     const auto announced = [&](const QList<JobFile*>& files) {
         for (JobFile* file : files)
             note(*file, true);
-        static_cast<void>(m_records.Flush());
+        return m_records.Flush();
     };
     SourceRemoval(m_state, *m_control).Remove(announced, [&](JobFile& file) {
         if (!file.sourceDeleted)
@@ -333,20 +444,27 @@ void JobRun::RemoveSources(Results& results)
     });
 }
 
+std::filesystem::path JobRun::BelowCloudFolder(const QString& path) const
+{
+    return Native(path.mid(m_state.cloudFolder.size() + 1));
+}
+
 void JobRun::Prune(const Base::RootedFolder& cloud)
 {
-    for (const CopyRecord& orphan : m_state.orphans) {
-        const std::filesystem::path copy =
-            Native(orphan.target.mid(m_state.cloudFolder.size() + 1));
+    for (const auto& [orphan, isStillLinked] : std::as_const(m_state.orphans)) {
+        const std::filesystem::path copy = BelowCloudFolder(orphan.target);
         Base::FileStatus status;
         // What somebody changed is not this library's any more.
-        if (!cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
+        if (isStillLinked || !cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
             !IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
                               m_state.request.checksum))
             continue;
         QString reason;
+        Base::FileStatus now;
         if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
             m_state.notPruned.insert(orphan.target, reason);
+        else if (!cloud.Status(copy, now) || now != status)
+            m_state.notPruned.insert(orphan.target, QStringLiteral("it changed while it was kept"));
         else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
             m_state.notPruned.insert(orphan.target, QString::fromStdString(removed.Text()));
         else

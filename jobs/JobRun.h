@@ -48,7 +48,7 @@ public:
     /// target; empty when none has.
     QString MovedTo(const QString& source, const QString& target) const;
     /// Sources and target are checked; `gone` are sources that were moved earlier. Throws JobError:
-    /// SelectionRefused, PlanNotMade.
+    /// SelectionRefused, PlanNotMade, DatabaseNotOpened.
     void Plan(const Sources& sources, const QList<LeftOutItem>& gone, const QString& target);
     /// Once more, with answers to conflicts.
     void Decide(const Answers& answers);
@@ -70,11 +70,15 @@ private:
     bool FindLinkedFiles(const QStringList& sources);
     void RequireWholePlan() const;
     bool IsStopped();
+    void FailToBegin(const Base::FileResult& why);
     void MakeFolders();
     bool MakeFiles(Results& results, Deed deed);
     void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);
+    Base::FileResult SecureCopies(const Base::RootedFolder& cloud);
+    std::filesystem::path BelowCloudFolder(const QString& path) const;
+    void MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded);
     void RemoveSources(Results& results);
     void Prune(const Base::RootedFolder& cloud);
 

@@ -93,7 +93,8 @@ QList<CopyRecord> Ledger::ReadAll(const QString& cloudFolder)
                    // Version and records are of one moment.
                    const SQLite::Transaction transaction(database);
                    return LedgerSchema::HasTables(database)
-                              ? LedgerRows::Read(database, m_user, cloudFolder)
+                              ? LedgerRows::Read(database, m_user, cloudFolder,
+                                                 LedgerSchema::HasOrigins(database))
                               : QList<CopyRecord>();
                });
 }
@@ -108,6 +109,13 @@ bool Ledger::Write(QList<CopyRecord>& records)
     for (qsizetype i = 0; i < ids.size(); ++i)
         records[i].id = ids[i];
     return true;
+}
+
+bool Ledger::NoteLinkedNoMore(const QStringList& targets)
+{
+    return Change("Writing the records of copies", [&](SQLite::Database& database) {
+        LedgerRows::NoteLinkedNoMore(database, m_user, targets);
+    });
 }
 
 bool Ledger::Remove(const QStringList& targets)

@@ -39,6 +39,18 @@ enum class LinksState
     Failed = 2
 };
 
+/// Why a copy was made. DO NOT CHANGE THESE VALUES: they are stored in the database.
+enum class CopyOrigin
+{
+    /// Its source was given, or lies in a folder that was given; or it is from a time when that was
+    /// not recorded.
+    Selected = 0,
+    /// Only links led to its source.
+    Linked = 1,
+    /// The same, and a file that linked it links it no more.
+    LinkedNoMore = 2
+};
+
 /// What the job library remembers of one copy that it made or adopted.
 struct CopyRecord
 {
@@ -67,6 +79,7 @@ struct CopyRecord
     bool isRewritePending = false;
     /// A move has deleted the source.
     bool isMoved = false;
+    CopyOrigin origin = CopyOrigin::Selected;
 
     bool operator==(const CopyRecord&) const = default;
 };
@@ -101,6 +114,9 @@ public:
     /// All or none. A record takes the place of the one with the same target; the ids are filled
     /// in.
     bool Write(QList<CopyRecord>& records);
+    /// Of the copies with these targets those that only links led to get the origin LinkedNoMore,
+    /// all or none.
+    bool NoteLinkedNoMore(const QStringList& targets);
     /// Forgets the copies with these targets, all or none; one that is not recorded is no failure.
     bool Remove(const QStringList& targets);
 

@@ -14,19 +14,24 @@ namespace Halvern::Jobs::LedgerRows {
 
 namespace {
 
-constexpr char selectBelow[] =
+constexpr char columns[] =
     "SELECT id, project, source, target, source_size, source_modified, source_hash, target_size, "
     "target_modified, target_hash, recorded_at, links_state, readers, rewrite_pending, moved, "
-    "source_links, target_links, linked_targets "
-    "FROM ledger_copies WHERE authentication_id = ? AND target_key >= ? AND target_key < ? "
+    "source_links, target_links, linked_targets, ";
+
+/// Without a migration, which writes.
+constexpr char noOrigin[] = "0 ";
+
+constexpr char below[] =
+    " FROM ledger_copies WHERE authentication_id = ? AND target_key >= ? AND target_key < ? "
     "ORDER BY target_key";
 
 constexpr char insertOrUpdate[] =
     "INSERT INTO ledger_copies (authentication_id, target_key, source_key, project, source, "
     "target, source_size, source_modified, source_hash, target_size, target_modified, "
     "target_hash, recorded_at, links_state, readers, rewrite_pending, moved, source_links, "
-    "target_links, linked_targets) "
-    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
+    "target_links, linked_targets, origin) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
     "ON CONFLICT (authentication_id, target_key) DO UPDATE SET "
     "source_key = excluded.source_key, project = excluded.project, source = excluded.source, "
     "target = excluded.target, source_size = excluded.source_size, "
@@ -36,8 +41,12 @@ constexpr char insertOrUpdate[] =
     "links_state = excluded.links_state, readers = excluded.readers, "
     "rewrite_pending = excluded.rewrite_pending, moved = excluded.moved, "
     "source_links = excluded.source_links, target_links = excluded.target_links, "
-    "linked_targets = excluded.linked_targets "
+    "linked_targets = excluded.linked_targets, origin = excluded.origin "
     "RETURNING id";
+
+constexpr char loseLinks[] = "UPDATE ledger_copies SET origin = 2 WHERE authentication_id = ? AND "
+                             "target_key = ? AND origin = 1";
+static_assert(int(CopyOrigin::Linked) == 1 && int(CopyOrigin::LinkedNoMore) == 2);
 
 constexpr char deleteTarget[] =
     "DELETE FROM ledger_copies WHERE authentication_id = ? AND target_key = ?";
@@ -131,6 +140,16 @@ public:
         }
         return LinksState::Failed;
     }
+    CopyOrigin Origin()
+    {
+        switch (const auto origin = static_cast<CopyOrigin>(Number())) {
+        case CopyOrigin::Selected:
+        case CopyOrigin::Linked:
+        case CopyOrigin::LinkedNoMore:
+            return origin;
+        }
+        return CopyOrigin::Selected;
+    }
 
 private:
     SQLite::Statement& m_statement;
@@ -154,6 +173,7 @@ CopyRecord ReadRecord(Row row)
     record.sourceLinks = UnpackLinks(row.Bytes());
     record.targetLinks = UnpackLinks(row.Bytes());
     record.linkedTargets = UnpackTexts(row.Bytes());
+    record.origin = row.Origin();
     return record;
 }
 
@@ -174,22 +194,36 @@ void BindRecord(Binder binder, int user, const CopyRecord& record)
         .Number(record.isMoved)
         .Bytes(PackLinks(record.sourceLinks))
         .Bytes(PackLinks(record.targetLinks))
-        .Bytes(PackTexts(record.linkedTargets));
+        .Bytes(PackTexts(record.linkedTargets))
+        .Number(static_cast<int>(record.origin));
+}
+
+void RunForEach(SQLite::Database& database, const char* statement, int user,
+                const QStringList& targets)
+{
+    SQLite::Statement query(database, statement);
+    for (const QString& target : targets) {
+        Binder(query).Number(user).Key(target);
+        query.exec();
+        query.reset();
+    }
 }
 
 } // namespace
 
-QList<CopyRecord> Read(SQLite::Database& database, int user, const QString& cloudFolder)
+QList<CopyRecord> Read(SQLite::Database& database, int user, const QString& cloudFolder,
+                       bool hasOrigins)
 {
     QList<CopyRecord> records;
     if (cloudFolder.isEmpty())
         return records;
-    SQLite::Statement query(database, selectBelow);
+    SQLite::Statement query(database,
+                            std::string(columns) + (hasOrigins ? "origin" : noOrigin) + below);
     // From "folder/" to before "folder0": "0" comes next after the slash.
-    const QString below = cloudFolder.endsWith(u'/') ? cloudFolder : cloudFolder + u'/';
-    QString end = PathKey(below);
+    const QString folder = cloudFolder.endsWith(u'/') ? cloudFolder : cloudFolder + u'/';
+    QString end = PathKey(folder);
     end.back() = u'0';
-    Binder(query).Number(user).Key(below).Text(end);
+    Binder(query).Number(user).Key(folder).Text(end);
     while (query.executeStep())
         records.append(ReadRecord(Row(query)));
     return records;
@@ -210,14 +244,14 @@ QList<qint64> Write(SQLite::Database& database, int user, const QList<CopyRecord
     return ids;
 }
 
+void NoteLinkedNoMore(SQLite::Database& database, int user, const QStringList& targets)
+{
+    RunForEach(database, loseLinks, user, targets);
+}
+
 void Remove(SQLite::Database& database, int user, const QStringList& targets)
 {
-    SQLite::Statement query(database, deleteTarget);
-    for (const QString& target : targets) {
-        Binder(query).Number(user).Key(target);
-        query.exec();
-        query.reset();
-    }
+    RunForEach(database, deleteTarget, user, targets);
 }
 
 } // namespace Halvern::Jobs::LedgerRows

@@ -9,9 +9,11 @@ namespace Halvern::Jobs::LedgerRows {
 // The statements on the ledger's tables. Each function runs in a transaction of the caller's, and
 // throws.
 
-QList<CopyRecord> Read(SQLite::Database& database, int user, const QString& cloudFolder);
+QList<CopyRecord> Read(SQLite::Database& database, int user, const QString& cloudFolder,
+                       bool hasOrigins);
 /// The ids, in the order of the records.
 QList<qint64> Write(SQLite::Database& database, int user, const QList<CopyRecord>& records);
+void NoteLinkedNoMore(SQLite::Database& database, int user, const QStringList& targets);
 void Remove(SQLite::Database& database, int user, const QStringList& targets);
 
 } // namespace Halvern::Jobs::LedgerRows

@@ -53,6 +53,7 @@ CREATE TABLE ledger_copies (
 );
 CREATE INDEX ledger_copies_by_source ON ledger_copies (authentication_id, source_key);
 )sql",
+    "ALTER TABLE ledger_copies ADD COLUMN origin INTEGER NOT NULL DEFAULT 0;",
 };
 
 constexpr int currentVersion = static_cast<int>(std::size(migrations));
@@ -91,6 +92,11 @@ void RequireSyncDatabase(SQLite::Database& database)
 bool HasTables(SQLite::Database& database)
 {
     return ReadVersion(database) > 0;
+}
+
+bool HasOrigins(SQLite::Database& database)
+{
+    return ReadVersion(database) > 1;
 }
 
 void Migrate(SQLite::Database& database)

@@ -16,6 +16,9 @@ void RequireSyncDatabase(SQLite::Database& database);
 /// open transaction.
 bool HasTables(SQLite::Database& database);
 
+/// Whether they tell why a copy was made: those of the first version do not. The same holds.
+bool HasOrigins(SQLite::Database& database);
+
 /// Brings the tables to the current version; throws as above. Requires: an open transaction that
 /// writes.
 void Migrate(SQLite::Database& database);

@@ -151,10 +151,14 @@ void PlanLinks(JobState& job)
     for (JobFile& file : job.files)
         if (IsOurs(file, job))
             KeepWhatIsRecorded(file, job.files);
-    for (JobFile& file : job.files)
-        if (IsOurs(file, job) && (file.record->isRewritePending || HoldsOtherLinks(file)) &&
-            ObjectionTo(file.rewrites) == Remark::None)
+    for (JobFile& file : job.files) {
+        if (!IsOurs(file, job) || !(file.record->isRewritePending || HoldsOtherLinks(file)))
+            continue;
+        file.remark = ObjectionTo(file.rewrites);
+        file.isPending = file.remark != Remark::None;
+        if (!file.isPending)
             file.deed = Deed::Relink;
+    }
 }
 
 } // namespace Halvern::Jobs

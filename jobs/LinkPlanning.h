@@ -16,7 +16,8 @@ QString PlaceOf(const JobLink& link, const JobFile& holder, const JobFiles& file
 /// is missing or does not come along, and when it leads to the right copy as it stands.
 ///
 /// A file with a link that no copy could hold fails. Files whose copies are in place and recorded,
-/// but hold other links than they should, are to be relinked.
+/// but hold other links than they should, are to be relinked; where that cannot be they stay as
+/// they are, and say why.
 void PlanLinks(JobState& job);
 /// Only the first part.
 void WorkOutLinks(JobState& job);

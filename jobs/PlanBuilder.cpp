@@ -36,6 +36,8 @@ PlannedFile Describe(const JobFile& file, const JobState& job, ProblemSorter& pr
     planned.outcome = OutcomeNow(file, job);
     planned.problems = problems.Of(file);
     planned.remark = file.remark;
+    if (file.deed == Deed::Relink && !job.cancelled)
+        TellOfNewLinks(planned.outcome, planned.remark);
     planned.detail = file.detail;
     planned.origin = file.isSelected ? Origin::Selected : Origin::Linked;
     planned.deletesSource = DeletesSource(file, job.request);

@@ -6,8 +6,9 @@
 
 namespace Halvern::Jobs {
 
-/// What stands against carrying out the deeds of a job as a whole: room on the disk and in the base
-/// store, folders that cannot be written to. Nothing is written.
+/// What stands against carrying out the deeds of a job as a whole: room on the disks of the cloud
+/// folder and of the base store and in the store itself, folders that cannot be written to. Nothing
+/// is written.
 QList<Finding> LookAhead(const JobState& job);
 
 } // namespace Halvern::Jobs

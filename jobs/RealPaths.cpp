@@ -57,4 +57,12 @@ QString NameOf(const QString& path)
     return path.mid(path.lastIndexOf(u'/') + 1);
 }
 
+QString NearestOf(const QSet<QString>& folders, const QString& path)
+{
+    QString at = path;
+    while (!at.isEmpty() && !folders.contains(at))
+        at = FolderAbove(at);
+    return at;
+}
+
 } // namespace Halvern::Jobs

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QtCore/QHash>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 
 namespace Halvern::Jobs {
@@ -24,5 +25,8 @@ private:
 /// The folder above a cleaned path, empty when there is none; and the name in it.
 QString FolderAbove(const QString& path);
 QString NameOf(const QString& path);
+/// Of these folders the nearest that holds a cleaned path, or is it; empty for none. Takes as long
+/// as the path, however many folders there are.
+QString NearestOf(const QSet<QString>& folders, const QString& path);
 
 } // namespace Halvern::Jobs

@@ -3,6 +3,7 @@
 #include "Records.h"
 
 #include "LinkPlanning.h"
+#include "Orphans.h"
 #include "Paths.h"
 
 #include "syncservices/FolderManager.h"
@@ -70,19 +71,17 @@ std::unique_ptr<Ledger> OpenLedger()
 CopyRecord RecordOf(const JobFile& file, const JobState& job)
 {
     CopyRecord record;
-    const bool isOthers =
-        file.record && (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace);
-    // A copy that another project brought stays its own.
-    record.project = isOthers ? file.record->project : job.target;
-    record.source = isOthers ? file.record->source : file.source;
+    // A copy that this job did not make stays that of its source, and of its project.
+    record.project = file.record ? file.record->project : job.target;
+    record.source = file.record ? file.record->source : file.source;
     record.target = file.target;
     record.sourceStamp = file.sourceStamp;
     record.targetStamp = file.targetStamp;
     record.recordedAt = file.recordedAt;
     record.isRewritePending = file.isPending;
     record.isMoved = file.sourceDeleted;
+    record.origin = OriginOf(file, job);
     if (KeepsRecordedLinks(file)) {
-        record.isRewritePending = file.record->isRewritePending;
         record.sourceLinks = file.record->sourceLinks;
         record.targetLinks = file.record->targetLinks;
         record.linkedTargets = file.record->linkedTargets;
@@ -94,6 +93,10 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     record.sourceLinks = StoredLinks(file);
     record.targetLinks = file.wantedLinks;
     record.linkedTargets = LinkedTargets(file, job.files);
+    // What it linked it may link still.
+    if (file.record && !(file.linksKnown && file.linksState == LinksState::Read))
+        record.linkedTargets += file.record->linkedTargets;
+    record.linkedTargets.removeDuplicates();
     // Links that nobody asked for are read when somebody does.
     record.linksState = file.linksKnown ? file.linksState : LinksState::Failed;
     record.readers = file.readers;

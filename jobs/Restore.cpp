@@ -114,6 +114,7 @@ void WriteElsewhere(const Version& version, const QString& output)
         Refuse(output, QStringLiteral("has no folder to lie in"));
     Unfinished part(folder);
     WriteVersion(version, part.Path(), output);
+    Require(Base::FlushFile(Native(part.Path())), output);
     const FileResult named = part.Finish(output);
     if (named.Problem() == FileProblem::NameTaken)
         Refuse(output, QStringLiteral("exists already"));

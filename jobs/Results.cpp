@@ -39,7 +39,7 @@ bool FileResult::IsProblem() const
     case Outcome::Failed:
         return true;
     case Outcome::Orphaned:
-        return remark != Remark::None;
+        return remark == Remark::NotKept;
     case Outcome::Skipped:
         return remark == Remark::LinksNotRead || PluginFailed();
     case Outcome::Missing:
@@ -60,6 +60,7 @@ bool FileResult::IsProblem() const
     case Outcome::Locked:
         return !problems.isEmpty() || remark == Remark::LinksNotRewritten ||
                remark == Remark::RewritePending || remark == Remark::LinksNotRead ||
+               remark == Remark::LinkEmpty || remark == Remark::LinkTooLong ||
                (sourceStays != SourceStays::No && outcome != Outcome::Locked);
     }
     return false;
@@ -68,6 +69,14 @@ bool FileResult::IsProblem() const
 bool IsReported(const JobFile& file)
 {
     return !file.isDropped && (!file.isFolder || file.outcome == Outcome::Failed);
+}
+
+void TellOfNewLinks(Outcome& outcome, Remark& remark)
+{
+    if ((outcome != Outcome::Unchanged && outcome != Outcome::InPlace) || remark != Remark::None)
+        return;
+    outcome = Outcome::Updated;
+    remark = Remark::LinksRewritten;
 }
 
 Outcome OutcomeNow(const JobFile& file, const JobState& job)
@@ -105,6 +114,8 @@ FileResult Results::Make(const JobFile& file)
     result.sourceStays = file.sourceStays;
     result.staysFor = file.staysFor;
     result.linksRewritten = file.linksRewritten;
+    if (file.linksRewritten)
+        TellOfNewLinks(result.outcome, result.remark);
     result.outside = file.outside;
     result.isUnknownFormat = file.isUnknownFormat;
     if (result.outcome == Outcome::Missing || result.outcome == Outcome::Refused ||
@@ -145,11 +156,13 @@ QList<FileResult> Results::MakeAll()
 QList<FileResult> OrphanResults(const JobState& job)
 {
     QList<FileResult> results;
-    for (const CopyRecord& orphan : job.orphans) {
+    for (const auto& [orphan, isStillLinked] : job.orphans) {
         FileResult result;
         result.source = orphan.source;
         result.target = orphan.target;
         result.outcome = job.pruned.contains(orphan.target) ? Outcome::Pruned : Outcome::Orphaned;
+        if (isStillLinked)
+            result.remark = Remark::StillLinked;
         if (job.notPruned.contains(orphan.target)) {
             result.remark = Remark::NotKept;
             result.detail = job.notPruned.value(orphan.target);

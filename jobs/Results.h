@@ -22,7 +22,7 @@ public:
     /// Tells the observer, unless it knows.
     void Tell(const JobFile& file);
     void TellRest();
-    /// Of every file that counts, with what was left out at the end.
+    /// Of every file that counts.
     QList<FileResult> MakeAll();
     QList<FileLink::Problem> ProblemsOfNoFile() const { return m_sorter.OfNoFile(); }
 
@@ -52,6 +52,8 @@ private:
 
 /// Folders count only when one could not be made.
 bool IsReported(const JobFile& file);
+/// Of a file in place whose links were or will be rewritten, which is news.
+void TellOfNewLinks(Outcome& outcome, Remark& remark);
 /// The outcome as it stands: that of a file whose turn has not come in a cancelled job is NotDone.
 Outcome OutcomeNow(const JobFile& file, const JobState& job);
 /// What executing leads to when nothing goes wrong.

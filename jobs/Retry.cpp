@@ -43,6 +43,7 @@ JobFile PendingFile(const CopyRecord& record)
     file.deed = Deed::Relink;
     for (const SyncServices::FileLink& link : record.sourceLinks)
         file.links.append({link, {}, -1, LinkState::Found});
+    file.targetStatus = Base::ReadLinkStatus(Native(record.target));
     if (!ExistsOnDisk(record.target))
         file.End(Outcome::Missing);
     else if (!IsSameAsRecorded(record.targetStamp, record.recordedAt, record.target, false))
@@ -89,8 +90,7 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
     Staging staging(cloud);
     const Base::FileResult begun = opened ? staging.Begin() : opened;
     if (!begun)
-        throw JobError(JobErrorKind::NoCloudFolder, job.cloudFolder + QStringLiteral(": ") +
-                                                        QString::fromStdString(begun.Text()));
+        throw JobError(JobErrorKind::NoCloudFolder, QString::fromStdString(begun.Text()));
     const SyncServices::BaseStoreRun run;
     FileMaker maker(job, control, reader, cloud, staging);
     control.BeginPhase(Phase::RewritingLinks, job.files.Size());

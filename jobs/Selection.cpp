@@ -4,6 +4,7 @@
 
 #include "ExcludePattern.h"
 #include "Paths.h"
+#include "RealPaths.h"
 
 #include "corsync/JobError.h"
 #include "syncservices/FolderManager.h"
@@ -11,8 +12,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-
-#include <algorithm>
+#include <QtCore/QSet>
 
 namespace Halvern::Jobs {
 
@@ -40,6 +40,15 @@ void RequireAllExist(const QStringList& arguments)
             QStringLiteral("no such file or folder: %1").arg(missing.join(QStringLiteral(", "))));
 }
 
+/// Also through symbolic links on the way.
+bool HoldsCloudFolder(const QString& folder)
+{
+    const auto holds = [](const QString& above, const QString& below) {
+        return PathKey(below + u'/').startsWith(PathKey(above + u'/'));
+    };
+    return holds(folder, CloudFolder()) || holds(RealPath(folder), RealPath(CloudFolder()));
+}
+
 /// Why a source that exists cannot be imported; empty when it can.
 QString Objection(const QString& source)
 {
@@ -50,16 +59,9 @@ QString Objection(const QString& source)
         return QStringLiteral("is a whole drive; give the folders in it");
     if (IsInCloudFolder(source))
         return QStringLiteral("lies in the cloud cache folder already");
-    if (IsFolder(source) && PathKey(CloudFolder() + u'/').startsWith(PathKey(source + u'/')))
+    if (IsFolder(source) && HoldsCloudFolder(source))
         return QStringLiteral("contains the cloud cache folder");
     return {};
-}
-
-bool IsInAnother(const QString& source, const QStringList& sources)
-{
-    return std::any_of(sources.begin(), sources.end(), [&](const QString& other) {
-        return source != other && source.startsWith(other + u'/');
-    });
 }
 
 } // namespace
@@ -87,9 +89,14 @@ Sources CheckedSources(const QStringList& arguments)
         sources.append(source);
     }
     sources.removeDuplicates();
-    Sources checked;
+    QSet<QString> all;
     for (const QString& source : std::as_const(sources))
-        (IsInAnother(source, sources) ? checked.inside : checked.outermost).append(source);
+        all.insert(PathKey(source));
+    Sources checked;
+    for (const QString& source : std::as_const(sources)) {
+        const bool isInside = !NearestOf(all, PathKey(FolderAbove(source))).isEmpty();
+        (isInside ? checked.inside : checked.outermost).append(source);
+    }
     return checked;
 }
 

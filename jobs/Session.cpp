@@ -4,6 +4,7 @@
 
 #include "DatabaseCheck.h"
 #include "FolderCleanup.h"
+#include "OwnPlaces.h"
 #include "Paths.h"
 #include "PluginIsolation.h"
 #include "QuietLog.h"
@@ -147,6 +148,7 @@ struct Session::State
         if (settings.cloudCacheFolder.isEmpty())
             throw JobError(JobErrorKind::SettingsRefused,
                            QStringLiteral("no cloud cache folder is configured"));
+        RequireOwnPlaces(settings);
         const QStringList folders = CheckedFolders(pluginFolders);
         if (use == SessionUse::PlanOnly)
             cleanup.emplace(settings.cloudCacheFolder);

@@ -2,11 +2,13 @@
 
 #include "corsync/Settings.h"
 
+#include "OwnPlaces.h"
 #include "Paths.h"
 
 #include "corsync/JobError.h"
 
 #include <QtCore/QCryptographicHash>
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 
@@ -25,8 +27,14 @@ ServicesSettings StoredSettings(const Places& places, SessionUse use)
         return ServicesSettings::Defaults();
     const QString file =
         given ? AbsolutePath(places.settingsFile) : ServicesSettings::DefaultFile();
-    if (use == SessionUse::PlanOnly && !QFileInfo::exists(file))
-        return ServicesSettings::Defaults();
+    if (!QFileInfo::exists(file)) {
+        // A mistyped name must not lead to another cloud cache folder.
+        if (given)
+            throw JobError(JobErrorKind::SettingsRefused,
+                           QStringLiteral("no such settings file: ") + places.settingsFile);
+        if (use == SessionUse::PlanOnly)
+            return ServicesSettings::Defaults();
+    }
     QString error;
     const ServicesSettings settings = ServicesSettings::LoadOrCreate(file, &error);
     if (!error.isEmpty())
@@ -51,17 +59,38 @@ void TakeDatabase(ServicesSettings& settings, const QString& database)
     settings.baseStoreFolder.clear();
 }
 
+/// Also where symbolic links lead there.
+bool LiesIn(const QString& path, const QString& folder)
+{
+    return IsInFolder(path, folder) || IsInFolder(RealPath(path), RealPath(folder));
+}
+
 } // namespace
+
+void RequireOwnPlaces(const ServicesSettings& settings)
+{
+    const auto require = [&](const QString& name, const QString& path, const QString& why) {
+        if (!path.isEmpty() && path != InMemory && LiesIn(path, settings.cloudCacheFolder))
+            throw JobError(JobErrorKind::SettingsRefused,
+                           QStringLiteral("the %1 %2 must not lie in the cloud cache folder %3: %4")
+                               .arg(name, QDir::toNativeSeparators(path),
+                                    QDir::toNativeSeparators(settings.cloudCacheFolder), why));
+    };
+    if (settings.cloudCacheFolder.isEmpty())
+        return;
+    require(QStringLiteral("database"), settings.databaseFile,
+            QStringLiteral("a sync program would take it away half written"));
+    if (settings.baseStoreLimit > 0)
+        require(QStringLiteral("base store"), settings.BaseStoreFolder(),
+                QStringLiteral("old versions would be synced like files of a project"));
+}
 
 ServicesSettings ResolveSettings(const Places& places, SessionUse use)
 {
     ServicesSettings settings = StoredSettings(places, use);
     TakeCloudFolder(settings, AbsolutePath(places.cloudFolder));
     TakeDatabase(settings, places.database);
-    if (IsInFolder(settings.databaseFile, settings.cloudCacheFolder))
-        throw JobError(JobErrorKind::SettingsRefused,
-                       QStringLiteral("the database %1 must not lie in the cloud cache folder")
-                           .arg(settings.databaseFile));
+    RequireOwnPlaces(settings);
     return settings;
 }
 

@@ -3,6 +3,7 @@
 #include "SourceFolders.h"
 
 #include "Paths.h"
+#include "RealPaths.h"
 
 #include <QtCore/QFileInfo>
 
@@ -18,7 +19,7 @@ Base::FileResult NotOfSelection()
 
 } // namespace
 
-SourceFolders::SourceFolders(const QStringList& sources) : m_sources(sources)
+SourceFolders::SourceFolders(const QStringList& sources) : m_sources(sources.begin(), sources.end())
 {
     for (const QString& source : sources) {
         const QString folder = QFileInfo(source).path();
@@ -30,16 +31,15 @@ SourceFolders::SourceFolders(const QStringList& sources) : m_sources(sources)
 
 SourceFolders::Place SourceFolders::Find(const QString& path) const
 {
-    for (const QString& source : m_sources) {
-        if (path != source && !path.startsWith(source + u'/'))
-            continue;
-        const QString above = QFileInfo(source).path();
-        const auto found = m_folders.find(above);
-        const qsizetype start = above.endsWith(u'/') ? above.size() : above.size() + 1;
-        if (found != m_folders.end() && found->second.IsOpen())
-            return {&found->second, Native(path.mid(start))};
-    }
-    return {};
+    const QString source = NearestOf(m_sources, path);
+    if (source.isEmpty())
+        return {};
+    const QString above = QFileInfo(source).path();
+    const auto found = m_folders.find(above);
+    const qsizetype start = above.endsWith(u'/') ? above.size() : above.size() + 1;
+    if (found == m_folders.end() || !found->second.IsOpen())
+        return {};
+    return {&found->second, Native(path.mid(start))};
 }
 
 Base::FileResult SourceFolders::Status(const QString& path, Base::FileStatus& status)

@@ -4,6 +4,7 @@
 
 #include "base/RootedFolder.h"
 
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -34,7 +35,7 @@ private:
 
     /// By the folder above a source.
     std::map<QString, Base::RootedFolder> m_folders;
-    QStringList m_sources;
+    QSet<QString> m_sources;
 };
 
 } // namespace Halvern::Jobs

@@ -239,7 +239,7 @@ void SourceRemoval::KeepWhatMustNotGo(const QList<qsizetype>& places)
     KeepWhatTheyLink(staying);
 }
 
-void SourceRemoval::Remove(const std::function<void(const QList<JobFile*>&)>& announced,
+void SourceRemoval::Remove(const std::function<bool(const QList<JobFile*>&)>& announced,
                            const std::function<void(JobFile&)>& told)
 {
     Foresee();
@@ -251,9 +251,13 @@ void SourceRemoval::Remove(const std::function<void(const QList<JobFile*>&)>& an
     QList<JobFile*> files;
     for (const qsizetype place : places)
         files.append(&m_job.files.At(place));
-    announced(files);
+    const bool isAnnounced = announced(files);
     for (JobFile* file : std::as_const(files))
         file->sourceDeleted = false;
+    if (!isAnnounced) {
+        KeepRest();
+        return;
+    }
     for (const qsizetype place : places) {
         JobFile& file = m_job.files.At(place);
         if (file.sourceStays == SourceStays::No) {
@@ -331,7 +335,8 @@ void SourceRemoval::RemoveFolders()
 {
     QStringList folders;
     for (const JobFile& file : m_job.files)
-        if (file.isFolder && file.isSelected)
+        if (file.isFolder && file.isSelected && file.outcome != Outcome::Failed &&
+            !m_job.request.linksOnly)
             folders.append(file.source);
     // Those inside come before those around them; one that holds something stays.
     std::sort(folders.begin(), folders.end(), std::greater<QString>());

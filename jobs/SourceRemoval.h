@@ -12,8 +12,8 @@ namespace Halvern::Jobs {
 
 /// The last step of a move: deletes each selected file whose copy is in place and recorded, whose
 /// whole link tree is in order, and that no source links that stays, unless it changed since it was
-/// read; then the selected folders that are empty. Nothing else is deleted, and no right is
-/// changed.
+/// read; then the selected folders that are empty and were made in the cloud folder. Nothing else
+/// is deleted, and no right is changed.
 class SourceRemoval
 {
 public:
@@ -23,9 +23,10 @@ public:
 
     /// Notes in a plan which sources will stay, and why.
     void Foresee();
-    /// `announced` writes down which files are about to go, before the first one does; `told` hears
-    /// of each file whose copy is in order once its source is gone or stays.
-    void Remove(const std::function<void(const QList<JobFile*>&)>& announced,
+    /// `announced` writes down which files are about to go, before the first one does, and none
+    /// goes when it cannot; `told` hears of each file whose copy is in order once its source is
+    /// gone or stays.
+    void Remove(const std::function<bool(const QList<JobFile*>&)>& announced,
                 const std::function<void(JobFile&)>& told);
     /// Says of those whose turn has not come that they stay.
     void KeepRest();

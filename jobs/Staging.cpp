@@ -7,8 +7,11 @@
 #include "base/NativePath.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 #include <QtCore/QRandomGenerator>
 
+#include <algorithm>
 #include <vector>
 
 namespace Halvern::Jobs {
@@ -17,6 +20,19 @@ namespace {
 
 constexpr char Prefix[] = ".corsync-";
 constexpr char LockName[] = ".lock";
+/// What 64 bits take in base 36.
+constexpr int NameLength = 13;
+
+bool IsStagingName(const QString& name)
+{
+    const QLatin1String prefix(Prefix);
+    const QStringView rest = QStringView(name).mid(prefix.size());
+    return name.startsWith(prefix) && rest.size() == NameLength &&
+           std::all_of(rest.begin(), rest.end(), [](QChar character) {
+               return (character >= u'0' && character <= u'9') ||
+                      (character >= u'a' && character <= u'z');
+           });
+}
 
 std::unique_ptr<QLockFile> LockOf(const std::filesystem::path& folder)
 {
@@ -27,6 +43,14 @@ std::unique_ptr<QLockFile> LockOf(const std::filesystem::path& folder)
     return lock;
 }
 
+bool IsLock(const QLockFile& lock)
+{
+    qint64 process = 0;
+    QString machine;
+    QString program;
+    return lock.getLockInfo(&process, &machine, &program);
+}
+
 } // namespace
 
 Base::FileResult Staging::Begin()
@@ -34,9 +58,8 @@ Base::FileResult Staging::Begin()
     RemoveLeftovers();
     Base::FileResult made;
     for (int tries = 0; tries < 8; ++tries) {
-        const QString name = QString::fromLatin1(Prefix) +
-                             QString::number(QRandomGenerator::system()->generate64(), 36);
-        m_folder = Native(name);
+        const QString random = QString::number(QRandomGenerator::system()->generate64(), 36);
+        m_folder = Native(QLatin1String(Prefix) + random.rightJustified(NameLength, u'0'));
         made = m_cloud.MakePrivateFolder(m_folder);
         if (!made)
             continue;
@@ -47,7 +70,9 @@ Base::FileResult Staging::Begin()
         m_lock.reset();
     }
     m_folder.clear();
-    return made ? Base::FileResult::Failed("no folder of its own could be made") : made;
+    // The name of a folder that there is not tells nobody anything.
+    return Base::FileResult::Failed("Nothing can be written to " + Base::PathToUtf8(m_cloud.Path()),
+                                    made.Code());
 }
 
 Staging::~Staging()
@@ -61,7 +86,9 @@ Staging::~Staging()
 
 std::filesystem::path Staging::PlaceFor(const QString& name) const
 {
-    const std::filesystem::path place = m_folder / Native(name);
+    // The lock's own name is taken, in any letter case for the sake of disks that ignore it.
+    const bool isTaken = name.compare(QLatin1String(LockName), Qt::CaseInsensitive) == 0;
+    const std::filesystem::path place = m_folder / Native(isTaken ? u'_' + name : name);
     static_cast<void>(m_cloud.Remove(place));
     return place;
 }
@@ -69,6 +96,19 @@ std::filesystem::path Staging::PlaceFor(const QString& name) const
 std::filesystem::path Staging::Absolute(const std::filesystem::path& place) const
 {
     return m_cloud.Path() / place;
+}
+
+QString Staging::TextOf(const Base::FileResult& failure, const QString& target) const
+{
+    QString text = QString::fromStdString(failure.Text());
+    const QString shown = QDir::toNativeSeparators(target);
+    const QString name = QFileInfo(target).fileName();
+    for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
+        text.replace(QStringView(Base::PathText(folder / Native(name))).toString(), shown);
+    for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
+        text.replace(QStringView(Base::PathText(folder)).toString(),
+                     QDir::toNativeSeparators(QFileInfo(target).path()));
+    return text;
 }
 
 void Staging::Clear(const std::filesystem::path& folder) const
@@ -88,14 +128,18 @@ void Staging::RemoveLeftovers() const
         return;
     for (const std::filesystem::path& name : names) {
         Base::FileStatus status;
-        if (!Base::PathToUtf8(name).starts_with(Prefix) || !m_cloud.Status(name, status) ||
-            status.kind != Base::FileKind::Folder)
+        if (!IsStagingName(QStringView(Base::PathText(name)).toString()) ||
+            !m_cloud.Status(name, status) || status.kind != Base::FileKind::Folder)
             continue;
         std::unique_ptr<QLockFile> lock = LockOf(Absolute(name));
-        if (!lock->tryLock(0))
-            continue;
-        Clear(name);
+        // Somebody's own folder of such a name has none.
+        if (IsLock(*lock)) {
+            if (!lock->tryLock(0))
+                continue;
+            Clear(name);
+        }
         lock.reset();
+        // Nothing happens to one that holds something.
         static_cast<void>(m_cloud.RemoveFolder(name));
     }
 }

@@ -24,10 +24,13 @@ public:
     Staging(const Staging&) = delete;
     Staging& operator=(const Staging&) = delete;
 
-    /// Makes the folder. Required before the others.
+    /// Makes the folder. Required before the others. A failure names the cloud folder.
     Base::FileResult Begin();
     /// The place for a file of this name, below the cloud folder. What stood there is removed.
     std::filesystem::path PlaceFor(const QString& name) const;
+    /// The text of a failure on a staged file, with what people know in place of the names of this
+    /// folder and its file: the path that the file is for.
+    QString TextOf(const Base::FileResult& failure, const QString& target) const;
     /// Of the folder, which no other job has.
     std::string Name() const { return m_folder.string(); }
     /// The same, absolute.

@@ -5,7 +5,6 @@
 #include "FileStamps.h"
 #include "Paths.h"
 
-#include "base/ContentHash.h"
 #include "base/FileCopy.h"
 
 #include <QtCore/QFileInfo>
@@ -15,13 +14,30 @@ namespace Halvern::Jobs {
 
 namespace {
 
-bool HoldTheSame(const QString& a, const QString& b)
+bool HoldTheSame(const FileStamp& a, const FileStamp& b)
 {
-    if (QFileInfo(a).size() != QFileInfo(b).size())
-        return false;
-    Base::ContentHash first, second;
-    return Base::HashContent(Native(a), first) && Base::HashContent(Native(b), second) &&
-           first == second;
+    return a.bytes >= 0 && a.bytes == b.bytes && !a.hash.isEmpty() && a.hash == b.hash;
+}
+
+bool AreOfOneSize(const QString& a, const QString& b)
+{
+    return QFileInfo(a).size() == QFileInfo(b).size();
+}
+
+/// As if an earlier import had made it with these links: later ones may change them.
+CopyRecord AdoptedRecord(const JobFile& file, const JobState& job,
+                         const QList<SyncServices::FileLink>& links)
+{
+    CopyRecord record;
+    record.project = job.target;
+    record.source = file.source;
+    record.target = file.target;
+    record.targetLinks = links;
+    for (const JobLink& link : file.links)
+        record.sourceLinks.append(link.stored);
+    record.readers = file.readers;
+    record.origin = CopyOrigin::Linked;
+    return record;
 }
 
 } // namespace
@@ -37,9 +53,11 @@ Standing ThreeWays::Of(JobFile& file) const
     file.targetStatus = Base::ReadLinkStatus(Native(file.target));
     if (IsFolder(file.target))
         return Standing::Folder;
-    const bool isLink = QFileInfo(file.target).isSymbolicLink();
-    if (!file.record || isLink)
-        return !isLink && HasSameContent(file) ? Standing::SameContent : Standing::Foreign;
+    if (QFileInfo(file.target).isSymbolicLink())
+        return Standing::Foreign;
+    if (!file.record)
+        return HasSameContent(file) || HoldsTheSource(file) ? Standing::SameContent
+                                                            : Standing::Foreign;
     const bool checksum = m_job.request.checksum;
     const bool sourceSame = IsSameAsRecorded(file.record->sourceStamp, file.record->recordedAt,
                                              file.source, checksum, nullptr);
@@ -49,24 +67,79 @@ Standing ThreeWays::Of(JobFile& file) const
         return Standing::Ours;
     if (copySame)
         return Standing::SourceChanged;
-    if (sourceSame)
-        return Standing::CopyChanged;
-    return HasSameContent(file) ? Standing::SameContent : Standing::BothChanged;
+    if (!sourceSame && HasSameContent(file))
+        return Standing::SameContent;
+    if (HoldsTheSource(file))
+        return Standing::SameContent;
+    return sourceSame ? Standing::CopyChanged : Standing::BothChanged;
+}
+
+/// What holds the bytes of the source, somebody has copied by other means: only its links are still
+/// to be rewritten.
+bool ThreeWays::HoldsTheSource(JobFile& file) const
+{
+    if (file.rewrites.isEmpty() || IsOfAnotherProject(file.target) ||
+        !AreOfOneSize(file.source, file.target))
+        return false;
+    const qint64 now = ClockNow();
+    const FileStamp source = StampOf(file.source, true);
+    const FileStamp target = StampOf(file.target, true);
+    if (!HoldTheSame(source, target))
+        return false;
+    QList<SyncServices::FileLink> links;
+    for (const JobLink& link : std::as_const(file.links))
+        links.append(link.stored);
+    Adopt(file, links, source, target, now);
+    return true;
+}
+
+/// Whatever source it was made of.
+bool ThreeWays::IsOfAnotherProject(const QString& target) const
+{
+    const CopyRecord* record = m_copies.OfTarget(target);
+    return record && PathKey(record->project) != PathKey(m_job.target);
+}
+
+void ThreeWays::Adopt(JobFile& file, const QList<SyncServices::FileLink>& links,
+                      const FileStamp& source, const FileStamp& target, qint64 recordedAt) const
+{
+    file.record = AdoptedRecord(file, m_job, links);
+    file.record->sourceStamp = source;
+    file.record->targetStamp = target;
+    file.record->recordedAt = recordedAt;
 }
 
 /// A copy whose links are rewritten is made to be compared.
-bool ThreeWays::HasSameContent(const JobFile& file) const
+bool ThreeWays::HasSameContent(JobFile& file) const
 {
-    if (file.rewrites.isEmpty())
-        return HoldTheSame(file.source, file.target);
+    const qint64 now = ClockNow();
+    if (file.rewrites.isEmpty() && !AreOfOneSize(file.source, file.target))
+        return false;
     const QTemporaryDir folder;
-    const QString copy = folder.filePath(QFileInfo(file.target).fileName());
-    if (!folder.isValid() || !Base::CopyFileBytes(Native(file.source), Native(copy)))
+    const QString made =
+        file.rewrites.isEmpty() ? file.source : folder.filePath(QFileInfo(file.target).fileName());
+    if (!file.rewrites.isEmpty() && (!folder.isValid() || !MakeCopy(file, made)))
+        return false;
+    const FileStamp copy = StampOf(made, true);
+    const FileStamp target = StampOf(file.target, true);
+    if (!HoldTheSame(copy, target))
+        return false;
+    // The files that its links lead to may get other places still.
+    const bool isRead = file.linksKnown && file.linksState == LinksState::Read;
+    if (!file.record && isRead && !file.links.isEmpty() && !IsOfAnotherProject(file.target))
+        Adopt(file, file.wantedLinks, file.rewrites.isEmpty() ? copy : StampOf(file.source, true),
+              target, now);
+    return true;
+}
+
+bool ThreeWays::MakeCopy(const JobFile& file, const QString& copy) const
+{
+    if (!Base::CopyFileBytes(Native(file.source), Native(copy)))
         return false;
     m_control.Mute(true);
     const bool written = m_reader.Write(copy, file.rewrites);
     m_control.Mute(false);
-    return written && HoldTheSame(copy, file.target);
+    return written;
 }
 
 } // namespace Halvern::Jobs

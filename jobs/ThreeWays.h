@@ -20,7 +20,8 @@ enum class Standing
     SourceChanged,
     CopyChanged,
     BothChanged,
-    /// Holds what the copy would hold, but nothing says that it is one.
+    /// Holds what the copy would hold, or what the source holds with the links of the source, but
+    /// nothing says that it is a copy: from now on it is one.
     SameContent,
     Foreign,
 };
@@ -39,7 +40,12 @@ public:
     Standing Of(JobFile& file) const;
 
 private:
-    bool HasSameContent(const JobFile& file) const;
+    bool HasSameContent(JobFile& file) const;
+    bool MakeCopy(const JobFile& file, const QString& copy) const;
+    bool HoldsTheSource(JobFile& file) const;
+    bool IsOfAnotherProject(const QString& target) const;
+    void Adopt(JobFile& file, const QList<SyncServices::FileLink>& links, const FileStamp& source,
+               const FileStamp& target, qint64 recordedAt) const;
 
     const JobState& m_job;
     JobControl& m_control;

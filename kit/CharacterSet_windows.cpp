@@ -2,11 +2,11 @@
 
 #include "kit/CharacterSet.h"
 
+#include "base/WindowsApi.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
-
-#include <windows.h>
 
 namespace Halvern::PluginKit {
 

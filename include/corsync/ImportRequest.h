@@ -60,7 +60,7 @@ struct ImportRequest
     /// Bring everything below the target, also what another import has brought to the cloud cache
     /// folder already.
     bool selfContained = false;
-    /// Put copies whose source is gone into the base store.
+    /// Put copies whose source is gone, or that nothing links any more, into the base store.
     bool prune = false;
 };
 

@@ -19,7 +19,7 @@ enum class JobErrorKind
     PluginFolderMissing,
     /// The cloud cache folder could not be made.
     NoCloudFolder,
-    /// The sync database could not be opened.
+    /// The sync database could not be opened, or its records of copies could not be read.
     DatabaseNotOpened,
     /// The sync database is no whole database any more.
     DatabaseDamaged,

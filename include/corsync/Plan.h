@@ -20,7 +20,8 @@ enum class Outcome
     /// Copied to where another file stood.
     Replaced,
     /// The source changed since it was copied, the copy did not: the copy is made anew, the old one
-    /// is in the base store.
+    /// is in the base store. With the remark LinksRewritten only links in it changed, because what
+    /// they lead to has got another place.
     Updated,
     /// Copied under a name that was free.
     Renamed,
@@ -29,8 +30,7 @@ enum class Outcome
     /// The copy changed since it was made, the source did not: it stays as it is.
     Left,
     /// Copied earlier, and changed on neither side since; or somebody else put the same content
-    /// there. Its links may be rewritten all the same, when what they lead to has got another
-    /// place.
+    /// there.
     Unchanged,
     /// Lies in the cloud cache folder already.
     InPlace,
@@ -45,7 +45,8 @@ enum class Outcome
     Refused,
     /// Linked, but no file of this machine.
     Url,
-    /// Copied earlier; its source is gone from the selection since. The copy stays.
+    /// Copied earlier by an import to the same target. Its source is gone from the selection since;
+    /// or only links led to it, and no copy links it any more. The copy stays.
     Orphaned,
     /// The same, and the copy was put into the base store.
     Pruned,
@@ -84,7 +85,8 @@ enum class Remark
     PathTooLong,
     /// Failed: a file stands where a folder of the target must be.
     FileInTheWay,
-    /// Failed: a link inside the copy would be empty, or longer than 259 characters.
+    /// Failed, or in place with the links that it has: a link inside the copy would be empty, or
+    /// longer than 259 characters.
     LinkEmpty,
     LinkTooLong,
     /// Failed: what stands at the target could not be kept in the base store.
@@ -122,6 +124,12 @@ enum class Remark
     Unexplained,
     /// In place, but a cancel came before its links were rewritten; the next import does it.
     LinksNotRewritten,
+    /// Updated: nothing else changed in the copy, which is no new one.
+    LinksRewritten,
+    /// Replaced: a symbolic link stood there, and has the name that the detail tells.
+    LinkSetAside,
+    /// Orphaned: it is not pruned, because another copy links it.
+    StillLinked,
 };
 
 /// Why the source of a file stays that a move was to delete.
@@ -257,6 +265,9 @@ struct Conflict
     QString other;
     /// The source is one of those given.
     bool selected = false;
+    /// What would settle it: with BothChanged as ImportRequest::onConflict, otherwise as policy for
+    /// collisions. Empty when something must be moved or renamed first.
+    QList<ConflictAnswer> answers = {};
     /// With TargetTaken and BothChanged.
     ConflictSide sourceSide = {};
     ConflictSide targetSide = {};

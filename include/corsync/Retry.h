@@ -18,10 +18,11 @@ namespace Halvern::Jobs {
 ///
 /// `folder` is absolute in the cloud cache folder or relative to it; only copies in and below it
 /// are tried. Empty: all. The result names each copy that was tried, the source it was made of, and
-/// what became of it: Unchanged once its links are what they should be, Locked or with the remark
-/// RewritePending while they are not. Copies that somebody changed since stay as they are (Left).
-/// Observer and cancel token may be null. Throws JobError: SyncOff, TargetRefused for a folder that
-/// does not lie in the cloud cache folder, WrongOrder in a session that is for plans only.
+/// what became of it: Updated or Unchanged once its links are what they should be, Locked or with
+/// the remark RewritePending while they are not. Copies that somebody changed since stay as they
+/// are (Left). Observer and cancel token may be null. Throws JobError: SyncOff, TargetRefused for a
+/// folder that does not lie in the cloud cache folder, WrongOrder in a session that is for plans
+/// only.
 CORSYNCJOBS_EXPORT JobResult RetryRewrites(const Session& session, const QString& folder,
                                            IJobObserver* observer = nullptr,
                                            const CancelToken* cancel = nullptr);

@@ -51,9 +51,10 @@ struct Places
     QString database;
 };
 
-/// The settings for a session: the settings file, which is written when it does not exist, with the
-/// places given instead. Relative paths are taken from the current folder. Throws
-/// JobError(SettingsRefused).
+/// The settings for a session: the settings file, with the places given instead. The user's own
+/// file is written when it does not exist; one that is named must be there. Relative paths are
+/// taken from the current folder. Throws JobError(SettingsRefused), also when the database or the
+/// base store lies in the cloud cache folder.
 CORSYNCJOBS_EXPORT SyncServices::ServicesSettings ResolveSettings(const Places& places,
                                                                   SessionUse use);
 

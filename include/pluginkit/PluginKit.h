@@ -20,6 +20,7 @@
 /// | FileEdits.h         | the same, from a list of changed places; TextEdits.h for text         |
 /// | FilePaths.h, Utf.h  | paths and text, as files and the host have them                       |
 /// | LinkPaths.h         | what is at the path of a link, and whether two are the same           |
+/// | EncodedText.h       | text of any encoding as UTF-8, changed in place                       |
 /// | FileUri.h           | links that are written as URIs; PercentCoding.h for parts of them     |
 /// | Xml.h               | XML with the places of what it holds        (Corsync::PluginKitXml)   |
 /// | ZipArchive.h        | entries of ZIP archives                     (Corsync::PluginKitZip)   |

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 namespace Halvern::Formats::Kicad {
 
@@ -29,6 +30,8 @@ constexpr std::array<const char*, 7> Siblings = {"kicad_pro", "kicad_sch", "kica
 /// The symbols that a legacy schematic uses, as they were when it was saved.
 constexpr const char* Cache = "cache";
 constexpr const char* CacheEnding = "-cache.lib";
+/// Begins the id of a library that a legacy schematic lists.
+constexpr const char* LibraryMark = "library/";
 /// Ends the id of a library's descriptions; the name of a library holds no colon.
 constexpr const char* DescriptionsMark = ":dcm";
 constexpr std::array<const char*, 2> Tables = {"sym-lib-table", "fp-lib-table"};
@@ -67,6 +70,14 @@ bool HasDescriptions(const fs::path& library)
 fs::path CacheOf(const fs::path& schematic)
 {
     return PathFromUtf8(PathToUtf8(schematic.stem()) + CacheEnding);
+}
+
+/// Seen from the schematic that lists it; nothing for one that is not below.
+std::optional<fs::path> PlaceOfLibrary(const std::string& name)
+{
+    const fs::path place = PathFromUtf8(name + ".lib").lexically_normal();
+    const bool isBelow = place.is_relative() && !place.empty() && *place.begin() != "..";
+    return isBelow && !name.empty() ? std::optional(place) : std::nullopt;
 }
 
 std::vector<LibraryEntry> ReadTable(const fs::path& path, const std::string& table)
@@ -122,6 +133,21 @@ public:
             Add(Cache, PathToUtf8(cache));
     }
 
+    /// Libraries of a legacy schematic that are beside it or below.
+    void AddLibrariesOfSchematic()
+    {
+        std::set<std::string> seen;
+        for (const std::string& name : LibrariesOfLegacySchematic(InputFile(m_file))) {
+            const std::optional<fs::path> place = PlaceOfLibrary(name);
+            if (!place || !IsFile(m_file.parent_path() / *place) || *place == CacheOf(m_file) ||
+                !seen.insert(name).second)
+                continue;
+            Add(LibraryMark + name, PathToUtf8(*place));
+            if (IsFile(m_file.parent_path() / DescriptionsOf(*place)))
+                Add(LibraryMark + name + DescriptionsMark, PathToUtf8(DescriptionsOf(*place)));
+        }
+    }
+
     void AddTables()
     {
         for (const char* const table : Tables)
@@ -168,7 +194,8 @@ private:
         });
         std::sort(names.begin(), names.end());
         for (const std::string& name : names)
-            Add(id + '/' + name, PathToUtf8(below / PathFromUtf8(name)));
+            Add(std::string(id).append(1, '/').append(name),
+                PathToUtf8(below / PathFromUtf8(name)));
     }
 
     void Add(const std::string& id, const std::string& path)
@@ -191,11 +218,14 @@ void AddWithoutProject(Collector& collector, const fs::path& file, const std::st
     } else {
         collector.AddSibling("kicad_pcb");
     }
+    const bool isAlone = extension == ".kicad_pcb" || !HoldsProject(file.parent_path());
     if (extension == ".sch") {
         collector.AddSibling("brd");
         collector.AddCache();
+        if (isAlone)
+            collector.AddLibrariesOfSchematic();
     }
-    if (extension == ".kicad_pcb" || !HoldsProject(file.parent_path()))
+    if (isAlone)
         collector.AddTables();
 }
 
@@ -256,6 +286,8 @@ std::optional<std::string> CompanionPlaces::PlaceOf(const std::string& id)
         return id;
     if (id == Cache)
         return PathToUtf8(CacheOf(m_file));
+    if (id.starts_with(LibraryMark))
+        return PlaceOfListed(id.substr(std::string_view(LibraryMark).size()));
     if (!m_areTablesRead)
         ReadTables();
     const std::size_t slash = std::min(id.rfind('/'), id.size());
@@ -264,6 +296,17 @@ std::optional<std::string> CompanionPlaces::PlaceOf(const std::string& id)
     if (const auto folder = m_libraries.find(id.substr(0, slash)); folder != m_libraries.end())
         return PathToUtf8(folder->second / PathFromUtf8(id.substr(slash + 1)));
     return {};
+}
+
+std::optional<std::string> CompanionPlaces::PlaceOfListed(std::string name)
+{
+    const bool isDescriptions = name.ends_with(DescriptionsMark);
+    if (isDescriptions)
+        name.resize(name.size() - std::string_view(DescriptionsMark).size());
+    const std::optional<fs::path> place = PlaceOfLibrary(name);
+    if (!place)
+        return {};
+    return PathToUtf8(isDescriptions ? DescriptionsOf(*place) : *place);
 }
 
 bool HasSubstitutes(const fs::path& model)

@@ -31,6 +31,7 @@ public:
     std::optional<std::string> PlaceOf(const std::string& id);
 
 private:
+    static std::optional<std::string> PlaceOfListed(std::string name);
     void ReadTables();
 
     std::filesystem::path m_file;

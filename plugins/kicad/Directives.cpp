@@ -61,7 +61,8 @@ std::optional<StoredPath> DirectiveOf(std::string_view line)
     if (!end)
         return {};
     std::string_view path = line.substr(begin, *end - begin);
-    if (path.starts_with('"') || path.starts_with('\''))
+    const bool isQuoted = path.starts_with('"') || path.starts_with('\'');
+    if (isQuoted)
         path = path.substr(1, path.size() - 2);
     if (path.empty() || path.size() > MaxDirectivePath || IsElsewhere(path))
         return {};
@@ -69,7 +70,7 @@ std::optional<StoredPath> DirectiveOf(std::string_view line)
     // A library that begins here is named alone, too: ".lib slow".
     const std::size_t section = line.find_first_not_of(Blanks, *end);
     stored.isOnlyWhereThere =
-        isLibrary && (section == std::string_view::npos || line[section] == ';');
+        isLibrary && !isQuoted && (section == std::string_view::npos || line[section] == ';');
     return stored;
 }
 

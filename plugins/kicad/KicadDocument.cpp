@@ -43,7 +43,8 @@ std::vector<StoredPath> FindInFootprint(const InputFile& file)
 {
     std::vector<StoredPath> found = FindInLists(file);
     for (StoredPath& stored : found)
-        stored.isOnlyWhereThere = !IsAbsoluteText(stored.text);
+        stored.isOnlyWhereThere =
+            !IsAbsoluteText(stored.text) && stored.text.find('$') == std::string::npos;
     return found;
 }
 

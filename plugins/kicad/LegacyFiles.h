@@ -7,6 +7,7 @@
 #include "KitNames.h"
 #include "pluginkit/InputFile.h"
 
+#include <string>
 #include <vector>
 
 namespace Halvern::Formats::Kicad {
@@ -16,11 +17,14 @@ inline constexpr std::size_t MaxLegacyLinks = 100'000;
 // Files of KiCad 5 and earlier. Other programs use the extensions, too: what is no file of KiCad
 // holds no links.
 
+/// The libraries that a legacy schematic lists at its beginning, without ".lib": those that its
+/// project names, so that they matter only where the project is lost.
+std::vector<std::string> LibrariesOfLegacySchematic(const InputFile& file);
+
 bool IsLegacySchematic(const InputFile& file);
 
-/// The sheets, data sheets, files of the simulator and libraries that a legacy schematic names:
+/// The sheets, data sheets and files of the simulator that a legacy schematic names:
 ///
-///     LIBS:lib/own
 ///     $Sheet
 ///     U 5A1B2C3D
 ///     F1 "sub/power.sch" 60
@@ -35,7 +39,8 @@ std::vector<StoredPath> FindInLegacySchematic(const InputFile& file);
 ///     LibName1=own
 ///     PageLayoutDescrFile=frame.kicad_wks
 ///
-/// Libraries are looked for in the folder of the project, then in those of LibDir.
+/// Libraries are looked for in the folder of the project, then in those of LibDir; a mere name that
+/// is in neither is that of an installed one.
 std::vector<StoredPath> FindInLegacyProject(const InputFile& file);
 
 } // namespace Halvern::Formats::Kicad

@@ -75,13 +75,9 @@ private:
 
     void AddLibrary(std::string key, std::string_view value, std::uint64_t begin)
     {
-        StoredPath library{std::move(key),
-                           Unescaped(value),
-                           PathBase::Project,
-                           begin,
-                           begin + value.size(),
-                           Notation::Setting,
-                           true};
+        StoredPath library{std::move(key), Unescaped(value),     PathBase::Project,
+                           begin,          begin + value.size(), Notation::Setting};
+        library.isOnlyWhereThere = library.text.find('/') == std::string::npos;
         if (!library.text.ends_with(LibraryExtension)) {
             library.text += LibraryExtension;
             library.notation = Notation::Library;

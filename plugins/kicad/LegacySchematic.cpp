@@ -77,8 +77,6 @@ public:
         const std::string_view text = line.text;
         if (std::exchange(m_isText, false))
             AddText(line);
-        else if (text.starts_with(Libraries))
-            AddLibraries(line);
         else if (text.starts_with("$Sheet"))
             m_part = Part::Sheet;
         else if (text.starts_with("$Comp"))
@@ -177,19 +175,6 @@ private:
         }
     }
 
-    /// Older versions named several libraries in one line.
-    void AddLibraries(const Line& line)
-    {
-        for (std::size_t begin = Libraries.size(); begin < line.text.size();) {
-            const std::size_t end = std::min(line.text.find(',', begin), line.text.size());
-            const std::string name = Utf8OrLatin1(line.text.substr(begin, end - begin));
-            if (!name.empty() && name.size() <= MaxNameSize && !line.isCut)
-                Push({"library", name + ".lib", PathBase::File, line.begin + begin,
-                      line.begin + end, Notation::Library, true});
-            begin = end + 1;
-        }
-    }
-
     void Push(StoredPath stored)
     {
         if (m_links.size() == MaxLegacyLinks)
@@ -206,6 +191,25 @@ private:
 };
 
 } // namespace
+
+std::vector<std::string> LibrariesOfLegacySchematic(const InputFile& file)
+{
+    std::vector<std::string> names;
+    LineReader reader(file);
+    while (const std::optional<Line> line = reader.Next()) {
+        if (line->text.starts_with("$") || names.size() > MaxLegacyLinks)
+            break;
+        if (!line->text.starts_with(Libraries) || line->isCut)
+            continue;
+        // Older versions named several in one line.
+        for (std::size_t begin = Libraries.size(); begin < line->text.size();) {
+            const std::size_t end = std::min(line->text.find(',', begin), line->text.size());
+            names.push_back(Utf8OrLatin1(line->text.substr(begin, end - begin)));
+            begin = end + 1;
+        }
+    }
+    return names;
+}
 
 bool IsLegacySchematic(const InputFile& file)
 {

@@ -45,7 +45,9 @@ std::string LibraryName(std::string_view text)
 {
     if (!text.ends_with(LibraryExtension))
         throw FormatError("a library of symbols has to be named *.lib: " + std::string(text));
-    return std::string(text.substr(0, text.size() - LibraryExtension.size()));
+    const std::string name(text.substr(0, text.size() - LibraryExtension.size()));
+    // A mere name may be that of an installed library.
+    return name.find('/') == std::string::npos ? "./" + name : name;
 }
 
 } // namespace

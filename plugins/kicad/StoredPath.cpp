@@ -146,7 +146,10 @@ std::string PathsOfFile::TextFor(const StoredPath& stored, std::string_view path
     if (stored.base == PathBase::File || IsAbsoluteText(path))
         return std::string(path);
     // What was absolute gets the variable: KiCad finds it whatever the current folder is.
-    const bool isRelative = !BehindProjectVariable(stored.text) && !IsAbsoluteText(stored.text);
+    // So does what might be taken for a model of an installed library.
+    const bool isPlain = stored.notation != Notation::List || !stored.isOnlyWhereThere;
+    const bool isRelative =
+        isPlain && !BehindProjectVariable(stored.text) && !IsAbsoluteText(stored.text);
     return isRelative ? ToProject(path) : "${KIPRJMOD}/" + ToProject(path);
 }
 

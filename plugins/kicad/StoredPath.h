@@ -52,7 +52,8 @@ struct StoredPath
     std::uint64_t end = 0;
     Notation notation = Notation::List;
     /// Names a file only where there is one: it may as well be found in an installed library, or be
-    /// no path at all.
+    /// no path at all. A new path is written so that there is no doubt: a copy is read again where
+    /// nothing is beside it.
     bool isOnlyWhereThere = false;
 };
 

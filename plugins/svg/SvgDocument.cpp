@@ -118,8 +118,7 @@ void SvgDocument::Rewrite(const NewPaths& paths)
         if (wanted == paths.end())
             continue;
         const Span& span = reference.span;
-        edits.push_back({span.begin, span.end,
-                         TextFor(reference, wanted->second, m_file.Path().parent_path())});
+        edits.push_back({span.begin, span.end, TextFor(reference, wanted->second)});
         if (reference.absoluteSpan) {
             const std::string name = AbsoluteName(m_file.Path(), wanted->second);
             edits.push_back({reference.absoluteSpan->begin, reference.absoluteSpan->end,

@@ -5,7 +5,6 @@
 #include "CssLinks.h"
 
 #include "KitNames.h"
-#include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"
@@ -44,7 +43,7 @@ Base BaseOf(std::string_view address, const Base& outer, std::size_t position)
     if (!IsLinkUri(path))
         return {true, nullptr};
     const std::string decoded = PathOfUri(path, {});
-    const bool isWhole = IsFileUri(path) || IsAbsolutePath(PathFromUtf8(decoded));
+    const bool isWhole = IsFileUri(path) || IsWholePath(decoded);
     if (!isWhole && outer.isElsewhere)
         return outer;
     const std::size_t name = decoded.rfind('/');

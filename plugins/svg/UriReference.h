@@ -48,6 +48,9 @@ struct UriReference
 /// How much of an address names the file: blanks around it, a fragment and a query do not.
 Span PathPart(std::string_view uri);
 
+/// True for a path that no base changes, whichever system it is of.
+bool IsWholePath(std::string_view path);
+
 /// The query and the fragment of an address, with their marks; empty when it has none.
 std::string_view SuffixOf(std::string_view uri);
 
@@ -72,8 +75,8 @@ std::optional<std::string> PathOf(const UriReference& reference,
 /// file's elsewhere.
 std::string PathOfReference(const UriReference& reference, const std::filesystem::path& folder);
 
-/// What has to stand in the span for the reference to name `path`, in a document in `folder`.
-std::string TextFor(const UriReference& reference, std::string_view path,
-                    const std::filesystem::path& folder);
+/// What has to stand in the span for the reference to name `path`. Throws FormatError when no
+/// address that is seen from the reference's base can.
+std::string TextFor(const UriReference& reference, std::string_view path);
 
 } // namespace Halvern::Formats::Svg

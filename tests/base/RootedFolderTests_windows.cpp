@@ -75,6 +75,19 @@ TEST_F(RootedFoldersOnWindows, HideAPrivateFolder)
     EXPECT_FALSE(Attributes(u"cloud/sub"_s) & FILE_ATTRIBUTE_HIDDEN);
 }
 
+TEST_F(RootedFoldersOnWindows, HideAFolderThatIsThereAndNothingElse)
+{
+    tree.Folder(u"outside/seen"_s);
+    EXPECT_TRUE(root.MakeFolders(L"sub/deep"));
+    EXPECT_TRUE(root.Hide(L"sub"));
+    EXPECT_TRUE(Attributes(u"cloud/sub"_s) & FILE_ATTRIBUTE_HIDDEN);
+    EXPECT_TRUE(Attributes(u"cloud/sub"_s) & FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_FALSE(Attributes(u"cloud/sub/deep"_s) & FILE_ATTRIBUTE_HIDDEN);
+    EXPECT_EQ(root.Hide(L"none").Problem(), FileProblem::Missing);
+    EXPECT_EQ(root.Hide(L"../outside/seen").Problem(), FileProblem::LeadsOutside);
+    EXPECT_FALSE(Attributes(u"outside/seen"_s) & FILE_ATTRIBUTE_HIDDEN);
+}
+
 TEST_F(RootedFoldersOnWindows, ReplaceNoReadOnlyFile)
 {
     tree.File(u"cloud/a"_s, "a").File(u"cloud/b"_s, "b");

@@ -2,6 +2,9 @@
 
 #include "CommandFixture.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+
 namespace Halvern::Test {
 
 using namespace Qt::StringLiterals;
@@ -32,7 +35,7 @@ TEST_F(ImportOverExistingFiles, StopsBeforeAnythingIsCopiedAndListsThem)
     EXPECT_EQ(Cloud(), before);
     EXPECT_EQ(result.Lines(), (QStringList{u"conflict   a.tlk -> a.tlk: a file stands there"_s,
                                            u"conflict   b.tlk -> b.tlk: a file stands there"_s}));
-    EXPECT_TRUE(result.err.contains(u"--collisions keep, rename or replace"_s));
+    EXPECT_TRUE(result.err.contains(u"--collisions keep, replace or rename"_s));
 }
 
 TEST_F(ImportOverExistingFiles, NeedsAPolicyForEachKindThatCollides)
@@ -42,6 +45,27 @@ TEST_F(ImportOverExistingFiles, NeedsAPolicyForEachKindThatCollides)
     EXPECT_EQ(result.Lines(), QStringList{u"conflict   b.tlk -> b.tlk: a file stands there"_s});
     EXPECT_TRUE(result.err.contains(u"--linked-collisions"_s));
     EXPECT_EQ(tree.Read(u"cloud/a.tlk"_s), "old a\n");
+}
+
+TEST_F(ImportOverExistingFiles, NamesOnlyPoliciesThatHelp)
+{
+    tree.File(u"work/c.tlk"_s).Folder(u"cloud/c.tlk"_s);
+    const CommandResult folder = Import({u"c.tlk"_s});
+    EXPECT_EQ(folder.exitCode, 6);
+    EXPECT_TRUE(folder.err.contains(u"move what stands in the way"_s))
+        << ::testing::PrintToString(folder);
+    EXPECT_FALSE(folder.err.contains(u"collisions"_s)) << ::testing::PrintToString(folder);
+    tree.File(u"work/d.tlk"_s, "new").File(u"cloud/d.tlk"_s, "old");
+    QFile readOnly(tree.Path(u"cloud/d.tlk"_s));
+    ASSERT_TRUE(readOnly.setPermissions(QFile::ReadOwner | QFile::ReadUser));
+    const CommandResult file = Import({u"d.tlk"_s});
+    const QList<QJsonObject> json = Import({u"d.tlk"_s, u"--json"_s}).Json();
+    readOnly.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser |
+                            QFile::WriteUser);
+    EXPECT_TRUE(file.err.contains(u"--selected-collisions keep or rename\n"_s))
+        << ::testing::PrintToString(file);
+    ASSERT_FALSE(json.isEmpty());
+    EXPECT_EQ(json[0][u"answers"].toArray(), (QJsonArray{u"keep"_s, u"rename"_s}));
 }
 
 TEST_F(ImportOverExistingFiles, KeepsThem)

@@ -37,4 +37,18 @@ TEST_F(RetryCommand, SaysSoWhenNothingIsToBeDone)
     EXPECT_EQ(Cloud(), before);
 }
 
+TEST_F(RetryCommand, NamesAFolderThatItCannotTakeWithoutTheOptionsOfOtherCommands)
+{
+    tree.File(u"work/a.tlk"_s);
+    ASSERT_EQ(Import({u"a.tlk"_s}).exitCode, 0);
+    for (const QString& folder : {tree.Path(u"work"_s), u"a.tlk"_s, u"none"_s}) {
+        const CommandResult result = Retry({folder});
+        EXPECT_NE(result.exitCode, 0);
+        EXPECT_TRUE(result.err.contains(folder)) << ::testing::PrintToString(result);
+        EXPECT_FALSE(result.err.contains(u"--to"_s)) << ::testing::PrintToString(result);
+    }
+    const CommandResult import = Import({u"a.tlk"_s, u"--to"_s, tree.Path(u"work"_s)});
+    EXPECT_TRUE(import.err.contains(u"--to"_s)) << ::testing::PrintToString(import);
+}
+
 } // namespace Halvern::Test

@@ -67,6 +67,38 @@ TEST_F(SettingsOfTheCommand, ADatabaseInTheCloudFolderIsRefused)
     EXPECT_FALSE(tree.Exists(u"cloud"_s));
 }
 
+TEST_F(SettingsOfTheCommand, ABaseStoreInTheCloudFolderIsRefusedBeforeAnythingIsMade)
+{
+    tree.File(u"work/a.tlk"_s)
+        .File(u"settings.ini"_s,
+              "[General]\ncloudCacheFolder=" + tree.Path(u"cloud"_s).toUtf8() +
+                  "\ndatabaseFile=" + tree.Path(u"sync.db"_s).toUtf8() +
+                  "\nbaseStoreFolder=" + tree.Path(u"cloud/old versions"_s).toUtf8() + '\n');
+    for (const QString& command : {u"import"_s, u"retry"_s, u"versions"_s}) {
+        const CommandResult result =
+            Run({command, u"a.tlk"_s, u"--settings"_s, tree.Path(u"settings.ini"_s)});
+        EXPECT_EQ(result.exitCode, 2) << ::testing::PrintToString(result);
+        EXPECT_TRUE(result.err.contains(u"cloud/old versions must not lie in the cloud"_s))
+            << ::testing::PrintToString(result);
+    }
+    EXPECT_FALSE(tree.Exists(u"cloud"_s));
+    EXPECT_FALSE(tree.Exists(u"sync.db"_s));
+}
+
+TEST_F(SettingsOfTheCommand, AFileThatIsNamedAndNotThereIsAnErrorAndNothingIsMade)
+{
+    tree.File(u"work/a.tlk"_s);
+    const FileTree::Snapshot before = tree.Contents();
+    for (const QStringList& options : {QStringList(), QStringList{u"--dry-run"_s}}) {
+        const CommandResult result =
+            Run(QStringList{u"import"_s, u"a.tlk"_s, u"--settings"_s, u"setings.ini"_s} + options);
+        EXPECT_EQ(result.exitCode, 2) << ::testing::PrintToString(result);
+        EXPECT_TRUE(result.err.contains(u"no such settings file: setings.ini"_s))
+            << ::testing::PrintToString(result);
+    }
+    EXPECT_EQ(tree.Contents(), before);
+}
+
 TEST_F(SettingsOfTheCommand, ABrokenFileIsAUsageErrorThatNamesIt)
 {
     tree.File(u"work/a.tlk"_s).File(u"settings.ini"_s, "[General]\nloggedIn=maybe\n");

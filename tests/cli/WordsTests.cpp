@@ -33,19 +33,20 @@ TEST(Names, AreThereForEveryKindAndDifferent)
     EXPECT_TRUE(NamesOf(Outcome::Copied, Outcome::NotDone).contains(u"not-done"_s));
     EXPECT_TRUE(
         NamesOf(ConflictKind::TargetTaken, ConflictKind::BothChanged).contains(u"both-changed"_s));
+    EXPECT_TRUE(NamesOf(ConflictAnswer::Stop, ConflictAnswer::Rename).contains(u"keep"_s));
     EXPECT_TRUE(
         NamesOf(FindingKind::NoSpace, FindingKind::FolderNotWritable).contains(u"no-space"_s));
     EXPECT_TRUE(
-        NamesOf(Remark::OnlyLinksWanted, Remark::LinksNotRewritten).contains(u"rewrite-pending"_s));
+        NamesOf(Remark::OnlyLinksWanted, Remark::StillLinked).contains(u"rewrite-pending"_s));
 }
 
 TEST(Words, ExplainEveryRemarkInASentenceOfItsOwn)
 {
     EXPECT_EQ(TextOf(Remark::None, {}), QString());
     QSet<QString> sentences;
-    for (int value = int(Remark::OnlyLinksWanted); value <= int(Remark::LinksNotRewritten); ++value)
+    for (int value = int(Remark::OnlyLinksWanted); value <= int(Remark::StillLinked); ++value)
         sentences.insert(TextOf(Remark(value), {}));
-    EXPECT_EQ(sentences.size(), int(Remark::LinksNotRewritten));
+    EXPECT_EQ(sentences.size(), int(Remark::StillLinked));
     EXPECT_FALSE(sentences.contains(QString()));
 }
 

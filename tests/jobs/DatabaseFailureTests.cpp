@@ -93,4 +93,26 @@ TEST_F(FailingDatabase, IsNoticedWhenReadingAlsoInTheSameWords)
     }
 }
 
+TEST_F(FailingDatabase, WhoseRecordsCannotBeReadLetsNoPlanBeMade)
+{
+    Begin();
+    ImportRequest request = Request({u"a.tlk"_s});
+    Import(request);
+    tree.File(u"cloud/a.tlk"_s, "mine");
+    request.selectedCollisions = CollisionPolicy::Replace;
+    for (const char* const damage : {"UPDATE ledger_copies SET source_links = x'ff'",
+                                     "UPDATE ledger_version SET version = 99"}) {
+        Run(damage);
+        ImportJob job(*session, request);
+        try {
+            job.MakePlan();
+            FAIL() << damage;
+        } catch (const JobError& error) {
+            EXPECT_EQ(error.Kind(), JobErrorKind::DatabaseNotOpened);
+            EXPECT_TRUE(error.Text().contains(tree.Path(u"sync.db"_s)));
+        }
+    }
+    EXPECT_EQ(tree.Read(u"cloud/a.tlk"_s), "mine");
+}
+
 } // namespace Halvern::Test

@@ -76,8 +76,25 @@ TEST_F(LedgerFile, OfAnEarlierVersionHasNoRecordsUntilTheFirstIsWritten)
         EXPECT_EQ(ledger->ReadAll(u"/cloud"_s), records);
     }
     EXPECT_EQ(Tables(), allTables);
-    EXPECT_EQ(Ask("SELECT version FROM ledger_version"), "1");
+    EXPECT_EQ(Ask("SELECT version FROM ledger_version"), "2");
     EXPECT_EQ(Ask("PRAGMA user_version"), version) << "the sync database counts by itself";
+}
+
+TEST_F(LedgerFile, OfTheFirstVersionIsReadAsItIsAndGetsOriginsWithTheFirstWrite)
+{
+    Write({RecordOf(u"/cloud/a"_s)});
+    Change("ALTER TABLE ledger_copies DROP COLUMN origin; UPDATE ledger_version SET version = 1");
+    const FileTree::Snapshot before = FilesOfTheDatabase();
+    const Records read = Read();
+    ASSERT_EQ(read.size(), 1);
+    EXPECT_EQ(read[0].origin, CopyOrigin::Selected);
+    EXPECT_EQ(read[0].linkedTargets, RecordOf(u"/cloud/a"_s).linkedTargets);
+    EXPECT_EQ(FilesOfTheDatabase(), before);
+    Write({RecordOf(u"/cloud/b"_s)});
+    EXPECT_EQ(Ask("SELECT version FROM ledger_version"), "2");
+    ASSERT_EQ(Read().size(), 2);
+    EXPECT_EQ(Read()[0].origin, CopyOrigin::Selected);
+    EXPECT_EQ(Read()[1].origin, CopyOrigin::Linked);
 }
 
 TEST_F(LedgerFile, ServesTheSyncDatabaseAsBefore)
@@ -128,11 +145,11 @@ TEST_F(LedgerFile, ThatIsNoDatabaseIsRefusedAndLeftAlone)
 TEST_F(LedgerFile, WithRecordsOfANewerVersionIsRefusedAndLeftAlone)
 {
     Write({RecordOf(u"/cloud/a"_s)});
-    Change("UPDATE ledger_version SET version = 2");
+    Change("UPDATE ledger_version SET version = 3");
     const FileTree::Snapshot before = FilesOfTheDatabase();
     EXPECT_EQ(Refusal(settings.databaseFile),
-              u"Its records of copies were written by a newer version (version 2, this one "
-              "knows 1)."_s);
+              u"Its records of copies were written by a newer version (version 3, this one "
+              "knows 2)."_s);
     EXPECT_EQ(FilesOfTheDatabase(), before);
     StartServices();
     EXPECT_TRUE(Database().GetAllItems(7).isEmpty());
@@ -144,7 +161,7 @@ TEST_F(LedgerFile, WhoseRecordsBecomeANewerVersionsMeanwhileIsLeftAlone)
     Write({RecordOf(u"/cloud/a"_s)});
     const auto ledger = Open();
     EXPECT_EQ(ledger->ReadAll(u"/cloud"_s).size(), 1);
-    Change("UPDATE ledger_version SET version = 2");
+    Change("UPDATE ledger_version SET version = 3");
     EXPECT_TRUE(ledger->ReadAll(u"/cloud"_s).isEmpty());
     EXPECT_THAT(ledger->Error().toStdString(), testing::HasSubstr("newer version"));
     Records records{RecordOf(u"/cloud/b"_s)};

@@ -25,6 +25,7 @@ inline Jobs::CopyRecord RecordOf(const QString& target, int number = 1)
                           {-1, QStringLiteral("r2"), QStringLiteral("lib/b.prt"), QString()}};
     record.linkedTargets = {QStringLiteral("/cloud/lib/a.prt"), QStringLiteral("/cloud/lib/b.prt")};
     record.readers = QStringLiteral("One 1.0; Two 2.0");
+    record.origin = Jobs::CopyOrigin::Linked;
     return record;
 }
 

@@ -236,6 +236,21 @@ TEST_F(LedgerOfCopies, ForgetsTargets)
     EXPECT_EQ(ledger->Error(), QString());
 }
 
+TEST_F(LedgerOfCopies, NotesThatACopyIsLinkedNoMoreUnlessItWasAskedForByItself)
+{
+    CopyRecord selected = RecordOf(u"/cloud/a"_s);
+    selected.origin = CopyOrigin::Selected;
+    Write({selected, RecordOf(u"/cloud/b"_s), RecordOf(u"/cloud/c"_s)});
+    EXPECT_TRUE(Open()->NoteLinkedNoMore({u"/cloud/a"_s, u"/cloud/b"_s, u"/cloud/none"_s}));
+    const Records records = Read();
+    ASSERT_EQ(records.size(), 3);
+    EXPECT_EQ(records[0].origin, CopyOrigin::Selected);
+    EXPECT_EQ(records[1].origin, CopyOrigin::LinkedNoMore);
+    EXPECT_EQ(records[2].origin, CopyOrigin::Linked);
+    Change("UPDATE ledger_copies SET origin = 9");
+    EXPECT_EQ(Read()[1].origin, CopyOrigin::Selected) << "what is not known is left alone";
+}
+
 TEST_F(LedgerOfCopies, WritesAllRecordsOrNone)
 {
     const Records before{RecordOf(u"/cloud/a"_s, 1)};

@@ -108,13 +108,32 @@ TEST_F(SessionOfAHost, ResolvesPlacesWithoutASettingsFileWhenBothAreGiven)
               JobErrorKind::SettingsRefused);
 }
 
-TEST_F(SessionOfAHost, ForPlansMakesNoSettingsFile)
+TEST_F(SessionOfAHost, TakesASettingsFileThatIsNamedOnlyWhenItIsThere)
 {
-    const Places places{tree.Path(u"settings.ini"_s), tree.Path(u"cloud"_s), {}};
-    ResolveSettings(places, SessionUse::PlanOnly);
-    EXPECT_FALSE(tree.Exists(u"settings.ini"_s));
-    ResolveSettings(places, SessionUse::Import);
-    EXPECT_TRUE(tree.Exists(u"settings.ini"_s));
+    const FileTree::Snapshot before = tree.Contents();
+    for (const SessionUse use : {SessionUse::PlanOnly, SessionUse::Import}) {
+        for (const QString& cloud : {QString(), tree.Path(u"cloud"_s)}) {
+            const Places places{tree.Path(u"setings.ini"_s), cloud, {}};
+            EXPECT_EQ(KindOf([&] { ResolveSettings(places, use); }), JobErrorKind::SettingsRefused);
+        }
+    }
+    EXPECT_EQ(tree.Contents(), before);
+}
+
+TEST_F(SessionOfAHost, KeepsNeitherDatabaseNorBaseStoreInTheCloudFolder)
+{
+    SyncServices::ServicesSettings settings = Settings();
+    settings.databaseFile = tree.Path(u"cloud/sync.db"_s);
+    EXPECT_EQ(KindOf([&] { Session{settings}; }), JobErrorKind::SettingsRefused);
+    for (const QString& folder : {u"cloud"_s, u"cloud/old"_s, u"other/../cloud/.old"_s}) {
+        settings = Settings();
+        settings.baseStoreFolder = tree.Path(folder);
+        EXPECT_EQ(KindOf([&] { Session{settings}; }), JobErrorKind::SettingsRefused)
+            << folder.toStdString();
+    }
+    EXPECT_FALSE(tree.Exists(u"cloud"_s));
+    settings.baseStoreFolder = tree.Path(u"cloud-old"_s);
+    session.emplace(settings, PluginFolders());
 }
 
 TEST_F(SessionOfAHost, ReadsLinksAndChangesNothing)

@@ -172,7 +172,7 @@ TEST_F(Changes, LinksThatChangedWhenNobodyAskedForThemAreReadLater)
               u"updated"_s);
     const ImportReport report = Report({u"top.tlk"_s});
     EXPECT_EQ(report.StatusOf(u"work/lib/b.txt"_s), u"copied"_s);
-    EXPECT_EQ(report.StatusOf(u"work/lib/a.txt"_s), u"none"_s);
+    EXPECT_EQ(report.StatusOf(u"work/lib/a.txt"_s), u"orphaned"_s);
 }
 
 TEST_F(Changes, ACopyThatWasMadeWithoutAskingForItsLinksGetsThemLater)

@@ -98,6 +98,31 @@ TEST_F(Exclusions, AreShownAsSkippedWithTheirPatternWhenAskedFor)
     EXPECT_EQ(skipped.filter(u"m.blend1"_s).size(), 1) << ::testing::PrintToString(verbose);
 }
 
+TEST_F(Exclusions, OfWhatCorsyncKeepsForItselfNeedNoPattern)
+{
+    tree.File(u"work/own/a.txt"_s, "new").File(u"cloud/own/a.txt"_s, "old");
+    for (int run = 0; run < 2; ++run) {
+        const CommandResult result =
+            Run({u"import"_s, u"own"_s, u"--cloud-folder"_s, tree.Path(u"cloud"_s), u"--database"_s,
+                 tree.Path(u"work/own/sync.db"_s), u"--collisions"_s, u"replace"_s});
+        EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
+        EXPECT_TRUE(tree.Exists(u"work/own/sync.db.base"_s));
+        EXPECT_EQ(tree.Contents(u"cloud/own"_s), (FileTree::Snapshot{{u"a.txt"_s, "new"}}));
+    }
+}
+
+TEST_F(Exclusions, OfALinkedFileAreShownOnce)
+{
+    Design(u"work/proj/top.gltf"_s, {u"b.bak"_s, u"out/big.txt"_s});
+    const QStringList arguments{u"proj"_s, u"--exclude"_s, u"*.bak"_s, u"--exclude"_s, u"/out/"_s};
+    const CommandResult verbose = Import(arguments + QStringList{u"-v"_s});
+    const QStringList skipped = verbose.Lines().filter(u"skipped "_s);
+    EXPECT_EQ(skipped.filter(u"b.bak"_s).size(), 1) << ::testing::PrintToString(verbose);
+    const ImportReport report = Report(arguments + QStringList{u"--dry-run"_s});
+    EXPECT_EQ(report.Lines().filter(u"proj/b.bak"_s).size(), 1) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.Lines().filter(u"out/big.txt"_s).size(), 1);
+}
+
 TEST_F(Exclusions, KeepWhatAMoveWouldDelete)
 {
     ASSERT_EQ(Report({u"proj"_s, u"--move"_s, u"--exclude"_s, u"*.bak"_s}).exitCode, 0);

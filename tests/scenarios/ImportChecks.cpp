@@ -91,7 +91,7 @@ QStringList ImportChecks::Check(const ImportReport& report)
     CheckUntouched(report);
     CheckLines(report);
     for (const ReportedFile& line : report.files) {
-        if (!m_expected.Files().contains(line.source))
+        if (!m_expected.Files().contains(line.source) || IsLeftover(line))
             continue;
         CheckDecision(line);
         if (Current.contains(line.status))
@@ -205,8 +205,7 @@ bool ImportChecks::IsOursToChange(const QString& path) const
 
 void ImportChecks::CheckUntouched(const ImportReport& report)
 {
-    static const QStringList changing{u"updated"_s, u"replaced"_s, u"moved"_s, u"unchanged"_s,
-                                      u"pruned"_s};
+    static const QStringList changing{u"updated"_s, u"replaced"_s, u"moved"_s, u"pruned"_s};
     QMap<QString, QString> statuses;
     QStringList touched;
     for (const ReportedFile& line : report.files) {
@@ -235,12 +234,12 @@ void ImportChecks::CheckLines(const ImportReport& report)
                                     u"in-place"_s, u"orphaned"_s, u"pruned"_s};
     QMap<QString, int> lines;
     for (const ReportedFile& line : report.files) {
-        ++lines[line.source];
+        lines[line.source] += IsLeftover(line) ? 0 : 1;
         const bool isFolder = Before(line.source).kind == "folder" && line.status == u"failed"_s;
         const bool wasMoved = line.status == u"unchanged"_s && HasMoved(line.source);
         if (wasMoved && line.target != m_expected.Moved().value(line.source))
             Wrong(u"it was not moved there: "_s + line.source + u" -> "_s + line.target);
-        CheckOrphan(line);
+        CheckOrphan(report, line);
         if (!m_expected.Files().contains(line.source) && !others.contains(line.status) &&
             !isFolder && !wasMoved)
             Wrong(line.status + u", but neither selected nor linked: "_s + line.source);
@@ -270,17 +269,41 @@ void ImportChecks::CheckFoundLinks(const ImportReport& report)
         }
 }
 
-/// A copy of an earlier import of this project whose source somebody has taken away.
-void ImportChecks::CheckOrphan(const ReportedFile& line)
+bool ImportChecks::IsOrphan(const ReportedFile& line)
 {
-    if (line.status != u"orphaned"_s && line.status != u"pruned"_s)
+    return line.status == u"orphaned"_s || line.status == u"pruned"_s;
+}
+
+/// An old copy of a source that is still there.
+bool ImportChecks::IsLeftover(const ReportedFile& line) const
+{
+    return IsOrphan(line) && Before(line.source).kind != "none";
+}
+
+/// A copy of an earlier import of this project whose source somebody has taken away, or that
+/// nothing links any more.
+void ImportChecks::CheckOrphan(const ImportReport& report, const ReportedFile& line)
+{
+    if (!IsOrphan(line))
         return;
     if (!RecordOf(line.source, line.target))
         Wrong(line.status + u", but never copied: "_s + line.source + u" -> "_s + line.target);
-    if (Before(line.source).kind != "none")
-        Wrong(line.status + u", but the source is there: "_s + line.source);
+    if (Before(line.source).kind != "none" || line.status == u"pruned"_s)
+        CheckNothingLinks(report, line.target);
     if (HasMoved(line.source))
         Wrong(line.status + u", but its source was moved: "_s + line.target);
+}
+
+void ImportChecks::CheckNothingLinks(const ImportReport& report, const QString& orphan)
+{
+    for (const ReportedFile& line : report.files) {
+        if (!Current.contains(line.status) || line.target == orphan)
+            continue;
+        const QDir folder = QFileInfo(m_tree.Path(line.target)).dir();
+        for (const QString& text : LinksIn(line.target, After(line.target).content))
+            if (QDir::cleanPath(folder.filePath(text)) == m_tree.Path(orphan))
+                Wrong(u"orphaned, but %1 links it: "_s.arg(line.target) + orphan);
+    }
 }
 
 const CopyRecord* ImportChecks::RecordOf(const QString& source, const QString& target) const
@@ -396,7 +419,7 @@ void ImportChecks::CheckRecordedDecision(const ReportedFile& line, const CopyRec
     if (there.kind == "none")
         allowed = {u"copied"_s};
     if (there.kind == "file" && !sourceChanged && !copyChanged)
-        allowed = {u"unchanged"_s};
+        allowed = {After(line.target) == there ? u"unchanged"_s : u"updated"_s};
     if (there.kind == "file" && !copyChanged && IsTouched(line))
         allowed += {u"updated"_s};
     if (there.kind == "file" && sourceChanged && !copyChanged)
@@ -597,7 +620,7 @@ CopyRecords ImportChecks::Recorded(const ImportReport& report) const
         const CopyKey key{m_step.to, line.source, line.target};
         if (line.status == u"pruned"_s)
             records.remove(key);
-        if (!m_expected.Files().contains(line.source))
+        if (!m_expected.Files().contains(line.source) || IsLeftover(line))
             continue;
         if (Current.contains(line.status)) {
             // Another source may have lost its copy to this one.

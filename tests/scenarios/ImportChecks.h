@@ -81,7 +81,10 @@ private:
     void CheckUntouched(const ImportReport& report);
     void CheckLines(const ImportReport& report);
     void CheckFoundLinks(const ImportReport& report);
-    void CheckOrphan(const ReportedFile& line);
+    static bool IsOrphan(const ReportedFile& line);
+    bool IsLeftover(const ReportedFile& line) const;
+    void CheckOrphan(const ImportReport& report, const ReportedFile& line);
+    void CheckNothingLinks(const ImportReport& report, const QString& orphan);
     void CheckDecision(const ReportedFile& line);
     void CheckRecordedDecision(const ReportedFile& line, const CopyRecord& record);
     void CheckNewDecision(const ReportedFile& line);

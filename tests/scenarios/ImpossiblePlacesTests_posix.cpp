@@ -49,4 +49,42 @@ TEST_F(ImpossibleNames, APathThatIsTooLongForTheSystemFailsItsFile)
     EXPECT_EQ(report.StatusOf(u"work/proj/n.txt"_s), u"copied"_s);
 }
 
+TEST_F(ImpossibleNames, ACopyThatOthersLinkStaysWhereNoOtherNameHasRoom)
+{
+    // The link from the other project fits just so; " (2)" does not fit into the name.
+    const QString part = u"l/"_s + QString(248, u'n') + u".bin"_s;
+    Design(u"work/one/top.gltf"_s, {u"../"_s + part}, "one");
+    Design(u"work/two/top.gltf"_s, {u"../"_s + part}, "two");
+    tree.File(u"work/"_s + part, "part");
+    ASSERT_EQ(Report({u"one/top.gltf"_s, u"--to"_s, u"A"_s}).exitCode, 0);
+    ASSERT_EQ(Report({u"two/top.gltf"_s, u"--to"_s, u"B"_s}).exitCode, 0);
+    Save(u"work/"_s + part, "second part");
+    const auto before = Stamps(u"cloud"_s);
+    for (const QStringList& options : {QStringList{u"--dry-run"_s}, QStringList()}) {
+        const ImportReport report =
+            Report(QStringList{u"one/top.gltf"_s, u"--to"_s, u"A"_s} + options);
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.StatusOf(u"work/"_s + part), u"failed"_s);
+    }
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+}
+
+TEST_F(ImpossibleNames, ACopyWhoseNewLinkWouldBeTooLongSaysSoAndKeepsItsSource)
+{
+    const QString deep = u"work/proj/"_s + u"d/"_s.repeated(95);
+    tree.File(deep + u"top.tlk"_s, "link 1 " + tree.Path(u"lib/part.txt"_s).toUtf8() + '\n');
+    ASSERT_EQ(Report({u"proj"_s}).exitCode, 4);
+    // Another project brings the missing file, far up from the copy.
+    tree.File(u"lib/part.txt"_s, "part").File(u"work/other/a.tlk"_s, "link 1 ../../lib/part.txt\n");
+    ASSERT_EQ(Report({u"other"_s, u"--to"_s, u"Other"_s}).exitCode, 0);
+    const auto before = Stamps(u"cloud"_s);
+    for (const QString& option : {u"--dry-run"_s, u"--force"_s, u"--move"_s, u"--move"_s}) {
+        const ImportReport report = Report({u"proj"_s, option});
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_FALSE(report.Of(deep + u"top.tlk"_s).reason.isEmpty());
+        EXPECT_EQ(Stamps(u"cloud"_s), before);
+        EXPECT_TRUE(tree.Exists(deep + u"top.tlk"_s));
+    }
+}
+
 } // namespace Halvern::Test

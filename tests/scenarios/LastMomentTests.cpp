@@ -243,4 +243,83 @@ TEST_F(LastMoment, AFolderThatAppearedAtATargetIsAFailureOfThatFile)
     EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "a");
 }
 
+TEST_F(LastMoment, AnUnchangedSourceThatIsSavedWhileOthersAreCopiedIsUpdatedByTheNextImport)
+{
+    Execute([] {});
+    AfterTheFirstFile observer([&] { tree.File(u"work/proj/a.txt"_s, "saved meanwhile"); });
+    Execute([] {}, &observer);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "a");
+    const JobResult result = Execute([] {});
+    EXPECT_EQ(Of(result, u"a.txt"_s).outcome, Outcome::Updated);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "saved meanwhile");
+}
+
+TEST_F(LastMoment, ASourceThatIsSavedWhileItsContentIsAdoptedIsNoCopyOfIt)
+{
+    tree.File(u"cloud/proj/a.txt"_s, "a");
+    AfterTheFirstFile observer([&] { tree.File(u"work/proj/a.txt"_s, "saved meanwhile"); });
+    EXPECT_EQ(Of(Execute([] {}, &observer), u"a.txt"_s).outcome, Outcome::Unchanged);
+    ImportJob job(*session, request);
+    const Plan& plan = job.MakePlan();
+    ASSERT_EQ(plan.conflicts.size(), 1);
+    EXPECT_EQ(plan.conflicts.first().kind, ConflictKind::TargetTaken);
+}
+
+TEST_F(LastMoment, AnUnchangedCopyThatIsSavedWhileOthersAreCopiedIsAFailureAndThenLeft)
+{
+    Execute([] {});
+    AfterTheFirstFile observer([&] { tree.File(u"cloud/proj/a.txt"_s, "mine"); });
+    const FileResult failed = Of(Execute([] {}, &observer), u"a.txt"_s);
+    EXPECT_EQ(failed.outcome, Outcome::Failed);
+    EXPECT_EQ(failed.remark, Remark::TargetChanged);
+    EXPECT_EQ(Of(Execute([] {}), u"a.txt"_s).outcome, Outcome::Left);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "mine");
+}
+
+TEST_F(LastMoment, AMoveDeletesNoSourceWhoseCopyIsGoneByThen)
+{
+    for (const bool isCopiedEarlier : {false, true}) {
+        if (tree.Exists(u"cloud/proj"_s))
+            tree.Remove(u"cloud/proj"_s);
+        tree.File(u"work/proj/a.txt"_s, "a");
+        request.move = false;
+        if (isCopiedEarlier)
+            Execute([] {});
+        request.move = true;
+        // b.txt comes after it.
+        AfterTheFirstFile observer([&] { tree.Remove(u"cloud/proj/a.txt"_s); });
+        const JobResult result = Execute([] {}, &observer);
+        EXPECT_EQ(tree.Read(u"work/proj/a.txt"_s), "a");
+        EXPECT_EQ(Of(result, u"a.txt"_s).outcome, Outcome::Failed);
+        EXPECT_EQ(Of(result, u"a.txt"_s).remark, Remark::TargetChanged);
+    }
+}
+
+TEST_F(LastMoment, ACopyThatItsOwnerEditsAfterPlanningGetsNoOtherLinks)
+{
+    tree.File(u"work/proj/top.tlk"_s, "link 1 ../lib/part.txt\n");
+    Execute([] {});
+    tree.File(u"work/lib/part.txt"_s, "part");
+    const JobResult result =
+        Execute([&] { tree.File(u"cloud/proj/top.tlk"_s, "link 1 ../lib/part.txt\nmine\n"); });
+    EXPECT_EQ(Of(result, u"top.tlk"_s).outcome, Outcome::Failed);
+    EXPECT_EQ(Of(result, u"top.tlk"_s).remark, Remark::TargetChanged);
+    EXPECT_EQ(tree.Read(u"cloud/proj/top.tlk"_s), "link 1 ../lib/part.txt\nmine\n");
+    EXPECT_EQ(Of(Execute([] {}), u"top.tlk"_s).outcome, Outcome::Left);
+}
+
+TEST_F(LastMoment, AFileWithTheNameOfALockLeavesTheLockOfTheJobAlone)
+{
+    tree.File(u"work/proj/.lock"_s, "content");
+    bool isLocked = false;
+    AfterTheFirstFile observer([&] {
+        for (const QString& file : tree.Contents(u"cloud"_s).keys())
+            isLocked = isLocked || (file.startsWith(u".corsync-"_s) && file.endsWith(u"/.lock"_s));
+    });
+    const JobResult result = Execute([] {}, &observer);
+    EXPECT_EQ(result.files.first().source, tree.Path(u"work/proj/.lock"_s));
+    EXPECT_EQ(tree.Read(u"cloud/proj/.lock"_s), "content");
+    EXPECT_TRUE(isLocked);
+}
+
 } // namespace Halvern::Test

@@ -123,4 +123,27 @@ TEST_F(MoveOfLinks, CancelledByASignalLosesNothingAndTheSameCommandCompletesIt)
     EXPECT_TRUE(tree.Contents(u"work/proj"_s).isEmpty());
 }
 
+TEST_F(MoveOfLinks, AnEmptyFolderStaysWhereItGetsNoCopy)
+{
+    tree.Folder(u"work/proj/empty"_s);
+    tree.Folder(u"cloud/proj"_s);
+    Link(u"cloud/proj/empty"_s, u"outside/folder"_s);
+    EXPECT_EQ(Report({u"proj"_s, u"--move"_s}).exitCode, 1);
+    EXPECT_TRUE(tree.Exists(u"work/proj/empty"_s));
+    tree.Folder(u"work/other/empty"_s)
+        .File(u"work/other/top.tlk"_s, "link 1 ../../outside/b.txt\n");
+    EXPECT_EQ(Report({u"other"_s, u"--links-only"_s, u"--move"_s}).exitCode, 0);
+    EXPECT_TRUE(tree.Exists(u"work/other/empty"_s));
+}
+
+TEST_F(MoveOfLinks, TwoNamesOfOneFileThatWereImportedBeforeGoBoth)
+{
+    std::filesystem::create_hard_link(tree.Path(u"work/proj/a.txt"_s).toStdString(),
+                                      tree.Path(u"work/proj/b.txt"_s).toStdString());
+    ASSERT_EQ(Report({u"proj"_s}).exitCode, 0);
+    const ImportReport report = Report({u"proj"_s, u"--move"_s});
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_FALSE(tree.Exists(u"work/proj"_s));
+}
+
 } // namespace Halvern::Test

@@ -11,6 +11,7 @@
 //   - what an earlier move has deleted is neither missing nor orphaned: links to it lead to its
 //     copy;
 //   - each file has one line, and the exit code tells whether something is missing;
+//   - what is called orphaned although its source is there, and what is pruned, nothing links;
 //   - the same import once more changes nothing.
 //
 // CORSYNC_PROPERTY_SEEDS is how many seeds are tried, CORSYNC_PROPERTY_SEED the first of them.

@@ -36,6 +36,8 @@ TEST_F(HalfReplacements, OnADiskThatRefusesTheRestLeaveTheOldFileUnderItsName)
     const ImportReport report = ReportOf(Finish(process));
     EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
     EXPECT_EQ(report.StatusOf(u"work/proj/a.bin"_s), u"failed"_s);
+    EXPECT_FALSE((report.result.out + report.result.err).contains(u".corsync-"_s))
+        << ::testing::PrintToString(report);
     EXPECT_EQ(Stamp(u"cloud/proj/a.bin"_s), before);
     EXPECT_EQ(tree.Read(u"cloud/proj/z.txt"_s), "second z");
     EXPECT_EQ(Leftovers(), QStringList());

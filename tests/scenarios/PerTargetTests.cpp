@@ -171,7 +171,15 @@ TEST_F(PerTarget, SelfContainedLaterBringsWhatWasUsedFromAnotherProject)
 {
     ASSERT_EQ(Bring(u"one"_s, u"One"_s).exitCode, 0);
     ASSERT_EQ(Bring(u"two"_s, u"Two"_s).exitCode, 0);
-    ASSERT_EQ(Bring(u"two"_s, u"Two"_s, {u"--self-contained"_s}).exitCode, 0);
+    const QStringList options{u"--self-contained"_s};
+    const ImportReport planned = Bring(u"two"_s, u"Two"_s, options + QStringList{u"--dry-run"_s});
+    const ImportReport report = Bring(u"two"_s, u"Two"_s, options);
+    ASSERT_EQ(report.exitCode, 0);
+    // Nothing but its link changed in the one that links the part, and its line says so.
+    EXPECT_EQ(report.StatusOf(u"work/two/top.gltf"_s), u"updated"_s)
+        << ::testing::PrintToString(report);
+    EXPECT_TRUE(report.Of(u"work/two/top.gltf"_s).reason.contains(u"links were rewritten"_s));
+    EXPECT_EQ(planned.Lines(), report.Lines());
     EXPECT_TRUE(PathBehind(u"cloud/Two/top.gltf"_s).startsWith(tree.Path(u"cloud/Two/"_s)));
     tree.Remove(u"cloud/One"_s);
     EXPECT_EQ(Linked(u"cloud/Two/top.gltf"_s), "part");

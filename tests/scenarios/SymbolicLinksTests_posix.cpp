@@ -5,6 +5,7 @@
 #include "ScenarioFixture.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 namespace Halvern::Test {
 
@@ -82,6 +83,21 @@ TEST_F(SymbolicLinksInASelection, WhatIsGivenBehindALinkedFolderIsTakenThoughThe
     EXPECT_EQ(tree.Contents(u"cloud/proj"_s),
               (FileTree::Snapshot{{u"a.txt"_s, "a"}, {u"one/x.txt"_s, "x"}}));
     EXPECT_EQ(Stamps(u"outside"_s), outside);
+}
+
+TEST_F(SymbolicLinksInASelection, OnTheWayToItHideNoCloudFolder)
+{
+    tree.File(u"cloud/Demo/mine.txt"_s, "mine");
+    const auto before = Stamps(u"cloud"_s);
+    tree.Folder(u"work/alias"_s);
+    Link(u"work/alias/tree"_s, u"work/../.."_s);
+    const QString name = QFileInfo(tree.Path()).fileName();
+    const ImportReport report = Report({u"alias/tree/"_s + name, u"--move"_s});
+    EXPECT_EQ(report.exitCode, 2) << ::testing::PrintToString(report);
+    EXPECT_TRUE(report.result.err.contains(u"contains the cloud cache folder"_s))
+        << report.result.err.toStdString();
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+    EXPECT_EQ(tree.Read(u"work/proj/a.txt"_s), "a");
 }
 
 } // namespace Halvern::Test

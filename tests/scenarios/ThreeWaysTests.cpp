@@ -299,6 +299,7 @@ TEST_F(GoneSources, ACopyOfALinkedFileThatNothingLinksAnyMoreIsListed)
     const ImportReport report = Report({u"top.gltf"_s, u"--to"_s, u"Demo"_s});
     EXPECT_EQ(report.StatusOf(u"work/top.gltf"_s), u"updated"_s)
         << ::testing::PrintToString(report);
+    EXPECT_EQ(report.StatusOf(u"work/lib/p.bin"_s), u"orphaned"_s);
     EXPECT_EQ(tree.Read(u"cloud/Demo/lib/p.bin"_s), "p");
 }
 

@@ -182,4 +182,18 @@ TEST_F(Unreadable, WhatASourceLinksThatCannotBeDeletedStaysWithIt)
     EXPECT_EQ(tree.Contents(u"work/proj"_s).keys(), (QStringList{u"good.txt"_s, u"sub.tlk"_s}));
 }
 
+TEST_F(Unreadable, WhatLiesInAFolderThatCannotBeEnteredIsNoOrphan)
+{
+    tree.File(u"work/proj/closed/part.txt"_s, "part");
+    ASSERT_EQ(Report({u"proj"_s}).exitCode, 0);
+    for (const mode_t mode : {mode_t(0), mode_t(0444)}) {
+        Close(u"work/proj/closed"_s, mode);
+        const ImportReport report = ImportPoorly({u"proj"_s, u"--prune"_s});
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.Statuses().count(u"pruned"_s), 0);
+        EXPECT_EQ(report.Statuses().count(u"orphaned"_s), 0);
+        EXPECT_EQ(tree.Read(u"cloud/proj/closed/part.txt"_s), "part");
+    }
+}
+
 } // namespace Halvern::Test

@@ -154,4 +154,20 @@ TEST_F(UntouchedFiles, ACopyThatIsRelinkedInPlaceIsInTheBaseStoreAsItWas)
     EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "mine");
 }
 
+TEST_F(UntouchedFiles, AFolderOfSomebodyThatIsNamedLikeThoseForUnfinishedCopiesStaysAsItIs)
+{
+    tree.File(u"cloud/.corsync-notes/mine.txt"_s, "mine")
+        .File(u"cloud/.corsync-0123456789abc/mine.txt"_s, "mine")
+        .File(u"cloud/.corsync-0123456789abd/.lock"_s, "mine")
+        .File(u"work/.corsync-old/a.txt"_s, "a")
+        .File(u"work/b.txt"_s, "b");
+    const auto before = Stamps(u"cloud"_s);
+    ASSERT_EQ(Report({u".corsync-old"_s, u"--move"_s}).exitCode, 0);
+    ASSERT_EQ(Report({u"b.txt"_s}).exitCode, 0);
+    EXPECT_EQ(tree.Read(u"cloud/.corsync-old/a.txt"_s), "a");
+    const auto after = Stamps(u"cloud"_s);
+    for (auto it = before.begin(); it != before.end(); ++it)
+        EXPECT_EQ(after.value(it.key()), it.value()) << it.key().toStdString();
+}
+
 } // namespace Halvern::Test

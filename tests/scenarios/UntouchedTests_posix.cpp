@@ -70,6 +70,41 @@ TEST_F(UntouchedFilesBehindLinks,
     EXPECT_EQ(Stamps(u"outside"_s), outside);
 }
 
+TEST_F(UntouchedFilesBehindLinks, AReplacedSymbolicLinkMakesWayItselfAndIsSetAside)
+{
+    for (const QString& to : {u"outside/other.gltf"_s, u"outside/none.gltf"_s}) {
+        tree.Remove(u"cloud"_s).Folder(u"cloud/Demo"_s);
+        Link(u"cloud/Demo/top.gltf"_s, to);
+        FileStamp link = Stamp(u"cloud/Demo/top.gltf"_s);
+        const auto outside = Stamps(u"outside"_s);
+        const ImportReport planned = Report({u"proj/top.gltf"_s, u"--to"_s, u"Demo"_s,
+                                             u"--collisions"_s, u"replace"_s, u"--dry-run"_s});
+        const ImportReport report = ImportWith(u"replace"_s);
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.StatusOf(u"work/proj/top.gltf"_s), u"replaced"_s);
+        EXPECT_TRUE(report.Of(u"work/proj/top.gltf"_s)
+                        .reason.endsWith(tree.Path(u"cloud/Demo/top.gltf.link"_s)))
+            << ::testing::PrintToString(report);
+        EXPECT_EQ(planned.Lines(), report.Lines());
+        EXPECT_EQ(Stamp(u"cloud/Demo/top.gltf"_s).kind, "file");
+        EXPECT_EQ(tree.Read(u"cloud/Demo/top.gltf"_s),
+                  DesignFile(u"top.gltf"_s, {u"lib/part.bin"_s}, "source"));
+        EXPECT_EQ(Stamp(u"cloud/Demo/top.gltf.link"_s).kind, "link");
+        EXPECT_EQ(QFile::symLinkTarget(tree.Path(u"cloud/Demo/top.gltf.link"_s)), tree.Path(to));
+        EXPECT_EQ(Stamps(u"outside"_s), outside);
+        EXPECT_EQ(ImportWith(u"replace"_s).Statuses(), QStringList(2, u"unchanged"_s));
+    }
+}
+
+TEST_F(UntouchedFilesBehindLinks, ALinkThatIsSetAsideTakesNobodysName)
+{
+    Link(u"cloud/Demo/top.gltf"_s, u"outside/other.gltf"_s);
+    tree.File(u"cloud/Demo/top.gltf.link"_s, "somebody's");
+    EXPECT_EQ(ImportWith(u"replace"_s).exitCode, 0);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/top.gltf.link"_s), "somebody's");
+    EXPECT_EQ(Stamp(u"cloud/Demo/top.gltf (2).link"_s).kind, "link");
+}
+
 TEST_F(UntouchedFilesBehindLinks, ASourceIsNotRewrittenThroughAHardLinkAtItsTarget)
 {
     HardLink(u"cloud/Demo/top.gltf"_s, u"work/proj/top.gltf"_s);

@@ -6,6 +6,7 @@
 #include "pluginkit/Compression.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QtEndian>
 
 namespace Halvern::Test {
 
@@ -75,6 +76,24 @@ private:
         tree.File(file, source.readAll());
     }
 };
+
+/// The same file with the headers of Blender 5.
+QByteArray WithLargeHeaders(const QByteArray& content)
+{
+    const auto wide = [&](qsizetype at) { return content.mid(at, 4) + QByteArray(4, '\0'); };
+    QByteArray result = "BLENDER17-01v0500";
+    for (qsizetype at = 12; at < content.size();) {
+        const QByteArray code = content.mid(at, 4);
+        result +=
+            code + content.mid(at + 16, 4) + content.mid(at + 8, 8) + wide(at + 4) + wide(at + 20);
+        const auto size = qFromLittleEndian<qint32>(content.constData() + at + 4);
+        result += content.mid(at + 24, size);
+        at += 24 + size;
+        if (code == "ENDB")
+            break;
+    }
+    return result;
+}
 
 const Links HouseLinks = {
     L(u"set:SCScene/SQSchnitt#0", u"../Schnitt/Auftakt.png"),
@@ -160,6 +179,18 @@ TEST_F(BlenderPlugin, RewritesEveryLinkAndNothingElse)
     ASSERT_TRUE(Repath(house, moved)) << context.lines.join(u'\n').toStdString();
     EXPECT_TRUE(Content(house) == expected);
     EXPECT_EQ(Read(house), moved);
+}
+
+TEST_F(BlenderPlugin, ReadsAndRewritesWhatBlenderWroteAlsoWithLargeHeaders)
+{
+    tree.File(house, WithLargeHeaders(Content(house)));
+    EXPECT_EQ(Read(house), HouseLinks);
+    QByteArray expected = tree.Read(house);
+    expected.replace("//../lib/Möbel.blend", QByteArray("//Möbel.blend\0\0\0\0\0\0\0", 21));
+    const Links moved{L(u"LIMöbel.blend", u"Möbel.blend")};
+    ASSERT_TRUE(Repath(house, moved)) << context.lines.join(u'\n').toStdString();
+    EXPECT_EQ(tree.Read(house).size(), expected.size());
+    EXPECT_EQ(Read(house).last(), moved.first());
 }
 
 TEST_F(BlenderPlugin, KeepsTheFramesOfABlenderFile)

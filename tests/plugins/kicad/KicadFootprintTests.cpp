@@ -33,6 +33,7 @@ TEST_F(KicadFootprint, NamesTheModelsThatAreInTheProject)
     EXPECT_EQ(Read(File), (Links{{u"model"_s, u"../../3d/a.step"_s},
                                  {u"set:model 2#model"_s, u"../../3d/b.wrl"_s},
                                  {u"set:model 2#step"_s, u"../../3d/b.step"_s},
+                                 {u"model 3"_s, u"../../3d/gone.step"_s},
                                  {u"model 6"_s, u"/x/d.step"_s}}));
 }
 
@@ -52,7 +53,7 @@ TEST_F(KicadFootprint, IsRewrittenBesideACopyWhereNoModelIsYet)
                                              Model("3d/b.wrl") + Model("\"/x/d.step\""));
     QByteArray expected = text;
     expected.replace("${KIPRJMOD}/3d/a.step", "${KIPRJMOD}/m/a.step");
-    expected.replace("(model 3d/b.wrl", "(model \"m/b.wrl\"");
+    expected.replace("(model 3d/b.wrl", "(model \"${KIPRJMOD}/m/b.wrl\"");
     expected.replace("/x/d.step", "${KIPRJMOD}/x/d.step");
     EXPECT_EQ(Rewritten(File, text,
                         {{u"model"_s, u"../../m/a.step"_s},

@@ -86,16 +86,25 @@ TEST_F(KicadLegacy, ASchematicNamesDataSheetsAndFilesOfTheSimulator)
                                 {u"include"_s, u"../m/y.lib"_s}}));
 }
 
-TEST_F(KicadLegacy, ASchematicNamesLibrariesThatAreThereWithTheirDescriptions)
+TEST_F(KicadLegacy, ASchematicWithoutAProjectFindsLibrariesBelowItWithTheirDescriptions)
 {
-    tree.File(Top, Legacy({}, "LIBS:power\nLIBS:lib/own\nLIBS:../above,a b-cache,lib/own\n"));
+    const QByteArray text =
+        Legacy({}, "LIBS:power\nLIBS:lib/own\nLIBS:../above,a b-cache,lib/own\n");
+    tree.File(Top, text);
     for (const char* const name : {"p/lib/own.lib", "p/lib/own.dcm", "above.lib"})
         tree.File(QLatin1String(name));
-    EXPECT_EQ(Read(Top), (Links{{u"set:library 2#library"_s, u"lib/own.lib"_s},
-                                {u"set:library 2#dcm"_s, u"lib/own.dcm"_s},
-                                {u"set:library 3#library"_s, u"../above.lib"_s},
-                                {u"set:library 5#library"_s, u"lib/own.lib"_s},
-                                {u"set:library 5#dcm"_s, u"lib/own.dcm"_s}}));
+    const Links links =
+        Companions({u"library/lib/own=lib/own.lib"_s, u"library/lib/own:dcm=lib/own.dcm"_s});
+    EXPECT_EQ(Read(Top), links);
+    tree.Remove(u"p/lib/own.lib"_s);
+    tree.Remove(u"p/lib/own.dcm"_s);
+    EXPECT_EQ(Rewritten(Top, text, links), text);
+    EXPECT_EQ(RewriteFailure(Top, text, Companions({u"library/lib/own:dcm=own.dcm"_s})),
+              u"KiCad finds lib/own.dcm by its name; it cannot be own.dcm"_s);
+    EXPECT_EQ(RewriteFailure(Top, text, Companions({u"library/../above=above.lib"_s})),
+              u"the file has no link companion:library/../above"_s);
+    tree.File(u"p/lib/own.lib"_s).File(u"p/other.pro"_s);
+    EXPECT_EQ(Read(Top), Links());
 }
 
 TEST_F(KicadLegacy, RewritingChangesTheLinksThatAreAskedForAndNoOtherByte)
@@ -113,31 +122,28 @@ TEST_F(KicadLegacy, RewritingChangesTheLinksThatAreAskedForAndNoOtherByte)
     expected.replace("${KIPRJMOD}/c.pdf", "${KIPRJMOD}/doc/c.pdf");
     expected.replace("\"x.lib\"", "\"m/x.lib\"");
     expected.replace("z.lib", "\"m/z.lib\"");
-    expected.replace("../above", "above");
     EXPECT_EQ(Rewritten(Top, text,
                         {{u"5A1 file"_s, u"x.sch"_s},
                          {u"5A2 file"_s, u"sub/ü \"q\".sch"_s},
                          {u"5B1 datasheet"_s, u"doc/c.pdf"_s},
                          {u"5B1 simulation"_s, u"m/x.lib"_s},
-                         {u"include 2"_s, u"m/z.lib"_s},
-                         {u"set:library 2#library"_s, u"above.lib"_s},
-                         {u"set:library 2#dcm"_s, u"above.dcm"_s}}),
+                         {u"include 2"_s, u"m/z.lib"_s}}),
               expected);
 }
 
 TEST_F(KicadLegacy, ALibraryIsNotSeparatedFromItsDescriptionsAndKeepsItsExtension)
 {
-    const QByteArray text = Legacy({}, "LIBS:own\n");
+    const QByteArray text = LegacyProject({}, "LibName1=own\n");
     tree.File(u"p/own.lib"_s).File(u"p/own.dcm"_s);
-    EXPECT_EQ(RewriteFailure(Top, text,
-                             {{u"set:library#library"_s, u"x/own.lib"_s},
-                              {u"set:library#dcm"_s, u"y/own.dcm"_s}}),
+    EXPECT_EQ(RewriteFailure(Project, text,
+                             {{u"set:LibName1#library"_s, u"x/own.lib"_s},
+                              {u"set:LibName1#dcm"_s, u"y/own.dcm"_s}}),
               u"KiCad finds y/own.dcm by the name of x/own.lib"_s);
     tree.Remove(u"p/own.dcm"_s);
-    EXPECT_EQ(RewriteFailure(Top, text, {{u"set:library#library"_s, u"own.txt"_s}}),
+    EXPECT_EQ(RewriteFailure(Project, text, {{u"set:LibName1#library"_s, u"own.txt"_s}}),
               u"a library of symbols has to be named *.lib: own.txt"_s);
-    EXPECT_EQ(RewriteFailure(Top, text, {{u"set:library 2#dcm"_s, u"own.dcm"_s}}),
-              u"the file has no link set:library 2#dcm"_s);
+    EXPECT_EQ(RewriteFailure(Project, text, {{u"set:LibName2#dcm"_s, u"own.dcm"_s}}),
+              u"the file has no link set:LibName2#dcm"_s);
 }
 
 TEST_F(KicadLegacy, AProjectNamesItsLibrariesAndWhatGoesByItsName)
@@ -177,6 +183,14 @@ TEST_F(KicadLegacy, AProjectIsRewrittenWhereItsLibrariesAreNotYet)
                          {u"set:LibName3#library"_s, u"lib/k.lib"_s},
                          {u"pcbnew sheet"_s, u"../x.kicad_wks"_s}}),
               expected);
+}
+
+TEST_F(KicadLegacy, WhatWasWrittenIsALinkAlsoWhereNothingIsBesideIt)
+{
+    const QByteArray text = LegacyProject("../lib", "LibName1=power\nLibName2=far\n");
+    Rewritten(Project, text, {{u"set:LibName2#library"_s, u"near.lib"_s}});
+    EXPECT_TRUE(tree.Read(Project).contains("LibName2=./near\n"));
+    EXPECT_EQ(Read(Project), (Links{{u"set:LibName2#library"_s, u"./near.lib"_s}}));
 }
 
 TEST_F(KicadLegacy, ASchematicNamesItsProjectOrWhatThatWouldName)

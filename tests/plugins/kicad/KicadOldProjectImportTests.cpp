@@ -85,7 +85,7 @@ TEST_F(KicadOldProjectImport, TheSchematicOrTheBoardBringsTheProject)
         Import({u"p/"_s + name, u"--to"_s, folder});
         const QStringList copies = tree.Contents(u"cloud/"_s + folder).keys();
         for (const char* const wanted :
-             {"main.pro", "main.sch", "main.kicad_pcb", "main-cache.lib", "sub/in.sch"})
+             {"main.pro", "main.sch", "main.kicad_pcb", "main-cache.lib"})
             EXPECT_TRUE(copies.contains(QLatin1String(wanted)))
                 << wanted << ' ' << copies.join(u' ').toStdString();
     }
@@ -100,7 +100,7 @@ TEST_F(KicadOldProjectImport, ARenamedProjectIsWholeInAFolderOfItsOwn)
         tree.Contents(u"cloud/Demo/main (2)"_s).keys(),
         (QStringList{u"main-cache.lib"_s, u"main.kicad_pcb"_s, u"main.pro"_s, u"main.sch"_s}));
     EXPECT_TRUE(Copy(u"main (2)/main.sch"_s).contains("F1 \"../sub/in.sch\" 60"));
-    EXPECT_TRUE(Copy(u"main (2)/main.pro"_s).contains("LibName2=../lib/own\n"));
+    EXPECT_TRUE(Copy(u"main (2)/main.pro"_s).contains("LibDir=../lib\n"));
 }
 
 } // namespace Halvern::Test

@@ -137,6 +137,7 @@ TEST_F(KicadSimulation, ALibraryWithoutASectionIsALinkWhereThereIsAFile)
     EXPECT_EQ(Read(Models), (Links{{u"include 2"_s, u"part.lib"_s}}));
     EXPECT_EQ(Rewritten(Models, ".lib slow\n.lib gone.lib\n", {{u"include 2"_s, u"../a.lib"_s}}),
               ".lib slow\n.lib \"../a.lib\"\n");
+    EXPECT_EQ(Read(Models), (Links{{u"include 2"_s, u"../a.lib"_s}}));
 }
 
 TEST_F(KicadSimulation, WhatIsNoTextOfTheSimulatorIncludesNothing)
