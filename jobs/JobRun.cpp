@@ -6,6 +6,7 @@
 #include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
+#include "OwnRecords.h"
 #include "Paths.h"
 #include "Preflight.h"
 #include "Results.h"
@@ -28,16 +29,6 @@ using SyncFolderManagerLib::FolderManager;
 using SyncServices::SyncManager;
 
 namespace {
-
-/// The sync database, which is open, and its companions.
-bool IsOwnRecord(const QString& file)
-{
-    const QString database = FolderManager::GetInstance()->GetSettings().databaseFile;
-    return PathKey(file).startsWith(PathKey(database)) && !database.isEmpty() &&
-           QStringList{QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
-                       QStringLiteral("-journal")}
-               .contains(file.mid(database.size()));
-}
 
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
                                                const std::shared_ptr<JobDatabase>& database)
@@ -112,10 +103,11 @@ bool JobRun::TakeSelection(const QStringList& sources)
         WalkSelection(sources, ExcludeRules(m_state.request.exclude),
                       [this] { return m_control->IsCancelRequested(); });
     m_state.leftOut = listing.leftOut;
+    const OwnRecords own(sources);
     for (const SelectedEntry& entry : listing.entries) {
-        if (IsOwnRecord(entry.source)) {
-            m_state.leftOut.append(
-                {entry.source, Remark::Excluded, QStringLiteral("the sync database")});
+        if (own.Holds(entry.source)) {
+            if (own.Is(entry.source))
+                m_state.leftOut.append({entry.source, Remark::OwnRecord});
             continue;
         }
         JobFile file;
@@ -317,8 +309,9 @@ void JobRun::RemoveSources(Results& results)
         static_cast<void>(m_records.Flush());
     };
     SourceRemoval(m_state, *m_control).Remove(announced, [&](JobFile& file) {
+        // Another import that moves it may have been faster.
         if (!file.sourceDeleted)
-            note(file, false);
+            note(file, !ExistsOnDisk(file.source));
         results.Tell(file);
     });
 }

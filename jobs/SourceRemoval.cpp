@@ -137,6 +137,9 @@ bool SourceRemoval::RemoveSource(JobFile& file)
     };
     Base::FileStatus now;
     Base::FileResult result = m_folders.Status(file.source, now);
+    // Another import that moves it was faster; the copy is in order.
+    if (result && !now.Exists())
+        return true;
     const bool isLink = now.kind == Base::FileKind::Link;
     if (result && !isLink && IsSameFile(file.source, file.target))
         return fail(QStringLiteral("The source is its own copy and was not deleted"));

@@ -18,6 +18,8 @@ struct CopyRecord
     bool isOpen = false;
     /// The source was deleted by the move that made the copy.
     bool isMoved = false;
+    /// The links of the source were read for it.
+    bool hasLinks = false;
     /// Of several copies of a source the latest counts.
     int round = 0;
 };
@@ -89,6 +91,7 @@ private:
     void CheckLink(const ImportReport& report, const ReportedFile& line, const ExpectedLink& link,
                    const QString& written);
     bool LeadsToAnEarlierCopy(const QString& source, const QString& resolved) const;
+    bool AreLinksDue(const ImportReport& report, const ReportedFile& line) const;
     void CheckExitCode(const ImportReport& report);
     void CheckMove(const ImportReport& report);
     void CheckLeftovers();

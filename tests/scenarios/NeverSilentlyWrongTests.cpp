@@ -15,9 +15,13 @@
 //
 // CORSYNC_PROPERTY_SEEDS is how many seeds are tried, CORSYNC_PROPERTY_SEED the first of them.
 
+#include "ChildRights.h"
 #include "ImportChecks.h"
 
+#include <QtCore/QFile>
+
 #include <algorithm>
+#include <optional>
 
 namespace Halvern::Test {
 
@@ -32,6 +36,43 @@ int FromEnvironment(const char* name, int otherwise)
     const int number = qEnvironmentVariableIntValue(name, &isNumber);
     return isNumber ? number : otherwise;
 }
+
+/// While it lives, files cannot be read and the test resolver does not do what it should.
+class Obstacles
+{
+public:
+    Obstacles(FileTree& tree, const ImportStep& step)
+        : m_tree(tree), m_unreadable(step.unreadable), m_registration(tree.Read(Resolver()))
+    {
+        SetPermissions({});
+        if (step.fault == u"absent"_s)
+            tree.Remove(Resolver());
+        else if (!step.fault.isEmpty())
+            m_orders.emplace(step.fault.toLatin1());
+    }
+    ~Obstacles()
+    {
+        // A move may have deleted what could be read by then.
+        SetPermissions(QFile::ReadOwner | QFile::WriteOwner);
+        if (!m_tree.Exists(Resolver()))
+            m_tree.File(Resolver(), m_registration);
+    }
+    Obstacles(const Obstacles&) = delete;
+    Obstacles& operator=(const Obstacles&) = delete;
+
+private:
+    static QString Resolver() { return u"plugins/test_resolver.syncplugin"_s; }
+    void SetPermissions(QFile::Permissions permissions) const
+    {
+        for (const QString& file : m_unreadable)
+            QFile::setPermissions(m_tree.Path(file), permissions);
+    }
+
+    FileTree& m_tree;
+    const QStringList m_unreadable;
+    const QByteArray m_registration;
+    std::optional<PluginOrders> m_orders;
+};
 
 class NeverSilentlyWrong : public ScenarioFixture
 {
@@ -55,6 +96,16 @@ protected:
     }
 
 private:
+    /// Permissions hold, also for root.
+    ImportReport ReportPoorly(const QStringList& arguments) const
+    {
+        QProcess process;
+        Prepare(process, ImportArguments(arguments + QStringList{u"--json"_s}));
+        GiveOrdinaryRights(process);
+        process.start();
+        return ReportOf(Finish(process));
+    }
+
     static QStringList CopiesOf(const CopyRecords& records)
     {
         QStringList copies;
@@ -80,9 +131,10 @@ private:
     {
         if (!CanBeGiven(step, records))
             return {};
+        const Obstacles obstacles(tree, step);
         ImportChecks checks(tree, step, records);
         Note(world, step);
-        const ImportReport first = Report(step.Arguments());
+        const ImportReport first = ReportPoorly(step.Arguments());
         QStringList wrong = checks.Check(first);
         if (!wrong.isEmpty())
             return wrong + QStringList{::testing::PrintToString(first).c_str()};
@@ -90,7 +142,7 @@ private:
         if (!CanBeGiven(step, records))
             return {};
         Note(world, step);
-        const ImportReport second = Report(step.Arguments());
+        const ImportReport second = ReportPoorly(step.Arguments());
         wrong = checks.CheckSecond(first, second);
         if (!wrong.isEmpty())
             wrong += {::testing::PrintToString(first).c_str(), u"--- second:"_s,
@@ -103,6 +155,10 @@ private:
         QStringList arguments;
         for (const QString& argument : ImportArguments(step.Arguments()))
             arguments.append(u'"' + QString(argument).replace(tree.Path(), u"$TREE"_s) + u'"');
+        for (const QString& file : step.unreadable)
+            world.Note(u"chmod 0 '"_s + file + u"' # until the import is done"_s);
+        if (!step.fault.isEmpty())
+            world.Note(u"# the test resolver: "_s + step.fault);
         world.Note(u"(TREE=$PWD; cd work; HOME=$TREE/home corsync "_s + arguments.join(u' ') +
                    u')');
     }

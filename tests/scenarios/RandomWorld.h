@@ -42,6 +42,18 @@ struct ImportStep
     bool prune = false;
     /// "*.bak" is excluded.
     bool excludesBackups = false;
+    /// Folders, relative to "work", from which alone files may come; empty: no such limit.
+    QStringList within;
+    /// What is wrong with the test resolver meanwhile, as PluginOrders know it, or "absent".
+    QString fault;
+    /// Files that nobody may read meanwhile, relative to the tree.
+    QStringList unreadable;
+
+    /// Links of a tlk file are not read; or not written.
+    bool IsBlind(const QString& file) const
+    {
+        return !fault.isEmpty() && file.endsWith(QStringLiteral(".tlk"));
+    }
 
     QStringList Arguments() const;
 };
@@ -63,6 +75,7 @@ public:
 
 private:
     QString NewName();
+    QStringList PlainFile();
     QStringList SourceFiles() const;
     QStringList LinkableFiles() const;
     QString RandomLink(const QString& from, const QString& to);
