@@ -269,8 +269,13 @@ void JobRun::NoteUnchanged()
         const bool isRead = record && (!file.linksKnown || (record->readers == file.readers &&
                                                             record->linksState == file.linksState));
         if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
-            isSound(file.targetStamp, record->targetStamp, record->recordedAt))
+            isSound(file.targetStamp, record->targetStamp, record->recordedAt)) {
+            // What is known of the contents stays known, should it be noted again.
+            file.sourceStamp = record->sourceStamp;
+            file.targetStamp = record->targetStamp;
+            file.recordedAt = record->recordedAt;
             continue;
+        }
         file.sourceStamp = StampOf(file.source, true);
         file.targetStamp = StampOf(file.target, true);
         m_records.Note(file);

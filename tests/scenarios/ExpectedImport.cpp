@@ -106,7 +106,8 @@ bool ExpectedImport::IsAllowed(const QString& whole, const ImportStep& step) con
     for (const QString& folder : step.within + step.sources)
         folders.append(QDir::cleanPath(m_tree.Path(u"work/"_s + folder)));
     return std::any_of(folders.begin(), folders.end(), [&](const QString& folder) {
-        return (real + u'/').startsWith(QFileInfo(folder).canonicalFilePath() + u'/');
+        const QString top = QFileInfo(folder).canonicalFilePath();
+        return !top.isEmpty() && (real + u'/').startsWith(top + u'/');
     });
 }
 

@@ -25,13 +25,6 @@ bool IsInCloud(const QString& path)
     return path == u"cloud"_s || path.startsWith(u"cloud/"_s);
 }
 
-bool IsOurOwn(const QString& path)
-{
-    static const QRegularExpression own(
-        u"^(sync\\.db.*|plugins(/.*)?|home/(config|data)(/.*)?)$"_s);
-    return own.match(path).hasMatch();
-}
-
 /// A file, and no symbolic link on the way to it from the cloud folder.
 bool IsFileInCloud(const FileTree& tree, const QString& path)
 {
@@ -43,6 +36,13 @@ bool IsFileInCloud(const FileTree& tree, const QString& path)
 }
 
 } // namespace
+
+bool IsOurOwn(const QString& path)
+{
+    static const QRegularExpression own(
+        u"^(sync\\.db.*|plugins(/.*)?|home/(config|data)(/.*)?)$"_s);
+    return own.match(path).hasMatch();
+}
 
 QMap<QString, QString> MovedSources(const FileTree& tree, const CopyRecords& records,
                                     const QString& to)
@@ -97,6 +97,19 @@ QStringList ImportChecks::Check(const ImportReport& report)
     CheckExitCode(report);
     CheckMove(report);
     return m_wrong;
+}
+
+QStringList ImportChecks::CheckDryRun() const
+{
+    QStringList wrong;
+    const Stamps now = Everything();
+    for (auto it = m_before.begin(); it != m_before.end(); ++it)
+        if (!IsOurOwn(it.key()) && now.value(it.key()) != *it)
+            wrong.append(u"the dry run changed "_s + it.key());
+    for (const QString& path : now.keys())
+        if (!m_before.contains(path) && !IsOurOwn(path))
+            wrong.append(u"the dry run made "_s + path);
+    return wrong;
 }
 
 QStringList ImportChecks::CheckSecond(const ImportReport& first, const ImportReport& second) const

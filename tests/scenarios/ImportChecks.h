@@ -40,6 +40,8 @@ struct CopyKey
 
 using CopyRecords = QMap<CopyKey, CopyRecord>;
 
+/// Database, base store, plug-ins and settings, relative to the tree.
+bool IsOurOwn(const QString& path);
 /// The sources that moves to a target folder have deleted, with the copies that are still there.
 QMap<QString, QString> MovedSources(const FileTree& tree, const CopyRecords& records,
                                     const QString& to);
@@ -51,6 +53,8 @@ public:
     /// Before the import.
     ImportChecks(const FileTree& tree, const ImportStep& step, const CopyRecords& records);
 
+    /// Nothing has happened.
+    QStringList CheckDryRun() const;
     /// After it.
     QStringList Check(const ImportReport& report);
     /// After the same import once more.

@@ -89,6 +89,8 @@ protected:
                 world.Disturb(CopiesOf(records), step);
             tree.Folder(u"work/proj"_s);
             QStringList wrong = PlayStep(world, step, records);
+            if (wrong.isEmpty() && world.RetriesNow())
+                wrong = Retry(world, records);
             if (!wrong.isEmpty())
                 return wrong + QStringList{u"--- what was done:"_s, world.Script()};
         }
@@ -133,9 +135,14 @@ private:
             return {};
         const Obstacles obstacles(tree, step);
         ImportChecks checks(tree, step, records);
+        const ImportReport promised =
+            world.LooksAhead() ? ReportPoorly(step.Arguments() + QStringList{u"--dry-run"_s})
+                               : ImportReport();
+        QStringList wrong = checks.CheckDryRun();
         Note(world, step);
         const ImportReport first = ReportPoorly(step.Arguments());
-        QStringList wrong = checks.Check(first);
+        wrong += checks.Check(first);
+        wrong += WrongPromises(step, promised, first);
         if (!wrong.isEmpty())
             return wrong + QStringList{::testing::PrintToString(first).c_str()};
         records = checks.Recorded(first);
@@ -147,6 +154,43 @@ private:
         if (!wrong.isEmpty())
             wrong += {::testing::PrintToString(first).c_str(), u"--- second:"_s,
                       ::testing::PrintToString(second).c_str()};
+        return wrong;
+    }
+
+    /// What a dry run says comes true, but for what goes wrong on the way.
+    static QStringList WrongPromises(const ImportStep& step, const ImportReport& promised,
+                                     const ImportReport& report)
+    {
+        QStringList wrong;
+        for (const ReportedFile& line : promised.files) {
+            const ReportedFile real = report.Of(line.source);
+            const bool isFailure = !step.fault.isEmpty() || real.status == u"failed"_s;
+            if (!isFailure && (real.status != line.status || real.target != line.target))
+                wrong.append(u"promised %1 -> %2, but %3 -> %4: %5"_s.arg(
+                    line.status, line.target, real.status, real.target, line.source));
+        }
+        return wrong;
+    }
+
+    /// Links inside copies are all that it may change.
+    QStringList Retry(RandomWorld& world, CopyRecords& records) const
+    {
+        world.Note(u"corsync retry"_s);
+        const auto before = StampsBelow(tree.Path());
+        const CommandResult result = Corsync(u"retry"_s);
+        const auto after = StampsBelow(tree.Path());
+        QStringList wrong;
+        for (auto it = before.begin(); it != before.end(); ++it) {
+            const FileStamp now = after.value(it.key());
+            const bool isCopy = it.key().startsWith(u"cloud/"_s) && it->kind == "file";
+            if (it->kind != "folder" && !IsOurOwn(it.key()) && now != *it &&
+                !(isCopy &&
+                  WithoutLinks(it.key(), now.content) == WithoutLinks(it.key(), it->content)))
+                wrong += {u"retry changed "_s + it.key(), ::testing::PrintToString(result).c_str()};
+        }
+        for (auto record = records.begin(); record != records.end(); ++record)
+            if (record->copy == before.value(record.key().target))
+                record->copy = after.value(record.key().target);
         return wrong;
     }
 

@@ -69,6 +69,8 @@ public:
     /// Changes on both sides. `copies` are paths of copies, `step` the import that comes next.
     void Disturb(const QStringList& copies, const ImportStep& step);
     ImportStep NextImport();
+    bool LooksAhead() { return m_dice.Chance(20); }
+    bool RetriesNow() { return m_dice.Chance(15); }
 
     void Note(const QString& line) { m_script.append(line); }
     QString Script() const { return m_script.join(u'\n') + u'\n'; }
