@@ -66,7 +66,8 @@ bool ThreeWays::HasSameContent(const JobFile& file) const
     m_control.Mute(true);
     const bool written = m_reader.Write(copy, file.rewrites);
     m_control.Mute(false);
-    return written && HoldTheSame(copy, file.target);
+    // Some plug-ins say that they wrote, and did not.
+    return written && !HoldTheSame(copy, file.source) && HoldTheSame(copy, file.target);
 }
 
 } // namespace Halvern::Jobs
