@@ -128,6 +128,13 @@ void CommandLine::AddCommonOptions(CLI::App& app)
                 "usual ones; may be given several times")
         ->type_name("DIR")
         ->group("Plug-ins");
+    CLI::Option* isolate =
+        AddText(app, "--isolate", m_common.isolate,
+                "Plug-ins in a process of their own: auto (those that do not come with corsync, "
+                "default), always, never")
+            ->type_name("WHEN")
+            ->group("Plug-ins");
+    isolate->check(CLI::IsMember({"auto", "always", "never"}).description(""));
     app.add_flag("--json", m_common.json, "Print one JSON object per line, and nothing else")
         ->group("Output");
     app.add_flag("-v,--verbose", m_common.log.verbosity,

@@ -7,6 +7,7 @@
 #include "JobProgress.h"
 #include "Platform.h"
 #include "Report.h"
+#include "Sessions.h"
 #include "Streams.h"
 #include "TerminalInput.h"
 
@@ -99,8 +100,7 @@ ExitCode RunImport(const ImportOptions& options, const CommonOptions& common,
     RequireSomebodyToAsk(options);
     const Jobs::SessionUse use =
         options.dryRun ? Jobs::SessionUse::PlanOnly : Jobs::SessionUse::Import;
-    const Jobs::Session session(Jobs::ResolveSettings(options.places, use), common.pluginPaths,
-                                use);
+    const Jobs::Session session = OpenSession(options.places, common, use);
     const ImportReport report = Import(options, common, cancel, console).Run(session);
     Print(report, console);
     TellHowItEnded(report.result.summary, options, console);

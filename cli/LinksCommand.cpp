@@ -5,6 +5,7 @@
 #include "Console.h"
 #include "Platform.h"
 #include "Report.h"
+#include "Sessions.h"
 #include "Words.h"
 
 #include "corsync/FileLinks.h"
@@ -92,7 +93,7 @@ ExitCode RunLinks(const LinksOptions& options, const CommonOptions& common,
                   const Jobs::CancelToken& cancel, Console& console)
 {
     const QStringList files = ExpandPatterns(options.files);
-    const auto session = Jobs::Session::Temporary(common.pluginPaths);
+    const auto session = OpenTemporarySession(common);
     const QList<Jobs::RegistrationFault> faults = Jobs::ListRegistrationFaults(*session);
     int count = 0;
     ExitCode code = HasBroken(faults) ? ExitCode::PluginOrDatabase : ExitCode::Complete;

@@ -40,6 +40,8 @@ struct CommonOptions
     bool quiet = false;
     bool json = false;
     QStringList pluginPaths;
+    /// "auto", "always" or "never"; empty: as the settings say.
+    QString isolate;
 };
 
 struct ImportOptions

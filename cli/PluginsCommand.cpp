@@ -4,6 +4,7 @@
 
 #include "Console.h"
 #include "Report.h"
+#include "Sessions.h"
 #include "Words.h"
 
 #include "corsync/Plugins.h"
@@ -48,7 +49,7 @@ void PrintJson(const Jobs::PluginStatus& status, Console& console)
 ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common,
                     const Jobs::CancelToken&, Console& console)
 {
-    const auto session = Jobs::Session::Temporary(common.pluginPaths);
+    const auto session = OpenTemporarySession(common);
     const QList<Jobs::PluginStatus> plugins = Jobs::ListPlugins(*session, options.load);
     const QList<Jobs::RegistrationFault> faults = Jobs::ListRegistrationFaults(*session);
     Print(faults, console);

@@ -3,6 +3,7 @@
 #include "RestoreCommand.h"
 
 #include "Console.h"
+#include "Sessions.h"
 #include "VersionsCommand.h"
 
 #include "corsync/Versions.h"
@@ -42,8 +43,7 @@ void PrintJson(const Jobs::RestoredVersion& restored, Console& console)
 ExitCode RunRestore(const RestoreOptions& options, const CommonOptions& common, Console& console)
 {
     constexpr Jobs::SessionUse Use = Jobs::SessionUse::Import;
-    const Jobs::Session session(Jobs::ResolveSettings(options.places, Use), common.pluginPaths,
-                                Use);
+    const Jobs::Session session = OpenSession(options.places, common, Use);
     const Jobs::RestoredVersion restored =
         Jobs::RestoreVersion(session, options.file, options.number, options.output);
     if (console.IsJson())

@@ -5,6 +5,7 @@
 #include "Console.h"
 #include "JobProgress.h"
 #include "Report.h"
+#include "Sessions.h"
 
 #include "corsync/Retry.h"
 
@@ -32,8 +33,7 @@ ExitCode RunRetry(const RetryOptions& options, const CommonOptions& common,
                   const Jobs::CancelToken& cancel, Console& console)
 {
     constexpr Jobs::SessionUse Use = Jobs::SessionUse::Import;
-    const Jobs::Session session(Jobs::ResolveSettings(options.places, Use), common.pluginPaths,
-                                Use);
+    const Jobs::Session session = OpenSession(options.places, common, Use);
     ImportReport report;
     report.result = Retry(options, common, session, cancel);
     report.folders = {QDir::currentPath(), session.CloudFolder()};

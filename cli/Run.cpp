@@ -4,6 +4,7 @@
 
 #include "Cancellation.h"
 #include "Console.h"
+#include "EarlyEnd.h"
 #include "ImportCommand.h"
 #include "LinksCommand.h"
 #include "Logging.h"
@@ -57,6 +58,7 @@ ExitCode Report(const Jobs::JobError& error, Console& console)
 ExitCode RunAndReport(const Options& options, Console& console)
 {
     const Jobs::CancelToken& cancel = WatchForCancel();
+    const EarlyEnd atWork;
     try {
         const LogSetup log(options.common.log);
         return RunCommand(options, cancel, console);

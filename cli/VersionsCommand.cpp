@@ -3,6 +3,7 @@
 #include "VersionsCommand.h"
 
 #include "Console.h"
+#include "Sessions.h"
 
 #include "corsync/Versions.h"
 
@@ -55,8 +56,7 @@ QString JsonTime(const QDateTime& time)
 ExitCode RunVersions(const VersionsOptions& options, const CommonOptions& common, Console& console)
 {
     constexpr Jobs::SessionUse Use = Jobs::SessionUse::PlanOnly;
-    const Jobs::Session session(Jobs::ResolveSettings(options.places, Use), common.pluginPaths,
-                                Use);
+    const Jobs::Session session = OpenSession(options.places, common, Use);
     const QList<Jobs::Version> versions = Jobs::ListVersions(session, options.file);
     const QString file = Jobs::VersionedFile(session, options.file);
     if (console.IsJson())

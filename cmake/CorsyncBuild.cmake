@@ -17,6 +17,7 @@ if(CORSYNC_SANITIZE)
   add_compile_options(-fsanitize=${CORSYNC_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${CORSYNC_SANITIZE})
+  add_compile_definitions(CORSYNC_SANITIZED)
 endif()
 if(CORSYNC_COVERAGE)
   add_compile_options(--coverage -fprofile-abs-path)

@@ -146,7 +146,7 @@ QByteArray PackLinks(const QList<FileLink>& links)
     QByteArray bytes;
     AppendNumber(bytes, static_cast<quint64>(links.size()));
     for (const FileLink& link : links) {
-        AppendNumber(bytes, static_cast<quint32>(link.ItemId + 1));
+        AppendNumber(bytes, static_cast<quint32>(link.ItemId) + 1U);
         AppendText(bytes, link.RefId);
         AppendText(bytes, link.Path);
         AppendText(bytes, link.CloudItemId);
@@ -168,7 +168,7 @@ QList<FileLink> UnpackLinks(QByteArrayView bytes)
     Unpacker unpacker(bytes);
     QList<FileLink> links(unpacker.Count());
     for (FileLink& link : links) {
-        link.ItemId = static_cast<int>(static_cast<quint32>(unpacker.Number())) - 1;
+        link.ItemId = static_cast<int>(static_cast<quint32>(unpacker.Number()) - 1U);
         link.RefId = unpacker.Text();
         link.Path = unpacker.Text();
         link.CloudItemId = unpacker.Text();

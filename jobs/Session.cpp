@@ -4,6 +4,7 @@
 
 #include "FolderCleanup.h"
 #include "Paths.h"
+#include "PluginIsolation.h"
 #include "QuietLog.h"
 #include "base/KnownFolders.h"
 #include "base/NativePath.h"
@@ -44,19 +45,27 @@ QString Text(const std::filesystem::path& path)
     return QDir::fromNativeSeparators(QStringView(Base::PathText(path)).toString());
 }
 
-/// Folders given to the module replace its default ones, so these are named as well.
-void AddPluginFolders(const QStringList& folders)
+QString ProgramFolder()
 {
-    if (folders.isEmpty())
+    return Text(Base::ProgramFile().parent_path());
+}
+
+/// Where libraries are searched for. Folders given to the module replace its default ones, so these
+/// are named as well.
+QStringList LibraryFolders(const QStringList& given)
+{
+    return given + QStringList{ProgramFolder(), ProgramFolder() + QStringLiteral("/SyncPlugins")};
+}
+
+void AddRegistrationFolders(const QStringList& given)
+{
+    if (given.isEmpty())
         return;
-    FileLinkManager* manager = FileLinkManager::GetInstance();
-    const QString program = Text(Base::ProgramFile().parent_path());
-    manager->AddPluginRegistrationFolders(
-        folders + QStringList{Text(Base::CommonDataFolder()) +
-                                  QStringLiteral("/Halvern/Halvern Sync/Plugins"),
-                              program, program + QStringLiteral("/SyncPluginRegFiles")});
-    manager->AddPluginSearchPaths(folders +
-                                  QStringList{program, program + QStringLiteral("/SyncPlugins")});
+    FileLinkManager::GetInstance()->AddPluginRegistrationFolders(
+        given + QStringList{Text(Base::CommonDataFolder()) +
+                                QStringLiteral("/Halvern/Halvern Sync/Plugins"),
+                            ProgramFolder(),
+                            ProgramFolder() + QStringLiteral("/SyncPluginRegFiles")});
 }
 
 /// The module runs for as long as this lives.
@@ -116,9 +125,11 @@ struct Session::State
     /// What is removed after the module has ended.
     std::unique_ptr<QTemporaryDir> temporary = {};
     std::optional<FolderCleanup> cleanup = {};
+    std::optional<PluginIsolation> isolation = {};
     std::optional<RunningModule> module = {};
 
-    void Start(const ServicesSettings& settings, const QStringList& pluginFolders)
+    void Start(const ServicesSettings& settings, const QStringList& pluginFolders,
+               const PluginOptions& plugins)
     {
         if (settings.cloudCacheFolder.isEmpty())
             throw JobError(JobErrorKind::SettingsRefused,
@@ -128,25 +139,40 @@ struct Session::State
             cleanup.emplace(settings.cloudCacheFolder);
         module.emplace(use == SessionUse::PlanOnly ? WithoutNewDatabase(settings) : settings);
         module->RequireServices();
-        AddPluginFolders(folders);
+        AddPlugins(folders, plugins);
+    }
+
+    void AddPlugins(const QStringList& folders, const PluginOptions& plugins)
+    {
+        FileLinkManager* const manager = FileLinkManager::GetInstance();
+        const QStringList libraries = LibraryFolders(folders);
+        AddRegistrationFolders(folders);
+        if (plugins.isolation == PluginIsolationMode::Never) {
+            manager->AddPluginSearchPaths(libraries);
+            return;
+        }
+        isolation.emplace(plugins);
+        manager->AddPluginSearchPaths(QStringList{isolation->Folder()} + libraries);
+        isolation->Prepare(manager->GetPlugins(), libraries);
     }
 };
 
 Session::Session(const ServicesSettings& settings, const QStringList& pluginFolders, SessionUse use)
     : m_state(new State{use})
 {
-    m_state->Start(settings, pluginFolders);
+    m_state->Start(settings, pluginFolders, PluginOptionsOf(settings));
 }
 
 Session::Session(std::unique_ptr<State> state) : m_state(std::move(state)) {}
 
-std::unique_ptr<Session> Session::Temporary(const QStringList& pluginFolders)
+std::unique_ptr<Session> Session::Temporary(const QStringList& pluginFolders,
+                                            const PluginOptions& plugins)
 {
     std::unique_ptr<State> state(
         new State{SessionUse::PlanOnly, {}, std::make_unique<QTemporaryDir>()});
     if (!state->temporary->isValid())
         throw JobError(JobErrorKind::NoCloudFolder, state->temporary->errorString());
-    state->Start(ThrowawaySettings(state->temporary->path()), pluginFolders);
+    state->Start(ThrowawaySettings(state->temporary->path()), pluginFolders, plugins);
     return std::unique_ptr<Session>(new Session(std::move(state)));
 }
 

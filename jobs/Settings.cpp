@@ -8,6 +8,7 @@
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QFileInfo>
+#include <QtCore/QHash>
 
 namespace Halvern::Jobs {
 
@@ -62,6 +63,20 @@ ServicesSettings ResolveSettings(const Places& places, SessionUse use)
                        QStringLiteral("the database %1 must not lie in the cloud cache folder")
                            .arg(settings.databaseFile));
     return settings;
+}
+
+PluginOptions PluginOptionsOf(const ServicesSettings& settings)
+{
+    const QHash<QString, PluginIsolationMode> modes{
+        {QStringLiteral("auto"), PluginIsolationMode::Auto},
+        {QStringLiteral("always"), PluginIsolationMode::Always},
+        {QStringLiteral("never"), PluginIsolationMode::Never}};
+    const auto mode = modes.constFind(settings.isolatePlugins);
+    if (mode == modes.constEnd())
+        throw JobError(JobErrorKind::SettingsRefused,
+                       QStringLiteral("isolatePlugins must be auto, always or never, not %1")
+                           .arg(settings.isolatePlugins));
+    return {*mode, settings.pluginTimeLimit, settings.pluginMemoryLimit};
 }
 
 QString DatabaseForCloudFolder(const QString& cloudFolder)

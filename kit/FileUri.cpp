@@ -98,7 +98,7 @@ std::string DriveWithSlashes(std::string_view path)
 
 bool IsLinkUri(std::string_view uri)
 {
-    if (uri.empty() || uri.front() == '#')
+    if (uri.empty() || uri.front() == '#' || uri == ":")
         return false;
     const std::string scheme = SchemeOf(uri);
     return scheme.empty() || scheme == "file";

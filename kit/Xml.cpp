@@ -143,7 +143,7 @@ private:
 class Reader
 {
 public:
-    Reader(std::string_view document, XmlVisitor& visitor);
+    Reader(std::string_view document, XmlVisitor& visitor, bool isConverted);
     void Run();
 
 private:
@@ -188,14 +188,16 @@ private:
     };
     std::string_view m_document;
     XmlVisitor& m_visitor;
+    bool m_isConverted;
     XmlMemory m_memory;
     std::unique_ptr<XML_ParserStruct, Freer> m_parser;
     std::exception_ptr m_failure;
     std::size_t m_depth = 0;
 };
 
-Reader::Reader(std::string_view document, XmlVisitor& visitor)
-    : m_document(document), m_visitor(visitor), m_memory(document.size())
+Reader::Reader(std::string_view document, XmlVisitor& visitor, bool isConverted)
+    : m_document(document), m_visitor(visitor), m_isConverted(isConverted),
+      m_memory(document.size())
 {
     const XML_Memory_Handling_Suite memory = XmlMemory::Functions();
     m_parser.reset(XML_ParserCreate_MM("UTF-8", &memory, nullptr));
@@ -266,7 +268,7 @@ void Reader::Instruction(std::string_view target)
 
 void Reader::CheckEncoding(const char* encoding) const
 {
-    if (encoding && !IsUtf8Name(encoding) && !IsAscii(m_document))
+    if (encoding && !m_isConverted && !IsUtf8Name(encoding) && !IsAscii(m_document))
         throw FormatError("the document is encoded as " + std::string(encoding) + ", not as UTF-8",
                           Position());
 }
@@ -320,7 +322,13 @@ void ReadXml(std::string_view text, XmlVisitor& visitor)
 {
     RequireBytesOfUtf8(text);
     RequireFewAttributes(text);
-    Reader(text, visitor).Run();
+    Reader(text, visitor, false).Run();
+}
+
+void ReadConvertedXml(std::string_view text, XmlVisitor& visitor)
+{
+    RequireFewAttributes(text);
+    Reader(text, visitor, true).Run();
 }
 
 } // namespace Halvern::PluginKit

@@ -118,6 +118,9 @@ void Visit(Settings& settings, Visitor& visitor)
     visitor("cloudCacheFolderSyncEnabled", settings.cloudCacheFolderSyncEnabled);
     visitor("supportedFileTypes", settings.supportedFileTypes);
     visitor("allowedFolders", settings.allowedFolders);
+    visitor("isolatePlugins", settings.isolatePlugins);
+    visitor("pluginTimeLimit", settings.pluginTimeLimit);
+    visitor("pluginMemoryLimit", settings.pluginMemoryLimit);
     visitor("serviceFolder", settings.serviceFolder);
     visitor("cloudRoot", settings.cloudRoot);
 }

@@ -26,7 +26,8 @@ public:
                      const QStringList& pluginFolders = {}, SessionUse use = SessionUse::Import);
     /// A session that leaves no trace, for reading links and listing plug-ins: its cloud cache
     /// folder is a temporary one, its database is in memory. Throws as the other.
-    static std::unique_ptr<Session> Temporary(const QStringList& pluginFolders = {});
+    static std::unique_ptr<Session> Temporary(const QStringList& pluginFolders = {},
+                                              const PluginOptions& plugins = {});
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

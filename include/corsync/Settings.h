@@ -19,6 +19,28 @@ enum class SessionUse
     PlanOnly,
 };
 
+/// Which plug-ins run in a process of their own, so that a crash, a loop without an end or a greedy
+/// one costs the file at hand and not the job.
+enum class PluginIsolationMode
+{
+    /// Those that do not come with the product.
+    Auto,
+    Always,
+    Never,
+};
+
+struct PluginOptions
+{
+    PluginIsolationMode isolation = PluginIsolationMode::Auto;
+    /// How long one call into an isolated plug-in may take, in seconds, and how much memory its
+    /// process may have, in bytes. 0: no limit.
+    int timeLimit = 120;
+    qint64 memoryLimit = qint64(4) << 30;
+};
+
+/// The same as the settings have it. Throws JobError(SettingsRefused).
+CORSYNCJOBS_EXPORT PluginOptions PluginOptionsOf(const SyncServices::ServicesSettings& settings);
+
 /// Places that a user named. What is empty comes from the settings file.
 struct Places
 {

@@ -11,8 +11,8 @@ namespace Halvern::PluginKit {
 // Links that are written as URIs. Text is UTF-8. No function fails: what is no URI is taken for the
 // path that it looks like. Only a lack of memory throws.
 
-/// True when a uri names a file: not when it is empty, a mere fragment, embedded data, or has a
-/// scheme other than "file".
+/// True when a uri names a file: not when it is empty, a mere ":" or fragment, embedded data, or
+/// has a scheme other than "file".
 bool IsLinkUri(std::string_view uri);
 
 /// True when a uri begins with "file:", in whatever letters.

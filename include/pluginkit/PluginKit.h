@@ -38,6 +38,7 @@
 #include "pluginkit/Compression.h"
 #include "pluginkit/Document.h"
 #include "pluginkit/DocumentResolver.h"
+#include "pluginkit/EncodedText.h"
 #include "pluginkit/Exports.h"
 #include "pluginkit/FileEdits.h"
 #include "pluginkit/FilePaths.h"

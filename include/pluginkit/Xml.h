@@ -63,6 +63,13 @@ public:
 /// Requires: `text` is no longer than MaxXmlSize.
 void ReadXml(std::string_view text, XmlVisitor& visitor);
 
+/// The same for a document that was made UTF-8 (see EncodedText.h), whatever it announces.
+void ReadConvertedXml(std::string_view text, XmlVisitor& visitor);
+
+/// The encoding of a document, as its first bytes show it or its declaration announces it: a name
+/// for EncodedText. "UTF-8" without any, and for pure ASCII of whatever name.
+std::string XmlEncodingOf(std::string_view document);
+
 inline constexpr std::size_t MaxXmlNesting = 512;
 inline constexpr std::size_t MaxXmlSize = std::size_t(256) << 20;
 /// Of an element or an attribute, in bytes.

@@ -42,6 +42,13 @@ struct SYNCSERVICES_EXPORT ServicesSettings
     /// Absolute paths of folders that linked files may come from although they lie in a place that
     /// is refused otherwise, such as a hidden folder of the home folder. The job library asks.
     QStringList allowedFolders;
+    /// Which plug-ins run in a process of their own: "auto" (those that do not come with the
+    /// product), "always" or "never". The job library asks.
+    QString isolatePlugins = QStringLiteral("auto");
+    /// How long one call into such a plug-in may take, in seconds, and how much memory its process
+    /// may have, in bytes. 0: no limit.
+    int pluginTimeLimit = 120;
+    qint64 pluginMemoryLimit = qint64(4) << 30;
     /// Folder of the sync service's program; empty: the folder of the running program.
     QString serviceFolder;
     /// What stands in front of cloud paths where a full one is asked for.

@@ -8,11 +8,16 @@
 
 namespace Halvern::Formats::Blender {
 
-/// How the machine that wrote a file laid out its memory: a .blend file is an image of it.
+/// How the machine that wrote a file laid out its memory, of which a .blend file is an image, and
+/// how the version of Blender laid out the headers of the blocks.
 struct MachineForm
 {
     std::size_t pointerSize = 8;
     bool bigEndian = false;
+    /// From Blender 5.0 on sizes have eight bytes, and the header another order.
+    bool isLarge = false;
+    /// Up to Blender 2.33 the file may end within the last block's header.
+    bool hasShortEnd = false;
 
     /// An unsigned number of any size up to eight bytes.
     std::uint64_t Number(std::string_view bytes) const;
@@ -22,6 +27,7 @@ struct MachineForm
 /// What stands in front of each block of a file.
 struct BlockHeader
 {
+    /// As machines with little-endian numbers store it: "IM\0\0".
     std::string code;
     std::uint64_t size = 0;
     /// Where the block lay in the memory of the program; pointers of other blocks name it.
@@ -31,8 +37,9 @@ struct BlockHeader
     std::uint64_t count = 0;
     /// Of the bytes after the header.
     std::uint64_t dataBegin = 0;
-    /// Of the header's number that gives the size.
+    /// Of the header's number that gives the size, and how many bytes that has.
     std::uint64_t sizeField = 0;
+    std::size_t sizeFieldSize = 4;
 };
 
 /// Goes through the blocks of a file. The file's header is checked first; one that is not known is
@@ -50,6 +57,9 @@ public:
     std::string ReadData(std::uint64_t size);
 
 private:
+    BlockHeader ReadHeader(std::string code);
+    bool IsEnd(const std::string& code);
+
     ContentReader m_reader;
     MachineForm m_form;
     std::uint64_t m_dataLeft = 0;

@@ -59,7 +59,13 @@ class LinkFinder
 public:
     explicit LinkFinder(const InputFile& file)
         : m_dna(ReadDna(file)), m_blocks(file), m_paths(file.Path().parent_path())
-    {}
+    {
+        // Since Blender 4.4 these are the structs' names; files may keep the old ones.
+        if (m_dna.Find("StripData")) {
+            m_sequence = "Strip";
+            m_strip = "StripData";
+        }
+    }
 
     BlendLinks Find()
     {
@@ -162,19 +168,20 @@ private:
         const std::string bytes = m_blocks.ReadData(block.size);
         m_current->text = Kept(TextIn(bytes, block.dataBegin));
         m_current->text.sizeField = block.sizeField;
+        m_current->text.sizeFieldSize = block.sizeFieldSize;
         m_current->textAddress = 0;
     }
 
     void VisitPartOfScene(const BlockHeader& block, const DnaStruct& structure)
     {
         DataBlock& scene = *m_current;
-        if (structure.name == "Sequence")
+        if (structure.name == m_sequence)
             ForEach(block, structure, [&](const StructView& view) {
-                scene.sequences.push_back({Utf8OrLatin1(Kept(view.Text({"name"})).value),
-                                           view.Number("type"), view.Number("strip"),
-                                           view.Number("sound")});
+                scene.sequences.push_back(
+                    {Utf8OrLatin1(Kept(view.Text({"name"})).value), view.Number("type"),
+                     view.Number("strip", view.Number("data")), view.Number("sound")});
             });
-        else if (structure.name == "Strip")
+        else if (structure.name == m_strip)
             ForEach(block, structure, [&](const StructView& view) {
                 scene.strips[block.address] = {Kept(view.Text({"dir", "dirpath"})),
                                                view.Number("stripdata")};
@@ -199,6 +206,8 @@ private:
     Blocks m_blocks;
     StoredPaths m_paths;
     std::optional<DataBlock> m_current;
+    std::string_view m_sequence = "Sequence";
+    std::string_view m_strip = "Strip";
     std::size_t m_read = 0;
     std::size_t m_textSize = 0;
 };

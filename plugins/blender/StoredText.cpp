@@ -14,12 +14,12 @@ namespace {
 void AddGrowthEdits(const StoredText& text, const std::string& value, const MachineForm& form,
                     std::vector<FileEdit>& edits)
 {
-    constexpr std::size_t numberSize = 4;
     constexpr std::size_t alignment = 4; // of all blocks
     const std::size_t size = (value.size() + alignment) / alignment * alignment;
     std::string bytes = value;
     bytes.resize(size, '\0');
-    edits.push_back({*text.sizeField, *text.sizeField + numberSize, form.Bytes(size, numberSize)});
+    edits.push_back({*text.sizeField, *text.sizeField + text.sizeFieldSize,
+                     form.Bytes(size, text.sizeFieldSize)});
     edits.push_back({text.begin, text.begin + text.room, std::move(bytes)});
 }
 

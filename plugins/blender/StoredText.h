@@ -22,6 +22,7 @@ struct StoredText
     std::string value;
     /// Where the size of the block stands, if the text has one of its own.
     std::optional<std::uint64_t> sizeField;
+    std::size_t sizeFieldSize = 4;
 };
 
 /// The text at the beginning of `bytes`; it need not be ended there.

@@ -19,7 +19,11 @@ constexpr std::uint64_t ChunkHeaderSize = 8;
 constexpr std::uint64_t Alignment = 4;
 constexpr std::uint32_t Magic = 0x46546C67;     // "glTF"
 constexpr std::uint32_t JsonChunk = 0x4E4F534A; // "JSON"
+constexpr std::uint32_t OldVersion = 1;
 constexpr std::uint32_t Version = 2;
+/// Of version 1: the length of the JSON and a number that says that it is JSON.
+constexpr std::uint64_t OldHeaderSize = 20;
+constexpr std::uint32_t OldJsonFormat = 0;
 /// The format defines two; extensions add a few. A file of nothing but empty chunks would take
 /// hours.
 constexpr int MaxChunks = 4096;
@@ -40,20 +44,23 @@ void AppendNumber(std::string& bytes, std::uint64_t number)
         bytes.push_back(static_cast<char>((number >> shift) & 0xFFU));
 }
 
-void CheckHeader(const InputFile& file)
+/// Returns the version.
+std::uint32_t CheckHeader(const InputFile& file)
 {
     if (file.Size() < HeaderSize)
         throw FormatError("the file ends inside its header", file.Size());
     if (ReadNumber(file, 0) != Magic)
         throw FormatError("a binary glTF file begins with \"glTF\"", 0);
     const std::uint32_t version = ReadNumber(file, 4);
-    if (version != Version)
-        throw FormatError("version " + std::to_string(version) + " of the container, not 2", 4);
+    if (version != Version && version != OldVersion)
+        throw FormatError("version " + std::to_string(version) + " of the container, not 1 or 2",
+                          4);
     const std::uint32_t length = ReadNumber(file, 8);
     if (length != file.Size())
         throw FormatError("the header gives a length of " + std::to_string(length) +
                               " bytes, the file has " + std::to_string(file.Size()),
                           8);
+    return version;
 }
 
 /// The size of the chunk whose header is at `offset`.
@@ -85,6 +92,30 @@ void CheckFollowingChunks(const InputFile& file, std::uint64_t offset)
     }
 }
 
+GlbLayout ReadOldLayout(const InputFile& file)
+{
+    if (file.Size() < OldHeaderSize)
+        throw FormatError("the file ends inside its header", file.Size());
+    GlbLayout layout;
+    layout.version = OldVersion;
+    layout.jsonBegin = OldHeaderSize;
+    layout.jsonSize = ReadNumber(file, HeaderSize);
+    const std::uint32_t format = ReadNumber(file, HeaderSize + 4);
+    if (format != OldJsonFormat)
+        throw FormatError("the content has the format " + std::to_string(format) + ", not JSON",
+                          HeaderSize + 4);
+    const std::uint64_t left = file.Size() - OldHeaderSize;
+    if (layout.jsonSize > left)
+        throw FormatError("a content of " + std::to_string(layout.jsonSize) + " bytes where " +
+                              std::to_string(left) + " are left",
+                          HeaderSize);
+    if (layout.jsonSize > MaxDocumentSize)
+        throw FormatError("the content is larger than 1 GiB", HeaderSize);
+    layout.restBegin = layout.jsonBegin + layout.jsonSize;
+    layout.restSize = file.Size() - layout.restBegin;
+    return layout;
+}
+
 /// Blanks at the end, up to three, are padding that is set anew.
 void Pad(std::string& json)
 {
@@ -108,7 +139,8 @@ bool IsGlb(const InputFile& file)
 
 GlbLayout ReadGlbLayout(const InputFile& file)
 {
-    CheckHeader(file);
+    if (CheckHeader(file) == OldVersion)
+        return ReadOldLayout(file);
     GlbLayout layout;
     layout.jsonSize = CheckedChunkSize(file, HeaderSize);
     if (ReadNumber(file, HeaderSize + 4) != JsonChunk)
@@ -122,19 +154,20 @@ GlbLayout ReadGlbLayout(const InputFile& file)
     return layout;
 }
 
-std::string GlbHead(std::string json, std::uint64_t restSize)
+std::string GlbHead(const GlbLayout& layout, std::string json)
 {
     Pad(json);
-    const std::uint64_t total = HeaderSize + ChunkHeaderSize + json.size() + restSize;
+    const bool isOld = layout.version == OldVersion;
+    const std::uint64_t total = layout.jsonBegin + json.size() + layout.restSize;
     if (total > std::numeric_limits<std::uint32_t>::max())
         throw FormatError("the file would grow beyond 4 GiB");
     std::string head;
-    head.reserve(HeaderSize + ChunkHeaderSize + json.size());
+    head.reserve(layout.jsonBegin + json.size());
     AppendNumber(head, Magic);
-    AppendNumber(head, Version);
+    AppendNumber(head, layout.version);
     AppendNumber(head, total);
     AppendNumber(head, json.size());
-    AppendNumber(head, JsonChunk);
+    AppendNumber(head, isOld ? OldJsonFormat : JsonChunk);
     return head.append(json);
 }
 

@@ -87,7 +87,7 @@ void GltfDocument::Replace(std::string json)
 {
     ReplacementFile replacement(m_file);
     if (m_glb) {
-        replacement.Write(GlbHead(std::move(json), m_glb->restSize));
+        replacement.Write(GlbHead(*m_glb, std::move(json)));
         replacement.CopyFromSource(m_glb->restBegin, m_glb->restSize);
     } else {
         replacement.Write(json);

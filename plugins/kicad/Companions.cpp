@@ -2,7 +2,9 @@
 
 #include "Companions.h"
 
+#include "LegacyFiles.h"
 #include "LinkFinder.h"
+#include "StoredPath.h"
 
 #include "KitNames.h"
 #include "base/Directory.h"
@@ -22,8 +24,11 @@ namespace fs = std::filesystem;
 using Base::IsFile;
 
 constexpr std::size_t MaxLibraryFiles = 100'000;
-constexpr std::array<const char*, 4> Siblings = {"kicad_pro", "kicad_sch", "kicad_pcb",
-                                                 "kicad_dru"};
+constexpr std::array<const char*, 7> Siblings = {"kicad_pro", "kicad_sch", "kicad_pcb", "kicad_dru",
+                                                 "pro",       "sch",       "brd"};
+/// The symbols that a legacy schematic uses, as they were when it was saved.
+constexpr const char* Cache = "cache";
+constexpr const char* CacheEnding = "-cache.lib";
 /// Ends the id of a library's descriptions; the name of a library holds no colon.
 constexpr const char* DescriptionsMark = ":dcm";
 constexpr std::array<const char*, 2> Tables = {"sym-lib-table", "fp-lib-table"};
@@ -58,6 +63,12 @@ bool HasDescriptions(const fs::path& library)
     return LowerExtension(library) == ".lib";
 }
 
+/// A name beside the schematic.
+fs::path CacheOf(const fs::path& schematic)
+{
+    return PathFromUtf8(PathToUtf8(schematic.stem()) + CacheEnding);
+}
+
 std::vector<LibraryEntry> ReadTable(const fs::path& path, const std::string& table)
 {
     try {
@@ -70,12 +81,12 @@ std::vector<LibraryEntry> ReadTable(const fs::path& path, const std::string& tab
 }
 
 /// The place of a library in the project's folder; empty for one elsewhere.
-fs::path PlaceInProject(const LibraryEntry& entry)
+fs::path PlaceInProject(const LibraryEntry& entry, const fs::path& project)
 {
-    const std::string_view project = "${KIPRJMOD}/";
-    if (!entry.uri.starts_with(project))
+    const std::optional<std::string> path = PathInProject(entry.uri, project);
+    if (!path)
         return {};
-    const fs::path below = PathFromUtf8(entry.uri.substr(project.size())).lexically_normal();
+    const fs::path below = PathFromUtf8(*path).lexically_normal();
     return below.is_absolute() || (!below.empty() && *below.begin() == "..") ? fs::path() : below;
 }
 
@@ -96,6 +107,30 @@ public:
         return true;
     }
 
+    bool AddSiblings(std::initializer_list<const char*> extensions)
+    {
+        bool isAnyThere = false;
+        for (const char* const extension : extensions)
+            isAnyThere = AddSibling(extension) || isAnyThere;
+        return isAnyThere;
+    }
+
+    void AddCache()
+    {
+        const fs::path cache = CacheOf(m_file);
+        if (IsFile(m_file.parent_path() / cache))
+            Add(Cache, PathToUtf8(cache));
+    }
+
+    void AddTables()
+    {
+        for (const char* const table : Tables)
+            AddTable(table);
+    }
+
+    std::vector<DocumentLink> Take() { return std::move(m_links); }
+
+private:
     void AddTable(const std::string& table)
     {
         const fs::path path = m_file.parent_path() / table;
@@ -106,14 +141,11 @@ public:
             AddLibrary(table, entry);
     }
 
-    std::vector<DocumentLink> Take() { return std::move(m_links); }
-
-private:
     void AddLibrary(const std::string& table, const LibraryEntry& entry)
     {
         // Others are installed, or other projects'; what is placed of them is in schematic and
         // board.
-        const fs::path below = PlaceInProject(entry);
+        const fs::path below = PlaceInProject(entry, m_file.parent_path());
         if (below.empty())
             return;
         const fs::path path = m_file.parent_path() / below;
@@ -150,6 +182,23 @@ private:
     std::vector<DocumentLink> m_links;
 };
 
+/// What a schematic or a board finds that has no project file of its name.
+void AddWithoutProject(Collector& collector, const fs::path& file, const std::string& extension)
+{
+    if (extension == ".kicad_pcb") {
+        if (!collector.AddSibling("kicad_sch"))
+            collector.AddSibling("sch");
+    } else {
+        collector.AddSibling("kicad_pcb");
+    }
+    if (extension == ".sch") {
+        collector.AddSibling("brd");
+        collector.AddCache();
+    }
+    if (extension == ".kicad_pcb" || !HoldsProject(file.parent_path()))
+        collector.AddTables();
+}
+
 } // namespace
 
 std::vector<DocumentLink> CompanionsOf(const fs::path& file)
@@ -157,14 +206,27 @@ std::vector<DocumentLink> CompanionsOf(const fs::path& file)
     Collector collector(file);
     const std::string extension = LowerExtension(file);
     if (extension == ".kicad_pro") {
-        for (const char* const sibling : {"kicad_sch", "kicad_pcb", "kicad_dru"})
-            collector.AddSibling(sibling);
-        for (const char* const table : Tables)
-            collector.AddTable(table);
-    } else if (!collector.AddSibling("kicad_pro")) {
-        collector.AddSibling(extension == ".kicad_pcb" ? "kicad_sch" : "kicad_pcb");
+        collector.AddSiblings({"kicad_sch", "kicad_pcb", "kicad_dru"});
+        collector.AddTables();
+    } else if (extension == ".pro") {
+        if (collector.AddSiblings({"sch", "kicad_pcb", "brd"}))
+            collector.AddTables();
+        collector.AddCache();
+    } else if (extension == ".kicad_sch" || extension == ".kicad_pcb") {
+        if (!collector.AddSibling("kicad_pro") && !collector.AddSibling("pro"))
+            AddWithoutProject(collector, file, extension);
+    } else if (extension == ".sch" && IsLegacySchematic(InputFile(file))) {
+        if (!collector.AddSibling("pro"))
+            AddWithoutProject(collector, file, extension);
     }
     return collector.Take();
+}
+
+std::vector<std::string> DescriptionsBeside(const fs::path& library)
+{
+    const fs::path descriptions = DescriptionsOf(library);
+    return IsFile(descriptions) ? std::vector{PathToUtf8(descriptions.filename())}
+                                : std::vector<std::string>();
 }
 
 void CompanionPlaces::ReadTables()
@@ -175,7 +237,7 @@ void CompanionPlaces::ReadTables()
         if (!IsFile(path))
             continue;
         for (const LibraryEntry& entry : ReadTable(path, table)) {
-            const fs::path place = PlaceInProject(entry);
+            const fs::path place = PlaceInProject(entry, m_file.parent_path());
             if (place.empty())
                 continue;
             m_libraries.emplace(table + '/' + entry.name, place);
@@ -192,6 +254,8 @@ std::optional<std::string> CompanionPlaces::PlaceOf(const std::string& id)
         return PathToUtf8(m_file.stem()) + '.' + id;
     if (std::find(Tables.begin(), Tables.end(), id) != Tables.end())
         return id;
+    if (id == Cache)
+        return PathToUtf8(CacheOf(m_file));
     if (!m_areTablesRead)
         ReadTables();
     const std::size_t slash = std::min(id.rfind('/'), id.size());

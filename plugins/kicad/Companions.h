@@ -14,9 +14,10 @@
 namespace Halvern::Formats::Kicad {
 
 /// The files that KiCad finds by name beside a file, those that exist: a project's schematic, board
-/// and rules, the tables of libraries, and the libraries of the tables that lie in the project's
-/// folder, with their descriptions. A schematic or a board names its project, which names the
-/// others; without a project it names the other one.
+/// and rules, the tables of libraries, the libraries of the tables that lie in the project's
+/// folder, with their descriptions, and the cache of a legacy schematic. A schematic or a board
+/// names its project, which names the others; without a project it names them itself, a schematic
+/// in a folder with another project being a sheet of that, which has no tables of its own.
 std::vector<DocumentLink> CompanionsOf(const std::filesystem::path& file);
 
 /// Where KiCad looks for companions, be they there or not.
@@ -40,6 +41,9 @@ private:
 
 /// A model in VRML, of which KiCad exports a solid beside it in its place.
 bool HasSubstitutes(const std::filesystem::path& model);
+
+/// The descriptions of a legacy library, as a name beside it, if they exist.
+std::vector<std::string> DescriptionsBeside(const std::filesystem::path& library);
 
 /// For a model in VRML, which shows but does not measure: the solids with its base name that KiCad
 /// exports in its place. Names beside the model, those that exist.

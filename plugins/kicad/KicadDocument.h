@@ -17,8 +17,8 @@
 
 namespace Halvern::Formats::Kicad {
 
-/// A project, a schematic or a board of KiCad with the files that it names and those that it finds
-/// by name. What is wrong with the file is a FormatError of the constructor.
+/// A file of KiCad, or of its simulator, with the files that it names and those that it finds by
+/// name. What is wrong with the file is a FormatError of the constructor.
 class KicadDocument : public Document
 {
 public:
@@ -26,7 +26,8 @@ public:
 
     std::vector<DocumentLink> Links() const override { return m_links; }
     /// A model's substitutes are looked for where the model is, which a copy knows only once it is
-    /// rewritten; and a companion may be missing beside a copy.
+    /// rewritten; a companion may be missing beside a copy; and what names a file only where it is
+    /// there leads nowhere beside a copy.
     std::optional<std::string> UnlistedPathOf(const std::string& id) const override;
     std::optional<std::string> ObstacleTo(const std::string& id,
                                           const std::string& path) const override;
@@ -34,17 +35,27 @@ public:
     void Rewrite(const NewPaths& paths) override;
 
 private:
+    /// What others, which are found by its name, come with: a model or a library.
+    struct Main
+    {
+        std::string id;
+        std::string path;
+    };
+
     void AddStored(StoredPath stored);
+    void AddMain(StoredPath& stored, const std::string& path, bool isThere,
+                 const std::vector<std::string>& others);
     void RequireNamesFit(const NewPaths& paths) const;
 
     InputFile m_file;
     mutable CompanionPlaces m_places;
     PathsOfFile m_paths;
-    bool m_isProject;
     std::vector<StoredPath> m_stored;
     std::vector<DocumentLink> m_links;
-    /// The paths of models that can have substitutes, by their ids.
-    std::unordered_map<std::string, std::string> m_models;
+    /// By what the ids of the set begin with.
+    std::unordered_map<std::string, Main> m_mains;
+    /// The paths of those that lead nowhere and may be none, by their ids.
+    std::unordered_map<std::string, std::string> m_unlisted;
 };
 
 } // namespace Halvern::Formats::Kicad

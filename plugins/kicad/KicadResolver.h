@@ -9,9 +9,8 @@
 
 namespace Halvern::Formats::Kicad {
 
-/// Reads and rewrites the links of KiCad's projects (.kicad_pro), schematics (.kicad_sch) and
-/// boards
-/// (.kicad_pcb).
+/// Reads and rewrites the links of KiCad's projects, schematics, boards and footprints, of those of
+/// KiCad 5 and earlier, and of files of the simulator.
 using KicadResolver = DocumentResolverFor<KicadDocument>;
 
 } // namespace Halvern::Formats::Kicad

@@ -5,7 +5,7 @@
 #include "SExpressions.h"
 #include "StoredPath.h"
 
-#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,14 +13,18 @@ namespace Halvern::Formats::Kicad {
 
 inline constexpr std::size_t MaxLinks = 1'000'000;
 
-/// Finds the places of a schematic or a board that name files:
+/// Finds the places of a schematic, a board or a footprint that name files:
 ///
-///     (sheet (property "Sheet file" "sub/power.kicad_sch") (uuid ...))
+///     (sheet (property "Sheet file" "sub/power.kicad_sch" (id 1)) (uuid ...))
 ///     (symbol (property "Datasheet" "${KIPRJMOD}/doc/chip.pdf") (uuid ...))
+///     (symbol (property "Sim.Library" "models/chip.lib") (uuid ...))
+///     (text ".include models/chip.lib" (uuid ...))
 ///     (footprint ... (model "${KIPRJMOD}/3d/chip.step"))
 ///
-/// An id consists of the identifier that KiCad gave to the sheet, symbol or footprint and of what
-/// stands there, so that it stays the same whatever is added or moved.
+/// KiCad 6 wrote the names of a sheet's fields in the user's language: the id, where there is one,
+/// tells the field, else the name, else the place. An id of a link consists of the identifier that
+/// KiCad gave to the sheet, symbol or footprint and of what stands there, so that it stays the same
+/// whatever is added or moved.
 class LinkFinder : public ListHandler
 {
 public:
@@ -37,17 +41,29 @@ private:
     {
         std::string name;
         std::size_t atoms = 0;
-        /// The name of a property.
+        /// Of a property: its name, its value and the number of the field.
         std::string key;
+        std::optional<Atom> value;
+        std::string field;
+        /// Of a sheet: what may be its file, and how many properties it has.
+        std::optional<Atom> byField;
+        std::optional<Atom> byName;
+        std::optional<Atom> byPlace;
+        std::size_t properties = 0;
         /// Of a sheet, a symbol or a footprint: its identifier, and where its links begin.
         std::string owner;
         std::size_t firstLink = 0;
     };
 
     Level* Outer() { return m_levels.size() < 2 ? nullptr : &m_levels[m_levels.size() - 2]; }
-    void AddPropertyValue(const Atom& atom, const Level& property);
+    void AddProperty(Level& owner, Level& property);
+    void AddSheetField(Level& sheet, Level& property);
+    void NoteSheet(const Level& sheet);
+    void NoteDirectives(const Atom& text);
+    void RequireFewer(std::uint64_t position) const;
     void Note(const Atom& atom, std::string what, PathBase base);
 
+    std::string m_version;
     std::vector<Level> m_levels;
     std::vector<StoredPath> m_links;
 };

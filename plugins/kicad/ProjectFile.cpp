@@ -45,7 +45,7 @@ public:
             return true;
         const std::size_t begin = m_json.find('"', m_keyEnd); // nothing but blanks and ":" between
         found[m_keys[0]] = {m_keys[0] + " sheet", std::string(text, length), PathBase::Project,
-                            m_start + begin, m_start + m_stream.Tell()};
+                            m_start + begin,      m_start + m_stream.Tell(), Notation::Json};
         return true;
     }
     bool Key(const char* text, SizeType length, bool)

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace Halvern::Formats::Kicad {
 
@@ -124,9 +125,11 @@ private:
     void ReadAtom()
     {
         m_atom.text.clear();
+        m_atom.offsets.clear();
         m_atom.isCut = false;
         m_atom.begin = m_scanner.Position();
-        if (m_scanner.Peek() == '"')
+        m_atom.isQuoted = m_scanner.Peek() == '"';
+        if (m_atom.isQuoted)
             ReadQuoted();
         else
             ReadWord();
@@ -144,11 +147,18 @@ private:
     void ReadQuoted()
     {
         Take();
+        bool hasEscapes = false;
         for (char c = Take(); c != '"'; c = Take()) {
+            const std::uint64_t place = m_scanner.Position() - 1;
+            if (c == '\\' && !std::exchange(hasEscapes, true))
+                for (std::size_t i = 0; i < m_atom.text.size(); ++i)
+                    m_atom.offsets.push_back(static_cast<std::uint32_t>(i + 1));
             if (c == '\\')
                 ReadEscape();
             else
                 Keep(c);
+            if (hasEscapes && m_atom.offsets.size() < m_atom.text.size())
+                m_atom.offsets.push_back(static_cast<std::uint32_t>(place - m_atom.begin));
         }
     }
 
@@ -205,6 +215,13 @@ private:
 };
 
 } // namespace
+
+std::uint64_t Atom::PlaceOf(std::size_t index) const
+{
+    if (index < offsets.size())
+        return begin + offsets[index];
+    return index < text.size() ? begin + index + (isQuoted ? 1 : 0) : end - (isQuoted ? 1 : 0);
+}
 
 void ReadLists(const InputFile& file, const std::vector<std::string>& names, ListHandler& handler)
 {

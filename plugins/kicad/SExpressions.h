@@ -15,15 +15,23 @@ namespace Halvern::Formats::Kicad {
 struct Atom
 {
     /// Without quotation marks and escapes. Only the beginning is kept of what is longer than
-    /// MaxAtomSize: no link is.
+    /// MaxAtomSize.
     std::string text;
     /// Its bytes in the file, quotation marks included.
     std::uint64_t begin = 0;
     std::uint64_t end = 0;
     bool isCut = false;
+    bool isQuoted = false;
+    /// Where the bytes of `text` are, seen from `begin`; only kept when there are escapes.
+    std::vector<std::uint32_t> offsets;
+
+    /// The place in the file of a byte of `text`, or of what follows its last one.
+    std::uint64_t PlaceOf(std::size_t index) const;
 };
 
-inline constexpr std::size_t MaxAtomSize = 4096;
+inline constexpr std::size_t MaxAtomSize = 65536;
+/// No file has a longer name.
+inline constexpr std::size_t MaxNameSize = 4096;
 inline constexpr std::size_t MaxNesting = 256;
 
 /// What a file of nested lists consists of, in its order. A list "(name ...)" begins when its name

@@ -19,17 +19,6 @@ namespace fs = std::filesystem;
 constexpr int MaxFoldersAbove = 16;
 constexpr int MaxEntries = 10'000;
 
-bool HoldsProject(const fs::path& folder)
-{
-    bool found = false;
-    int count = 0;
-    Base::VisitNames(folder, [&](const std::string& name) {
-        found = PathFromUtf8(name).extension() == ".kicad_pro";
-        return !found && ++count < MaxEntries;
-    });
-    return found;
-}
-
 std::string FindFolderInProject(const fs::path& folder)
 {
     std::string below;
@@ -46,25 +35,21 @@ std::string FindFolderInProject(const fs::path& folder)
     return {};
 }
 
-bool IsAbsolute(std::string_view path)
-{
-    return path.starts_with('/') || path.starts_with('\\') || (path.size() > 1 && path[1] == ':');
-}
-
 /// The text after "${KIPRJMOD}/"; nothing when it begins otherwise.
 std::optional<std::string_view> BehindProjectVariable(std::string_view text)
 {
-    for (const std::string_view variable : {"${KIPRJMOD}", "$(KIPRJMOD)"})
+    for (const std::string_view variable : {"${KIPRJMOD}", "$(KIPRJMOD)", "$KIPRJMOD"})
         if (text.size() > variable.size() + 1 && text.starts_with(variable) &&
             (text[variable.size()] == '/' || text[variable.size()] == '\\'))
             return text.substr(variable.size() + 1);
     return {};
 }
 
+/// What is found by an alias, by a variable, or in the file itself.
 bool HasVariable(std::string_view text)
 {
-    return text.starts_with(':') || text.find("${") != std::string_view::npos ||
-           text.find("$(") != std::string_view::npos;
+    return text.starts_with(':') || text.starts_with("kicad-embed:") ||
+           text.find("${") != std::string_view::npos || text.find("$(") != std::string_view::npos;
 }
 
 /// With "." and ".." resolved; a relative path may still begin with "..".
@@ -88,9 +73,32 @@ std::string Normal(const std::string& path)
 
 } // namespace
 
-PathsOfFile::PathsOfFile(const fs::path& file, bool isSheet) : m_folder(file.parent_path())
+bool IsAbsoluteText(std::string_view path)
 {
-    if (!isSheet)
+    return path.starts_with('/') || path.starts_with('\\') || (path.size() > 1 && path[1] == ':');
+}
+
+bool HoldsProject(const fs::path& folder)
+{
+    bool found = false;
+    int count = 0;
+    Base::VisitNames(folder, [&](const std::string& name) {
+        const fs::path extension = PathFromUtf8(name).extension();
+        found = extension == ".kicad_pro" || extension == ".pro";
+        return !found && ++count < MaxEntries;
+    });
+    return found;
+}
+
+std::optional<std::string> PathInProject(std::string_view text, const fs::path& folder)
+{
+    const std::optional<std::string_view> path = BehindProjectVariable(text);
+    return path ? std::optional(WithSlashes(std::string(*path), folder)) : std::nullopt;
+}
+
+PathsOfFile::PathsOfFile(const fs::path& file, ProjectOf project) : m_folder(file.parent_path())
+{
+    if (project == ProjectOf::Folder)
         m_folderInProject.emplace();
 }
 
@@ -130,15 +138,15 @@ std::optional<std::string> PathsOfFile::PathOf(const StoredPath& stored)
     if (stored.base == PathBase::Variable || HasVariable(stored.text))
         return {};
     const std::string path = WithSlashes(stored.text, m_folder);
-    return IsAbsolute(path) ? path : FromProject(path);
+    return IsAbsoluteText(path) ? path : FromProject(path);
 }
 
 std::string PathsOfFile::TextFor(const StoredPath& stored, std::string_view path)
 {
-    if (stored.base == PathBase::File || IsAbsolute(path))
+    if (stored.base == PathBase::File || IsAbsoluteText(path))
         return std::string(path);
     // What was absolute gets the variable: KiCad finds it whatever the current folder is.
-    const bool isRelative = !BehindProjectVariable(stored.text) && !IsAbsolute(stored.text);
+    const bool isRelative = !BehindProjectVariable(stored.text) && !IsAbsoluteText(stored.text);
     return isRelative ? ToProject(path) : "${KIPRJMOD}/" + ToProject(path);
 }
 

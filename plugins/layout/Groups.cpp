@@ -31,7 +31,7 @@ class GroupPlacement
 {
 public:
     explicit GroupPlacement(LinkedFiles& linked)
-        : m_files(linked.files), m_bonds(linked.bonds), m_taken(linked.files)
+        : m_linked(linked), m_files(linked.files), m_bonds(linked.bonds), m_taken(linked.files)
     {
         m_settled.insert(0);
     }
@@ -56,6 +56,7 @@ private:
     std::size_t AnchorOf(const Members& members) const;
     void Place(std::size_t index, const TreePath& wanted);
 
+    const LinkedFiles& m_linked;
     std::vector<LinkedFile>& m_files;
     const std::vector<Bond>& m_bonds;
     TakenPlaces m_taken;
@@ -77,12 +78,8 @@ void GroupPlacement::PlaceCompanion(LinkedFile& owner, std::size_t index)
     const LinkedFile& member = m_files[index];
     if (Stem(owner.source.Name()) == Stem(member.source.Name()))
         owner.keepsName = true;
-    const TreePath folder = owner.source.Folder();
-    if (!folder.Contains(member.source.Folder()))
-        return;
-    std::vector<std::string> below = folder.PartsBelow(member.source);
-    below.back() = NameBeside(owner, member);
-    Place(index, owner.target->Folder().Join(below));
+    if (const std::optional<TreePath> place = PlaceOfCompanion(m_linked, owner, member))
+        Place(index, place->Folder().Child(NameBeside(owner, member)));
 }
 
 /// The member that tells where the set is.
@@ -160,7 +157,8 @@ class Mover
 {
 public:
     Mover(LinkedFiles& linked, const Exists& exists)
-        : m_files(linked.files), m_exists(exists), m_groups(linked), m_taken(linked.files)
+        : m_files(linked.files), m_base(linked.targetBase), m_exists(exists), m_groups(linked),
+          m_taken(linked.files)
     {
         for (std::size_t index = 0; index < m_files.size(); ++index)
             m_inFolder[m_files[index].source.Folder().Text()].push_back(index);
@@ -193,6 +191,7 @@ private:
     void Move(const Members& members, const TreePath& old, const TreePath& folder);
 
     std::vector<LinkedFile>& m_files;
+    const TreePath& m_base;
     const Exists& m_exists;
     Groups m_groups;
     TakenPlaces m_taken;
@@ -204,7 +203,9 @@ private:
 
 void Mover::MoveGroup(std::size_t head)
 {
-    const TreePath old = m_files[head].target->Folder();
+    TreePath old = m_files[head].target->Folder();
+    for (const std::size_t index : m_groups.MembersOf(head))
+        old = old.CommonWith(m_files[index].target->Folder()).value_or(old);
     const std::string stem(Stem(m_files[head].source.Name()));
     TreePath folder = old;
     for (int n = 2; folder == old || m_taken.IsInUse(folder) || m_exists(folder); ++n)
@@ -215,7 +216,7 @@ void Mover::MoveGroup(std::size_t head)
 void Mover::MoveNeighbours(const LinkedFile& file)
 {
     const TreePath old = file.target->Folder();
-    const TreePath top = m_files.front().target->Folder();
+    const TreePath& top = m_base;
     const TreePath own = top.Child(std::string(Stem(m_files.front().target->Name())));
     std::set<std::size_t> moving;
     for (const std::size_t index : m_inFolder[file.source.Folder().Text()])
@@ -230,13 +231,12 @@ void Mover::MoveNeighbours(const LinkedFile& file)
 /// Moves what was below the folder `old` to the same place below `folder`.
 void Mover::Move(const Members& members, const TreePath& old, const TreePath& folder)
 {
-    const TreePath top = m_files.front().target->Folder();
     for (const std::size_t index : members) {
         LinkedFile& file = m_files[index];
         const TreePath target = *file.target;
         const TreePath wanted = old.Contains(target) ? folder.Join(old.PartsBelow(target))
                                                      : folder.Child(target.Name());
-        file.target = m_taken.TakeFreePlace(wanted, top);
+        file.target = m_taken.TakeFreePlace(wanted, m_base);
         file.mustMove = false;
     }
 }

@@ -48,12 +48,30 @@ struct LinkedFiles
 {
     std::vector<LinkedFile> files;
     std::vector<Bond> bonds;
+    /// Nothing lies above these: the source folder whose shape is kept, and where it goes. They are
+    /// the top file's own, unless that has a companion further up (see RaiseBase).
+    TreePath sourceBase;
+    TreePath targetBase;
 };
 
 /// Collects the files below `top`. Each file's links are asked for once, though the tree shows a
 /// shared file once for every path that leads to it. Files whose places are not paths of this
 /// machine are left out; nothing when the top file is one.
 std::optional<LinkedFiles> CollectLinkedFiles(SyncPlugin::IFileMapping& top);
+
+/// Makes room above the top file for companions that it finds further up, and sets the bases: the
+/// top file goes down as many folders as its source lies below theirs.
+///
+///     models/case.scad finds ../logo.stl:  Demo/case.scad  ->  Demo/models/case.scad
+///                                                              Demo/logo.stl
+///
+/// Requires: the top file has a target.
+void RaiseBase(LinkedFiles& linked);
+
+/// The place that a file's companion has with respect to it, which is that of their sources;
+/// nothing when it would be above the base, or on another drive.
+std::optional<TreePath> PlaceOfCompanion(const LinkedFiles& linked, const LinkedFile& owner,
+                                         const LinkedFile& member);
 
 /// Hands the targets that differ from those collected, and the flags, to the host.
 void ApplyTargets(const LinkedFiles& linked);

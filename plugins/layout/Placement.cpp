@@ -23,8 +23,8 @@ class Placement
 {
 public:
     Placement(LinkedFiles& linked, const std::optional<TreePath>& home)
-        : m_files(linked.files), m_home(home), m_topFolder(m_files.front().source.Folder()),
-          m_targetFolder(m_files.front().target->Folder())
+        : m_files(linked.files), m_home(home), m_topFolder(linked.sourceBase),
+          m_targetFolder(linked.targetBase)
     {}
 
     void Run()
@@ -131,7 +131,7 @@ void Placement::GatherOtherPlaces()
 
 void Placement::UseNamesBesideTop()
 {
-    m_names.insert(CaseKey(m_files.front().target->Name()));
+    m_names.insert(CaseKey(m_targetFolder.PartsBelow(*m_files.front().target).front()));
     for (const LinkedFile& file : m_files)
         if (IsBelowTop(file))
             m_names.insert(CaseKey(m_topFolder.PartsBelow(file.source).front()));

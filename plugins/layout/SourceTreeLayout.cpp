@@ -25,6 +25,7 @@ void AssignTargets(SyncPlugin::IFileMapping& top)
     std::optional<LinkedFiles> linked = CollectLinkedFiles(top);
     if (!linked)
         throw FormatError("the file or its target has no absolute path");
+    RaiseBase(*linked);
     PlaceFiles(*linked, HomeFolder());
     PlaceGroups(*linked);
     MoveWhatIsInTheWay(*linked, ExistsOnDisk);

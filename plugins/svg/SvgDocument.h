@@ -7,6 +7,7 @@
 #include "KitNames.h"
 #include "pluginkit/Compression.h"
 #include "pluginkit/Document.h"
+#include "pluginkit/EncodedText.h"
 #include "pluginkit/InputFile.h"
 
 #include <filesystem>
@@ -23,7 +24,7 @@ class SvgDocument : public Document
 public:
     using FindReferences = std::vector<UriReference> (*)(std::string_view text);
 
-    SvgDocument(const std::filesystem::path& path, FindReferences find);
+    SvgDocument(const std::filesystem::path& path, bool isStyleSheet);
 
     std::vector<DocumentLink> Links() const override;
     std::optional<std::string> UnlistedPathOf(const std::string& id) const override;
@@ -31,11 +32,13 @@ public:
 
 private:
     bool NamesFolder(const std::string& path) const;
-    void Replace(const std::string& text);
+    void FindAll(FindReferences find);
+    void Replace(const std::string& bytes);
 
     InputFile m_file;
     Compression m_compression;
-    std::string m_text;
+    bool m_isStyleSheet;
+    EncodedText m_text;
     std::vector<UriReference> m_references;
 };
 

@@ -5,6 +5,7 @@
 #include "CssLinks.h"
 
 #include "KitNames.h"
+#include "pluginkit/FilePaths.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkArray.h"
@@ -12,12 +13,48 @@
 #include "pluginkit/Xml.h"
 
 #include <algorithm>
+#include <memory>
 #include <numeric>
 #include <utility>
 
 namespace Halvern::Formats::Svg {
 
 namespace {
+
+/// What addresses below an element are seen from: xml:base of it and of those around it.
+struct Base
+{
+    /// Not on the disk: no relative address names a file.
+    bool isElsewhere = false;
+    /// Null for the document's own folder.
+    std::shared_ptr<const std::string> folder;
+};
+
+/// No folder has a longer name.
+constexpr std::size_t MaxBase = 4096;
+
+Base BaseOf(std::string_view address, const Base& outer, std::size_t position)
+{
+    const Span part = PathPart(address);
+    const std::string_view path = address.substr(part.begin, part.end - part.begin);
+    if (path.size() > MaxBase)
+        throw FormatError("a base of more than 4 KiB", position);
+    if (path.empty())
+        return outer;
+    if (!IsLinkUri(path))
+        return {true, nullptr};
+    const std::string decoded = PathOfUri(path, {});
+    const bool isWhole = IsFileUri(path) || IsAbsolutePath(PathFromUtf8(decoded));
+    if (!isWhole && outer.isElsewhere)
+        return outer;
+    const std::size_t name = decoded.rfind('/');
+    std::string folder = name == std::string::npos ? std::string() : decoded.substr(0, name + 1);
+    if (!isWhole && outer.folder)
+        folder = *outer.folder + folder;
+    if (folder.size() > MaxBase)
+        throw FormatError("a base of more than 4 KiB", position);
+    return {false, folder.empty() ? nullptr : std::make_shared<const std::string>(folder)};
+}
 
 /// No longer address names a file: a link can have 259 characters, each of them encoded with at
 /// most nine, and whatever stands after a "#".
@@ -60,6 +97,9 @@ class Collector
 public:
     std::vector<UriReference> Take() { return std::move(m_references); }
 
+    /// For what is added from now on.
+    void SeeFrom(const Base& base) { m_base = base; }
+
     /// For an address that needs no look at its bytes, being no link.
     void PassOver(const std::string& id) { NextId(id); }
 
@@ -69,7 +109,7 @@ public:
         const Span part = PathPart(uri);
         const std::string name = NextId(id);
         const std::string_view path = uri.substr(part.begin, part.end - part.begin);
-        if (!IsLinkUri(path))
+        if (!IsLink(path))
             return nullptr;
         UriReference& reference = Add(name, path, text.places.front());
         if (text.text == uri) {
@@ -88,7 +128,7 @@ public:
             const Span part = PathPart(link.uri);
             const std::string name = NextId(id + '/' + std::string(link.kind));
             const std::string path = link.uri.substr(part.begin, part.end - part.begin);
-            if (!IsLinkUri(path))
+            if (!IsLink(path))
                 continue;
             UriReference& reference = Add(name, path, css.places[link.begin]);
             reference.place = UriReference::Place::StyleSheet;
@@ -98,6 +138,11 @@ public:
     }
 
 private:
+    bool IsLink(std::string_view path) const
+    {
+        return IsLinkUri(path) && (!m_base.isElsewhere || IsFileUri(path));
+    }
+
     std::string NextId(const std::string& id)
     {
         if (m_counter.Size() > MaxReferences)
@@ -113,11 +158,13 @@ private:
         UriReference& reference = m_references.emplace_back();
         reference.id = id;
         reference.uri = path;
+        reference.base = m_base.folder;
         return reference;
     }
 
     std::vector<UriReference> m_references;
     IdCounter m_counter;
+    Base m_base;
 };
 
 class Finder : public XmlVisitor
@@ -132,6 +179,7 @@ public:
         ++m_depth;
         // Asked for once: a tag can have any number of attributes.
         const std::string place = PlaceOf(element);
+        EnterBase(element);
         AbsoluteName absolute{element.Find("sodipodi:absref")};
         for (const XmlAttribute& attribute : element.attributes)
             Attribute(place, attribute, absolute);
@@ -145,11 +193,14 @@ public:
 
     void End(std::string_view, std::size_t begin) override
     {
-        if (m_depth-- != m_styleDepth)
-            return;
-        m_styleDepth = 0;
-        if (begin > m_styleBegin)
-            StyleSheet(m_stylePlace, m_styleBegin, begin);
+        if (m_depth == m_styleDepth) {
+            m_styleDepth = 0;
+            if (begin > m_styleBegin)
+                StyleSheet(m_stylePlace, m_styleBegin, begin);
+        }
+        --m_depth;
+        m_bases.pop_back();
+        m_collector.SeeFrom(Around());
     }
 
     void Instruction(std::string_view target, std::size_t begin, std::size_t end) override
@@ -159,6 +210,16 @@ public:
     }
 
 private:
+    /// What the element that is open gives, or the document.
+    Base Around() const { return m_bases.empty() ? Base() : m_bases.back(); }
+
+    void EnterBase(const XmlElement& element)
+    {
+        const XmlAttribute* base = element.Find("xml:base");
+        m_bases.push_back(base ? BaseOf(base->value, Around(), base->begin) : Around());
+        m_collector.SeeFrom(m_bases.back());
+    }
+
     /// Which a tag with both "href" and "xlink:href" has for both; only one of them rewrites it.
     struct AbsoluteName
     {
@@ -239,6 +300,7 @@ private:
 
     std::string_view m_xml;
     Collector m_collector;
+    std::vector<Base> m_bases;
     std::size_t m_depth = 0;
     std::size_t m_styleDepth = 0;
     std::size_t m_styleBegin = 0;
@@ -250,7 +312,7 @@ private:
 std::vector<UriReference> FindSvgReferences(std::string_view xml)
 {
     Finder finder(xml);
-    ReadXml(xml, finder);
+    ReadConvertedXml(xml, finder);
     return finder.Take();
 }
 

@@ -3,7 +3,6 @@
 #include "SvgResolver.h"
 
 #include "SvgDocument.h"
-#include "SvgLinkFinder.h"
 
 #include "KitNames.h"
 #include "pluginkit/Utf.h"
@@ -24,8 +23,7 @@ bool IsStyleSheet(const std::filesystem::path& file)
 
 std::unique_ptr<Document> Open(const std::filesystem::path& file)
 {
-    return std::make_unique<SvgDocument>(file, IsStyleSheet(file) ? FindCssReferences
-                                                                  : FindSvgReferences);
+    return std::make_unique<SvgDocument>(file, IsStyleSheet(file));
 }
 
 } // namespace

@@ -19,6 +19,19 @@ namespace {
 
 constexpr std::string_view Blanks = " \t\r\n\f";
 
+/// A path that is seen from the document's folder, as one that is seen from the base. Lexically, as
+/// addresses are put together.
+std::string SeenFromBase(const std::string& base, std::string_view path,
+                         const std::filesystem::path& folder)
+{
+    const std::filesystem::path target = NormalPath(PathIn(folder, path));
+    if (IsAbsolutePath(PathFromUtf8(base)))
+        return PathToUtf8(target);
+    const std::filesystem::path relative =
+        target.lexically_relative(NormalPath(PathIn(folder, base)));
+    return PathToUtf8(relative.empty() ? target : relative);
+}
+
 } // namespace
 
 Span PathPart(std::string_view uri)
@@ -46,7 +59,7 @@ std::optional<std::string> PathOf(const UriReference& reference,
 {
     if (!IsLinkUri(reference.uri))
         return std::nullopt;
-    std::string path = PathOfUri(reference.uri, folder);
+    std::string path = PathOfReference(reference, folder);
     if (path.find('\0') != std::string::npos)
         return path; // is refused when it is handed out
     if (!reference.absolutePath.empty() && !Base::Exists(PathIn(folder, path)) &&
@@ -55,9 +68,22 @@ std::optional<std::string> PathOf(const UriReference& reference,
     return path;
 }
 
-std::string TextFor(const UriReference& reference, std::string_view path)
+std::string PathOfReference(const UriReference& reference, const std::filesystem::path& folder)
 {
-    const std::string uri = UriOfPath(path);
+    if (!reference.base)
+        return PathOfUri(reference.uri, folder);
+    const std::string path = PathOfUri(reference.uri, PathIn(folder, *reference.base));
+    const bool isWhole = path.find('\0') != std::string::npos || IsFileUri(reference.uri) ||
+                         IsAbsolutePath(PathFromUtf8(path));
+    return isWhole ? path : PathToUtf8(NormalPath(PathFromUtf8(*reference.base + path)));
+}
+
+std::string TextFor(const UriReference& reference, std::string_view path,
+                    const std::filesystem::path& folder)
+{
+    const bool isSeenFromBase = reference.base && !IsAbsolutePath(PathFromUtf8(path));
+    const std::string uri =
+        UriOfPath(isSeenFromBase ? SeenFromBase(*reference.base, path, folder) : std::string(path));
     if (reference.place == UriReference::Place::StyleSheet)
         return CssUri(uri + reference.suffix);
     return EscapeXmlAttribute(uri + reference.suffix);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,6 +41,8 @@ struct UriReference
     /// find the first one.
     std::string absolutePath;
     std::optional<Span> absoluteSpan;
+    /// The folder that xml:base gives, with a "/" at its end; null for the document's own.
+    std::shared_ptr<const std::string> base;
 };
 
 /// How much of an address names the file: blanks around it, a fragment and a query do not.
@@ -65,7 +68,12 @@ private:
 std::optional<std::string> PathOf(const UriReference& reference,
                                   const std::filesystem::path& folder);
 
-/// What has to stand in the span for the reference to name `path`.
-std::string TextFor(const UriReference& reference, std::string_view path);
+/// The same for a reference to whatever: a path that is a folder's beside the source may be a
+/// file's elsewhere.
+std::string PathOfReference(const UriReference& reference, const std::filesystem::path& folder);
+
+/// What has to stand in the span for the reference to name `path`, in a document in `folder`.
+std::string TextFor(const UriReference& reference, std::string_view path,
+                    const std::filesystem::path& folder);
 
 } // namespace Halvern::Formats::Svg

@@ -104,14 +104,11 @@ std::string NamingStatement::PathOf(NameSpan span, const std::filesystem::path& 
 FileEdit NamingStatement::EditOf(NameSpan span, std::string_view path) const
 {
     RequireFitsLine(path);
-    std::uint64_t begin = m_statement.begin + m_words[span.first].begin;
-    std::uint64_t end = m_statement.begin + m_words[span.end - 1].end;
-    if (IsQuoted(Raw(span))) {
-        ++begin;
-        --end;
-    }
+    const std::size_t quote = IsQuoted(Raw(span)) ? 1 : 0;
+    const std::uint64_t begin = m_statement.PlaceOf(m_words[span.first].begin + quote);
+    const std::uint64_t end = m_statement.PlaceOf(m_words[span.end - 1].end - quote);
     const std::optional<std::string> latin1 = IsUtf8(Raw(span)) ? std::nullopt : Latin1Of(path);
-    return {begin, end, latin1 ? *latin1 : std::string(path)};
+    return {begin, end, latin1 ? *latin1 : InForm(path, m_statement.form)};
 }
 
 } // namespace Halvern::Formats::Wavefront

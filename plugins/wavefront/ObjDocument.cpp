@@ -60,7 +60,7 @@ std::vector<NameSpan> SplitAtExtensions(const NamingStatement& statement)
 
 std::string FirstLineBreak(const InputFile& file)
 {
-    FileScanner scanner(file);
+    TextScanner scanner(file);
     if (!scanner.SkipTo("\n\r") || scanner.Next() == '\n')
         return "\n";
     return scanner.Peek() == '\n' ? "\r\n" : "\r";
@@ -123,12 +123,11 @@ FileEdit ObjDocument::NewStatement(const std::string& path) const
     // After the others, so that these keep their numbers.
     if (!Statements().empty()) {
         const Statement& last = Statements().back().Text();
-        const std::uint64_t end = last.begin + last.text.size();
-        return {end, end, lineBreak + "mtllib " + path};
+        const std::uint64_t end = last.PlaceOf(last.text.size());
+        return {end, end, InForm(lineBreak + "mtllib " + path, last.form)};
     }
-    const bool hasMark = File().Size() >= 3 && File().Read(0, 3) == "\xEF\xBB\xBF";
-    const std::uint64_t begin = hasMark ? 3 : 0;
-    return {begin, begin, "mtllib " + path + lineBreak};
+    const std::uint64_t begin = MarkSize(File());
+    return {begin, begin, InForm("mtllib " + path + lineBreak, TextFormOf(File()))};
 }
 
 std::vector<FileEdit> ObjDocument::FurtherEdits(const NewPaths& paths) const

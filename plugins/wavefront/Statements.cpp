@@ -28,15 +28,6 @@ char LowerCase(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
 
-/// The size of a byte order mark at the beginning.
-std::uint64_t MarkSize(const InputFile& file)
-{
-    const std::string start = file.Read(0, std::min<std::uint64_t>(file.Size(), 3));
-    if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF"))
-        throw FormatError("the text is UTF-16, which is not read", 0);
-    return start == "\xEF\xBB\xBF" ? start.size() : 0;
-}
-
 } // namespace
 
 std::vector<Word> Statement::Words() const
@@ -53,7 +44,7 @@ std::vector<Word> Statement::Words() const
 }
 
 StatementReader::StatementReader(const InputFile& file, IsWanted wanted, Continuation continuation)
-    : m_scanner(file, MarkSize(file)), m_wanted(wanted), m_continuation(continuation)
+    : m_scanner(file), m_wanted(wanted), m_continuation(continuation)
 {}
 
 /// Takes the line break after a backslash, which was taken; says whether there was one.
@@ -122,6 +113,7 @@ std::optional<Statement> StatementReader::Next()
         statement.keyword = ReadKeyword();
         if (statement.keyword.size() <= MaxKeyword && m_wanted(statement.keyword)) {
             statement.begin = m_scanner.Position();
+            statement.form = m_scanner.Form();
             statement.text = ReadText();
             return statement;
         }

@@ -2,8 +2,7 @@
 
 #pragma once
 
-#include "KitNames.h"
-#include "pluginkit/FileScanner.h"
+#include "TextScanner.h"
 
 #include <cstdint>
 #include <optional>
@@ -26,11 +25,17 @@ struct Statement
     /// In lower case.
     std::string keyword;
     /// What follows the keyword, byte for byte, but for joined lines: the backslash and the line
-    /// break between them are blanks.
+    /// break between them are blanks. 16-bit text is UTF-8 here.
     std::string text;
     /// The place of the text in the file.
     std::uint64_t begin = 0;
+    TextForm form = TextForm::Bytes;
 
+    /// The place in the file of a byte of the text, or of what follows its last one.
+    std::uint64_t PlaceOf(std::size_t at) const
+    {
+        return begin + SizeInFile(std::string_view(text).substr(0, at), form);
+    }
     std::vector<Word> Words() const;
 };
 
@@ -52,7 +57,7 @@ public:
     StatementReader(const InputFile& file, IsWanted wanted, Continuation continuation);
 
     /// The next statement that is wanted; nothing at the end of the file. Throws a FormatError for
-    /// one that is longer than MaxStatement, and for a file of 16-bit characters.
+    /// one that is longer than MaxStatement, and for 16-bit text that is none.
     std::optional<Statement> Next();
 
     /// More than the longest name in its longest form.
@@ -64,7 +69,7 @@ private:
     void SkipLine();
     bool JoinsLines(std::string* text);
 
-    FileScanner m_scanner;
+    TextScanner m_scanner;
     IsWanted m_wanted;
     Continuation m_continuation;
 };

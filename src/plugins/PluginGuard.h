@@ -7,7 +7,7 @@
 #include <exception>
 #include <optional>
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef CORSYNC_SANITIZED
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -36,7 +36,7 @@ auto CallPlugin(const QString& module, const char* function, Call call, QString&
 /// Says that a plug-in's object is left alive on purpose, so that leak checkers do not report it.
 inline void MarkAbandoned([[maybe_unused]] const void* object)
 {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef CORSYNC_SANITIZED
     if (object)
         __lsan_ignore_object(object);
 #endif

@@ -73,9 +73,11 @@ ROOMS = [
     Room("plugins", "one format each, and the layout", PLUGIN, row="plugins/<format>"),
     *(Room(f"plugins/{name}", "one format each, and the layout", (*PLUGIN, "plugins"), libraries,
            row="plugins/<format>") for name, libraries in PLUGINS.items()),
+    Room("isolation", "plug-ins in a process of their own: the library that stands for one, the program that "
+         "runs it", ("include/syncplugin",), ("Qt Core",)),
     Room("jobs", "plan, decide, execute, check, record, look back",
-         ("include/filelink", "include/syncplugin", "include/syncservices", "include/corsync", "base"),
-         ("Qt Core", "SQLite", "log4cplus")),
+         ("include/filelink", "include/syncplugin", "include/syncservices", "include/corsync", "base",
+          "isolation"), ("Qt Core", "SQLite", "log4cplus")),
     Room("cli", "the command: options, console, printing, exit codes", ("include/corsync",),
          ("Qt Core", "CLI11", "log4cplus")),
     Room("examples/host", "a host to begin from",
@@ -103,7 +105,7 @@ LIBRARIES = {
 # C++ has no header with a suffix; those of C are included by their C++ names.
 STANDARD = re.compile(r"[a-z_0-9]+")
 SYSTEM = re.compile(r"(sys|linux|netinet|arpa|net)/\w+\.h|(unistd|fcntl|poll|signal|pwd|dirent|utime|dlfcn|"
-                    r"langinfo|pthread|termios|spawn|windows|shlobj|shlwapi|shellapi|winioctl|io|conio|direct|"
+                    r"langinfo|iconv|pthread|termios|spawn|windows|shlobj|shlwapi|shellapi|winioctl|io|conio|direct|"
                     r"fileapi|process|share|wchar|winternl)\.h")
 ONE_SYSTEM = re.compile(r".*_(posix|windows)\.(cpp|h)")
 

@@ -12,7 +12,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+#ifdef CORSYNC_SANITIZED
+constexpr int Files = 1000;
+#else
 constexpr int Files = 3000;
+#endif
 
 /// A folder with so many files that a signal arrives while they are copied.
 class CancelledImport : public CommandFixture

@@ -35,7 +35,7 @@ TEST(FileUri, OnlyWhatNamesAFileIsALink)
                              "//server/share/a.png", "./x:y.png", "12:30.png", "a%3Ab.png", "?"})
         EXPECT_TRUE(IsLinkUri(link)) << link;
     for (const char* other :
-         {"", "#fragment", "data:image/png;base64,AAAA", "DATA:,x", "http://example.com/a.png",
+         {"", ":", "#fragment", "data:image/png;base64,AAAA", "DATA:,x", "http://example.com/a.png",
           "https://example.com/a.png", "urn:isbn:0", "blob+x-1.2:y", "vault://x"})
         EXPECT_FALSE(IsLinkUri(other)) << other;
 }

@@ -15,7 +15,7 @@ public:
     std::size_t Bytes() const;
 
     /// What the tools that watch over a program's memory keep of it.
-#ifdef __SANITIZE_ADDRESS__
+#ifdef CORSYNC_SANITIZED
     static constexpr std::size_t Overhead = std::size_t(512) << 20;
 #else
     static constexpr std::size_t Overhead = 0;

@@ -8,7 +8,7 @@
 namespace Halvern::Test {
 
 /// The stack of a worker thread where stacks are small. Watching over memory takes room on it.
-#ifdef __SANITIZE_ADDRESS__
+#ifdef CORSYNC_SANITIZED
 inline constexpr std::size_t SmallStackBytes = 1024 * 1024;
 #else
 inline constexpr std::size_t SmallStackBytes = 256 * 1024;

@@ -55,10 +55,18 @@ TEST_F(DamagedBlend, AHeaderThatIsNotKnownIsRefusedByWhatItIs)
         {"another file", "PK\3\4 something else",
          "a Blender file begins with \"BLENDER\" (byte 0)"},
         {"cut off in the header", good.left(9), "the file ends inside its header (byte 9)"},
-        {"the header of version 5.0", "BLENDER17-01v0500" + good.mid(HeaderSize),
-         "written by Blender 5.0 or later, whose files are not known (byte 7)"},
-        {"version 500 in an old header", With(good, 9, "500"),
-         "written by version 500 of Blender, whose files are not known (byte 9)"},
+        {"a header of another size", "BLENDER18-01v0500" + good.mid(HeaderSize),
+         "written by a later version of Blender, whose files are not known (byte 7)"},
+        {"another layout", "BLENDER17-02v0500" + good.mid(HeaderSize),
+         "written by a later version of Blender, whose files are not known (byte 7)"},
+        {"small pointers in a large header", "BLENDER17_01v0500" + good.mid(HeaderSize),
+         "written by a later version of Blender, whose files are not known (byte 7)"},
+        {"cut off in the large header", "BLENDER17-01v050",
+         "the file ends inside its header (byte 16)"},
+        {"bytes in no order in the large header", "BLENDER17-01x0500" + good.mid(HeaderSize),
+         "the header gives no order of bytes (byte 12)"},
+        {"no version in the large header", "BLENDER17-01v05x0" + good.mid(HeaderSize),
+         "the header gives no version of Blender (byte 13)"},
         {"a version that is no number", With(good, 9, "3x4"),
          "the header gives no version of Blender (byte 9)"},
         {"pointers of no size", With(good, 7, "+"),
@@ -72,6 +80,33 @@ TEST_F(DamagedBlend, AHeaderThatIsNotKnownIsRefusedByWhatItIs)
 TEST_F(DamagedBlend, AFileCutOffAnywhereFails)
 {
     const QByteArray good = Good().Bytes();
+    for (qsizetype size = HeaderSize; size < good.size(); ++size) {
+        const std::string failure = Failure(good.left(size));
+        ASSERT_TRUE(failure.starts_with("the file ends unexpectedly (byte ")) << size << failure;
+    }
+}
+
+TEST_F(DamagedBlend, AFileOfBlender5CutOffAnywhereFails)
+{
+    BlendFile content({8, false, true, "0501"});
+    content.Add("IM", "Image", {{"id.name", "IMa"}, {"name", "//a.png"}, {"source", 1}});
+    const QByteArray good = content.Bytes();
+    for (qsizetype size = 17; size < good.size(); ++size) {
+        const std::string failure = Failure(good.left(size));
+        ASSERT_TRUE(failure.starts_with("the file ends unexpectedly (byte ")) << size << failure;
+    }
+    const Machine machine;
+    EXPECT_EQ(Failure(With(good, 17 + 16, machine.Number(1, 8).repeated(1).replace(7, 1, "\x80"))),
+              "a block of a negative size (byte 33)");
+    EXPECT_EQ(Failure(With(good, 17 + 16, machine.Number(quint64(1) << 62, 8))),
+              "the file ends unexpectedly (byte " + std::to_string(good.size()) + ")");
+}
+
+TEST_F(DamagedBlend, AFileOfAnOldVersionCutOffAnywhereBeforeItsEndFails)
+{
+    BlendFile content({4, true, false, "233"});
+    content.Add("IM", "Image", {{"id.name", "IMa"}, {"name", "//a.png"}, {"source", 1}});
+    const QByteArray good = content.BytesWithoutEnd() + "ENDB";
     for (qsizetype size = HeaderSize; size < good.size(); ++size) {
         const std::string failure = Failure(good.left(size));
         ASSERT_TRUE(failure.starts_with("the file ends unexpectedly (byte ")) << size << failure;

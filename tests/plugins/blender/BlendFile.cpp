@@ -159,15 +159,22 @@ BlendFile& BlendFile::AddBytes(const QByteArray& code, const QByteArray& structu
 
 QByteArray BlendFile::Header() const
 {
-    return QByteArray("BLENDER") + (m_machine.pointerSize == 8 ? '-' : '_') +
-           (m_machine.bigEndian ? 'V' : 'v') + "304";
+    return QByteArray("BLENDER") + (m_machine.isLarge ? "17" : "") +
+           (m_machine.pointerSize == 8 ? '-' : '_') + (m_machine.isLarge ? "01" : "") +
+           (m_machine.bigEndian ? 'V' : 'v') + m_machine.version;
 }
 
 QByteArray BlendFile::Block(const QByteArray& code, const QByteArray& data, quint64 address,
                             quint64 structIndex, quint64 count) const
 {
-    return code.leftJustified(4, '\0') + m_machine.Number(static_cast<quint64>(data.size()), 4) +
-           m_machine.Number(address, m_machine.pointerSize) + m_machine.Number(structIndex, 4) +
+    const QByteArray padded =
+        m_machine.bigEndian ? code.rightJustified(4, '\0') : code.leftJustified(4, '\0');
+    const QByteArray pointer = m_machine.Number(address, m_machine.pointerSize);
+    const auto size = static_cast<quint64>(data.size());
+    if (m_machine.isLarge)
+        return padded + m_machine.Number(structIndex, 4) + pointer + m_machine.Number(size, 8) +
+               m_machine.Number(count, 8) + data;
+    return padded + m_machine.Number(size, 4) + pointer + m_machine.Number(structIndex, 4) +
            m_machine.Number(count, 4) + data;
 }
 
@@ -202,7 +209,12 @@ QByteArray BlendFile::Dna() const
 
 QByteArray BlendFile::Bytes() const
 {
-    return Header() + m_blocks + Block("DNA1", Dna()) + Block("ENDB", {});
+    return BytesWithoutEnd() + Block("ENDB", {});
+}
+
+QByteArray BlendFile::BytesWithoutEnd() const
+{
+    return Header() + m_blocks + Block("DNA1", Dna());
 }
 
 } // namespace Halvern::Test

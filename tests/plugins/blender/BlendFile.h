@@ -15,6 +15,10 @@ struct Machine
 {
     int pointerSize = 8;
     bool bigEndian = false;
+    /// Headers as of Blender 5.0.
+    bool isLarge = false;
+    /// Three digits, or four for those.
+    QByteArray version = "304";
 
     QByteArray Number(quint64 number, qsizetype size) const;
 };
@@ -65,6 +69,8 @@ public:
 
     /// With the description of the structs and the end.
     QByteArray Bytes() const;
+    /// The same up to the end.
+    QByteArray BytesWithoutEnd() const;
 
     QByteArray Header() const;
     QByteArray Block(const QByteArray& code, const QByteArray& data, quint64 address = 0,

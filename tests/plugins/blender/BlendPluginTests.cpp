@@ -185,8 +185,8 @@ TEST_F(BlenderPlugin, KeepsTheFramesOfABlenderFile)
 
 TEST_F(BlenderPlugin, AFailureReachesTheHostAsAFalseResultAndALogLine)
 {
-    EXPECT_EQ(ReadFailure(u"a.blend"_s, "BLENDER17-01v0500"),
-              u"written by Blender 5.0 or later, whose files are not known (byte 7)"_s);
+    EXPECT_EQ(ReadFailure(u"a.blend"_s, "BLENDER17-02v0500"),
+              u"written by a later version of Blender, whose files are not known (byte 7)"_s);
 }
 
 } // namespace Halvern::Test

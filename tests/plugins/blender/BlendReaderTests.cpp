@@ -37,6 +37,54 @@ TEST_F(BlendReader, AFileOfAnyMachineIsRead)
             << machine.pointerSize << machine.bigEndian;
 }
 
+TEST_F(BlendReader, AFileOfBlender5IsReadWithItsLargeHeaders)
+{
+    for (const Machine& machine : {Machine{8, false, true, "0500"}, Machine{8, true, true, "0502"},
+                                   Machine{8, false, false, "500"}})
+        EXPECT_EQ(LinksOf(OneImage(machine)), (Links{L(u"IMHöhe", u"../Bilder/Höhe 木.png")}))
+            << machine.version.toStdString();
+    const std::string plain = OneImage({8, false, true, "0500"}).toStdString();
+    EXPECT_EQ(LinksOf(QByteArray::fromStdString(
+                  PluginKit::Compressed(PluginKit::Compression::Zstd, plain))),
+              (Links{L(u"IMHöhe", u"../Bilder/Höhe 木.png")}));
+}
+
+TEST_F(BlendReader, StripsAreReadUnderTheNewNamesOfTheirStructs)
+{
+    BlendFile content({8, false, true, "0500"});
+    content.Describe(
+        "Strip",
+        {{"char", "name[64]"}, {"int", "type"}, {"StripData", "*data"}, {"bSound", "*sound"}});
+    content.Describe("StripData", {{"StripElem", "*stripdata"}, {"char", "dirpath[40]"}});
+    content.Describe("StripElem", {{"char", "filename[24]"}, {"int", "orig_width"}});
+    content.Add("SC", "Scene", {{"id.name", "SCa"}})
+        .Add("DATA", "Strip", {{"name", "SQfilm"}, {"type", 3}, {"data", 0x20}})
+        .Add("DATA", "StripData", {{"stripdata", 0x21}, {"dirpath", "//f"}}, 0x20)
+        .Add("DATA", "StripElem", {{"filename", "f.avi"}}, 0x21);
+    EXPECT_EQ(LinksOf(content), (Links{L(u"SCa/SQfilm", u"f/f.avi")}));
+}
+
+TEST_F(BlendReader, AFileOfAnOldVersionMayEndWithinItsLastHeader)
+{
+    for (const char* const version : {"227", "233"}) {
+        BlendFile content({4, true, false, version});
+        content.Add("IM", "Image", {{"id.name", "IMa"}, {"name", "//a.png"}, {"source", 1}});
+        for (const QByteArray& end :
+             {QByteArray("ENDB"), QByteArray("ENDB\0\0\0\0", 8), content.Block("ENDB", {})})
+            EXPECT_EQ(LinksOf(content.BytesWithoutEnd() + end), (Links{L(u"IMa", u"a.png")}))
+                << version << end.size();
+    }
+}
+
+TEST_F(BlendReader, ABigMachineMayStoreCodesInEitherOrder)
+{
+    const BlendFile content({4, true});
+    QByteArray bytes = OneImage({4, true});
+    ASSERT_TRUE(bytes.contains(QByteArray("\0\0IM", 4)));
+    bytes.replace(bytes.indexOf(QByteArray("\0\0IM", 4)), 4, QByteArray("IM\0\0", 4));
+    EXPECT_EQ(LinksOf(bytes), (Links{L(u"IMHöhe", u"../Bilder/Höhe 木.png")}));
+}
+
 TEST_F(BlendReader, ACompressedFileIsReadLikeThePlainOne)
 {
     const std::string plain = OneImage({}).toStdString();

@@ -61,7 +61,8 @@ QByteArray Framed(const QByteArray& content, qsizetype frameSize)
 TEST_F(BlendRewriter, OnlyTheBytesOfThePathChange)
 {
     for (const Machine& machine :
-         {Machine{8, false}, Machine{4, false}, Machine{8, true}, Machine{4, true}}) {
+         {Machine{8, false}, Machine{4, false}, Machine{8, true}, Machine{4, true},
+          Machine{8, false, true, "0500"}, Machine{4, true, false, "227"}}) {
         const QByteArray before = OneImage("//../alter Pfad/a.png", machine).Bytes();
         QByteArray after = before;
         after.replace(QByteArray("//../alter Pfad/a.png"),
@@ -129,7 +130,8 @@ TEST_F(BlendRewriter, ATextsPathUsesTheRoomOfItsBlock)
 
 TEST_F(BlendRewriter, ABlockGrowsForALongerPathOfAText)
 {
-    for (const Machine& machine : {Machine{8, false}, Machine{4, true}}) {
+    for (const Machine& machine :
+         {Machine{8, false}, Machine{4, true}, Machine{8, false, true, "0500"}}) {
         const QByteArray before = OneText(QByteArray("//a.py\0\0", 8), machine).Bytes();
         const QByteArray after = OneText(QByteArray("//../Größe/a.py\0\0\0", 20), machine).Bytes();
         EXPECT_TRUE(Rewritten(before, {L(u"TXa", u"../Größe/a.py")}) == after);

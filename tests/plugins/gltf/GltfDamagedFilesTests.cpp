@@ -177,8 +177,10 @@ TEST_F(DamagedGltf, ABinaryFileWithALyingHeaderIsReportedWithThePlace)
     const Row rows[] = {
         {"another magic", With(good, 0, "gLTF"),
          "a binary glTF file begins with \"glTF\" (byte 0)"},
-        {"version 1", With(good, 4, LittleEndian(1)), "version 1 of the container, not 2 (byte 4)"},
-        {"version 3", With(good, 4, LittleEndian(3)), "version 3 of the container, not 2 (byte 4)"},
+        {"version 1", With(good, 4, LittleEndian(1)),
+         "the content has the format 1313821514, not JSON (byte 16)"},
+        {"version 3", With(good, 4, LittleEndian(3)),
+         "version 3 of the container, not 1 or 2 (byte 4)"},
         {"a length beyond the file", With(good, 8, LittleEndian(0xFFFFFFFF)),
          "the header gives a length of 4294967295 bytes, the file has 48 (byte 8)"},
         {"a length short of the file", With(good, 8, LittleEndian(32)),

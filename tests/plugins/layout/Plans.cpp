@@ -15,6 +15,7 @@ using Formats::Layout::TreePath;
 Plan::Plan(const std::string& top, const std::string& target)
 {
     Links(top, target).isFixed = true;
+    RaiseBase(linked);
 }
 
 LinkedFile& Plan::Links(const std::string& source, const std::string& target)

@@ -76,12 +76,16 @@ TEST_F(DamagedWavefront, AKeywordThatReadsLikeTheIdOfAnotherStatementIsToldApart
               "map_Kd a\nmap_Kd#2 b\nmap_Kd x\nmap_Kd#2 d\n");
 }
 
-TEST_F(DamagedWavefront, SixteenBitTextIsReported)
+TEST_F(DamagedWavefront, SixteenBitTextThatIsNoneIsReported)
 {
-    const std::string message = "the text is UTF-16, which is not read (byte 0)";
-    EXPECT_EQ(Object(QByteArray("\xFF\xFEm\0t\0", 6)), message);
-    EXPECT_EQ(Object(QByteArray("\xFE\xFF\0m\0t", 6)), message);
-    EXPECT_EQ(Library(QByteArray("\xFF\xFE", 2)), message);
+    EXPECT_EQ(Object(QByteArray("\xFF\xFEm\0t", 5)), "the text ends within a character (byte 4)");
+    EXPECT_EQ(Library(QByteArray("\xFE\xFF\0n\0\n\xD8", 7)),
+              "the text ends within a character (byte 6)");
+    const std::string message = "bytes that are no 16-bit text (byte 4)";
+    EXPECT_EQ(Object(QByteArray("\xFF\xFEm\0\0\xDC", 6)), message);
+    EXPECT_EQ(Object(QByteArray("\xFF\xFEm\0\0\xD8m\0", 8)), message);
+    EXPECT_EQ(Object(QByteArray("\xFF\xFEm\0\0\xD8", 6)),
+              "the text ends within a character (byte 6)");
 }
 
 TEST_F(DamagedWavefront, TooManyNamesAreReported)

@@ -19,7 +19,11 @@ using namespace Halvern::Test;
 using namespace Qt::StringLiterals;
 
 constexpr int LadderLevels = 40;
+#ifdef CORSYNC_SANITIZED
+constexpr int ChainLength = 20'000;
+#else
 constexpr int ChainLength = 100'000;
+#endif
 
 /// Counts the processor's time, whatever else the machine does.
 class Stopwatch

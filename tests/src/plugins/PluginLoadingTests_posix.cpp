@@ -6,7 +6,7 @@
 
 #include "plugins/LinkRecords.h"
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef CORSYNC_SANITIZED
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -22,7 +22,7 @@ class PluginLoading : public PluginsFixture
 protected:
     bool Read(const QString& file)
     {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef CORSYNC_SANITIZED
         // Qt's loader gives back nothing that it holds while a library throws.
         const __lsan::ScopedDisabler disabler;
 #endif

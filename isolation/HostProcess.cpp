@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "isolation/HostProcess.h"
+
+#include "isolation/Platform.h"
+
+#include <QtCore/QStringList>
+
+#include <algorithm>
+#include <utility>
+
+namespace Halvern::Isolation {
+
+namespace {
+
+/// Starting a program under load takes its time; a plug-in's library may be large.
+constexpr int MillisecondsToStart = 60'000;
+constexpr int MillisecondsToEnd = 2'000;
+/// A plug-in that hangs at each file would cost the limit for each.
+constexpr int MaxTimeouts = 3;
+/// A line without an end is cut here.
+constexpr qsizetype LongestLine = 4096;
+
+} // namespace
+
+HostProcess::HostProcess(Description description) : m_description(std::move(description)) {}
+
+HostProcess::~HostProcess()
+{
+    if (!m_process)
+        return;
+    // It ends when nothing more can come.
+    m_process->closeWriteChannel();
+    if (!m_process->waitForFinished(MillisecondsToEnd)) {
+        m_process->kill();
+        m_process->waitForFinished(MillisecondsToEnd);
+    }
+}
+
+Readiness HostProcess::Start(const Log& log)
+{
+    if (m_process && m_process->state() == QProcess::Running)
+        return m_ready;
+    if (m_timeouts >= MaxTimeouts)
+        throw HostFailure(
+            QStringLiteral("took too long %1 times and is not asked again").arg(m_timeouts));
+    m_process = std::make_unique<QProcess>();
+    m_process->setReadChannel(QProcess::StandardOutput);
+    m_process->start(m_description.program, {m_description.library, NameOf(m_description.service),
+                                             QString::number(m_description.memoryLimit)});
+    if (!m_process->waitForStarted(MillisecondsToStart)) {
+        const QString reason = m_process->errorString();
+        m_process.reset();
+        throw HostFailure(QStringLiteral("could not be given a process of its own: %1: %2")
+                              .arg(m_description.program, reason));
+    }
+    m_deadline.setRemainingTime(MillisecondsToStart);
+    MessageReader ready = WaitFor(Message::Ready, log, {});
+    m_ready.outcome = ready.Take<Outcome>();
+    m_ready.text = ready.Take<QString>();
+    m_ready.contractStamp = ready.Take<quint64>();
+    return m_ready;
+}
+
+MessageReader HostProcess::Call(const QByteArray& request, const Log& log, const Answer& answer)
+{
+    (void)Start(log);
+    if (m_description.timeLimit > 0)
+        m_deadline.setRemainingTime(qint64(m_description.timeLimit) * 1000);
+    else
+        m_deadline = QDeadlineTimer(QDeadlineTimer::Forever);
+    Send(request);
+    MessageReader done = WaitFor(Message::Done, log, answer);
+    m_timeouts = 0;
+    return done;
+}
+
+MessageReader HostProcess::WaitFor(Message kind, const Log& log, const Answer& answer)
+{
+    while (true) {
+        MessageReader message(ReadMessage(log));
+        if (message.Kind() == kind && message.IsGood())
+            return message;
+        if (message.Kind() == Message::Log) {
+            const auto severity = message.Take<LogSeverity>();
+            log(severity, message.Take<QString>());
+        } else if (message.Kind() == Message::MappingCall && answer) {
+            Send(answer(message));
+        } else {
+            Fail(QStringLiteral("said what cannot be understood"));
+        }
+    }
+}
+
+QByteArray HostProcess::ReadMessage(const Log& log)
+{
+    char length[LengthSize];
+    ReadBytes(length, LengthSize, log);
+    const std::uint32_t size = LengthOf(length);
+    if (size == 0 || size > MaxMessage)
+        Fail(QStringLiteral("said what cannot be understood"));
+    // Grown as it comes: the length alone is no reason to take memory.
+    QByteArray message;
+    while (message.size() < qsizetype(size)) {
+        const qsizetype at = message.size();
+        const qsizetype piece = std::min<qsizetype>(qsizetype(size) - at, qsizetype(1) << 20);
+        message.resize(at + piece);
+        ReadBytes(message.data() + at, piece, log);
+    }
+    return message;
+}
+
+void HostProcess::ReadBytes(char* bytes, qint64 size, const Log& log)
+{
+    while (size > 0) {
+        const qint64 got = m_process->read(bytes, size);
+        ForwardOutput(log);
+        if (got < 0)
+            Fail(WhyEnded());
+        bytes += got;
+        size -= got;
+        if (size == 0 || m_process->bytesAvailable() > 0)
+            continue;
+        if (m_process->waitForReadyRead(int(std::min<qint64>(m_deadline.remainingTime(), 60'000))))
+            continue;
+        if (m_process->state() != QProcess::Running) {
+            if (m_process->bytesAvailable() == 0) {
+                ForwardOutput(log);
+                Fail(WhyEnded());
+            }
+        } else if (m_deadline.hasExpired()) {
+            ++m_timeouts;
+            Fail(QStringLiteral("took longer than the %1 seconds that it may take and was ended")
+                     .arg(m_description.timeLimit));
+        }
+    }
+}
+
+void HostProcess::Send(const QByteArray& message)
+{
+    m_process->write(message);
+    while (m_process->bytesToWrite() > 0)
+        if (!m_process->waitForBytesWritten(
+                int(std::min<qint64>(m_deadline.remainingTime(), 60'000))) &&
+            (m_process->state() != QProcess::Running || m_deadline.hasExpired()))
+            Fail(WhyEnded());
+}
+
+void HostProcess::ForwardOutput(const Log& log)
+{
+    m_printed += m_process->readAllStandardError();
+    while (!m_printed.isEmpty()) {
+        qsizetype end = m_printed.indexOf('\n');
+        if (end < 0 && m_printed.size() < LongestLine && m_process->state() == QProcess::Running)
+            return;
+        if (end < 0)
+            end = std::min(LongestLine, m_printed.size());
+        const QString line = QString::fromUtf8(m_printed.first(end)).trimmed();
+        m_printed.remove(0, std::min(end + 1, m_printed.size()));
+        if (!line.isEmpty())
+            log(LogSeverity::Info, QStringLiteral("printed: ") + line);
+    }
+}
+
+void HostProcess::Fail(const QString& what)
+{
+    m_process->kill();
+    m_process->waitForFinished(MillisecondsToEnd);
+    m_process.reset();
+    m_printed.clear();
+    throw HostFailure(what);
+}
+
+QString HostProcess::WhyEnded()
+{
+    m_process->waitForFinished(MillisecondsToEnd);
+    const int code = m_process->exitCode();
+    if (m_process->exitStatus() == QProcess::CrashExit)
+        return QStringLiteral("crashed (%1)").arg(EndingText(code));
+    return QStringLiteral("ended its process with exit code %1").arg(code);
+}
+
+} // namespace Halvern::Isolation
