@@ -153,6 +153,9 @@ bool Decisions::MayShare(const JobFile& file,
 {
     const CopyRecord& record = *shared.value(m_job.files.Find(file.source));
     return std::all_of(file.links.begin(), file.links.end(), [&](const JobLink& link) {
+        // What this project has moved another one may have missed.
+        if (link.member >= 0 && m_job.files.At(link.member).wasMoved)
+            return record.linkedTargets.contains(m_job.files.At(link.member).target);
         if (link.member < 0 || !HasTarget(m_job.files.At(link.member)))
             return true;
         const CopyRecord* linked = shared.value(link.member);
