@@ -164,8 +164,8 @@ private:
         QStringList wrong;
         for (const ReportedFile& line : promised.files) {
             const ReportedFile real = report.Of(line.source);
-            const bool mayDiffer = !step.fault.isEmpty() || real.status == u"failed"_s ||
-                                   (line.status == u"orphaned"_s && step.prune);
+            const bool mayDiffer =
+                !step.fault.isEmpty() || real.status == u"failed"_s || line.status == u"orphaned"_s;
             if (!mayDiffer && (real.status != line.status || real.target != line.target))
                 wrong.append(u"promised %1 -> %2, but %3 -> %4: %5"_s.arg(
                     line.status, line.target, real.status, real.target, line.source));
