@@ -57,7 +57,7 @@ ExitCode ExitCodeOf(const Jobs::Summary& summary)
         std::any_of(summary.problems.begin(), summary.problems.end(), Jobs::IsPluginProblem) ||
         HasBroken(summary.registrationFaults);
     QList<ExitCode> codes;
-    if (summary.Count(Jobs::Outcome::Missing) > 0)
+    if (summary.Count(Jobs::Outcome::Missing) > 0 || summary.linkedNoFiles > 0)
         codes.append(ExitCode::MissingLinks);
     if (summary.Count(Jobs::Outcome::Locked) > 0)
         codes.append(ExitCode::Locked);
@@ -81,12 +81,14 @@ ExitCode ExitCodeOf(Jobs::JobErrorKind kind)
     case Jobs::JobErrorKind::PluginFolderMissing:
     case Jobs::JobErrorKind::SourceRefused:
     case Jobs::JobErrorKind::TargetRefused:
+    case Jobs::JobErrorKind::PatternRefused:
     case Jobs::JobErrorKind::RestoreRefused:
         return ExitCode::Usage;
     case Jobs::JobErrorKind::SourceMissing:
     case Jobs::JobErrorKind::VersionMissing:
         return ExitCode::SourceMissing;
     case Jobs::JobErrorKind::DatabaseNotOpened:
+    case Jobs::JobErrorKind::DatabaseDamaged:
         return ExitCode::PluginOrDatabase;
     case Jobs::JobErrorKind::NoCloudFolder:
     case Jobs::JobErrorKind::SessionTaken:

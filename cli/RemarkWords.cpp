@@ -5,6 +5,7 @@
 namespace Halvern::Cli {
 
 using Jobs::Remark;
+using Jobs::SourceStays;
 
 namespace {
 
@@ -67,8 +68,10 @@ QString Sentence(Remark remark)
         return QStringLiteral("its links could not be read; every import tries again");
     case Remark::SharedCopyStays:
         return QStringLiteral("files of another import link the earlier copy");
-    case Remark::SourceStays:
-        return QStringLiteral("the source stays: not everything that it links is in order");
+    case Remark::LinksNoFile:
+        return QStringLiteral("a link stays as it is, for it leads to no file");
+    case Remark::MovedEarlier:
+        return QStringLiteral("an earlier import has moved it");
     case Remark::ColonInName:
         return QStringLiteral("its path holds a \":\"");
     case Remark::NoTarget:
@@ -144,8 +147,10 @@ QString NameOf(Remark remark)
         return QStringLiteral("links-not-read");
     case Remark::SharedCopyStays:
         return QStringLiteral("shared-copy-stays");
-    case Remark::SourceStays:
-        return QStringLiteral("source-stays");
+    case Remark::LinksNoFile:
+        return QStringLiteral("links-no-file");
+    case Remark::MovedEarlier:
+        return QStringLiteral("moved-earlier");
     case Remark::ColonInName:
         return QStringLiteral("colon-in-name");
     case Remark::NoTarget:
@@ -158,6 +163,51 @@ QString NameOf(Remark remark)
         return QStringLiteral("unexplained");
     case Remark::LinksNotRewritten:
         return QStringLiteral("links-not-rewritten");
+    }
+    return {};
+}
+
+QString NameOf(SourceStays reason)
+{
+    switch (reason) {
+    case SourceStays::No:
+        return {};
+    case SourceStays::LinkNotInOrder:
+        return QStringLiteral("link-not-in-order");
+    case SourceStays::CopyNotInOrder:
+        return QStringLiteral("copy-not-in-order");
+    case SourceStays::CopyDiffers:
+        return QStringLiteral("copy-differs");
+    case SourceStays::Linked:
+        return QStringLiteral("linked");
+    case SourceStays::PluginBroken:
+        return QStringLiteral("plugin-broken");
+    case SourceStays::NotCompleted:
+        return QStringLiteral("not-completed");
+    case SourceStays::NotDeleted:
+        return QStringLiteral("not-deleted");
+    }
+    return {};
+}
+
+QString TextOf(SourceStays reason, const QString& because)
+{
+    switch (reason) {
+    case SourceStays::No:
+    case SourceStays::NotDeleted:
+        return {};
+    case SourceStays::LinkNotInOrder:
+        return QStringLiteral("the source stays: it leads to what is not in order, ") + because;
+    case SourceStays::CopyNotInOrder:
+        return QStringLiteral("the source stays");
+    case SourceStays::CopyDiffers:
+        return QStringLiteral("the source stays: what stands there differs from it");
+    case SourceStays::Linked:
+        return QStringLiteral("the source stays: one that stays links it, ") + because;
+    case SourceStays::PluginBroken:
+        return QStringLiteral("the source stays: a broken plug-in may be the one that reads it");
+    case SourceStays::NotCompleted:
+        return QStringLiteral("the source stays: the move was not completed; import it again");
     }
     return {};
 }

@@ -18,6 +18,10 @@ QJsonObject JsonOf(const Jobs::FileResult& result)
         object.insert(QStringLiteral("target"), result.target);
     if (result.sourceDeleted)
         object.insert(QStringLiteral("moved"), true);
+    if (result.sourceStays != Jobs::SourceStays::No)
+        object.insert(QStringLiteral("sourceStays"), NameOf(result.sourceStays));
+    if (!result.staysFor.isEmpty())
+        object.insert(QStringLiteral("staysFor"), result.staysFor);
     if (!result.linkedFrom.isEmpty())
         object.insert(QStringLiteral("linkedFrom"), QJsonArray::fromStringList(result.linkedFrom));
     if (result.outside)

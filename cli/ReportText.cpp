@@ -45,7 +45,8 @@ QString Remark(const FileResult& result, const ReportFolders& folders)
     if (result.outcome == Outcome::Left)
         remarks.append(QStringLiteral("the copy was changed, the source not"));
     // A reason says the same at length.
-    if (result.outcome == Outcome::Locked && ReasonOf(result).isEmpty())
+    if (result.outcome == Outcome::Locked && result.problems.isEmpty() &&
+        result.remark == Jobs::Remark::None)
         remarks.append(QStringLiteral("links pending"));
     if (result.sourceDeleted && result.outcome != Outcome::Moved)
         remarks.append(QStringLiteral("source deleted"));

@@ -22,8 +22,8 @@ bool IsExplainedByPlugin(const Problem& problem)
 /// What follows from a problem, beside what the problem says.
 bool IsConsequence(Jobs::Remark remark)
 {
-    return remark == Jobs::Remark::RewritePending || remark == Jobs::Remark::SourceStays ||
-           remark == Jobs::Remark::SharedCopyStays;
+    return remark == Jobs::Remark::RewritePending || remark == Jobs::Remark::SharedCopyStays ||
+           remark == Jobs::Remark::LinksNoFile;
 }
 
 } // namespace
@@ -194,12 +194,12 @@ QString Sentence(const QList<Problem>& problems)
 
 QString ReasonOf(const Jobs::FileResult& result)
 {
-    if (result.problems.isEmpty())
-        return TextOf(result.remark, result.detail);
-    const QString sentence = Sentence(result.problems);
-    return IsConsequence(result.remark)
-               ? sentence + QStringLiteral("; ") + TextOf(result.remark, result.detail)
-               : sentence;
+    QStringList sentences{Sentence(result.problems)};
+    if (result.problems.isEmpty() || IsConsequence(result.remark))
+        sentences.append(TextOf(result.remark, result.detail));
+    sentences.append(TextOf(result.sourceStays, result.staysFor));
+    sentences.removeAll(QString());
+    return sentences.join(QStringLiteral("; "));
 }
 
 } // namespace Halvern::Cli

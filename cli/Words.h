@@ -19,10 +19,13 @@ QString NameOf(Jobs::ConflictKind kind);
 QString NameOf(Jobs::LinkState state);
 QString NameOf(Jobs::FindingKind kind);
 QString NameOf(Jobs::Remark remark);
+QString NameOf(Jobs::SourceStays reason);
 /// Followed by a path.
 QString SentenceOf(Jobs::FindingKind kind);
 /// Why, with what belongs to it; empty when there is nothing to say.
 QString TextOf(Jobs::Remark remark, const QString& detail);
+/// Why a source stays, and because of which file; empty where a problem says it.
+QString TextOf(Jobs::SourceStays reason, const QString& because);
 QString WordOf(Jobs::PluginState state);
 /// "Copying" ...
 QString WordOf(Jobs::Phase phase);

@@ -10,6 +10,9 @@
 
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
+#include <utility>
+
 namespace Halvern::Jobs {
 
 using SyncServices::SyncLibUtil;
@@ -36,7 +39,40 @@ bool Closure::Find()
         TakeLinks(m_job.files.At(place));
         Follow(place);
     }
+    if (m_job.request.move)
+        FindOtherHolders();
     return true;
+}
+
+/// Where a link leads, when that is a file that was given; -1.
+qsizetype Closure::GivenFile(const QString& link, const QString& holder) const
+{
+    const qsizetype place = m_job.files.Find(ResolveLink(link, holder));
+    return place >= 0 && m_job.files.At(place).isSelected && !m_job.files.At(place).isFolder ? place
+                                                                                             : -1;
+}
+
+/// What another run has brought along with files that are moved now still links these.
+void Closure::FindOtherHolders()
+{
+    for (const CopyRecord& record : m_copies.All()) {
+        const auto leadsToGiven = [&](const SyncServices::FileLink& link) {
+            return GivenFile(link.Path, record.source) >= 0;
+        };
+        LinkReader::Links links = record.sourceLinks;
+        if (record.isMoved || std::none_of(links.begin(), links.end(), leadsToGiven) ||
+            m_job.files.Find(record.source) >= 0 || !ExistsOnDisk(record.source))
+            continue;
+        LinkReader::Links now;
+        m_control.Mute(true);
+        if (!IsSameAsRecorded(record.sourceStamp, record.recordedAt, record.source, false) &&
+            m_reader.Read(record.source, now))
+            links = now;
+        m_control.Mute(false);
+        for (const SyncServices::FileLink& link : std::as_const(links))
+            if (const qsizetype place = GivenFile(link.Path, record.source); place >= 0)
+                m_job.otherHolders.append({record.source, place});
+    }
 }
 
 /// A folder from somewhere may hold symbolic links to what its receiver keeps private.
@@ -65,17 +101,33 @@ void Closure::TakeLinks(JobFile& file)
         return;
     file.linksKnown = true;
     file.readers = m_reader.ReadersOf(file.source);
-    if (file.readers.isEmpty()) {
-        file.linksState = LinksState::UnknownFormat;
-        file.isUnknownFormat = true;
-        return;
-    }
-    if (Restore(file))
+    file.isUnknownFormat = file.readers.isEmpty();
+    if (!file.isUnknownFormat && Restore(file))
         return;
     LinkReader::Links links;
-    file.linksState = m_reader.Read(file.source, links) ? LinksState::Read : LinksState::Failed;
+    const bool isRead = !file.isUnknownFormat && m_reader.Read(file.source, links);
+    file.linksState = isRead                 ? LinksState::Read
+                      : file.isUnknownFormat ? LinksState::UnknownFormat
+                                             : LinksState::Failed;
     for (const SyncServices::FileLink& link : std::as_const(links))
         file.links.append({link, {}, -1, LinkState::Found});
+    if (!isRead)
+        RecallLinks(file);
+}
+
+/// A format that a plug-in has read is none without links because the plug-in is gone.
+void Closure::RecallLinks(JobFile& file) const
+{
+    for (const CopyRecord* record : m_copies.OfSource(file.source)) {
+        if (record->readers.isEmpty())
+            continue;
+        if (file.isUnknownFormat)
+            file.readers = record->readers;
+        file.linksState = LinksState::Failed;
+        for (const SyncServices::FileLink& link : record->sourceLinks)
+            file.earlierLinks.append(ResolveLink(link.Path, file.source));
+        return;
+    }
 }
 
 bool Closure::Restore(JobFile& file) const

@@ -29,10 +29,13 @@ private:
     bool IsOpened(qsizetype place, qsizetype selected) const;
     void TakeLinks(JobFile& file);
     bool Restore(JobFile& file) const;
+    void RecallLinks(JobFile& file) const;
     void Follow(qsizetype holder);
     qsizetype MemberFor(const QString& path);
     void TakeMoved(JobFile& file) const;
     JobFile Linked(const QString& path);
+    void FindOtherHolders();
+    qsizetype GivenFile(const QString& link, const QString& holder) const;
     const LeftOutItem* ExcludedBy(const QString& path) const;
 
     JobState& m_job;

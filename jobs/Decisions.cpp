@@ -71,6 +71,22 @@ ConflictSide SideOf(const QString& path, const FileStamp* recorded)
     return side;
 }
 
+/// It comes along, or what it links does, and nothing weightier is to be said of it.
+bool MayBeRemarked(const JobFile& file)
+{
+    if (file.outcome == Outcome::Skipped)
+        return file.remark == Remark::OnlyLinksWanted;
+    return HasPlace(file) &&
+           (file.remark == Remark::None || file.remark == Remark::SharedCopyStays);
+}
+
+/// The copy that is there has its links right, and a new one would not.
+bool HasBetterLinks(const JobFile& file)
+{
+    return file.linksKnown && file.linksState != LinksState::Read && file.record &&
+           !file.record->targetLinks.isEmpty();
+}
+
 } // namespace
 
 Decisions::Decisions(JobState& job, JobControl& control, LinkReader& reader, Layout& layout,
@@ -97,6 +113,7 @@ bool Decisions::Make(const Answers& answers)
         return false;
     Settle();
     PlanLinks(m_job);
+    NoteLinks();
     FindOrphans();
     return true;
 }
@@ -326,18 +343,19 @@ void Decisions::Decide(JobFile& file, Standing standing)
     case Standing::Ours:
     case Standing::SameContent:
         // What another project has brought is not this one's to renew.
-        if (m_job.request.force && (!file.record || IsOfThisProject(*file.record)))
+        if (m_job.request.force && !HasBetterLinks(file) &&
+            (!file.record || IsOfThisProject(*file.record)))
             copy(Outcome::Updated);
         else
             file.End(Outcome::Unchanged);
         return;
     case Standing::SourceChanged:
-        // The copy that is there has its links right.
-        if (file.linksKnown && file.linksState != LinksState::Read &&
-            file.record->linksState == LinksState::Read && !file.record->targetLinks.isEmpty())
-            file.End(Outcome::Failed, Remark::LinksNotRead);
-        else
+        if (HasBetterLinks(file)) {
+            file.End(Outcome::Failed);
+            file.NoteUnreadLinks();
+        } else {
             copy(Outcome::Updated);
+        }
         return;
     case Standing::CopyChanged:
         file.End(Outcome::Left);
@@ -471,6 +489,29 @@ void Decisions::Clash(const JobFile& file, ConflictKind kind, const JobFile* oth
             SideOf(file.target, file.record ? &file.record->targetStamp : nullptr);
     }
     m_conflicts.append(conflict);
+}
+
+/// What is to be said of the links of files that come along all the same.
+void Decisions::NoteLinks()
+{
+    const auto leadsToNoFile = [&](const JobLink& link) {
+        if (link.member < 0)
+            return false;
+        const JobFile& linked = m_job.files.At(link.member);
+        return linked.outcome == Outcome::Skipped &&
+               (linked.remark == Remark::LinkedFolder || linked.remark == Remark::NoFile);
+    };
+    for (JobFile& file : m_job.files) {
+        if (file.isFolder || file.isDropped || !MayBeRemarked(file))
+            continue;
+        const auto link = std::find_if(file.links.begin(), file.links.end(), leadsToNoFile);
+        if (file.linksState == LinksState::Failed) {
+            file.NoteUnreadLinks();
+        } else if (link != file.links.end() && file.remark == Remark::None) {
+            file.remark = Remark::LinksNoFile;
+            file.detail = link->file;
+        }
+    }
 }
 
 void Decisions::FindOrphans()

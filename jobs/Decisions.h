@@ -59,6 +59,7 @@ private:
     void Clash(const JobFile& file, ConflictKind kind, const JobFile* other = nullptr);
     ConflictAnswer AnswerFor(const JobFile& file, Standing standing) const;
     ConflictAnswer CollisionAnswerFor(const JobFile& file) const;
+    void NoteLinks();
     void FindOrphans();
 
     JobState& m_job;

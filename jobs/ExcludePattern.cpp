@@ -287,6 +287,18 @@ bool ExcludePattern::MatchesPath(PathNames path, Base::System system) const
         });
 }
 
+bool ExcludePattern::CanMatch() const
+{
+    const auto isDot = [](const Element& element) {
+        return element.kind == Element::Kind::Character && element.character == U'.';
+    };
+    const auto matchesNoName = [&](const Part& part) {
+        return !part.isAnyFolders && part.elements.size() <= 2 &&
+               std::all_of(part.elements.begin(), part.elements.end(), isDot);
+    };
+    return !m_parts.empty() && std::none_of(m_parts.begin(), m_parts.end(), matchesNoName);
+}
+
 bool ExcludePattern::NamesSomething() const
 {
     if (m_parts.empty())

@@ -17,9 +17,8 @@ namespace Halvern::Jobs {
 /// The names of a path below a folder, from the top: "a/b.prt" is "a" and "b.prt".
 using PathNames = std::span<const std::u32string_view>;
 
-/// One pattern in the notation of .gitignore files, with characters where git counts bytes. One
-/// with an open "[" or a "\" at its end matches nothing. What it takes to match a path grows with
-/// the product of the two lengths, whatever the pattern is.
+/// One pattern in the notation of .gitignore files, with characters where git counts bytes. What it
+/// takes to match a path grows with the product of the two lengths, whatever the pattern is.
 class ExcludePattern
 {
 public:
@@ -28,6 +27,9 @@ public:
     /// count only when escaped.
     static std::optional<ExcludePattern> FromLine(QStringView line);
 
+    /// False for what matches no path at all: with an open "[" or a "\" at its end, with nothing
+    /// between two slashes, such as "!" and "/", or with "." or ".." there.
+    bool CanMatch() const;
     /// As it was written.
     const QString& Text() const { return m_text; }
     /// Begins with "!": brings back what an earlier pattern excludes.

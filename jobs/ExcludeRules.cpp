@@ -81,6 +81,22 @@ bool ExcludeRules::IsRulesFile(const QString& name) const
     return Base::IsSamePath(Base::Units(name), Base::Units(FileName), m_system);
 }
 
+QString ExcludeRules::FaultIn(const QByteArray& content)
+{
+    const std::optional<QString> text = TextOf(content);
+    if (!text)
+        return QStringLiteral("no UTF-8");
+    int line = 0;
+    for (const QStringView one : QStringView(*text).split(u'\n')) {
+        ++line;
+        const std::optional<ExcludePattern> pattern = ExcludePattern::FromLine(one);
+        if (pattern && !pattern->CanMatch())
+            return QStringLiteral("line %1: the pattern \"%2\" can match nothing")
+                .arg(QString::number(line), pattern->Text());
+    }
+    return {};
+}
+
 bool ExcludeRules::AddFile(const QString& folder, const QString& file, const QByteArray& content)
 {
     const std::optional<QString> text = TextOf(content);

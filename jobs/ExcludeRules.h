@@ -48,6 +48,10 @@ public:
 
     explicit ExcludeRules(const QStringList& patterns = {}, Base::System system = Base::ThisSystem);
 
+    /// Why these are not the patterns of a file .corsyncignore: it is no UTF-8, or a line can match
+    /// nothing. Empty when they are.
+    static QString FaultIn(const QByteArray& content);
+
     /// Whether an entry of this name is a file with patterns.
     bool IsRulesFile(const QString& name) const;
     /// Adds the patterns of the file .corsyncignore in `folder`, which is empty for the source

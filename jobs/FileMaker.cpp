@@ -167,10 +167,10 @@ void FileMaker::Make(JobFile& file)
     if (!Place(file, staged))
         return;
     file.linksRewritten = staged.isRewritten && file.outcome != Outcome::Unchanged;
-    if (file.isPending)
-        file.remark = Remark::RewritePending;
-    else if (file.linksState == LinksState::Failed)
-        file.remark = Remark::LinksNotRead;
+    if (!file.isPending)
+        return;
+    file.remark = Remark::RewritePending;
+    file.detail.clear();
 }
 
 bool FileMaker::WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links)
@@ -269,10 +269,12 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
     file.isPending = true;
     file.isDone = true;
     file.deed = Deed::Nothing;
-    if (isHeld)
+    if (isHeld) {
         file.outcome = Outcome::Locked;
-    else
+    } else {
         file.remark = Remark::RewritePending;
+        file.detail.clear();
+    }
     // The copy is what it was.
     if (file.record) {
         file.sourceStamp = file.record->sourceStamp;

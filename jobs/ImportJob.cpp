@@ -9,7 +9,10 @@
 #include "Results.h"
 #include "Selection.h"
 
+#include <QtCore/QSet>
+
 #include <algorithm>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -19,6 +22,17 @@ void Require(bool order, const QString& text)
 {
     if (!order)
         throw JobError(JobErrorKind::WrongOrder, text);
+}
+
+/// What is linked as well has its line among the files.
+void AddLeftOut(QList<FileResult>& files, const QList<LeftOutItem>& items)
+{
+    QSet<QString> told;
+    for (const FileResult& file : std::as_const(files))
+        told.insert(file.source);
+    for (const LeftOutItem& item : items)
+        if (item.IsFailure() || !told.contains(item.source))
+            files.append(AsResult(item));
 }
 
 /// What the summary says of the database is not said again.
@@ -53,7 +67,7 @@ struct ImportJob::State
           results(run.State(), *control)
     {}
 
-    QStringList SourcesToTake() const;
+    QStringList SourcesToTake(QList<LeftOutItem>& gone) const;
     void WritePlan();
     bool MayExecute() const { return plan.conflicts.isEmpty() && plan.findings.isEmpty(); }
     JobResult Result(QList<FileResult> files, QList<FileLink::Problem> problems) const;
@@ -61,7 +75,7 @@ struct ImportJob::State
 
 /// A move that did not come to its end is completed by the same command, although some of its
 /// sources are gone.
-QStringList ImportJob::State::SourcesToTake() const
+QStringList ImportJob::State::SourcesToTake(QList<LeftOutItem>& gone) const
 {
     if (!request.move || request.sources.isEmpty())
         return request.sources;
@@ -69,10 +83,15 @@ QStringList ImportJob::State::SourcesToTake() const
     QStringList sources;
     for (const QString& source : request.sources) {
         const QString path = AbsolutePath(source);
-        if (!ExistsOnDisk(path) && target.isEmpty())
+        const bool exists = ExistsOnDisk(path);
+        if (!exists && target.isEmpty())
             target = CheckedTarget(request.target);
-        if (ExistsOnDisk(path) || !run.WasMoved(path, target))
+        const QString place = exists ? QString() : run.MovedTo(path, target);
+        const auto isSame = [&](const LeftOutItem& item) { return item.source == path; };
+        if (place.isEmpty())
             sources.append(source);
+        else if (std::none_of(gone.begin(), gone.end(), isSame))
+            gone.append({path, Remark::MovedEarlier, place});
     }
     return sources;
 }
@@ -94,8 +113,7 @@ JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Prob
         files.clear();
     } else {
         files += OrphanResults(run.State());
-        for (const LeftOutItem& item : plan.leftOut)
-            files.append(AsResult(item));
+        AddLeftOut(files, plan.leftOut);
     }
     JobResult result{std::move(files), {}};
     result.summary = Summarize(result.files);
@@ -122,13 +140,15 @@ const Plan& ImportJob::MakePlan()
     Require(!state.begun, QStringLiteral("the job has a plan already"));
     state.begun = true;
     RequireSync();
-    const QStringList sources = CheckedSources(state.SourcesToTake());
+    RequirePatterns(state.request.exclude);
+    QList<LeftOutItem> gone;
+    const Sources sources = CheckedSources(state.SourcesToTake(gone));
     const QString target = CheckedTarget(state.request.target);
     const QList<RegistrationFault> faults = ListRegistrationFaults(state.session);
     state.run.State().hasBrokenPlugins =
         std::any_of(faults.begin(), faults.end(),
                     [](const RegistrationFault& fault) { return fault.isBroken; });
-    state.run.Plan(sources, target);
+    state.run.Plan(sources, gone, target);
     state.planned = true;
     state.WritePlan();
     state.control->Rethrow();

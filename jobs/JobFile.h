@@ -64,8 +64,10 @@ struct JobFile
     bool linksKnown = false;
     /// An earlier job moved it: its copy is all that there is.
     bool wasMoved = false;
-    /// Which plug-ins would read it; empty for none.
+    /// Which plug-ins would read it, or did so earlier and are gone; empty for none.
     QString readers;
+    /// Where its links led when they could be read. Requires that they cannot be now.
+    QStringList earlierLinks;
 
     /// What the module sees of it while targets are assigned; null for what gets none.
     std::shared_ptr<SyncServices::FileMapping> mapping;
@@ -95,6 +97,9 @@ struct JobFile
 
     bool linksRewritten = false;
     bool sourceDeleted = false;
+    SourceStays sourceStays = SourceStays::No;
+    /// The file because of which it stays.
+    QString staysFor;
     /// The copy is in place, made or confirmed by this job.
     bool isDone = false;
     /// Its links are still to be rewritten.
@@ -115,6 +120,13 @@ struct JobFile
     bool IsOut() const
     {
         return isDropped || (outcome != Outcome::NotDone && deed == Deed::Nothing);
+    }
+    /// Links that are there, but could not be read.
+    void NoteUnreadLinks()
+    {
+        remark = Remark::LinksNotRead;
+        detail =
+            isUnknownFormat ? QStringLiteral("no plug-in reads its format any more") : QString();
     }
     void End(Outcome result, Remark why = Remark::None, const QString& more = {})
     {
@@ -148,6 +160,13 @@ private:
     QMultiHash<QString, qsizetype> m_byFoldedPath;
 };
 
+/// A source of an earlier import that is no part of this one, and a selected file that it links.
+struct OtherHolder
+{
+    QString source;
+    qsizetype linked = -1;
+};
+
 /// Everything one job knows.
 struct JobState
 {
@@ -157,6 +176,8 @@ struct JobState
     QString cloudFolder;
     JobFiles files;
     QList<LeftOutItem> leftOut;
+    /// Of a move only.
+    QList<OtherHolder> otherHolders;
     /// Copies of this project whose source is gone.
     QList<CopyRecord> orphans;
     /// Targets of those that were put into the base store.

@@ -20,6 +20,8 @@
 #include "syncservices/FolderManager.h"
 #include "syncservices/SyncManager.h"
 
+#include <QtCore/QFileInfo>
+
 #include <algorithm>
 
 namespace Halvern::Jobs {
@@ -55,15 +57,18 @@ JobRun::JobRun(const ImportRequest& request, const std::shared_ptr<JobControl>& 
 
 JobRun::~JobRun() = default;
 
-bool JobRun::WasMoved(const QString& source, const QString& target) const
+QString JobRun::MovedTo(const QString& source, const QString& target) const
 {
-    const auto& records = m_copies.All();
-    return std::any_of(records.begin(), records.end(), [&](const CopyRecord& record) {
-        return record.isMoved && PathKey(record.project) == PathKey(target) &&
-               (PathKey(record.source) == PathKey(source) ||
-                PathKey(record.source).startsWith(PathKey(source + u'/'))) &&
-               IsFileAt(record.target, m_state.cloudFolder);
-    });
+    for (const CopyRecord& record : m_copies.All()) {
+        if (!record.isMoved || PathKey(record.project) != PathKey(target) ||
+            !IsFileAt(record.target, m_state.cloudFolder))
+            continue;
+        if (PathKey(record.source) == PathKey(source))
+            return record.target;
+        if (PathKey(record.source).startsWith(PathKey(source + u'/')))
+            return target + u'/' + QFileInfo(source).fileName();
+    }
+    return {};
 }
 
 QString JobRun::DatabaseError() const
@@ -78,11 +83,12 @@ bool JobRun::IsStopped()
     return m_state.cancelled;
 }
 
-void JobRun::Plan(const QStringList& sources, const QString& target)
+void JobRun::Plan(const Sources& sources, const QList<LeftOutItem>& gone, const QString& target)
 {
-    m_state.request.sources = sources;
+    m_state.request.sources = sources.outermost;
+    m_state.leftOut = gone;
     m_state.target = target;
-    if (IsStopped() || !TakeSelection(sources) || !FindLinkedFiles(sources))
+    if (IsStopped() || !TakeSelection(sources) || !FindLinkedFiles(sources.outermost))
         return;
     m_control->BeginPhase(Phase::LayingOut, 0);
     if (!m_layout.Assign()) {
@@ -96,14 +102,14 @@ void JobRun::Plan(const QStringList& sources, const QString& target)
     RequireWholePlan();
 }
 
-bool JobRun::TakeSelection(const QStringList& sources)
+bool JobRun::TakeSelection(const Sources& sources)
 {
     m_control->BeginPhase(Phase::ReadingSelection, 0);
-    const SelectionListing listing =
-        WalkSelection(sources, ExcludeRules(m_state.request.exclude),
-                      [this] { return m_control->IsCancelRequested(); });
-    m_state.leftOut = listing.leftOut;
-    const OwnRecords own(sources);
+    const SelectionListing listing = WalkSelection(
+        sources.outermost, ExcludeRules(m_state.request.exclude),
+        [this] { return m_control->IsCancelRequested(); }, sources.inside);
+    m_state.leftOut += listing.leftOut;
+    const OwnRecords own(sources.outermost);
     for (const SelectedEntry& entry : listing.entries) {
         if (own.Holds(entry.source)) {
             if (own.Is(entry.source))
@@ -270,10 +276,10 @@ void JobRun::NoteUnchanged()
                                                             record->linksState == file.linksState));
         if (isRead && isSound(file.sourceStamp, record->sourceStamp, record->recordedAt) &&
             isSound(file.targetStamp, record->targetStamp, record->recordedAt)) {
-            // What is known of the contents stays known, should it be noted again.
+            // With the hashes, when a move notes it again.
+            file.recordedAt = record->recordedAt;
             file.sourceStamp = record->sourceStamp;
             file.targetStamp = record->targetStamp;
-            file.recordedAt = record->recordedAt;
             continue;
         }
         file.sourceStamp = StampOf(file.source, true);
@@ -291,9 +297,8 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     static_cast<void>(m_records.Finish());
     if (m_state.request.move && recorded && !m_state.cancelled && DatabaseError().isEmpty())
         RemoveSources(results);
-    for (JobFile& file : m_state.files)
-        if (file.outcome == Outcome::Moved && file.isDone && !file.sourceDeleted)
-            SourceRemoval::Keep(file);
+    else if (m_state.request.move)
+        SourceRemoval(m_state, *m_control).KeepRest();
     if (m_state.request.prune && !m_state.cancelled)
         Prune(cloud);
     static_cast<void>(m_records.Flush());

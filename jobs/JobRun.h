@@ -12,6 +12,7 @@
 #include "Ledger.h"
 #include "LinkReader.h"
 #include "Records.h"
+#include "Selection.h"
 
 #include "base/RootedFolder.h"
 #include "filelink/FileLinkImporter.h"
@@ -43,10 +44,12 @@ public:
     JobRun(const JobRun&) = delete;
     JobRun& operator=(const JobRun&) = delete;
 
-    /// An earlier job has moved the file, or what is in the folder, to this target.
-    bool WasMoved(const QString& source, const QString& target) const;
-    /// Sources and target are checked. Throws JobError: SelectionRefused, PlanNotMade.
-    void Plan(const QStringList& sources, const QString& target);
+    /// Where an earlier job has moved the file, or what is in the folder, by an import to this
+    /// target; empty when none has.
+    QString MovedTo(const QString& source, const QString& target) const;
+    /// Sources and target are checked; `gone` are sources that were moved earlier. Throws JobError:
+    /// SelectionRefused, PlanNotMade.
+    void Plan(const Sources& sources, const QList<LeftOutItem>& gone, const QString& target);
     /// Once more, with answers to conflicts.
     void Decide(const Answers& answers);
     /// False when the job is cancelled.
@@ -63,7 +66,7 @@ public:
     QString DatabaseError() const;
 
 private:
-    bool TakeSelection(const QStringList& sources);
+    bool TakeSelection(const Sources& sources);
     bool FindLinkedFiles(const QStringList& sources);
     void RequireWholePlan() const;
     bool IsStopped();

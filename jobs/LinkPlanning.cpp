@@ -127,7 +127,8 @@ bool HasPlace(const JobFile& file)
     case Outcome::NotDone:
         return true;
     case Outcome::Skipped:
-        return file.remark == Remark::OnlyLinksWanted && ExistsOnDisk(file.target);
+        return (file.remark == Remark::OnlyLinksWanted || file.remark == Remark::LinksNotRead) &&
+               ExistsOnDisk(file.target);
     case Outcome::Missing:
     case Outcome::Refused:
     case Outcome::Url:

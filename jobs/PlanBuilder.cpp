@@ -22,8 +22,7 @@ bool IsCompanionLink(const SyncServices::FileLink& link)
 /// What a move deletes when everything turns out well.
 bool DeletesSource(const JobFile& file, const ImportRequest& request)
 {
-    if (!request.move || !file.isSelected || file.remark == Remark::SourceStays ||
-        file.linksState == LinksState::Failed)
+    if (!request.move || !file.isSelected || file.sourceStays != SourceStays::No)
         return false;
     return file.outcome == Outcome::Unchanged ||
            (file.deed == Deed::Copy && file.outcome != Outcome::Failed);
@@ -37,11 +36,11 @@ PlannedFile Describe(const JobFile& file, const JobState& job, ProblemSorter& pr
     planned.outcome = OutcomeNow(file, job);
     planned.problems = problems.Of(file);
     planned.remark = file.remark;
-    if (planned.remark == Remark::None && file.linksState == LinksState::Failed)
-        planned.remark = Remark::LinksNotRead;
     planned.detail = file.detail;
     planned.origin = file.isSelected ? Origin::Selected : Origin::Linked;
     planned.deletesSource = DeletesSource(file, job.request);
+    planned.sourceStays = file.sourceStays;
+    planned.staysFor = file.staysFor;
     planned.outside = file.outside;
     planned.isUnknownFormat = file.isUnknownFormat;
     planned.rewritesLinks =

@@ -41,6 +41,7 @@ bool FileResult::IsProblem() const
     case Outcome::Orphaned:
         return remark != Remark::None;
     case Outcome::Skipped:
+        return remark == Remark::LinksNotRead || PluginFailed();
     case Outcome::Missing:
     case Outcome::Refused:
     case Outcome::Url:
@@ -59,7 +60,7 @@ bool FileResult::IsProblem() const
     case Outcome::Locked:
         return !problems.isEmpty() || remark == Remark::LinksNotRewritten ||
                remark == Remark::RewritePending || remark == Remark::LinksNotRead ||
-               remark == Remark::SourceStays;
+               (sourceStays != SourceStays::No && outcome != Outcome::Locked);
     }
     return false;
 }
@@ -101,6 +102,8 @@ FileResult Results::Make(const JobFile& file)
         result.remark = Remark::LinksNotRewritten;
     result.detail = file.detail;
     result.sourceDeleted = file.sourceDeleted;
+    result.sourceStays = file.sourceStays;
+    result.staysFor = file.staysFor;
     result.linksRewritten = file.linksRewritten;
     result.outside = file.outside;
     result.isUnknownFormat = file.isUnknownFormat;
@@ -115,8 +118,8 @@ void Results::Tell(const JobFile& file)
     if (!m_control.HasObserver() || !IsReported(file))
         return;
     const FileResult result = Make(file);
-    const Told now{result.outcome, result.remark, result.problems.size(), result.linksRewritten,
-                   result.sourceDeleted};
+    const Told now{result.outcome,        result.remark,        result.problems.size(),
+                   result.linksRewritten, result.sourceDeleted, result.sourceStays};
     Told& told = m_told[&file];
     if (now == told)
         return;
@@ -164,6 +167,8 @@ FileResult AsPlanned(const PlannedFile& file)
     result.outcome = file.outcome;
     result.remark = file.remark;
     result.sourceDeleted = file.deletesSource;
+    result.sourceStays = file.sourceStays;
+    result.staysFor = file.staysFor;
     result.problems = file.problems;
     result.detail = file.detail;
     result.linksRewritten = file.rewritesLinks;
@@ -185,6 +190,17 @@ FileResult AsResult(const LeftOutItem& item)
     return result;
 }
 
+namespace {
+
+/// Other files link it, as if it were a file.
+bool IsLinkedNoFile(const FileResult& file)
+{
+    return file.outcome == Outcome::Skipped && !file.linkedFrom.isEmpty() &&
+           (file.remark == Remark::LinkedFolder || file.remark == Remark::NoFile);
+}
+
+} // namespace
+
 Summary Summarize(const QList<FileResult>& files)
 {
     Summary summary;
@@ -192,6 +208,7 @@ Summary Summarize(const QList<FileResult>& files)
         ++summary.counts[file.outcome];
         summary.filesWithProblems += file.IsProblem() ? 1 : 0;
         summary.pluginFailures += file.PluginFailed() ? 1 : 0;
+        summary.linkedNoFiles += IsLinkedNoFile(file) ? 1 : 0;
         summary.outside += file.outside ? 1 : 0;
         if (file.isUnknownFormat)
             ++summary.unknownFormats[QFileInfo(file.source).suffix().toLower()];

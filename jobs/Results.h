@@ -35,6 +35,7 @@ private:
         qsizetype problems = -1;
         bool linksRewritten = false;
         bool sourceDeleted = false;
+        SourceStays sourceStays = SourceStays::No;
         bool operator==(const Told&) const = default;
     };
 

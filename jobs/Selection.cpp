@@ -2,6 +2,7 @@
 
 #include "Selection.h"
 
+#include "ExcludePattern.h"
 #include "Paths.h"
 
 #include "corsync/JobError.h"
@@ -74,7 +75,7 @@ void RequireSync()
                                       "(cloudCacheFolderSyncEnabled)"));
 }
 
-QStringList CheckedSources(const QStringList& arguments)
+Sources CheckedSources(const QStringList& arguments)
 {
     RequireAllExist(arguments);
     QStringList sources;
@@ -86,11 +87,18 @@ QStringList CheckedSources(const QStringList& arguments)
         sources.append(source);
     }
     sources.removeDuplicates();
-    QStringList outermost;
+    Sources checked;
     for (const QString& source : std::as_const(sources))
-        if (!IsInAnother(source, sources))
-            outermost.append(source);
-    return outermost;
+        (IsInAnother(source, sources) ? checked.inside : checked.outermost).append(source);
+    return checked;
+}
+
+void RequirePatterns(const QStringList& exclude)
+{
+    for (const QString& text : exclude)
+        if (!ExcludePattern(text).CanMatch())
+            throw JobError(JobErrorKind::PatternRefused,
+                           QStringLiteral("the pattern \"%1\" can match nothing").arg(text));
 }
 
 QString CheckedTarget(const QString& argument)

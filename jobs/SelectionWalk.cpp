@@ -96,8 +96,9 @@ void Sort(std::vector<FolderEntry>& entries)
 class Walk
 {
 public:
-    Walk(const ExcludeRules& rules, const std::function<bool()>& isCancelled)
-        : m_rules(rules), m_isCancelled(isCancelled)
+    Walk(const ExcludeRules& rules, const std::function<bool()>& isCancelled,
+         const QStringList& inside)
+        : m_rules(rules), m_isCancelled(isCancelled), m_inside(inside)
     {}
     SelectionListing List(const QStringList& sources)
     {
@@ -114,16 +115,20 @@ private:
         bool isHidden = false;
         /// How many files with patterns stand above it.
         std::size_t rulesFiles = 0;
+        /// Of an excluded one only what was given itself is taken.
+        bool isExcluded = false;
     };
 
     bool IsCancelled();
     void TakeSource(const QString& source);
+    void TakeGiven(const QString& path);
+    bool HoldsGiven(const QString& folder) const;
     void TakeFolder(const Folder& folder);
     bool ListContent(const QString& folder, Content& content);
     bool AddRules(const QString& folder, const FolderEntry& file);
-    void TakeOther(const QString& folder, const FolderEntry& entry);
+    void TakeOther(const Folder& folder, const FolderEntry& entry);
     void TakeKind(const QString& path, const FolderEntry& entry);
-    bool IsTextAndWanted(const QString& path, const FolderEntry& entry);
+    bool IsTextAndWanted(const QString& path, const FolderEntry& entry, bool isExcluded);
     void Append(const QString& path, bool isFolder, bool isHidden);
     void LeaveOut(const QString& path, Remark remark, const QString& detail = {})
     {
@@ -133,6 +138,8 @@ private:
 
     ExcludeRules m_rules;
     const std::function<bool()>& m_isCancelled;
+    /// Given though they lie in a folder that is given too, and not met yet.
+    QStringList m_inside;
     SelectionListing m_listing;
     QString m_source;
     /// Where names below the target begin.
@@ -154,6 +161,21 @@ void Walk::TakeSource(const QString& source)
         return;
     m_source = source;
     m_nameBegin = source.lastIndexOf(u'/') + 1;
+    TakeGiven(source);
+    // Behind a symbolic link, or in a folder that could not be listed.
+    for (const QString& path : QStringList(m_inside))
+        if (path.startsWith(source + u'/') && m_inside.removeOne(path) && !IsCancelled())
+            TakeGiven(path);
+}
+
+bool Walk::HoldsGiven(const QString& folder) const
+{
+    return std::any_of(m_inside.begin(), m_inside.end(),
+                       [&](const QString& path) { return path.startsWith(folder + u'/'); });
+}
+
+void Walk::TakeGiven(const QString& source)
+{
     FolderEntry entry = Base::ReadEntry(Native(source));
     if (entry.kind != EntryKind::Folder) {
         // It led to a file when the sources were checked.
@@ -162,7 +184,7 @@ void Walk::TakeSource(const QString& source)
         TakeKind(source, entry);
         return;
     }
-    m_pending.push_back({source, entry.isHidden, 0});
+    m_pending.push_back({source, entry.isHidden, 0, false});
     while (!m_pending.empty() && !IsCancelled()) {
         const Folder folder = std::move(m_pending.back());
         m_pending.pop_back();
@@ -173,7 +195,8 @@ void Walk::TakeSource(const QString& source)
 
 void Walk::TakeFolder(const Folder& folder)
 {
-    Append(folder.path, true, folder.isHidden);
+    if (!folder.isExcluded)
+        Append(folder.path, true, folder.isHidden);
     m_rules.KeepFiles(folder.rulesFiles);
     Content content;
     if (!ListContent(folder.path, content))
@@ -183,15 +206,16 @@ void Walk::TakeFolder(const Folder& folder)
     for (const FolderEntry& entry : content.others) {
         if (IsCancelled())
             return;
-        TakeOther(folder.path, entry);
+        TakeOther(folder, entry);
     }
     const std::size_t first = m_pending.size();
     for (const FolderEntry& entry : content.folders) {
         if (IsCancelled())
             return;
         const QString path = folder.path + u'/' + Text(entry.name);
-        if (IsTextAndWanted(path, entry))
-            m_pending.push_back({path, entry.isHidden, m_rules.FileCount()});
+        const bool isWanted = IsTextAndWanted(path, entry, folder.isExcluded);
+        if (isWanted || HoldsGiven(path))
+            m_pending.push_back({path, entry.isHidden, m_rules.FileCount(), !isWanted});
     }
     std::reverse(m_pending.begin() + std::ptrdiff_t(first), m_pending.end());
 }
@@ -221,25 +245,30 @@ bool Walk::AddRules(const QString& folder, const FolderEntry& file)
 {
     const QString path = folder + u'/' + Text(file.name);
     QByteArray content;
-    Base::FileResult result = ReadFile(path, content);
-    if (result && !m_rules.AddFile(NameInSource(folder), path, content))
-        result = Base::FileResult::Failed("no UTF-8");
-    if (!result)
+    const Base::FileResult read = ReadFile(path, content);
+    const QString fault = read ? ExcludeRules::FaultIn(content) : Text(read.Text());
+    const bool isAdded =
+        read && fault.isEmpty() && m_rules.AddFile(NameInSource(folder), path, content);
+    if (!isAdded)
         LeaveOut(path, Remark::NotReadable,
-                 Text(result.Text()) + QStringLiteral("; nothing of its folder is imported"));
-    return bool(result);
+                 fault + QStringLiteral("; nothing of its folder is imported"));
+    return isAdded;
 }
 
-void Walk::TakeOther(const QString& folder, const FolderEntry& entry)
+void Walk::TakeOther(const Folder& folder, const FolderEntry& entry)
 {
-    const QString path = folder + u'/' + Text(entry.name);
-    if (IsTextAndWanted(path, entry))
+    const QString path = folder.path + u'/' + Text(entry.name);
+    if (IsTextAndWanted(path, entry, folder.isExcluded))
         TakeKind(path, entry);
 }
 
-bool Walk::IsTextAndWanted(const QString& path, const FolderEntry& entry)
+bool Walk::IsTextAndWanted(const QString& path, const FolderEntry& entry, bool isExcluded)
 {
     const bool isFolder = entry.kind == EntryKind::Folder;
+    if (m_inside.removeOne(path))
+        return true;
+    if (isExcluded)
+        return false;
     if (const auto match = m_rules.Match(NameInSource(path), isFolder))
         LeaveOut(path, Remark::Excluded, match->Text());
     else if (!entry.isText)
@@ -287,9 +316,9 @@ void Walk::Append(const QString& path, bool isFolder, bool isHidden)
 } // namespace
 
 SelectionListing WalkSelection(const QStringList& sources, const ExcludeRules& rules,
-                               const std::function<bool()>& isCancelled)
+                               const std::function<bool()>& isCancelled, const QStringList& inside)
 {
-    return Walk(rules, isCancelled).List(sources);
+    return Walk(rules, isCancelled, inside).List(sources);
 }
 
 } // namespace Halvern::Jobs

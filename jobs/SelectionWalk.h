@@ -39,13 +39,15 @@ struct SelectionListing
 /// Lists files and folders that were given (absolute, cleaned, none of them in another), and what
 /// the folders hold. Symbolic links to files count as files, links to folders are not followed.
 ///
-/// `rules` hold for what lies in folders; what was given itself is taken in any case. When a file
-/// .corsyncignore cannot be read, nothing of its folder is taken: nobody knows what was to stay
-/// out.
+/// `rules` hold for what lies in folders; what was given itself is taken in any case, also what is
+/// `inside` such a folder, where it lies. When a file
+/// .corsyncignore cannot be read, or holds what is no pattern, nothing of its folder is taken:
+/// nobody knows what was to stay out.
 ///
 /// `isCancelled` is asked before each entry. Needs memory for the entries, and little stack however
 /// deep the folders are.
 SelectionListing WalkSelection(const QStringList& sources, const ExcludeRules& rules,
-                               const std::function<bool()>& isCancelled);
+                               const std::function<bool()>& isCancelled,
+                               const QStringList& inside = {});
 
 } // namespace Halvern::Jobs

@@ -2,6 +2,7 @@
 
 #include "corsync/Session.h"
 
+#include "DatabaseCheck.h"
 #include "FolderCleanup.h"
 #include "Paths.h"
 #include "PluginIsolation.h"
@@ -96,6 +97,18 @@ public:
     }
 };
 
+/// Later, a damaged page is perhaps never looked at, and what it held is not missed.
+void RequireWholeDatabase(const QString& file)
+{
+    const QString damage = FindDamage(file);
+    if (!damage.isEmpty())
+        throw JobError(
+            JobErrorKind::DatabaseDamaged,
+            QStringLiteral("the sync database %1 is damaged: %2; put it aside, and the next "
+                           "import makes a new one from what lies in the cloud folder")
+                .arg(file, damage));
+}
+
 ServicesSettings WithoutNewDatabase(ServicesSettings settings)
 {
     if (QFileInfo::exists(settings.databaseFile))
@@ -139,6 +152,8 @@ struct Session::State
             cleanup.emplace(settings.cloudCacheFolder);
         module.emplace(use == SessionUse::PlanOnly ? WithoutNewDatabase(settings) : settings);
         module->RequireServices();
+        if (QFileInfo::exists(settings.databaseFile))
+            RequireWholeDatabase(settings.databaseFile);
         AddPlugins(folders, plugins);
     }
 

@@ -37,9 +37,9 @@ public:
     ImportJob& operator=(const ImportJob&) = delete;
 
     /// Finds out what is to be done. Nothing is written anywhere. Throws JobError: SyncOff,
-    /// SourceMissing, SourceRefused, TargetRefused, SelectionRefused, PlanNotMade; WrongOrder when
-    /// called twice, also after it threw: the answer to that is another job. The plan is the job's;
-    /// Resolve changes it.
+    /// SourceMissing, SourceRefused, TargetRefused, PatternRefused, SelectionRefused, PlanNotMade;
+    /// WrongOrder when called twice, also after it threw: the answer to that is another job. The
+    /// plan is the job's; Resolve changes it.
     const Plan& MakePlan();
     /// Settles conflicts of the plan, each by the source of the file, and makes the plan anew.
     /// Conflicts that are not named stay. Requires a plan that was not executed.

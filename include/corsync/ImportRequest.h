@@ -26,7 +26,7 @@ enum class CollisionPolicy
 struct ImportRequest
 {
     /// Files and folders, absolute or relative to the current folder. One that lies in a folder
-    /// that is given too is not taken twice.
+    /// that is given too is not taken twice, and is taken also when a pattern excludes it there.
     QStringList sources;
     /// A folder, absolute in the cloud cache folder or relative to it. Empty: that folder itself.
     QString target;
@@ -35,8 +35,9 @@ struct ImportRequest
     CollisionPolicy linkedCollisions = CollisionPolicy::Stop;
     /// For files whose source and copy both changed since the last import.
     ConflictAnswer onConflict = ConflictAnswer::Stop;
-    /// Delete each source file once its copy, and everything that it links, is in order. What it
-    /// links to is only copied.
+    /// Delete each source file once its copy, and everything that it links, is in order, and no
+    /// source links it that stays. What it links to is only copied. Sources that are gone because
+    /// an earlier move brought them to this target are left out.
     bool move = false;
     /// Copy only what the sources link to.
     bool linksOnly = false;
@@ -45,7 +46,7 @@ struct ImportRequest
     /// Extensions whose links are followed, such as "gltf", ".gltf" or "*.gltf"; empty: all.
     QStringList fileTypes;
     /// What is not to be imported, in the notation of .gitignore files; beside the built-in
-    /// patterns and the files .corsyncignore in the sources.
+    /// patterns and the files .corsyncignore in the sources. One that can match nothing is refused.
     QStringList exclude;
     /// When not empty, linked files come along only from these folders and the selection; what the
     /// boundary refuses otherwise may come from here, too.

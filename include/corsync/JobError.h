@@ -21,6 +21,8 @@ enum class JobErrorKind
     NoCloudFolder,
     /// The sync database could not be opened.
     DatabaseNotOpened,
+    /// The sync database is no whole database any more.
+    DatabaseDamaged,
     /// The process has a session already, or runs the module by itself.
     SessionTaken,
     /// The settings say that the user is not logged in, or that the folder is not synced.
@@ -31,6 +33,8 @@ enum class JobErrorKind
     SourceRefused,
     /// The target does not lie in the cloud cache folder, or is a file.
     TargetRefused,
+    /// A pattern of what is not to be imported could never match anything.
+    PatternRefused,
     /// The module did not take the selection.
     SelectionRefused,
     /// An exception ended the making of the plan, for example for want of memory.

@@ -25,8 +25,10 @@ struct CORSYNCJOBS_EXPORT FileResult
     QString target;
     Outcome outcome = Outcome::NotDone;
     Remark remark = Remark::None;
-    /// The source was deleted after copying.
+    /// The source was deleted after copying; or why it was not, and because of which other file.
     bool sourceDeleted = false;
+    SourceStays sourceStays = SourceStays::No;
+    QString staysFor;
     /// The links inside the file at the target were rewritten.
     bool linksRewritten = false;
     /// As in PlannedFile.
@@ -65,6 +67,8 @@ struct Summary
     /// Conflicts and findings of the plan; with any, nothing was done.
     qsizetype conflicts = 0;
     QList<Finding> findings;
+    /// Folders and other things that are no files, but are linked like files.
+    qint64 linkedNoFiles = 0;
     /// Files that came from outside the project.
     qint64 outside = 0;
     /// How many files there are of each extension, without a dot, that no plug-in reads.

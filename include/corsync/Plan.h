@@ -106,9 +106,12 @@ enum class Remark
     LinksNotRead,
     /// With Renamed: the earlier copy stays as it is, because files of another import link it.
     SharedCopyStays,
-    /// In place, but the source was not deleted, as asked for: something that it links, directly or
-    /// through others, is not in order.
-    SourceStays,
+    /// In place, but a link leads to a folder or to something else that is no file: it stays as it
+    /// is.
+    LinksNoFile,
+    /// Skipped: it is gone, because an earlier move of this project has brought it; the detail says
+    /// where it is.
+    MovedEarlier,
     /// Failed: the path below the source holds a ":".
     ColonInName,
     /// Failed: nothing says where in the cloud cache folder it goes.
@@ -121,6 +124,27 @@ enum class Remark
     Unexplained,
     /// In place, but a cancel came before its links were rewritten; the next import does it.
     LinksNotRewritten,
+};
+
+/// Why the source of a file stays that a move was to delete.
+enum class SourceStays
+{
+    /// It does not, or no move was asked for. Also of a file that failed: its line says enough.
+    No,
+    /// Something that it links, directly or through others, is not in order.
+    LinkNotInOrder,
+    /// Its own copy is not: it is to be replaced, or its links are to be read or rewritten.
+    CopyNotInOrder,
+    /// What stands there was kept, or was changed, and holds something else.
+    CopyDiffers,
+    /// A source that stays links it, and would lead nowhere.
+    Linked,
+    /// A registration file is broken: nobody knows whether it holds links.
+    PluginBroken,
+    /// The job was cancelled, or could not be recorded.
+    NotCompleted,
+    /// It changed since it was read, is its own copy, or the system refused; a problem tells.
+    NotDeleted,
 };
 
 /// Why a file is part of the import.
@@ -168,8 +192,10 @@ struct PlannedFile
     /// With a remark: the pattern that excludes, the file in the way.
     QString detail;
     Origin origin = Origin::Selected;
-    /// The source is deleted after copying.
+    /// The source is deleted after copying; or why it will not be, and because of which other file.
     bool deletesSource = false;
+    SourceStays sourceStays = SourceStays::No;
+    QString staysFor;
     /// It comes along through a link, and lies outside the project: the folder that holds the
     /// selection, or the version-controlled folder around it.
     bool outside = false;

@@ -21,7 +21,8 @@ class CORSYNCJOBS_EXPORT Session
 public:
     /// `pluginFolders` hold registration files and libraries of plug-ins; they are searched before
     /// the default folders. Throws JobError: SettingsRefused without a cloud cache folder,
-    /// SessionTaken, PluginFolderMissing, NoCloudFolder, DatabaseNotOpened.
+    /// SessionTaken, PluginFolderMissing, NoCloudFolder, DatabaseNotOpened,
+    /// DatabaseDamaged.
     explicit Session(const SyncServices::ServicesSettings& settings,
                      const QStringList& pluginFolders = {}, SessionUse use = SessionUse::Import);
     /// A session that leaves no trace, for reading links and listing plug-ins: its cloud cache

@@ -127,4 +127,29 @@ TEST_F(ImportThatFails, ADatabaseThatIsNoneEndsTheJobBeforeItBegins)
     EXPECT_EQ(tree.Read(u"sync.db"_s), QByteArray(8192, 'x'));
 }
 
+TEST_F(ImportThatFails, ADamagedDatabaseIsToldBeforeAnythingIsCopied)
+{
+    tree.File(u"work/a.tlk"_s, "link 1 b.tlk\n").File(u"work/b.tlk"_s);
+    ASSERT_EQ(Import({u"a.tlk"_s}).exitCode, 0);
+    QByteArray database = tree.Read(u"sync.db"_s);
+    // The page after the first, whose tables and indexes every database has.
+    const qsizetype page = 4096;
+    ASSERT_GT(database.size(), 2 * page);
+    tree.File(u"sync.db"_s, database.replace(page, 512, QByteArray(512, '\0')))
+        .File(u"work/b.tlk"_s, "changed\n");
+    const FileTree::Snapshot before = Cloud();
+    const CommandResult result = Import({u"a.tlk"_s});
+    EXPECT_EQ(result.exitCode, 7) << ::testing::PrintToString(result);
+    EXPECT_TRUE(
+        result.err.contains(u"the sync database %1 is damaged: "_s.arg(tree.Path(u"sync.db"_s))))
+        << ::testing::PrintToString(result);
+    EXPECT_EQ(Cloud(), before);
+
+    // As the line says.
+    ASSERT_TRUE(QFile::rename(tree.Path(u"sync.db"_s), tree.Path(u"aside.db"_s)));
+    const CommandResult again = Import({u"a.tlk"_s, u"--linked-collisions"_s, u"replace"_s});
+    EXPECT_EQ(again.exitCode, 0) << ::testing::PrintToString(again);
+    EXPECT_EQ(tree.Read(u"cloud/b.tlk"_s), "changed\n");
+}
+
 } // namespace Halvern::Test

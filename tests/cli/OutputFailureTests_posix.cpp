@@ -101,7 +101,8 @@ TEST_F(BrokenOutput, ThatIsClosedLetsNoPluginPrintIntoAFile)
     RegisterTestTalker(tree, u"plugins"_s);
     tree.File(u"work/a.tlk"_s, "link 1 b.talk\n").File(u"work/b.talk"_s, "words\n");
     for (const QList<int>& closed : {QList<int>{2}, QList<int>{0, 2}, QList<int>{0, 1, 2}}) {
-        RunWith(Closed(closed), ImportArguments({u"a.tlk"_s, u"--log-file"_s, u"log"_s}));
+        RunWith(Closed(closed), ImportArguments({u"a.tlk"_s, u"--isolate"_s, u"never"_s,
+                                                 u"--log-file"_s, u"log"_s}));
         for (const QString& file : {u"sync.db"_s, u"cloud/b.talk"_s, u"work/log"_s})
             EXPECT_FALSE(tree.Read(file).contains("cerr: ")) << file.toStdString();
         EXPECT_EQ(Import({u"a.tlk"_s}).exitCode, 0);

@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A plug-in that prints.
+/// A plug-in that prints, in the same process.
 class TalkingPlugin : public CommandFixture
 {
 protected:
@@ -21,7 +21,8 @@ protected:
     CommandResult Links(const QStringList& arguments) const
     {
         return Run(QStringList{u"links"_s, u"--plugin-path"_s, tree.Path(u"plugins"_s),
-                               u"--plugin-path"_s, TestPluginFolder(), u"a.talk"_s} +
+                               u"--plugin-path"_s, TestPluginFolder(), u"--isolate"_s, u"never"_s,
+                               u"a.talk"_s} +
                    arguments);
     }
 };

@@ -27,8 +27,9 @@ protected:
 
     QStringList LinksArguments(const QStringList& files) const
     {
-        return QStringList{u"links"_s, u"--plugin-path"_s, tree.Path(u"plugins"_s),
-                           u"--plugin-path"_s, TestPluginFolder()} +
+        return QStringList{u"links"_s,         u"--plugin-path"_s, tree.Path(u"plugins"_s),
+                           u"--plugin-path"_s, TestPluginFolder(), u"--isolate"_s,
+                           u"never"_s} +
                files;
     }
 

@@ -219,6 +219,16 @@ TEST(ExcludeRules, AreNoneInAFileThatIsNoUtf8)
     EXPECT_FALSE(rules.Match(u"a"_s, false));
 }
 
+TEST(ExcludeRules, OfAFileAreAtFaultWhereALineCanMatchNothing)
+{
+    EXPECT_EQ(ExcludeRules::FaultIn("# [a\n\n*.bak\r\n[a]\n**/\n..a\n"), QString());
+    EXPECT_EQ(ExcludeRules::FaultIn("a\xFF\n"), u"no UTF-8"_s);
+    for (const QByteArray pattern : {"[a", "!", "/", "!/", "a//b", "a\\", "./a", "a/..", "[[:x:]]"})
+        EXPECT_EQ(
+            ExcludeRules::FaultIn("a\n\n" + pattern + "\r\nb\n"),
+            u"line 3: the pattern \"%1\" can match nothing"_s.arg(QString::fromUtf8(pattern)));
+}
+
 TEST(ExcludeRules, OfTheImportAreNoLinesOfAFile)
 {
     const ExcludeRules rules({u"#recycle"_s, u"a "_s, QString()});

@@ -16,7 +16,9 @@ namespace {
 class LinksOfFiles : public JobsFixture
 {
 protected:
-    LinksOfFiles() : temporary(Session::Temporary(PluginFolders())) {}
+    LinksOfFiles()
+        : temporary(Session::Temporary(PluginFolders(), {Jobs::PluginIsolationMode::Never}))
+    {}
 
     /// "missing lost/c.tlk -> /tree/work/lost/c.tlk"
     static QStringList Lines(const LinksOfFile& result)

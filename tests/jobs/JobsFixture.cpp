@@ -48,6 +48,8 @@ SyncServices::ServicesSettings JobsFixture::Settings() const
     SyncServices::ServicesSettings settings;
     settings.cloudCacheFolder = tree.Path(u"cloud"_s);
     settings.databaseFile = tree.Path(u"sync.db"_s);
+    // Plug-ins take orders from the test; and its program is not the product's.
+    settings.isolatePlugins = u"never"_s;
     return settings;
 }
 

@@ -122,7 +122,7 @@ TEST_F(SessionOfAHost, ReadsLinksAndChangesNothing)
     TakeGardenShed();
     const FileTree::Snapshot before = tree.Contents();
     {
-        const auto temporary = Session::Temporary(PluginFolders());
+        const auto temporary = Session::Temporary(PluginFolders(), {PluginIsolationMode::Never});
         const LinksOfFile scene =
             ReadLinks(*temporary, {tree.Path(u"work/shed/scene/Shed.gltf"_s)}).first();
         ASSERT_EQ(scene.links.size(), 12);
@@ -142,7 +142,7 @@ TEST_F(SessionOfAHost, ReadsLinksAndChangesNothing)
 TEST_F(SessionOfAHost, LeavesOutTheLinksOfFilesThatACancelCameBefore)
 {
     tree.File(u"work/a.tlk"_s, "link 1 b.tlk\n");
-    const auto temporary = Session::Temporary(PluginFolders());
+    const auto temporary = Session::Temporary(PluginFolders(), {PluginIsolationMode::Never});
     CancelToken token;
     token.Cancel();
     EXPECT_TRUE(ReadLinks(*temporary, {tree.Path(u"work/a.tlk"_s)}, &token).isEmpty());

@@ -123,4 +123,63 @@ TEST_F(Exclusions, AFileThatIsGivenByItsNameIsNotExcludedByABuiltInPattern)
         << ::testing::PrintToString(report);
 }
 
+TEST_F(Exclusions, APatternThatCanMatchNothingIsAUsageErrorThatNamesIt)
+{
+    for (const QString& pattern : {u"[abc"_s, u""_s, u"!"_s, u"/"_s, u"!/"_s, u"a//b"_s, u"a\\"_s,
+                                   u"./out"_s, u"../out"_s, u"[[:none:]]"_s}) {
+        const CommandResult result =
+            Import({u"proj"_s, u"--exclude"_s, u"*.bak"_s, u"--exclude"_s, pattern});
+        EXPECT_EQ(result.exitCode, 2) << pattern.toStdString();
+        EXPECT_EQ(result.err, u"corsync: the pattern \"%1\" can match nothing\n"_s.arg(pattern));
+        EXPECT_FALSE(tree.Exists(u"cloud/proj"_s));
+    }
+    for (const QString& pattern :
+         {u"*"_s, u"**"_s, u"**/"_s, u".*"_s, u"..a"_s, u"[a]"_s, u"\\!a"_s})
+        EXPECT_EQ(Import({u"proj"_s, u"-n"_s, u"--exclude"_s, pattern}).exitCode, 0)
+            << pattern.toStdString();
+}
+
+TEST_F(Exclusions, OfAFileThatHoldsNoPatternOnALineNothingOfItsFolderIsTaken)
+{
+    tree.File(u"work/proj/sub/.corsyncignore"_s, "# comment\n\n*.bak\n[abc\n");
+    for (const QStringList& options : {QStringList(), QStringList{u"--move"_s}}) {
+        const ImportReport report = Report(QStringList{u"proj"_s} + options);
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.StatusOf(u"work/proj/sub/.corsyncignore"_s), u"failed"_s);
+        EXPECT_EQ(report.Of(u"work/proj/sub/.corsyncignore"_s).reason,
+                  u"it could not be read: line 4: the pattern \"[abc\" can match nothing; nothing "
+                  "of its folder is imported"_s);
+        EXPECT_EQ(tree.Contents(u"cloud/proj"_s).keys().filter(u"sub/"_s), QStringList{u"sub/"_s});
+        EXPECT_TRUE(tree.Exists(u"work/proj/sub/c.bak"_s));
+    }
+}
+
+TEST_F(Exclusions, WhatIsGivenByItsNameIsTakenThoughItsFolderIsGivenToo)
+{
+    tree.File(u"work/proj/m.blend1"_s)
+        .File(u"work/proj/n.blend1"_s)
+        .File(u"work/proj/.git/config"_s)
+        .File(u"work/proj/.git/HEAD"_s)
+        .File(u"work/proj/.git/hooks/pre"_s);
+    for (int run = 0; run < 2; ++run) {
+        const ImportReport report =
+            Report({u"proj"_s, u"proj/m.blend1"_s, u"proj/b.bak"_s, u"proj/.git/config"_s,
+                    u"proj/.git/hooks"_s, u"--exclude"_s, u"*.bak"_s});
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.StatusOf(u"work/proj/n.blend1"_s), u"skipped"_s);
+        EXPECT_EQ(tree.Contents(u"cloud"_s).keys(),
+                  (QStringList{u"proj/.git/config"_s, u"proj/.git/hooks/pre"_s, u"proj/a.txt"_s,
+                               u"proj/b.bak"_s, u"proj/m.blend1"_s, u"proj/out/big.txt"_s,
+                               u"proj/sub/out/deep.txt"_s}));
+    }
+}
+
+TEST_F(Exclusions, WhatIsGivenByItsNameIsMovedAndNothingElseOfItsFolder)
+{
+    tree.File(u"work/proj/.git/config"_s).File(u"work/proj/.git/HEAD"_s);
+    EXPECT_EQ(Report({u"proj"_s, u"proj/.git/config"_s, u"--move"_s}).exitCode, 0);
+    EXPECT_EQ(tree.Contents(u"work/proj"_s).keys(), QStringList{u".git/HEAD"_s});
+    EXPECT_TRUE(tree.Exists(u"cloud/proj/.git/config"_s));
+}
+
 } // namespace Halvern::Test

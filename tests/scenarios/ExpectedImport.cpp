@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 ExpectedImport::ExpectedImport(const FileTree& tree, const ImportStep& step,
                                const QMap<QString, QString>& moved)
-    : m_tree(tree), m_moved(moved)
+    : m_tree(tree), m_step(step), m_moved(moved)
 {
     for (const QString& source : step.sources)
         Select(u"work/"_s + source, step);
@@ -57,7 +57,7 @@ void ExpectedImport::Read(const QString& path, const ImportStep& step)
     file.isUnreadable = !(info.permissions() & QFile::ReadOwner);
     if (file.isFollowed)
         for (const QString& text : LinksIn(path, file.content))
-            file.links.append(Resolve(path, text, step));
+            file.links.append(Resolve(path, text));
 }
 
 QStringList ExpectedImport::NewLinksOf(const QString& path)
@@ -111,8 +111,7 @@ bool ExpectedImport::IsAllowed(const QString& whole, const ImportStep& step) con
     });
 }
 
-ExpectedLink ExpectedImport::Resolve(const QString& file, const QString& text,
-                                     const ImportStep& step) const
+ExpectedLink ExpectedImport::Resolve(const QString& file, const QString& text) const
 {
     ExpectedLink link;
     link.text = text;
@@ -132,9 +131,9 @@ ExpectedLink ExpectedImport::Resolve(const QString& file, const QString& text,
     link.file = whole.startsWith(root) ? whole.mid(root.size()) : whole;
     if (!QFileInfo(whole).isFile())
         link.kind = m_moved.contains(link.file) ? ExpectedLink::Moved : ExpectedLink::Dead;
-    else if (link.file.startsWith(u"home/."_s) || !IsAllowed(whole, step))
+    else if (link.file.startsWith(u"home/."_s) || !IsAllowed(whole, m_step))
         link.kind = ExpectedLink::Refused;
-    else if (step.excludesBackups && step.sources.contains(u"proj"_s) &&
+    else if (m_step.excludesBackups && m_step.sources.contains(u"proj"_s) &&
              link.file.startsWith(u"work/proj/"_s) && link.file.endsWith(u".bak"_s))
         link.kind = ExpectedLink::Excluded;
     return link;

@@ -68,13 +68,14 @@ public:
     bool HasBlindFiles() const;
     /// Every file that can be reached through links, with itself.
     QStringList LinkTree(const QString& file) const;
+    /// Where a link of a file leads.
+    ExpectedLink Resolve(const QString& file, const QString& text) const;
 
 private:
     void Select(const QString& path, const ImportStep& step);
     void Follow(const ImportStep& step);
     void Read(const QString& path, const ImportStep& step);
     QStringList NewLinksOf(const QString& path);
-    ExpectedLink Resolve(const QString& file, const QString& text, const ImportStep& step) const;
     bool IsAllowed(const QString& whole, const ImportStep& step) const;
     bool Has(ExpectedLink::Kind kind) const;
     /// 0 when there is no such file.
@@ -82,6 +83,7 @@ private:
     bool HasTwinOf(const QString& file) const;
 
     const FileTree& m_tree;
+    const ImportStep m_step;
     QMap<QString, ExpectedFile> m_files;
     QStringList m_leftOut;
     QStringList m_refused;

@@ -7,6 +7,7 @@
 #include <QtCore/QRegularExpression>
 
 #include <algorithm>
+#include <utility>
 
 namespace Halvern::Test {
 
@@ -17,6 +18,8 @@ namespace {
 /// The copy is there, and stands for the source as it is now.
 const QStringList Current{u"copied"_s,   u"moved"_s,   u"updated"_s,
                           u"replaced"_s, u"renamed"_s, u"unchanged"_s};
+/// Likewise, or something else stands there.
+const QStringList HasCopy = Current + QStringList{u"kept"_s, u"left"_s};
 /// A file is there, and is none of this import's business.
 const QStringList Untouched{u"kept"_s, u"left"_s};
 
@@ -533,48 +536,103 @@ void ImportChecks::CheckExitCode(const ImportReport& report)
         expected = 1;
     if (m_expected.HasRefusedLinks())
         expected = 8;
-    // A copy that may not be relinked, or a source that stays for it, may count as a failure.
+    // A move that left a source is not complete.
     const bool staysBehind =
         m_step.move && std::any_of(report.files.begin(), report.files.end(), [&](const auto& file) {
-            return m_expected.Files().value(file.source).isSelected && !file.sourceDeleted;
+            return m_expected.Files().value(file.source).isSelected && !file.sourceDeleted &&
+                   HasCopy.contains(file.status);
         });
-    const bool mayBeIncomplete = staysBehind || statuses.contains(u"left"_s) ||
-                                 statuses.contains(u"kept"_s) || HasObstacles();
+    if (staysBehind && expected != 8)
+        expected = 1;
+    // A copy that may not be relinked may count as a failure.
+    const bool mayBeIncomplete =
+        statuses.contains(u"left"_s) || statuses.contains(u"kept"_s) || HasObstacles();
     const bool isFree = m_expected.HasBlindFiles() && (report.exitCode != 0 || expected == 0);
     if (report.exitCode != expected && !isFree &&
         !(mayBeIncomplete && report.exitCode == 1 && expected != 8))
         Wrong(u"exit code %1 instead of %2"_s.arg(report.exitCode).arg(expected));
 }
 
+bool ImportChecks::IsComplete(const ImportReport& report, const QString& source) const
+{
+    static const QStringList fine = Current + QStringList{u"in-place"_s};
+    const QStringList tree = m_expected.LinkTree(source);
+    return std::all_of(tree.begin(), tree.end(), [&](const QString& path) {
+        const QList<ExpectedLink> links = m_expected.Files().value(path).links;
+        return fine.contains(LineOf(report, path).status) &&
+               std::all_of(links.begin(), links.end(), [](const ExpectedLink& link) {
+                   return link.kind != ExpectedLink::Dead && link.kind != ExpectedLink::Refused &&
+                          link.kind != ExpectedLink::Excluded;
+               });
+    });
+}
+
+/// Where the links of a file lead, as they stand on the disk.
+QStringList ImportChecks::LinkedBy(const QString& source) const
+{
+    QStringList linked;
+    for (const QString& text : LinksIn(source, SourceStamp(source).content))
+        linked.append(m_expected.Resolve(source, text).file);
+    return linked;
+}
+
+/// The sources that are there after the move: those that are only linked, those that are not in
+/// order, and what one of them links. When others count, what sources of earlier imports link.
+QStringList ImportChecks::SourcesThatStay(const ImportReport& report, bool othersCount) const
+{
+    const QString root = m_tree.Path() + u'/';
+    QStringList staying;
+    for (const CopyKey& key : m_records.keys())
+        if (othersCount && Before(key.source).kind != "none" &&
+            !m_expected.Files().contains(key.source))
+            for (const QString& linked : LinkedBy(key.source))
+                if (m_expected.Files().contains(linked) && !staying.contains(linked))
+                    staying.append(linked);
+    for (auto it = m_expected.Files().begin(); it != m_expected.Files().end(); ++it)
+        if (!it->isSelected || !IsComplete(report, it.key()))
+            staying.append(it.key());
+    for (qsizetype at = 0; at < staying.size(); ++at) {
+        QStringList linked;
+        for (const ExpectedLink& link : m_expected.Files().value(staying.at(at)).links)
+            linked.append(link.file);
+        if (const FileStamp stamp = Before(staying.at(at)); stamp.kind == "link")
+            linked.append(QString::fromUtf8(stamp.content).remove(root));
+        for (const QString& path : std::as_const(linked))
+            if (m_expected.Files().contains(path) && !staying.contains(path))
+                staying.append(path);
+    }
+    return staying;
+}
+
 void ImportChecks::CheckMove(const ImportReport& report)
 {
     if (!m_step.move)
         return;
-    const QStringList fine = Current + QStringList{u"in-place"_s};
+    const QStringList staying = SourcesThatStay(report, false);
+    const QStringList mayStay = SourcesThatStay(report, true);
     for (auto it = m_expected.Files().begin(); it != m_expected.Files().end(); ++it) {
         if (!it->isSelected)
             continue;
-        const QStringList tree = m_expected.LinkTree(it.key());
-        const bool isComplete = std::all_of(tree.begin(), tree.end(), [&](const QString& path) {
-            const QList<ExpectedLink> links = m_expected.Files().value(path).links;
-            return fine.contains(LineOf(report, path).status) &&
-                   std::all_of(links.begin(), links.end(), [](const ExpectedLink& link) {
-                       return link.kind != ExpectedLink::Dead &&
-                              link.kind != ExpectedLink::Refused &&
-                              link.kind != ExpectedLink::Excluded;
-                   });
-        });
-        const bool isBlind = std::any_of(tree.begin(), tree.end(), [&](const QString& path) {
-            return m_expected.Files().value(path).isBlind;
-        });
+        const QStringList linkTree = m_expected.LinkTree(it.key());
         // Links that could not be read cannot be missing.
-        if (isBlind)
+        if (std::any_of(linkTree.begin(), linkTree.end(), [&](const QString& path) {
+                return m_expected.Files().value(path).isBlind;
+            }))
             continue;
         const bool isDeleted = After(it.key()).kind == "none";
-        if (isDeleted && !isComplete)
-            Wrong(u"deleted, though something that it links is not in order: "_s + it.key());
-        if (!isDeleted && isComplete)
+        const bool stays = staying.contains(it.key());
+        const QString why = IsComplete(report, it.key())
+                                ? u"what stays links it: "_s
+                                : u"something that it links is not in order: "_s;
+        if (isDeleted && stays)
+            Wrong(u"deleted, though "_s + why + it.key());
+        if (!isDeleted && !mayStay.contains(it.key()))
             Wrong(u"not deleted, though all is in order: "_s + it.key());
+        const ReportedFile line = report.Of(it.key());
+        if (!isDeleted && line.status == u"moved"_s)
+            Wrong(u"moved, but it is still there: "_s + it.key());
+        if (!isDeleted && HasCopy.contains(line.status) && line.sourceStays.isEmpty())
+            Wrong(u"not said to stay: "_s + it.key());
     }
 }
 

@@ -97,6 +97,9 @@ private:
     bool LeadsToAnEarlierCopy(const QString& source, const QString& resolved) const;
     bool AreLinksDue(const ImportReport& report, const ReportedFile& line) const;
     void CheckExitCode(const ImportReport& report);
+    bool IsComplete(const ImportReport& report, const QString& source) const;
+    QStringList LinkedBy(const QString& source) const;
+    QStringList SourcesThatStay(const ImportReport& report, bool othersCount) const;
     void CheckMove(const ImportReport& report);
     void CheckLeftovers();
 

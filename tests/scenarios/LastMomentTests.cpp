@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QFile>
+
 #include <functional>
 #include <optional>
 #include <utility>
@@ -30,6 +32,21 @@ public:
     {
         if (m_action)
             std::exchange(m_action, nullptr)();
+    }
+
+private:
+    std::function<void()> m_action;
+};
+
+/// Does something when all is copied, and nothing is deleted yet.
+class BeforeTheDeletion : public IJobObserver
+{
+public:
+    explicit BeforeTheDeletion(std::function<void()> action) : m_action(std::move(action)) {}
+    void PhaseBegun(Phase phase, qint64) override
+    {
+        if (phase == Phase::Recording)
+            m_action();
     }
 
 private:
@@ -158,6 +175,54 @@ TEST_F(LastMoment, ASourceThatIsSavedWhileOthersAreCopiedIsNotDeletedByAMove)
     Execute([] {}, &observer);
     EXPECT_TRUE(Stamp(u"work/proj/a.txt"_s).content == "saved meanwhile" ||
                 Stamp(u"cloud/proj/a.txt"_s).content == "saved meanwhile");
+}
+
+TEST_F(LastMoment, ASourceThatIsSavedBeforeTheDeletionStaysThoughSizeAndTimeAreTheSame)
+{
+    request.move = true;
+    const QString source = u"work/proj/b.txt"_s;
+    const qint64 time = ModifiedNanoseconds(tree.Path(source));
+    // Once in its place, once as a new file under its name.
+    for (const bool isNew : {false, true}) {
+        const QByteArray content = isNew ? "N" : "S";
+        BeforeTheDeletion observer([&] {
+            if (isNew) {
+                tree.File(u"work/new.txt"_s, content).Remove(source);
+                ASSERT_TRUE(QFile::rename(tree.Path(u"work/new.txt"_s), tree.Path(source)));
+            } else {
+                tree.File(source, content);
+            }
+            SetModifiedNanoseconds(tree.Path(source), time);
+        });
+        const JobResult result = Execute([] {}, &observer);
+        EXPECT_EQ(tree.Read(source), content);
+        const FileResult b = Of(result, u"b.txt"_s);
+        EXPECT_EQ(b.sourceStays, SourceStays::NotDeleted);
+        EXPECT_NE(b.outcome, Outcome::Moved);
+        EXPECT_TRUE(b.IsProblem());
+        EXPECT_FALSE(b.sourceDeleted);
+        // Its copy has what it had, and what links it goes.
+        EXPECT_EQ(tree.Exists(u"work/proj/top.tlk"_s), false);
+        tree.File(u"work/proj/top.tlk"_s, "link 1 b.txt\n").File(source, "b");
+        SetModifiedNanoseconds(tree.Path(source), time);
+        tree.Remove(u"cloud/proj"_s);
+    }
+}
+
+TEST_F(LastMoment, WhatASourceLinksThatIsSavedBeforeTheDeletionStays)
+{
+    request.move = true;
+    BeforeTheDeletion observer([&] { tree.File(u"work/proj/top.tlk"_s, "link 1 b.txt\nmore\n"); });
+    const JobResult result = Execute([] {}, &observer);
+    EXPECT_EQ(Of(result, u"top.tlk"_s).sourceStays, SourceStays::NotDeleted);
+    EXPECT_EQ(Of(result, u"b.txt"_s).sourceStays, SourceStays::Linked);
+    EXPECT_EQ(Of(result, u"b.txt"_s).staysFor, tree.Path(u"work/proj/top.tlk"_s));
+    EXPECT_EQ(Of(result, u"b.txt"_s).outcome, Outcome::Copied);
+    EXPECT_EQ(Of(result, u"a.txt"_s).outcome, Outcome::Moved);
+    EXPECT_TRUE(tree.Exists(u"work/proj/b.txt"_s));
+    EXPECT_FALSE(tree.Exists(u"work/proj/a.txt"_s));
+    EXPECT_EQ(Execute([] {}).summary.filesWithProblems, 0);
+    EXPECT_FALSE(tree.Exists(u"work/proj"_s));
 }
 
 TEST_F(LastMoment, ATargetFolderThatVanishesIsMadeAgainOrItsFilesFail)

@@ -72,4 +72,16 @@ TEST_F(SymbolicLinksInASelection, AFileThatIsReachedThroughALinkedFolderComesFor
     EXPECT_FALSE(tree.Exists(u"cloud/proj/lib/deep/y.txt"_s));
 }
 
+TEST_F(SymbolicLinksInASelection, WhatIsGivenBehindALinkedFolderIsTakenThoughTheLinkIsNotFollowed)
+{
+    Link(u"work/proj/one"_s, u"outside"_s);
+    const auto outside = Stamps(u"outside"_s);
+    const ImportReport report = Report({u"proj"_s, u"proj/one/x.txt"_s, u"--move"_s});
+    EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.Of(u"work/proj/one/x.txt"_s).sourceStays, u"not-deleted"_s);
+    EXPECT_EQ(tree.Contents(u"cloud/proj"_s),
+              (FileTree::Snapshot{{u"a.txt"_s, "a"}, {u"one/x.txt"_s, "x"}}));
+    EXPECT_EQ(Stamps(u"outside"_s), outside);
+}
+
 } // namespace Halvern::Test

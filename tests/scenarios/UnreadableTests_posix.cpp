@@ -150,6 +150,36 @@ TEST_F(Unreadable, ASourceThatCannotBeDeletedAfterAMoveIsSaid)
     EXPECT_NE(report.exitCode, 0) << ::testing::PrintToString(report);
     EXPECT_EQ(tree.Read(u"work/proj/good.txt"_s), "good");
     EXPECT_EQ(tree.Read(u"cloud/proj/good.txt"_s), "good");
+    EXPECT_EQ(report.StatusOf(u"work/proj/good.txt"_s), u"copied"_s);
+}
+
+TEST_F(Unreadable, ASourceThatCannotBeDeletedSaysWhyAndNotThatItsLinksAreNotInOrder)
+{
+    tree.File(u"work/proj/top.tlk"_s, "link 1 good.txt\n");
+    Close(u"work/proj"_s, 0555);
+    const ImportReport report = ImportPoorly({u"proj"_s, u"--move"_s});
+    EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+    const ReportedFile top = report.Of(u"work/proj/top.tlk"_s);
+    EXPECT_EQ(top.sourceStays, u"not-deleted"_s);
+    EXPECT_EQ(top.reason, u"The source could not be deleted: proj/top.tlk: Permission denied"_s);
+    SetMode(u"work/proj"_s, 0755);
+    EXPECT_EQ(Report({u"proj"_s, u"--move"_s}).exitCode, 0);
+    EXPECT_FALSE(tree.Exists(u"work/proj"_s));
+}
+
+TEST_F(Unreadable, WhatASourceLinksThatCannotBeDeletedStaysWithIt)
+{
+    tree.File(u"work/closed/top.tlk"_s, "link 1 ../proj/sub.tlk\n")
+        .File(u"work/proj/sub.tlk"_s, "link 1 good.txt\n")
+        .File(u"work/proj/free.txt"_s, "free");
+    Close(u"work/closed"_s, 0555);
+    const ImportReport report = ImportPoorly({u"proj"_s, u"closed"_s, u"--move"_s});
+    EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.Of(u"work/closed/top.tlk"_s).sourceStays, u"not-deleted"_s);
+    EXPECT_EQ(report.Of(u"work/proj/sub.tlk"_s).sourceStays, u"linked"_s);
+    EXPECT_EQ(report.Of(u"work/proj/good.txt"_s).sourceStays, u"linked"_s);
+    EXPECT_EQ(report.StatusOf(u"work/proj/good.txt"_s), u"copied"_s);
+    EXPECT_EQ(tree.Contents(u"work/proj"_s).keys(), (QStringList{u"good.txt"_s, u"sub.tlk"_s}));
 }
 
 } // namespace Halvern::Test

@@ -41,6 +41,16 @@ Mount Mount::Small(const QString& folder, int bytes)
     return mount;
 }
 
+Mount Mount::Bind(const QString& folder, const QString& other)
+{
+    Mount mount;
+    if (Check(::mount(QFile::encodeName(other).constData(), QFile::encodeName(folder).constData(),
+                      nullptr, MS_BIND, nullptr),
+              folder))
+        mount.m_folder = folder;
+    return mount;
+}
+
 Mount Mount::ReadOnly(const QString& folder)
 {
     Mount mount;

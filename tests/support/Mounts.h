@@ -13,6 +13,8 @@ class Mount
 public:
     /// An empty file system in memory with room for `bytes`.
     static Mount Small(const QString& folder, int bytes);
+    /// What is below `other`, at `folder` as well.
+    static Mount Bind(const QString& folder, const QString& other);
     /// What is below `folder`, not to be written.
     static Mount ReadOnly(const QString& folder);
 

@@ -65,7 +65,9 @@ ImportReport ScenarioFixture::ReportOf(const CommandResult& result) const
         if (event == u"file")
             report.files.append({line[u"status"].toString(), relative(line[u"source"]),
                                  relative(line[u"target"]), line[u"reason"].toString(),
-                                 line[u"outside"].toBool(), line[u"moved"].toBool()});
+                                 line[u"outside"].toBool(), line[u"moved"].toBool(),
+                                 line[u"remark"].toString(), line[u"sourceStays"].toString(),
+                                 relative(line[u"staysFor"])});
         else if (event == u"conflict")
             report.conflicts.append(line);
         else if (event == u"summary")

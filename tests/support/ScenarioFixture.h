@@ -17,6 +17,10 @@ struct ReportedFile
     QString reason;
     bool outside = false;
     bool sourceDeleted = false;
+    QString remark;
+    /// Why a move left the source, and because of which file.
+    QString sourceStays;
+    QString staysFor;
 };
 
 /// What an import told in JSON.
