@@ -45,6 +45,11 @@ bool NamesServer(std::u16string_view path) noexcept
     return IsUncPath(path) && path.size() > 2 && !IsSlash(path[2]);
 }
 
+bool NamesDevice(std::u16string_view path) noexcept
+{
+    return IsUncPath(path) && IsSlashAt(path, 3) && (path[2] == u'?' || path[2] == u'.');
+}
+
 bool IsShareRoot(std::u16string_view path) noexcept
 {
     if (!IsUncPath(path))

@@ -33,6 +33,8 @@ bool IsShareRoot(std::u16string_view path) noexcept;
 bool IsPosixAbsolutePath(std::u16string_view path, System system = ThisSystem) noexcept;
 /// Not relative: holds a ":" or is a network path; on POSIX also one that begins with "/".
 bool IsAbsolutePath(std::u16string_view path, System system = ThisSystem) noexcept;
+/// On Windows a device, or a file by a path that is taken as it is written: "//./x", "//?/D:/x".
+bool NamesDevice(std::u16string_view path) noexcept;
 /// No ":" at index 2 or later; on POSIX also one that begins with one "/".
 bool IsLocalPath(std::u16string_view path, System system = ThisSystem) noexcept;
 /// A ":" at index 2 or later, as in "https://host/x", unless the path begins with "/".

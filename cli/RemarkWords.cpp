@@ -26,6 +26,8 @@ QString Sentence(Remark remark)
         return QStringLiteral("neither a file nor a folder");
     case Remark::Excluded:
         return QStringLiteral("excluded by a pattern");
+    case Remark::OwnRecord:
+        return QStringLiteral("it belongs to the sync database or the base store");
     case Remark::NotReadable:
         return QStringLiteral("it could not be read");
     case Remark::NameNotText:
@@ -111,6 +113,8 @@ QString NameOf(Remark remark)
         return QStringLiteral("no-file");
     case Remark::Excluded:
         return QStringLiteral("excluded");
+    case Remark::OwnRecord:
+        return QStringLiteral("own-record");
     case Remark::NotReadable:
         return QStringLiteral("not-readable");
     case Remark::NameNotText:

@@ -48,10 +48,7 @@ bool IsKey(const QString& path)
 /// On Windows: a pipe or a device, or a way around the rules on paths.
 bool NamesDevice(const QString& path)
 {
-    // QDir would drop the prefix that makes it one.
-    const QString slashes = QString(path).replace(u'\\', u'/');
-    return Base::ThisSystem == Base::System::Windows &&
-           (slashes.startsWith(u"//./") || slashes.startsWith(u"//?/"));
+    return Base::ThisSystem == Base::System::Windows && Base::NamesDevice(Base::Units(path));
 }
 
 } // namespace

@@ -22,7 +22,8 @@ Closure::Closure(JobState& job, JobControl& control, LinkReader& reader, Boundar
     : m_job(job), m_control(control), m_reader(reader), m_boundary(boundary), m_copies(copies)
 {
     for (qsizetype i = 0; i < job.leftOut.size(); ++i)
-        if (job.leftOut.at(i).remark == Remark::Excluded)
+        if (job.leftOut.at(i).remark == Remark::Excluded ||
+            job.leftOut.at(i).remark == Remark::OwnRecord)
             m_excluded.insert(PathKey(job.leftOut.at(i).source), i);
 }
 
@@ -198,7 +199,7 @@ JobFile Closure::Linked(const QString& path)
     else if (file.status.kind != Base::FileKind::File)
         file.End(Outcome::Skipped, Remark::NoFile);
     else if (const LeftOutItem* item = ExcludedBy(path))
-        file.End(Outcome::Skipped, Remark::Excluded, item->detail);
+        file.End(Outcome::Skipped, item->remark, item->detail);
     return file;
 }
 

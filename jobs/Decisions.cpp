@@ -102,6 +102,7 @@ Decisions::Decisions(JobState& job, JobControl& control, LinkReader& reader, Lay
 bool Decisions::Make(const Answers& answers)
 {
     m_answers = answers;
+    m_asideTargets.clear();
     m_layout.TakeTargets();
     for (JobFile& file : m_job.files) {
         file.isPending = false;
@@ -133,7 +134,7 @@ bool Decisions::IsCutOff(const QString& target) const
 void Decisions::PlaceByRecords()
 {
     for (JobFile& file : m_job.files) {
-        if (!HasTarget(file) || file.keepsTarget || file.target == file.source)
+        if (!HasTarget(file) || file.keepsTarget || file.StaysInPlace())
             continue;
         const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
         if (!record || !ExistsOnDisk(record->target) || IsCutOff(record->target))
@@ -142,6 +143,8 @@ void Decisions::PlaceByRecords()
         if (!file.isSelected || QFileInfo(record->target).path() == QFileInfo(file.target).path())
             file.target = record->target;
     }
+    for (auto it = m_asideTargets.begin(); it != m_asideTargets.end(); ++it)
+        m_job.files.At(it.key()).target = it.value();
     if (!m_job.request.selfContained)
         ShareCopies();
 }
@@ -149,7 +152,7 @@ void Decisions::PlaceByRecords()
 /// A copy of another project that is as it was made, from a source that is as it was.
 const CopyRecord* Decisions::CopyElsewhere(const JobFile& file) const
 {
-    if (!HasTarget(file) || file.isSelected || file.keepsTarget || file.target == file.source ||
+    if (!HasTarget(file) || file.isSelected || file.keepsTarget || file.StaysInPlace() ||
         m_copies.OfProject(file.source, m_job.target))
         return nullptr;
     for (const CopyRecord* record : m_copies.OfSource(file.source)) {
@@ -173,12 +176,15 @@ bool Decisions::MayShare(const JobFile& file,
 {
     const CopyRecord& record = *shared.value(m_job.files.Find(file.source));
     return std::all_of(file.links.begin(), file.links.end(), [&](const JobLink& link) {
+        // What this project has moved another one may have missed.
+        if (link.member >= 0 && m_job.files.At(link.member).wasMoved)
+            return record.linkedTargets.contains(m_job.files.At(link.member).target);
         if (link.member < 0 || !HasTarget(m_job.files.At(link.member)))
             return true;
         const CopyRecord* linked = shared.value(link.member);
         const QString place = linked ? linked->target : m_job.files.At(link.member).target;
         return record.linkedTargets.contains(place) &&
-               (linked || m_job.files.At(link.member).target == m_job.files.At(link.member).source);
+               (linked || m_job.files.At(link.member).StaysInPlace());
     });
 }
 
@@ -200,8 +206,8 @@ void Decisions::ShareCopies()
         m_job.files.At(it.key()).target = it.value()->target;
 }
 
-/// A layout does not know what stands in the way when it is asked first.
-bool Decisions::PlaceOtherwise()
+/// Files that cannot be where the layout wants them.
+QList<qsizetype> Decisions::FindStuck()
 {
     WorkOutLinks(m_job);
     TargetOwners owners(m_keys);
@@ -215,8 +221,47 @@ bool Decisions::PlaceOtherwise()
         if (isShared || (file.keepsTarget && IsStuck(file, m_threeWays.Of(file))))
             stuck.append(place);
     }
+    return stuck;
+}
+
+/// True when a file and all that must stay beside it have copies of this project that stand
+/// together, and nothing is in their way.
+bool Decisions::StaysAside(const Groups& groups, qsizetype stuck)
+{
+    const QList<qsizetype> group = groups.Of(stuck);
+    QHash<qsizetype, QString> targets;
+    for (const qsizetype place : group) {
+        JobFile file = m_job.files.At(place);
+        const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
+        if (!HasTarget(file) || file.isFolder || !record || !ExistsOnDisk(record->target) ||
+            IsCutOff(record->target))
+            return false;
+        const bool isFixed = file.isSelected && record->target != file.target;
+        file.target = record->target;
+        if (isFixed || IsStuck(file, m_threeWays.Of(file)))
+            return false;
+        targets.insert(place, record->target);
+    }
+    if (!groups.StayTogether(group, targets))
+        return false;
+    m_asideTargets.insert(targets);
+    return true;
+}
+
+/// A layout does not know what stands in the way when it is asked first.
+bool Decisions::PlaceOtherwise()
+{
+    QList<qsizetype> stuck = FindStuck();
     if (stuck.isEmpty())
         return true;
+    const Groups groups(m_job.files);
+    for (qsizetype i = stuck.size(); i-- > 0;)
+        if (m_asideTargets.contains(stuck.at(i)) || StaysAside(groups, stuck.at(i)))
+            stuck.removeAt(i);
+    if (stuck.isEmpty()) {
+        PlaceByRecords();
+        return true;
+    }
     QStringList before;
     for (const JobFile& file : m_job.files)
         before.append(file.target);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "CopyIndex.h"
+#include "Groups.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "Layout.h"
@@ -43,6 +44,8 @@ private:
     const CopyRecord* CopyElsewhere(const JobFile& file) const;
     void ShareCopies();
     bool PlaceOtherwise();
+    QList<qsizetype> FindStuck();
+    bool StaysAside(const Groups& groups, qsizetype stuck);
     bool IsStuck(const JobFile& file, Standing standing) const;
     void TakeInPlace(JobFile& file) const;
     bool Look();
@@ -69,6 +72,8 @@ private:
     const ThreeWays m_threeWays;
     TargetOwners m_owners;
     Answers m_answers;
+    /// Of files that must stay beside each other, and that an earlier import has put elsewhere.
+    QHash<qsizetype, QString> m_asideTargets;
     QHash<const JobFile*, Standing> m_standings;
     QList<Conflict> m_conflicts;
 };

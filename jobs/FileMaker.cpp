@@ -170,7 +170,7 @@ void FileMaker::Make(JobFile& file)
     }
     if (!Place(file, staged))
         return;
-    file.linksRewritten = staged.isRewritten;
+    file.linksRewritten = staged.isRewritten && file.outcome != Outcome::Unchanged;
     if (!file.isPending)
         return;
     file.remark = Remark::RewritePending;
@@ -212,13 +212,34 @@ bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged,
     QSet<QString> foundSets;
     for (const SyncServices::FileLink& link : std::as_const(links))
         foundSets.insert(SetOf(link));
-    const bool areAllFound =
-        std::all_of(asked.begin(), asked.end(), [&](const SyncServices::FileLink& link) {
-            const QString set = SetOf(link);
-            return found.contains(PathKey(ResolveLink(link.Path, file.target))) ||
-                   (!set.isEmpty() && foundSets.contains(set));
-        });
-    return areAllFound && placesOf(file.wantedLinks).contains(found);
+    LinkReader::Links unseen;
+    for (const SyncServices::FileLink& link : asked) {
+        const QString set = SetOf(link);
+        if (!found.contains(PathKey(ResolveLink(link.Path, file.target))) &&
+            (set.isEmpty() || !foundSets.contains(set)))
+            unseen.append(link);
+    }
+    return placesOf(file.wantedLinks).contains(found) && IsWrittenUnseen(staged, unseen);
+}
+
+/// Where a copy is made ready nothing stands as it will around its place, and a plug-in may take a
+/// link for another file's, or for one of an installed library. It is there when it can be written
+/// to lead elsewhere and back, and the file is then what it was.
+bool FileMaker::IsWrittenUnseen(const Staged& staged, const LinkReader::Links& links)
+{
+    if (links.isEmpty())
+        return true;
+    LinkReader::Links others = links;
+    for (SyncServices::FileLink& link : others)
+        link.Path = QStringLiteral("elsewhere/") + QFileInfo(link.Path).fileName();
+    const QByteArray written = StampOf(staged.text, true).hash;
+    m_control.Mute(true);
+    const bool isMoved = m_reader.Write(staged.text, others);
+    const QByteArray moved = StampOf(staged.text, true).hash;
+    const bool isBack = isMoved && m_reader.Write(staged.text, links);
+    m_control.Mute(false);
+    return isBack && !written.isEmpty() && !moved.isEmpty() && moved != written &&
+           StampOf(staged.text, true).hash == written;
 }
 
 /// The links of a copy stand in the order of its source, unless a plug-in finds others beside it:
@@ -237,7 +258,13 @@ bool FileMaker::RewritesFor(const JobFile& file, LinkReader::Links& links)
         link.Path = isInOrder ? file.wantedLinks.at(i).Path : wanted.value(link.RefId, link.Path);
         if (link.Path != stored.at(i).Path)
             links.append(link);
+        wanted.remove(link.RefId);
     }
+    // What the plug-in does not show beside other files is written as well when it has to change.
+    if (!isInOrder && file.record)
+        for (const SyncServices::FileLink& link : file.record->targetLinks)
+            if (wanted.contains(link.RefId) && wanted.value(link.RefId) != link.Path)
+                links.append({-1, link.RefId, wanted.value(link.RefId), {}});
     return true;
 }
 
@@ -390,6 +417,25 @@ Base::FileResult FileMaker::MoveAcross(const Staged& staged, const std::filesyst
                               : Base::FileResult::Failed(Base::PathToUtf8(target), result.Code());
 }
 
+/// Another import was faster: what has appeared at the target since the plan was made is what this
+/// one would have put there.
+bool FileMaker::Adopt(JobFile& file, const Staged& staged) const
+{
+    Base::FileStatus there;
+    if (file.deed != Deed::Copy || !m_cloud.Status(Below(file.target), there) ||
+        there.kind != Base::FileKind::File)
+        return false;
+    const QByteArray made =
+        staged.isRewritten ? StampOf(staged.text, true).hash : file.sourceStamp.hash;
+    const FileStamp found = StampOf(file.target, true);
+    if (made.isEmpty() || found.hash != made)
+        return false;
+    file.targetStamp = found;
+    file.End(Outcome::Unchanged);
+    file.isDone = true;
+    return true;
+}
+
 bool FileMaker::Place(JobFile& file, const Staged& staged)
 {
     const std::filesystem::path target = Below(file.target);
@@ -399,6 +445,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     const bool replaces = file.targetStatus.Exists() &&
                           (file.outcome != Outcome::Renamed || file.deed == Deed::Relink);
     if (result && there.Exists()) {
+        if (!(replaces && IsAsItWas(file.targetStatus, there)) && Adopt(file, staged))
+            return true;
         if (!replaces) {
             file.End(Outcome::Failed, Remark::TargetChanged);
             return false;
@@ -438,6 +486,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
         file.deed = Deed::Nothing;
         return true;
     }
+    if (result.Problem() == Base::FileProblem::NameTaken && Adopt(file, staged))
+        return true;
     if (result.Problem() == Base::FileProblem::NameTaken)
         file.End(Outcome::Failed, Remark::TargetChanged);
     else if (result.Problem() == Base::FileProblem::LeadsOutside)

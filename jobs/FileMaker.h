@@ -37,11 +37,13 @@ private:
     bool Take(JobFile& file, Staged& staged);
     bool WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links);
     bool HoldsLinks(const JobFile& file, const Staged& staged, const LinkReader::Links& asked);
+    bool IsWrittenUnseen(const Staged& staged, const LinkReader::Links& links);
     bool RewritesFor(const JobFile& file, LinkReader::Links& links);
     Base::FileResult MoveAcross(const Staged& staged, const std::filesystem::path& target,
                                 bool replaces) const;
     void WriteOtherLinks(JobFile& file, const std::filesystem::path& target);
     bool Place(JobFile& file, const Staged& staged);
+    bool Adopt(JobFile& file, const Staged& staged) const;
     bool MakeWay(JobFile& file, const Base::FileStatus& there);
     bool SetLinkAside(JobFile& file);
     void NoteStamps(JobFile& file, const Staged& staged) const;

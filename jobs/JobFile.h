@@ -72,6 +72,8 @@ struct JobFile
     /// What the module sees of it while targets are assigned; null for what gets none.
     std::shared_ptr<SyncServices::FileMapping> mapping;
     QString target;
+    /// Where a linked file lies that is in the cloud folder already, by that folder's own name.
+    QString placeInCloud;
     /// A layout wants it at exactly its target.
     bool keepsTarget = false;
     /// The layout has put it elsewhere, because its place is taken.
@@ -109,6 +111,11 @@ struct JobFile
     /// Before they were taken.
     qint64 recordedAt = 0;
 
+    /// The copy would be the file itself.
+    bool StaysInPlace() const
+    {
+        return !target.isEmpty() && (target == source || target == placeInCloud);
+    }
     /// It is settled that it gets no copy.
     bool IsOut() const
     {

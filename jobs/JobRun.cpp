@@ -7,6 +7,7 @@
 #include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Orphans.h"
+#include "OwnRecords.h"
 #include "Paths.h"
 #include "Preflight.h"
 #include "RealPaths.h"
@@ -33,21 +34,6 @@ using SyncFolderManagerLib::FolderManager;
 using SyncServices::SyncManager;
 
 namespace {
-
-/// The sync database, which is open, and its companions.
-bool IsOwnRecord(const QString& file)
-{
-    const QString database = FolderManager::GetInstance()->GetSettings().databaseFile;
-    return PathKey(file).startsWith(PathKey(database)) && !database.isEmpty() &&
-           QStringList{QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
-                       QStringLiteral("-journal")}
-               .contains(file.mid(database.size()));
-}
-
-QString BaseStore()
-{
-    return FolderManager::GetInstance()->GetSettings().BaseStoreFolder();
-}
 
 bool IsAnythingToBeDone(const JobState& job)
 {
@@ -149,17 +135,11 @@ bool JobRun::TakeSelection(const Sources& sources)
         sources.outermost, ExcludeRules(m_state.request.exclude),
         [this] { return m_control->IsCancelRequested(); }, sources.inside);
     m_state.leftOut += listing.leftOut;
-    const QString store = BaseStore();
+    const OwnRecords own(sources.outermost);
     for (const SelectedEntry& entry : listing.entries) {
-        if (IsOwnRecord(entry.source)) {
-            m_state.leftOut.append(
-                {entry.source, Remark::Excluded, QStringLiteral("the sync database")});
-            continue;
-        }
-        if (!store.isEmpty() && IsInFolder(entry.source, store)) {
-            if (entry.isFolder && PathKey(entry.source) == PathKey(store))
-                m_state.leftOut.append(
-                    {entry.source, Remark::Excluded, QStringLiteral("the base store")});
+        if (own.Holds(entry.source)) {
+            if (own.Is(entry.source))
+                m_state.leftOut.append({entry.source, Remark::OwnRecord});
             continue;
         }
         JobFile file;
@@ -438,8 +418,9 @@ void JobRun::RemoveSources(Results& results)
         return m_records.Flush();
     };
     SourceRemoval(m_state, *m_control).Remove(announced, [&](JobFile& file) {
+        // Another import that moves it may have been faster.
         if (!file.sourceDeleted)
-            note(file, false);
+            note(file, !ExistsOnDisk(file.source));
         results.Tell(file);
     });
 }

@@ -90,10 +90,10 @@ void Layout::AddMember(JobFile& file)
     for (int number = 2; m_namesInUse.contains(name.toLower()); ++number)
         name = Masked(file.source, number);
     m_namesInUse.insert(name.toLower());
-    const bool isInCloud = !file.isSelected && IsInCloudFolder(file.source);
-    file.mapping =
-        std::make_shared<FileMapping>(name, isInCloud ? file.source : file.target,
-                                      SyncPrivate::GetCurrentUserAuthenticationConfigurationId());
+    file.placeInCloud = file.isSelected ? QString() : PlaceInCloudFolder(file.source);
+    file.mapping = std::make_shared<FileMapping>(
+        name, file.placeInCloud.isEmpty() ? file.target : file.placeInCloud,
+        SyncPrivate::GetCurrentUserAuthenticationConfigurationId());
     file.mapping->SetFlag(FlagsOf(file, m_job.request), true);
     m_importer.GetFileSet()->AddFile(file.mapping);
 }

@@ -6,6 +6,7 @@
 
 #include "syncplugin/FileLinkInfo.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QHash>
 
 #include <algorithm>
@@ -19,9 +20,13 @@ namespace {
 /// What a link record of the contract holds, without its terminating zero.
 constexpr qsizetype LongestLink = qsizetype(SyncPlugin::MaxLinkText) - 1;
 
-bool LeadsThereAsItStands(const QString& text, const QString& holder, const QString& place)
+bool LeadsThereAsItStands(const QString& text, const QString& holder, const JobFile& linked)
 {
-    return PathKey(ResolveLink(text, holder)) == PathKey(place);
+    const QString path = ResolveLink(text, holder);
+    // A whole path may lead into the cloud folder through symbolic links.
+    return PathKey(path) == PathKey(linked.target) ||
+           (linked.StaysInPlace() && QDir::isAbsolutePath(text) &&
+            PathKey(RealPath(path)) == PathKey(RealPath(linked.target)));
 }
 
 void WorkOutLinksOf(JobFile& file, const JobFiles& files)
@@ -31,7 +36,8 @@ void WorkOutLinksOf(JobFile& file, const JobFiles& files)
     for (const JobLink& link : file.links) {
         FileLink wanted = link.stored;
         const QString place = file.skipsLinks ? QString() : PlaceOf(link, file, files);
-        if (!place.isEmpty() && !LeadsThereAsItStands(wanted.Path, file.target, place)) {
+        if (!place.isEmpty() &&
+            !LeadsThereAsItStands(wanted.Path, file.target, files.At(link.member))) {
             wanted.Path = WayFrom(file.target, place);
             file.rewrites.append(wanted);
         }
@@ -75,6 +81,14 @@ bool IsOurs(const JobFile& file, const JobState& job)
 {
     return (file.outcome == Outcome::Unchanged || file.outcome == Outcome::InPlace) &&
            file.linksKnown && file.linksState == LinksState::Read && file.record &&
+           PathKey(file.record->project) == PathKey(job.target);
+}
+
+/// Its links are still to be rewritten, and this job does not try: it does not ask for them.
+bool StaysPending(const JobFile& file, const JobState& job)
+{
+    return file.outcome == Outcome::Unchanged && file.deed == Deed::Nothing && !file.isDone &&
+           file.record && file.record->isRewritePending &&
            PathKey(file.record->project) == PathKey(job.target);
 }
 
@@ -159,6 +173,11 @@ void PlanLinks(JobState& job)
         if (!file.isPending)
             file.deed = Deed::Relink;
     }
+    for (JobFile& file : job.files)
+        if (!file.isPending && StaysPending(file, job)) {
+            file.isPending = true;
+            file.remark = Remark::RewritePending;
+        }
 }
 
 } // namespace Halvern::Jobs

@@ -53,6 +53,24 @@ bool IsInCloudFolder(const QString& path)
            PathKey(RealPath(path) + u'/').startsWith(PathKey(RealPath(cloud) + u'/'));
 }
 
+QString PlaceInCloudFolder(const QString& path)
+{
+    const QString cloud = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
+    const auto isBelow = [](const QString& file, const QString& folder) {
+        return PathKey(file + u'/').startsWith(PathKey(folder + u'/'));
+    };
+    const QString top = RealPath(cloud);
+    const QFileInfo info(path);
+    // A link that lies there is known by its own name, unless a folder on the way is one.
+    const QString real = QDir(RealPath(info.path())).filePath(info.fileName());
+    if (isBelow(real, top))
+        return cloud + real.mid(top.size());
+    const QString end = info.isSymbolicLink() ? RealPath(path) : QString();
+    if (isBelow(end, top))
+        return cloud + end.mid(top.size());
+    return isBelow(path, cloud) ? path : QString();
+}
+
 QString RealPath(const QString& path)
 {
     QString missing;
@@ -92,7 +110,8 @@ bool IsShortcut(const QString& path)
 
 bool IsLocalPath(const QString& path)
 {
-    return Base::IsLocalPath(Base::Units(path));
+    // The colon in "//?/C:/x" ends no scheme.
+    return Base::IsLocalPath(Base::Units(path)) || Base::NamesDevice(Base::Units(path));
 }
 
 QString ResolveLink(const QString& text, const QString& holder)

@@ -22,6 +22,9 @@ bool IsSameFile(const QString& a, const QString& b);
 /// a folder beside it whose name differs in letter case is another one, where the disk knows.
 /// Requires a session.
 bool IsInCloudFolder(const QString& path);
+/// What lies in the cloud cache folder, by the path that begins with that folder as it is set:
+/// another one may lead there through symbolic links. Empty for what lies elsewhere.
+QString PlaceInCloudFolder(const QString& path);
 /// Where a path leads, through symbolic links; what does not exist stays as it is at its end.
 QString RealPath(const QString& path);
 /// True when `path` is `folder` or lies below it, without regard to letter case.
@@ -31,8 +34,8 @@ bool IsInFolder(const QString& path, const QString& folder);
 bool ExistsOnDisk(const QString& path);
 bool IsFolder(const QString& path);
 bool IsShortcut(const QString& path);
-/// No URL: no ":" at index 2 or later. On POSIX a path that begins with one "/" is local whatever
-/// else it holds.
+/// No URL: no ":" at index 2 or later, but in "//?/D:/x". On POSIX a path that begins with one "/"
+/// is local whatever else it holds.
 bool IsLocalPath(const QString& path);
 /// The path that a link leads to, as the module finds it; a URL as it stands.
 QString ResolveLink(const QString& text, const QString& holder);

@@ -113,14 +113,15 @@ QString CheckedTarget(const QString& argument)
     const QString cloud = CloudFolder();
     const QString path = QDir::fromNativeSeparators(argument);
     const QString target = QDir::cleanPath(QDir::isAbsolutePath(path) ? path : cloud + u'/' + path);
-    if (!IsInCloudFolder(target))
+    const QString place = PlaceInCloudFolder(target);
+    if (place.isEmpty())
         throw JobError(
             JobErrorKind::TargetRefused,
             QStringLiteral("%1 does not lie in the cloud cache folder %2").arg(argument, cloud));
     if (QFileInfo(target).isFile())
         throw JobError(JobErrorKind::TargetRefused,
                        argument + QStringLiteral(" is a file, not a folder"));
-    return target;
+    return place;
 }
 
 } // namespace Halvern::Jobs

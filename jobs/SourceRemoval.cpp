@@ -314,6 +314,9 @@ bool SourceRemoval::MayGo(const JobFile& file)
     if (!result)
         return Fail(file, QStringLiteral("The source could not be deleted: ") +
                               QString::fromStdString(result.Text()));
+    // Another import that moves it was faster; the copy is in order.
+    if (!now.Exists())
+        return true;
     const bool isLink = now.kind == Base::FileKind::Link;
     if (!isLink && IsSameFile(file.source, file.target))
         return Fail(file, QStringLiteral("The source is its own copy and was not deleted"));
@@ -327,8 +330,10 @@ bool SourceRemoval::MayGo(const JobFile& file)
 bool SourceRemoval::RemoveSource(const JobFile& file)
 {
     const Base::FileResult result = m_folders.Remove(file.source);
-    return result || Fail(file, QStringLiteral("The source could not be deleted: ") +
-                                    QString::fromStdString(result.Text()));
+    // Another import that moves it was faster.
+    return result || !ExistsOnDisk(file.source) ||
+           Fail(file, QStringLiteral("The source could not be deleted: ") +
+                          QString::fromStdString(result.Text()));
 }
 
 void SourceRemoval::RemoveFolders()

@@ -139,7 +139,8 @@ bool ThreeWays::MakeCopy(const JobFile& file, const QString& copy) const
     m_control.Mute(true);
     const bool written = m_reader.Write(copy, file.rewrites);
     m_control.Mute(false);
-    return written;
+    // Some plug-ins say that they wrote, and did not.
+    return written && !HoldTheSame(StampOf(copy, true), StampOf(file.source, true));
 }
 
 } // namespace Halvern::Jobs

@@ -70,6 +70,8 @@ enum class Remark
     NoFile,
     /// Skipped: a pattern excludes it.
     Excluded,
+    /// Skipped: the sync database or the base store, in a source folder.
+    OwnRecord,
     /// Failed: a folder that could not be listed, a file that could not be read.
     NotReadable,
     /// Failed: a name that is no UTF-8.

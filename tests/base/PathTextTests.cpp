@@ -79,6 +79,16 @@ TEST(PathText, NamesAServerWithTwoSlashesAndAName)
         EXPECT_FALSE(NamesServer(path));
 }
 
+TEST(PathText, NamesADeviceOrIsTakenAsItIsWritten)
+{
+    for (const char16_t* const path :
+         {u"//?/D:/a", u"\\\\?\\D:\\a", u"//./pipe/a", u"\\\\.\\D:", u"//?\\UNC\\server\\a"})
+        EXPECT_TRUE(NamesDevice(path));
+    for (const char16_t* const path : {u"", u"//?", u"//server/a", u"/?/D:/a", u"//?\?/a", u"./a",
+                                       u"https://./a", u"//.server/a"})
+        EXPECT_FALSE(NamesDevice(path));
+}
+
 TEST(PathText, MayLeadElsewhereWithTheCurrentDriveOfWindows)
 {
     for (const char16_t* const path :

@@ -82,6 +82,18 @@ TEST_F(Changes, WithAnOldTimeAndTheSameSizeTheChecksumTells)
     EXPECT_EQ(tree.Read(u"cloud/a.txt"_s), "other content");
 }
 
+TEST_F(Changes, TheChecksumTellsAlsoAfterAMoveThatKeptItsSource)
+{
+    tree.File(u"work/top.tlk"_s, "link 1 gone.tlk\n");
+    SetTime(u"work/top.tlk"_s, Now() - 3600 * Second);
+    for (const QStringList& options : {QStringList(), QStringList{u"--move"_s}})
+        ASSERT_NE(Report(QStringList{u"top.tlk"_s} + options).exitCode, 6);
+    ASSERT_TRUE(tree.Exists(u"work/top.tlk"_s));
+    Save(u"work/top.tlk"_s, "link 1 gone.tlk\nmore\n");
+    const ImportReport report = Report({u"top.tlk"_s, u"--checksum"_s});
+    EXPECT_EQ(report.StatusOf(u"work/top.tlk"_s), u"updated"_s) << ::testing::PrintToString(report);
+}
+
 TEST_F(Changes, TheChecksumTellsOfACopyToo)
 {
     ASSERT_EQ(ImportedAs(), u"copied"_s);

@@ -19,6 +19,8 @@ struct ExpectedLink
         Dead,
         Refused,
         Url,
+        /// A pattern keeps it out of the selection.
+        Excluded,
         /// An earlier move of this project has deleted the file.
         Moved,
     };
@@ -36,6 +38,12 @@ struct ExpectedFile
     bool isFollowed = false;
     /// Another name of a file of the import: it may come under each name, or under one.
     bool isTwin = false;
+    /// Its links cannot be read or written now; what it links may come all the same, when it is
+    /// known from an earlier import.
+    bool isBlind = false;
+    /// Only blind files lead to it.
+    bool isOptional = false;
+    bool isUnreadable = false;
     QByteArray content;
     QList<ExpectedLink> links;
 };
@@ -53,8 +61,11 @@ public:
     /// Symbolic links to folders, and those that lead nowhere, in the selection.
     const QStringList& LeftOut() const { return m_leftOut; }
     const QMap<QString, QString>& Moved() const { return m_moved; }
+    /// Symbolic links in the selection that lead to where nothing may come from.
+    const QStringList& Refused() const { return m_refused; }
     bool HasDeadLinks() const { return Has(ExpectedLink::Dead); }
-    bool HasRefusedLinks() const { return Has(ExpectedLink::Refused); }
+    bool HasRefusedLinks() const { return !m_refused.isEmpty() || Has(ExpectedLink::Refused); }
+    bool HasBlindFiles() const;
     /// Every file that can be reached through links, with itself.
     QStringList LinkTree(const QString& file) const;
     /// Where a link of a file leads.
@@ -63,14 +74,19 @@ public:
 private:
     void Select(const QString& path, const ImportStep& step);
     void Follow(const ImportStep& step);
+    void Read(const QString& path, const ImportStep& step);
+    QStringList NewLinksOf(const QString& path);
+    bool IsAllowed(const QString& whole, const ImportStep& step) const;
     bool Has(ExpectedLink::Kind kind) const;
     /// 0 when there is no such file.
     quint64 IdentityOf(const QString& file) const;
     bool HasTwinOf(const QString& file) const;
 
     const FileTree& m_tree;
+    const ImportStep m_step;
     QMap<QString, ExpectedFile> m_files;
     QStringList m_leftOut;
+    QStringList m_refused;
     const QMap<QString, QString> m_moved;
 };
 

@@ -18,6 +18,8 @@ struct CopyRecord
     bool isOpen = false;
     /// The source was deleted by the move that made the copy.
     bool isMoved = false;
+    /// The links of the source were read for it.
+    bool hasLinks = false;
     /// Of several copies of a source the latest counts.
     int round = 0;
 };
@@ -38,6 +40,8 @@ struct CopyKey
 
 using CopyRecords = QMap<CopyKey, CopyRecord>;
 
+/// Database, base store, plug-ins and settings, relative to the tree.
+bool IsOurOwn(const QString& path);
 /// The sources that moves to a target folder have deleted, with the copies that are still there.
 QMap<QString, QString> MovedSources(const FileTree& tree, const CopyRecords& records,
                                     const QString& to);
@@ -49,6 +53,8 @@ public:
     /// Before the import.
     ImportChecks(const FileTree& tree, const ImportStep& step, const CopyRecords& records);
 
+    /// Nothing has happened.
+    QStringList CheckDryRun() const;
     /// After it.
     QStringList Check(const ImportReport& report);
     /// After the same import once more.
@@ -92,6 +98,7 @@ private:
     void CheckLink(const ImportReport& report, const ReportedFile& line, const ExpectedLink& link,
                    const QString& written);
     bool LeadsToAnEarlierCopy(const QString& source, const QString& resolved) const;
+    bool AreLinksDue(const ImportReport& report, const ReportedFile& line) const;
     void CheckExitCode(const ImportReport& report);
     bool IsComplete(const ImportReport& report, const QString& source) const;
     QStringList LinkedBy(const QString& source) const;

@@ -102,6 +102,22 @@ TEST_F(MissingLinks, OfInstalledLibrariesAndOldDrivesStayInOpenScadAsTheirAuthor
     EXPECT_EQ(Imported(u"scad"_s, links), links);
 }
 
+TEST_F(MissingLinks, ByADevicePathAreNoAddresses)
+{
+    for (const char* const path : {"//?/Q:/nowhere/bolt.bin", "//./Q:/nowhere/bolt.bin"}) {
+        const QString link = QString::fromLatin1(path);
+        tree.File(u"work/top.tlk"_s, "link 1 " + link.toUtf8() + '\n');
+        const CommandResult shown =
+            Run({u"links"_s, u"--json"_s, u"--plugin-path"_s, tree.Path(u"plugins"_s),
+                 u"--plugin-path"_s, TestPluginFolder(), u"top.tlk"_s});
+        EXPECT_EQ(shown.exitCode, 4) << ::testing::PrintToString(shown);
+        EXPECT_EQ(shown.Json().value(0)[u"status"].toString(), u"missing"_s);
+        const ImportReport report = Report({u"top.tlk"_s, u"--to"_s, u"Demo"_s});
+        EXPECT_EQ(report.exitCode, 4) << ::testing::PrintToString(report);
+        EXPECT_EQ(LinksOf(u"cloud/Demo/top.tlk"_s), QStringList{link});
+    }
+}
+
 TEST_F(MissingLinks, OfAWholeProjectLeaveEveryByteOfFilesThatHaveNoOthers)
 {
     Design(u"work/proj/a.svg"_s, {u"../pics/a.png"_s, u"/Library/Fonts/Arial.ttf"_s});

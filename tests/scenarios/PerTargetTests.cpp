@@ -127,6 +127,20 @@ TEST_F(PerTarget, ALinkedFileOfAnotherProjectIsUsedWhileItsCopyIsUnchanged)
     EXPECT_EQ(tree.Read(u"cloud/One/lib/part.bin"_s), "edited in One");
 }
 
+TEST_F(PerTarget, ALinkedFileOfAnotherProjectThatMissesWhatThisOneHasMovedIsBroughtAgain)
+{
+    Design(u"work/lib/group.gltf"_s, {u"../parts/moved.bin"_s});
+    Design(u"work/one/top.gltf"_s, {u"../lib/group.gltf"_s});
+    Design(u"work/two/top.gltf"_s, {u"../lib/group.gltf"_s});
+    tree.File(u"work/parts/moved.bin"_s, "moved");
+    ASSERT_EQ(Report({u"parts"_s, u"--to"_s, u"One"_s, u"--move"_s}).exitCode, 0);
+    ASSERT_EQ(Bring(u"two"_s, u"Two"_s).exitCode, 4);
+    const ImportReport report = Bring(u"one"_s, u"One"_s);
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    const QString group = report.Of(u"work/lib/group.gltf"_s).target;
+    EXPECT_EQ(StampOf(PathBehind(group)).content, "moved") << group.toStdString();
+}
+
 TEST_F(PerTarget, ALinkedFileOfAnotherProjectThatIsGoneIsBroughtAgain)
 {
     ASSERT_EQ(Bring(u"one"_s, u"One"_s).exitCode, 0);

@@ -93,6 +93,8 @@ QStringList ImportStep::Arguments() const
     flag(prune, u"--prune"_s);
     if (excludesBackups)
         arguments += {u"--exclude"_s, u"*.bak"_s};
+    for (const QString& folder : within)
+        arguments += {u"--within"_s, folder};
     return arguments;
 }
 
@@ -155,7 +157,22 @@ ImportStep RandomWorld::NextImport()
     step.reread = m_dice.Chance(15);
     step.prune = m_dice.Chance(10);
     step.excludesBackups = m_dice.Chance(20);
+    if (m_dice.Chance(15))
+        step.within = m_dice.Chance(50) ? QStringList{u"proj"_s}
+                                        : QStringList{u"lib"_s, u"../home/pictures"_s};
+    if (m_dice.Chance(20))
+        step.fault = m_dice.Pick({u"fail"_s, u"norepath"_s, u"lies"_s, u"absent"_s});
+    if (KnowsTwins && m_dice.Chance(15))
+        step.unreadable = PlainFile();
     return step;
+}
+
+/// One that holds no links: those of others may be known from an earlier import.
+QStringList RandomWorld::PlainFile()
+{
+    static const QRegularExpression plain(u"\\.(bin|png|txt)$"_s);
+    const QStringList files = SourceFiles().filter(plain);
+    return files.isEmpty() ? QStringList() : QStringList{m_dice.Pick(files)};
 }
 
 void RandomWorld::Disturb(const QStringList& copies, const ImportStep& step)
@@ -249,6 +266,8 @@ QStringList RandomWorld::RandomLinks(const QString& file)
         links.append(m_dice.Chance(80) ? RandomLink(file, m_dice.Pick(files)) : DeadLink(file));
     if (m_dice.Chance(10))
         links.append(RandomLink(file, u"cloud/std/standard.bin"_s));
+    if (m_tree.Exists(u"work/proj/old.bak"_s) && m_dice.Chance(10))
+        links.append(RandomLink(file, u"work/proj/old.bak"_s));
     return links;
 }
 

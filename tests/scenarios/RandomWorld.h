@@ -42,6 +42,18 @@ struct ImportStep
     bool prune = false;
     /// "*.bak" is excluded.
     bool excludesBackups = false;
+    /// Folders, relative to "work", from which alone files may come; empty: no such limit.
+    QStringList within;
+    /// What is wrong with the test resolver meanwhile, as PluginOrders know it, or "absent".
+    QString fault;
+    /// Files that nobody may read meanwhile, relative to the tree.
+    QStringList unreadable;
+
+    /// Links of a tlk file are not read; or not written.
+    bool IsBlind(const QString& file) const
+    {
+        return !fault.isEmpty() && file.endsWith(QStringLiteral(".tlk"));
+    }
 
     QStringList Arguments() const;
 };
@@ -57,12 +69,15 @@ public:
     /// Changes on both sides. `copies` are paths of copies, `step` the import that comes next.
     void Disturb(const QStringList& copies, const ImportStep& step);
     ImportStep NextImport();
+    bool LooksAhead() { return m_dice.Chance(20); }
+    bool RetriesNow() { return m_dice.Chance(15); }
 
     void Note(const QString& line) { m_script.append(line); }
     QString Script() const { return m_script.join(u'\n') + u'\n'; }
 
 private:
     QString NewName();
+    QStringList PlainFile();
     QStringList SourceFiles() const;
     QStringList LinkableFiles() const;
     QString RandomLink(const QString& from, const QString& to);

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// What is remembered of the links of a copy, while they cannot be read or nobody asks for them.
+
+#include "ScenarioFixture.h"
+
+namespace Halvern::Test {
+
+namespace {
+
+/// work/proj/top.tlk links mid.tlk, and that one ../lib/part.tlk.
+class RememberedLinks : public ScenarioFixture
+{
+protected:
+    RememberedLinks()
+    {
+        tree.File(u"work/proj/top.tlk"_s, "link 1 mid.tlk\n")
+            .File(u"work/proj/mid.tlk"_s, "link 1 ../lib/part.tlk\n")
+            .File(u"work/lib/part.tlk"_s, "part\n");
+    }
+    ImportReport Bring(const QStringList& options = {}) const
+    {
+        return Report(QStringList{u"proj/top.tlk"_s, u"--to"_s, u"Demo"_s} + options);
+    }
+    QByteArray Mid() const { return tree.Read(u"cloud/Demo/mid.tlk"_s); }
+    void ExpectUpdateIsRefused(const QString& file)
+    {
+        const auto before = Stamps(u"cloud"_s);
+        for (int run = 0; run < 2; ++run) {
+            const ImportReport report = Bring();
+            EXPECT_NE(report.exitCode, 0) << ::testing::PrintToString(report);
+            const ReportedFile line = report.Of(file);
+            EXPECT_EQ(line.status, u"failed"_s) << ::testing::PrintToString(report);
+            EXPECT_FALSE(line.reason.isEmpty());
+            EXPECT_EQ(Stamps(u"cloud"_s), before);
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(RememberedLinks, OfACopyForbidAnUpdateByOneWhoseLinksCannotBeRead)
+{
+    ASSERT_EQ(Bring().exitCode, 0);
+    Save(u"work/proj/mid.tlk"_s, "link 1 ../lib/part.tlk\nmore\n");
+    {
+        const PluginOrders orders("fail");
+        ExpectUpdateIsRefused(u"work/proj/mid.tlk"_s);
+    }
+    const QByteArray registration = tree.Read(u"plugins/test_resolver.syncplugin"_s);
+    tree.File(u"plugins/test_resolver.syncplugin"_s,
+              Registration(u"NoSuchLibrary.so"_s, u"FileLinkResolver"_s, u"tlk"_s));
+    Save(u"work/proj/top.tlk"_s, "link 1 mid.tlk\nlink 2 ../lib/part.tlk\n");
+    ExpectUpdateIsRefused(u"work/proj/top.tlk"_s);
+    tree.File(u"plugins/test_resolver.syncplugin"_s, registration);
+    const ImportReport report = Bring();
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.Statuses().count(u"updated"_s), 2);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/top.tlk"_s), "link 1 mid.tlk\nlink 2 lib/part.tlk\n");
+    EXPECT_EQ(Mid(), "link 1 lib/part.tlk\nmore\n");
+}
+
+TEST_F(RememberedLinks, ThatAPluginOnlySaysToHaveWrittenMakeNoCopyOfAFileInTheWay)
+{
+    tree.File(u"cloud/Demo/mid.tlk"_s, tree.Read(u"work/proj/mid.tlk"_s));
+    {
+        const PluginOrders orders("lies");
+        EXPECT_EQ(Bring().exitCode, 6);
+        const ImportReport kept = Bring({u"--collisions"_s, u"keep"_s});
+        EXPECT_EQ(kept.StatusOf(u"work/proj/mid.tlk"_s), u"kept"_s)
+            << ::testing::PrintToString(kept);
+    }
+    EXPECT_EQ(Bring().exitCode, 6);
+    EXPECT_EQ(Bring({u"--collisions"_s, u"replace"_s}).exitCode, 0);
+    EXPECT_EQ(Mid(), "link 1 lib/part.tlk\n");
+}
+
+TEST_F(RememberedLinks, ThatAreStillToBeRewrittenAreSoThoughNobodyAsksForThem)
+{
+    {
+        const PluginOrders orders("norepath");
+        ASSERT_EQ(Bring().exitCode, 7);
+    }
+    ASSERT_EQ(Mid(), "link 1 ../lib/part.tlk\n");
+    for (int run = 0; run < 2; ++run) {
+        const ImportReport direct = Bring({u"--direct-links-only"_s});
+        EXPECT_NE(direct.exitCode, 0) << ::testing::PrintToString(direct);
+        EXPECT_FALSE(direct.Of(u"work/proj/mid.tlk"_s).reason.isEmpty())
+            << ::testing::PrintToString(direct);
+    }
+    const CommandResult retry = Corsync(u"retry"_s);
+    EXPECT_EQ(retry.exitCode, 0) << ::testing::PrintToString(retry);
+    EXPECT_EQ(Mid(), "link 1 lib/part.tlk\n");
+    EXPECT_EQ(Bring({u"--direct-links-only"_s}).exitCode, 0);
+    EXPECT_EQ(Bring().exitCode, 0);
+}
+
+TEST_F(RememberedLinks, ThatCouldNotBeReadAreNamedByRetryWhichCannotReadThem)
+{
+    {
+        const PluginOrders orders("fail");
+        ASSERT_EQ(Bring().exitCode, 7);
+    }
+    const auto before = Stamps(u"cloud"_s);
+    const CommandResult retry = Corsync(u"retry"_s, {u"--json"_s});
+    EXPECT_NE(retry.exitCode, 0) << ::testing::PrintToString(retry);
+    const ReportedFile line = ReportOf(retry).Of(u"work/proj/top.tlk"_s);
+    EXPECT_EQ(line.status, u"unchanged"_s) << ::testing::PrintToString(retry);
+    EXPECT_FALSE(line.reason.isEmpty());
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+    ASSERT_EQ(Bring().exitCode, 0);
+    EXPECT_EQ(Corsync(u"retry"_s).exitCode, 0);
+}
+
+TEST_F(RememberedLinks, RetryOfAFolderThatIsNotThereOrNoFolderIsAnError)
+{
+    ASSERT_EQ(Bring().exitCode, 0);
+    for (const QString& folder : {u"cloud/Nowhere"_s, u"cloud/Demo/top.tlk"_s, u"work"_s}) {
+        const CommandResult result = Corsync(u"retry"_s, {tree.Path(folder)});
+        EXPECT_NE(result.exitCode, 0) << ::testing::PrintToString(result);
+        EXPECT_FALSE(result.err.isEmpty());
+    }
+}
+
+} // namespace Halvern::Test
