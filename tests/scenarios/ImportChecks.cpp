@@ -629,18 +629,13 @@ QStringList ImportChecks::SourcesThatStay(const ImportReport& report, bool other
 
 void ImportChecks::CheckMove(const ImportReport& report)
 {
-    if (!m_step.move)
+    // Links that cannot be read keep what they are known to lead to from earlier imports.
+    if (!m_step.move || m_expected.HasBlindFiles())
         return;
     const QStringList staying = SourcesThatStay(report, false);
     const QStringList mayStay = SourcesThatStay(report, true);
     for (auto it = m_expected.Files().begin(); it != m_expected.Files().end(); ++it) {
         if (!it->isSelected)
-            continue;
-        const QStringList linkTree = m_expected.LinkTree(it.key());
-        // Links that could not be read cannot be missing.
-        if (std::any_of(linkTree.begin(), linkTree.end(), [&](const QString& path) {
-                return m_expected.Files().value(path).isBlind;
-            }))
             continue;
         const bool isDeleted = After(it.key()).kind == "none";
         const bool stays = staying.contains(it.key());
