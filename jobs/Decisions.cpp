@@ -80,7 +80,7 @@ bool MayBeRemarked(const JobFile& file)
 {
     if (file.outcome == Outcome::Skipped)
         return file.remark == Remark::OnlyLinksWanted;
-    return HasPlace(file) &&
+    return HasPlace(file) && file.outcome != Outcome::Failed &&
            (file.remark == Remark::None || file.remark == Remark::SharedCopyStays);
 }
 

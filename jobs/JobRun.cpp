@@ -319,6 +319,12 @@ void JobRun::NoteUnchanged()
             TakeStamps(file, *record);
             continue;
         }
+        // What this project cannot read another one has read.
+        if (record && file.linksKnown && file.linksState != LinksState::Read &&
+            PathKey(record->project) != PathKey(m_state.target)) {
+            TakeStamps(file, *record);
+            continue;
+        }
         file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, true);
         file.targetStamp = StampOf(file.target, true);

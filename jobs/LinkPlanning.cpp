@@ -129,12 +129,14 @@ bool HasPlace(const JobFile& file)
     case Outcome::Skipped:
         return (file.remark == Remark::OnlyLinksWanted || file.remark == Remark::LinksNotRead) &&
                ExistsOnDisk(file.target);
+    case Outcome::Failed:
+        // The earlier copy, which could not be replaced.
+        return file.record && ExistsOnDisk(file.target);
     case Outcome::Missing:
     case Outcome::Refused:
     case Outcome::Url:
     case Outcome::Orphaned:
     case Outcome::Pruned:
-    case Outcome::Failed:
         return false;
     }
     return false;

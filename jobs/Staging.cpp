@@ -4,6 +4,8 @@
 
 #include "Paths.h"
 
+#include "base/FileLock.h"
+#include "base/FileStatus.h"
 #include "base/NativePath.h"
 
 #include <QtCore/QCoreApplication>
@@ -51,6 +53,13 @@ bool IsLock(const QLockFile& lock)
     return lock.getLockInfo(&process, &machine, &program);
 }
 
+/// Its process ended between making the file and writing who it is.
+bool IsUnwrittenLock(const std::filesystem::path& lock)
+{
+    const Base::FileStatus status = Base::ReadLinkStatus(lock);
+    return status.kind == Base::FileKind::File && status.size == 0 && !Base::IsFileLocked(lock);
+}
+
 } // namespace
 
 Base::FileResult Staging::Begin()
@@ -64,7 +73,8 @@ Base::FileResult Staging::Begin()
         if (!made)
             continue;
         m_lock = LockOf(Absolute(m_folder));
-        if (m_lock->tryLock(0))
+        Base::FileStatus lock;
+        if (m_lock->tryLock(0) && m_cloud.Status(m_folder / LockName, lock) && lock.Exists())
             return made;
         // Taken for a leftover by another job, which removes it.
         m_lock.reset();
@@ -137,6 +147,8 @@ void Staging::RemoveLeftovers() const
             if (!lock->tryLock(0))
                 continue;
             Clear(name);
+        } else if (IsUnwrittenLock(Absolute(name) / LockName)) {
+            static_cast<void>(m_cloud.Remove(name / LockName));
         }
         lock.reset();
         // Nothing happens to one that holds something.
