@@ -261,8 +261,9 @@ bool FileMaker::RewritesFor(const JobFile& file, LinkReader::Links& links)
         wanted.remove(link.RefId);
     }
     // What the plug-in does not show beside other files is written as well when it has to change.
-    if (!isInOrder && file.record)
-        for (const SyncServices::FileLink& link : file.record->targetLinks)
+    const CopyRecord* record = file.RecordOfCopy();
+    if (!isInOrder && record)
+        for (const SyncServices::FileLink& link : record->targetLinks)
             if (wanted.contains(link.RefId) && wanted.value(link.RefId) != link.Path)
                 links.append({-1, link.RefId, wanted.value(link.RefId), {}});
     return true;
@@ -280,10 +281,10 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
         file.detail.clear();
     }
     // The copy is what it was.
-    if (file.record) {
-        file.sourceStamp = file.record->sourceStamp;
-        file.targetStamp = file.record->targetStamp;
-        file.recordedAt = file.record->recordedAt;
+    if (const CopyRecord* record = file.RecordOfCopy()) {
+        file.sourceStamp = record->sourceStamp;
+        file.targetStamp = record->targetStamp;
+        file.recordedAt = record->recordedAt;
     }
 }
 
@@ -296,7 +297,7 @@ void FileMaker::Relink(JobFile& file)
     const FileStamp made = file.targetStamp;
     const qint64 madeAt = file.recordedAt;
     WriteOtherLinks(file, target);
-    if (!file.isPending || file.record)
+    if (!file.isPending || file.RecordOfCopy())
         return;
     // The copy is what this job made.
     file.targetStamp = made;
@@ -333,7 +334,8 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     if (!RewritesFor(file, links) || (!links.isEmpty() && !WriteLinks(file, staged, links)))
         return FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
-    const FileStamp source = file.record ? file.record->sourceStamp : file.sourceStamp;
+    const CopyRecord* record = file.RecordOfCopy();
+    const FileStamp source = record ? record->sourceStamp : file.sourceStamp;
     file.isPending = false;
     if (links.isEmpty()) {
         // They are what they should be.
@@ -479,9 +481,7 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     if (!result && isLink)
         static_cast<void>(m_cloud.Move(Below(file.detail), target, Base::Existing::Keep));
     if (result) {
-        // What is recorded is of another copy now.
-        if (file.deed == Deed::Copy)
-            file.record.reset();
+        file.isRecordOld = file.isRecordOld || file.deed == Deed::Copy;
         file.isDone = true;
         file.deed = Deed::Nothing;
         return true;

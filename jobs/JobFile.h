@@ -84,6 +84,8 @@ struct JobFile
     bool isDropped = false;
     /// What is recorded of the copy at the target, when it was made from this source.
     std::optional<CopyRecord> record;
+    /// The copy was made anew since: of the record only the origin still holds, and what it linked.
+    bool isRecordOld = false;
     /// What stood at the target when that was looked at.
     Base::FileStatus targetStatus;
 
@@ -116,6 +118,8 @@ struct JobFile
     {
         return !target.isEmpty() && (target == source || target == placeInCloud);
     }
+    /// Null when nothing is recorded of the copy that is there now.
+    const CopyRecord* RecordOfCopy() const { return record && !isRecordOld ? &*record : nullptr; }
     /// It is settled that it gets no copy.
     bool IsOut() const
     {
