@@ -21,7 +21,7 @@ import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FOLDERS = ("base", "include", "src", "services", "jobs", "kit", "plugins", "cli")
+FOLDERS = ("base", "include", "src", "services", "isolation", "jobs", "kit", "plugins", "cli")
 # What git calls a tree without files: against it everything has changed.
 EMPTY_TREE = "4b825dc642cb6eb9a060e54bf8d69288fbee4904"
 FOLDER_OF_HEADERS = {"include/filelink": "src", "include/syncplugin": "plugins", "include/pluginkit": "kit",
