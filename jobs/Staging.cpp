@@ -10,6 +10,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRandomGenerator>
 
@@ -53,11 +54,17 @@ bool IsLock(const QLockFile& lock)
     return lock.getLockInfo(&process, &machine, &program);
 }
 
-/// Its process ended between making the file and writing who it is.
+/// Its process ended between making the file and writing who it is, or could not clear the folder.
 bool IsUnwrittenLock(const std::filesystem::path& lock)
 {
     const Base::FileStatus status = Base::ReadLinkStatus(lock);
     return status.kind == Base::FileKind::File && status.size == 0 && !Base::IsFileLocked(lock);
+}
+
+void LeaveUnwrittenLock(const std::filesystem::path& lock)
+{
+    QFile file(QStringView(Base::PathText(lock)).toString());
+    static_cast<void>(file.open(QFile::WriteOnly | QFile::NewOnly));
 }
 
 } // namespace
@@ -91,7 +98,9 @@ Staging::~Staging()
         return;
     Clear(m_folder);
     m_lock.reset();
-    static_cast<void>(m_cloud.RemoveFolder(m_folder));
+    // Without a lock it would be taken for somebody's own, for ever.
+    if (!m_cloud.RemoveFolder(m_folder))
+        LeaveUnwrittenLock(Absolute(m_folder) / LockName);
 }
 
 std::filesystem::path Staging::PlaceFor(const QString& name) const
@@ -148,6 +157,7 @@ void Staging::RemoveLeftovers() const
                 continue;
             Clear(name);
         } else if (IsUnwrittenLock(Absolute(name) / LockName)) {
+            Clear(name);
             static_cast<void>(m_cloud.Remove(name / LockName));
         }
         lock.reset();
