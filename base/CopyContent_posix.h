@@ -16,9 +16,9 @@ namespace Halvern::Base {
 /// What is copied.
 struct Original
 {
-    int in;
+    int in = -1;
     /// Before the first byte was read.
-    struct stat info;
+    struct stat info = {};
     /// What must be so after the last byte, too, if anything; the name of the source.
     const std::filesystem::path* watched = nullptr;
     /// Where the hash of the bytes goes, if anywhere.
