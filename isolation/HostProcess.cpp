@@ -20,6 +20,10 @@ constexpr int MillisecondsToEnd = 2'000;
 constexpr int MaxTimeouts = 3;
 /// A line without an end is cut here.
 constexpr qsizetype LongestLine = 4096;
+/// What is printed waits in memory from one look to the next.
+constexpr int MillisecondsBetweenLooks = 100;
+/// More than these of one call are a mistake that would fill the log.
+constexpr int MostLines = 1000;
 
 } // namespace
 
@@ -65,6 +69,7 @@ Readiness HostProcess::Start(const Log& log)
 MessageReader HostProcess::Call(const QByteArray& request, const Log& log, const Answer& answer)
 {
     (void)Start(log);
+    m_lines = 0;
     if (m_description.timeLimit > 0)
         m_deadline.setRemainingTime(qint64(m_description.timeLimit) * 1000);
     else
@@ -121,7 +126,7 @@ void HostProcess::ReadBytes(char* bytes, qint64 size, const Log& log)
         size -= got;
         if (size == 0 || m_process->bytesAvailable() > 0)
             continue;
-        if (m_process->waitForReadyRead(int(std::min<qint64>(m_deadline.remainingTime(), 60'000))))
+        if (m_process->waitForReadyRead(MillisecondsBetweenLooks))
             continue;
         if (m_process->state() != QProcess::Running) {
             if (m_process->bytesAvailable() == 0) {
@@ -140,8 +145,7 @@ void HostProcess::Send(const QByteArray& message)
 {
     m_process->write(message);
     while (m_process->bytesToWrite() > 0)
-        if (!m_process->waitForBytesWritten(
-                int(std::min<qint64>(m_deadline.remainingTime(), 60'000))) &&
+        if (!m_process->waitForBytesWritten(MillisecondsBetweenLooks) &&
             (m_process->state() != QProcess::Running || m_deadline.hasExpired()))
             Fail(WhyEnded());
 }
@@ -149,17 +153,31 @@ void HostProcess::Send(const QByteArray& message)
 void HostProcess::ForwardOutput(const Log& log)
 {
     m_printed += m_process->readAllStandardError();
-    while (!m_printed.isEmpty()) {
-        qsizetype end = m_printed.indexOf('\n');
-        if (end < 0 && m_printed.size() < LongestLine && m_process->state() == QProcess::Running)
-            return;
-        if (end < 0)
-            end = std::min(LongestLine, m_printed.size());
-        const QString line = QString::fromUtf8(m_printed.first(end)).trimmed();
-        m_printed.remove(0, std::min(end + 1, m_printed.size()));
+    qsizetype at = 0;
+    while (at < m_printed.size()) {
+        qsizetype end = m_printed.indexOf('\n', at);
+        const bool mayGoOn =
+            m_printed.size() - at < LongestLine && m_process->state() == QProcess::Running;
+        if (end < 0 && mayGoOn)
+            break;
+        if (end < 0 || end - at > LongestLine)
+            end = std::min(at + LongestLine, m_printed.size());
+        const QString line = QString::fromUtf8(m_printed.sliced(at, end - at)).trimmed();
+        at = std::min(end + 1, m_printed.size());
         if (!line.isEmpty())
-            log(LogSeverity::Info, QStringLiteral("printed: ") + line);
+            LogPrinted(line, log);
     }
+    m_printed.remove(0, at);
+}
+
+void HostProcess::LogPrinted(const QString& line, const Log& log)
+{
+    if (++m_lines < MostLines)
+        log(LogSeverity::Info, QStringLiteral("printed: ") + line);
+    else if (m_lines == MostLines)
+        log(LogSeverity::Warn,
+            QStringLiteral("printed more than %1 lines for one file; the rest is not shown")
+                .arg(MostLines));
 }
 
 void HostProcess::Fail(const QString& what)

@@ -63,6 +63,7 @@ private:
     void ReadBytes(char* bytes, qint64 size, const Log& log);
     void Send(const QByteArray& message);
     void ForwardOutput(const Log& log);
+    void LogPrinted(const QString& line, const Log& log);
     /// Ends the process, and throws.
     [[noreturn]] void Fail(const QString& what);
     QString WhyEnded();
@@ -73,6 +74,7 @@ private:
     Readiness m_ready;
     /// What was printed after its last line end.
     QByteArray m_printed;
+    int m_lines = 0;
     int m_timeouts = 0;
 };
 
