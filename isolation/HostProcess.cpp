@@ -163,7 +163,7 @@ void HostProcess::ForwardOutput(const Log& log)
         if (end < 0 || end - at > LongestLine)
             end = std::min(at + LongestLine, m_printed.size());
         const QString line = QString::fromUtf8(m_printed.sliced(at, end - at)).trimmed();
-        at = std::min(end + 1, m_printed.size());
+        at = end < m_printed.size() && m_printed.at(end) == '\n' ? end + 1 : end;
         if (!line.isEmpty())
             LogPrinted(line, log);
     }
