@@ -2,6 +2,8 @@
 
 #include "CommandFixture.h"
 
+#include <QtCore/QDirIterator>
+
 namespace Halvern::Test {
 
 namespace {
@@ -31,6 +33,16 @@ protected:
                 tree.Contents(cloud)};
     }
 
+    void CopyFolder(const QString& from, const QString& to)
+    {
+        QDirIterator files(from, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            ASSERT_TRUE(file.open(QFile::ReadOnly));
+            tree.File(to + file.fileName().mid(from.size()), file.readAll());
+        }
+    }
+
     void ExpectTheSame(const QStringList& arguments, int exitCode)
     {
         const Answer together = ImportInto(u"together"_s, u"never"_s, arguments);
@@ -47,7 +59,8 @@ protected:
 
 TEST_F(IsolatedImport, OfARealProjectGivesTheSameCopies)
 {
-    ExpectTheSame({QStringLiteral(GARDEN_SHED), u"--to"_s, u"Shed"_s}, 0);
+    CopyFolder(QStringLiteral(GARDEN_SHED), u"work/shed"_s);
+    ExpectTheSame({u"shed"_s, u"--to"_s, u"Shed"_s}, 0);
 }
 
 TEST_F(IsolatedImport, WithALayoutGivesTheSameTargets)

@@ -75,7 +75,7 @@ def main():
         for number in range(FILES):
             (models / f"{number:04}.scad").write_text("use <../lib/part.scad>\n")
         program = [f"{arguments.bin}/corsync.exe", "import", f"Z:{models}", "--cloud-folder", f"Z:{cloud}",
-                   "--database", f"Z:{work}/sync.db", "--settings", f"Z:{work}/settings.ini", "--quiet"]
+                   "--database", f"Z:{work}/sync.db", "--quiet"]
         code, shown = run_in_terminal([arguments.runner, "--terminal", *program],
                                       lambda: len(copies(cloud)) >= ENOUGH)
         done = len(copies(cloud))
