@@ -436,16 +436,26 @@ std::filesystem::path JobRun::BelowCloudFolder(const QString& path) const
     return Native(path.mid(m_state.cloudFolder.size() + 1));
 }
 
+bool JobRun::MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const
+{
+    return status.kind == Base::FileKind::File &&
+           IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
+                            m_state.request.checksum);
+}
+
 void JobRun::Prune(const Base::RootedFolder& cloud)
 {
     for (const auto& [orphan, isStillLinked] : std::as_const(m_state.orphans)) {
         const std::filesystem::path copy = BelowCloudFolder(orphan.target);
         Base::FileStatus status;
-        // What somebody changed is not this library's any more.
-        if (isStillLinked || !cloud.Status(copy, status) || status.kind != Base::FileKind::File ||
-            !IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
-                              m_state.request.checksum))
+        if (isStillLinked || !cloud.Status(copy, status))
             continue;
+        // What somebody changed is not this library's any more.
+        if (!MayBePruned(orphan, status)) {
+            m_state.notPruned.insert(orphan.target,
+                                     QStringLiteral("it was changed since it was copied"));
+            continue;
+        }
         QString reason;
         Base::FileStatus now;
         if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))

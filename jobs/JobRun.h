@@ -80,6 +80,7 @@ private:
     std::filesystem::path BelowCloudFolder(const QString& path) const;
     void MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded);
     void RemoveSources(Results& results);
+    bool MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const;
     void Prune(const Base::RootedFolder& cloud);
 
     JobState m_state;

@@ -126,9 +126,15 @@ bool ThreeWays::HasSameContent(JobFile& file) const
         return false;
     // The files that its links lead to may get other places still.
     const bool isRead = file.linksKnown && file.linksState == LinksState::Read;
-    if (!file.record && isRead && !file.links.isEmpty() && !IsOfAnotherProject(file.target))
+    const bool mayBeRelinked = file.record || !file.links.isEmpty();
+    if (isRead && mayBeRelinked && !IsOfAnotherProject(file.target)) {
+        // What is recorded is neither side any more.
+        const std::optional<CopyRecord> former = file.record;
         Adopt(file, file.wantedLinks, file.rewrites.isEmpty() ? copy : StampOf(file.source, true),
               target, now);
+        if (former)
+            file.record->origin = former->origin;
+    }
     return true;
 }
 

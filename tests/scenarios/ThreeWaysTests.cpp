@@ -174,6 +174,26 @@ TEST_F(ThreeWays, TheSameEditOnBothSidesIsUnchanged)
     EXPECT_EQ(Bring().StatusOf(u"work/lib/part.bin"_s), u"updated"_s);
 }
 
+TEST_F(ThreeWays, TheSameEditOfLinksOnBothSidesIsRecordedOfBoth)
+{
+    Design(u"work/proj/own.gltf"_s, {u"own.png"_s});
+    tree.File(u"work/proj/own.png"_s, "picture");
+    ASSERT_EQ(Report({u"proj"_s}).exitCode, 0);
+    const QByteArray before = tree.Read(u"work/proj/own.gltf"_s);
+    Design(u"work/proj/own.gltf"_s, {u"own.png"_s, u"own.png"_s});
+    const QByteArray edited = tree.Read(u"work/proj/own.gltf"_s);
+    tree.File(u"cloud/proj/own.gltf"_s, edited);
+    const ImportReport alike = Report({u"proj"_s});
+    EXPECT_EQ(alike.StatusOf(u"work/proj/own.gltf"_s), u"unchanged"_s)
+        << ::testing::PrintToString(alike);
+
+    // The edit of the source is undone: the copy is not what it was then.
+    tree.File(u"work/proj/own.gltf"_s, before);
+    const ImportReport undone = Report({u"proj"_s, u"--move"_s});
+    EXPECT_EQ(undone.exitCode, 0) << ::testing::PrintToString(undone);
+    EXPECT_EQ(tree.Read(u"cloud/proj/own.gltf"_s), before);
+}
+
 TEST_F(ThreeWays, AFileWithTheSameContentThatSomebodyElsePutThereIsAdopted)
 {
     tree.File(u"work/plain.txt"_s, "the same").File(u"cloud/Demo/plain.txt"_s, "the same");
