@@ -46,6 +46,11 @@ def is_ours(path):
     return path.suffix in (".h", ".cpp") and path.parts[0] in FOLDERS and (ROOT / path).is_file()
 
 
+def is_for_windows(header):
+    """What includes headers of Windows has nothing to be compiled with here."""
+    return header.stem.endswith("_windows") or header.name == "WindowsApi.h"
+
+
 def changed_files(base):
     result = git("diff", "--name-only", "--diff-filter=d", base)
     if result.returncode:
@@ -66,7 +71,7 @@ class Commands:
                 self.sources.setdefault(path.relative_to(ROOT), entry)
 
     def has(self, path):
-        return path in self.sources or path.suffix == ".h"
+        return path in self.sources or (path.suffix == ".h" and not is_for_windows(path))
 
     def write(self, paths):
         """The compilation database of these files: a header is compiled as a source of its folder is."""
