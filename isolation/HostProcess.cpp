@@ -4,6 +4,7 @@
 
 #include "isolation/Platform.h"
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -33,12 +34,9 @@ HostProcess::~HostProcess()
 {
     if (!m_process)
         return;
-    // It ends when nothing more can come.
-    m_process->closeWriteChannel();
-    if (!m_process->waitForFinished(MillisecondsToEnd)) {
-        m_process->kill();
-        m_process->waitForFinished(MillisecondsToEnd);
-    }
+    // There is nothing that it would have to save.
+    m_process->kill();
+    m_process->waitForFinished(MillisecondsToEnd);
 }
 
 Readiness HostProcess::Start(const Log& log)
@@ -50,6 +48,8 @@ Readiness HostProcess::Start(const Log& log)
             QStringLiteral("took too long %1 times and is not asked again").arg(m_timeouts));
     m_process = std::make_unique<QProcess>();
     m_process->setReadChannel(QProcess::StandardOutput);
+    // The folder that the caller works in must not be held by a process that ends after it.
+    m_process->setWorkingDirectory(QFileInfo(m_description.program).path());
     m_process->start(m_description.program, {m_description.library, NameOf(m_description.service),
                                              QString::number(m_description.memoryLimit)});
     if (!m_process->waitForStarted(MillisecondsToStart)) {

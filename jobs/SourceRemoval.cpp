@@ -291,9 +291,13 @@ bool SourceRemoval::IsWhatWasTaken(const JobFile& file, const Base::FileStatus& 
     if (now.kind != Base::FileKind::File || now.size != was.size || now.modified != was.modified ||
         now.device != was.device || now.index != was.index)
         return false;
-    // A name that it has lost meanwhile changes this time, too; then its content tells.
-    return now.changed == was.changed || (!file.sourceStamp.hash.isEmpty() &&
-                                          StampOf(file.source, true).hash == file.sourceStamp.hash);
+    // A name that it has lost meanwhile changes this time, too, and Windows has none; then its
+    // content tells.
+    if (now.changed == was.changed && now.changed != 0)
+        return true;
+    if (file.sourceStamp.hash.isEmpty())
+        return now.changed == was.changed;
+    return StampOf(file.source, true).hash == file.sourceStamp.hash;
 }
 
 bool SourceRemoval::Fail(const JobFile& file, const QString& text)
