@@ -76,8 +76,12 @@ int Run(const QStringList& arguments)
 {
     const ParsedCommandLine parsed = ParseCommandLine(arguments);
     if (!parsed.options) {
-        Console console;
+        const bool failed = parsed.exitCode != ExitCode::Complete;
+        Console console(failed && arguments.contains(u"--json"));
         console.Write(parsed.output);
+        console.Json({{QStringLiteral("event"), QStringLiteral("error")},
+                      {QStringLiteral("text"), parsed.error.section(u'\n', 0, 0)},
+                      {QStringLiteral("exitCode"), int(parsed.exitCode)}});
         console.WriteError(parsed.error);
         return int(console.End(parsed.exitCode));
     }

@@ -7,6 +7,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QStringList>
 
+#include <cstdio>
 #include <optional>
 
 // corsync-plugin-host LIBRARY resolver|layout MEMORY: runs one plug-in for the process that started
@@ -112,6 +113,8 @@ private:
 
     static MessageWriter Done(const CallResult& result)
     {
+        // What the plug-in printed belongs to this call, and the process may be ended after it.
+        std::fflush(stdout);
         MessageWriter done(Message::Done);
         done << result.outcome << result.text;
         return done;

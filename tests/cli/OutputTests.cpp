@@ -125,4 +125,16 @@ TEST_F(CommandOutput, OfHelpAndVersionIsReadableWithoutAnyFolder)
     EXPECT_EQ(wrong.out, QString());
 }
 
+TEST_F(CommandOutput, AMistakeInTheArgumentsIsJsonAsWellWhenJsonIsAskedFor)
+{
+    const CommandResult result = Run({u"import"_s, u"--json"_s, u"--nonsense"_s});
+    EXPECT_EQ(result.exitCode, 2);
+    const QList<QJsonObject> objects = result.Json();
+    ASSERT_EQ(objects.size(), 1);
+    EXPECT_EQ(objects[0][u"event"].toString(), u"error"_s);
+    EXPECT_EQ(objects[0][u"exitCode"].toInt(), 2);
+    EXPECT_TRUE(result.err.startsWith(objects[0][u"text"].toString()))
+        << ::testing::PrintToString(result);
+}
+
 } // namespace Halvern::Test
