@@ -12,6 +12,8 @@ namespace Halvern::Test {
 
 namespace {
 
+/// Plug-ins run in the command's own process: what makes them run apart may be larger than the
+/// limit.
 class HalfReplacements : public ScenarioFixture
 {
 protected:
@@ -30,7 +32,7 @@ TEST_F(HalfReplacements, OnADiskThatRefusesTheRestLeaveTheOldFileUnderItsName)
     Save(u"work/proj/a.bin"_s, PatternBytes(3'000'000));
     Save(u"work/proj/z.txt"_s, "second z");
     QProcess process;
-    Prepare(process, ImportArguments({u"proj"_s, u"--json"_s}));
+    Prepare(process, ImportArguments({u"proj"_s, u"--json"_s, u"--isolate"_s, u"never"_s}));
     LimitFileSize(process, 1'500'000);
     process.start();
     const ImportReport report = ReportOf(Finish(process));
@@ -51,7 +53,8 @@ TEST_F(HalfReplacements, OfAMoveKeepTheSource)
     const QByteArray big = PatternBytes(3'000'000);
     Save(u"work/proj/a.bin"_s, big);
     QProcess process;
-    Prepare(process, ImportArguments({u"proj"_s, u"--move"_s, u"--json"_s}));
+    Prepare(process,
+            ImportArguments({u"proj"_s, u"--move"_s, u"--json"_s, u"--isolate"_s, u"never"_s}));
     LimitFileSize(process, 1'500'000);
     process.start();
     EXPECT_EQ(ReportOf(Finish(process)).exitCode, 1);
