@@ -10,11 +10,12 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRandomGenerator>
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace Halvern::Jobs {
@@ -54,17 +55,19 @@ bool IsLock(const QLockFile& lock)
     return lock.getLockInfo(&process, &machine, &program);
 }
 
-/// Its process ended between making the file and writing who it is, or could not clear the folder.
+/// Its process ended between making the file and writing who it is.
 bool IsUnwrittenLock(const std::filesystem::path& lock)
 {
     const Base::FileStatus status = Base::ReadLinkStatus(lock);
     return status.kind == Base::FileKind::File && status.size == 0 && !Base::IsFileLocked(lock);
 }
 
-void LeaveUnwrittenLock(const std::filesystem::path& lock)
+/// The lock stays for as long as the process lives, and its file longer: without it the folder
+/// would be taken for somebody's own, and never be cleared.
+void KeepForEver(std::unique_ptr<QLockFile> lock)
 {
-    QFile file(QStringView(Base::PathText(lock)).toString());
-    static_cast<void>(file.open(QFile::WriteOnly | QFile::NewOnly));
+    static auto* const kept = new std::vector<std::unique_ptr<QLockFile>>;
+    kept->push_back(std::move(lock));
 }
 
 } // namespace
@@ -96,11 +99,12 @@ Staging::~Staging()
 {
     if (m_folder.empty())
         return;
-    Clear(m_folder);
+    if (!Clear(m_folder)) {
+        KeepForEver(std::move(m_lock));
+        return;
+    }
     m_lock.reset();
-    // Without a lock it would be taken for somebody's own, for ever.
-    if (!m_cloud.RemoveFolder(m_folder))
-        LeaveUnwrittenLock(Absolute(m_folder) / LockName);
+    static_cast<void>(m_cloud.RemoveFolder(m_folder));
 }
 
 std::filesystem::path Staging::PlaceFor(const QString& name) const
@@ -130,14 +134,17 @@ QString Staging::TextOf(const Base::FileResult& failure, const QString& target) 
     return text;
 }
 
-void Staging::Clear(const std::filesystem::path& folder) const
+/// False when something is left.
+bool Staging::Clear(const std::filesystem::path& folder) const
 {
     std::vector<std::filesystem::path> names;
     if (!m_cloud.List(folder, names))
-        return;
+        return false;
+    bool isClear = true;
     for (const std::filesystem::path& name : names)
         if (name != LockName)
-            static_cast<void>(m_cloud.Remove(folder / name));
+            isClear = static_cast<bool>(m_cloud.Remove(folder / name)) && isClear;
+    return isClear;
 }
 
 void Staging::RemoveLeftovers() const
@@ -155,10 +162,13 @@ void Staging::RemoveLeftovers() const
         if (IsLock(*lock)) {
             if (!lock->tryLock(0))
                 continue;
-            Clear(name);
+            if (!Clear(name)) {
+                KeepForEver(std::move(lock));
+                continue;
+            }
         } else if (IsUnwrittenLock(Absolute(name) / LockName)) {
-            Clear(name);
-            static_cast<void>(m_cloud.Remove(name / LockName));
+            if (Clear(name))
+                static_cast<void>(m_cloud.Remove(name / LockName));
         }
         lock.reset();
         // Nothing happens to one that holds something.

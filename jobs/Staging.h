@@ -38,7 +38,7 @@ public:
 
 private:
     void RemoveLeftovers() const;
-    void Clear(const std::filesystem::path& folder) const;
+    bool Clear(const std::filesystem::path& folder) const;
 
     const Base::RootedFolder& m_cloud;
     std::filesystem::path m_folder;
