@@ -209,7 +209,7 @@ void Closure::TakeMoved(JobFile& file) const
     const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
     file.wasMoved = record && record->isMoved && IsFileAt(record->target, m_job.cloudFolder);
     file.End(file.wasMoved ? Outcome::Unchanged : Outcome::Missing);
-    if (file.wasMoved)
+    if (record && file.wasMoved)
         file.target = record->target;
 }
 
