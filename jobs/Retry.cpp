@@ -18,12 +18,9 @@
 
 #include "filelink/FileLinkImporter.h"
 #include "syncservices/BaseStore.h"
-#include "syncservices/FolderManager.h"
 #include "syncservices/SyncManager.h"
 
 namespace Halvern::Jobs {
-
-using SyncFolderManagerLib::FolderManager;
 
 namespace {
 
