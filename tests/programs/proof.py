@@ -58,14 +58,13 @@ def run_blender(*arguments):
 
 
 class Corsync:
-    """The command with a cloud folder, a database and settings of its own."""
+    """The command with a cloud folder and a database of its own."""
 
     def __init__(self, program, work):
         self.program = program
         self.cloud = work / "cloud"
         self.cloud.mkdir()
-        self._common = ["--cloud-folder", self.cloud, "--database", work / "sync.db",
-                        "--settings", work / "settings.ini"]
+        self._common = ["--cloud-folder", self.cloud, "--database", work / "sync.db"]
 
     def import_files(self, *arguments, expect=(0,)):
         """The events of `corsync import --json`."""
