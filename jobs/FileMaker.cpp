@@ -63,6 +63,8 @@ struct FileMaker::Staged
     QString text;
     Base::FileStatus source;
     bool isRewritten = false;
+    /// Made ready in the folder of its target, not in that for unfinished copies.
+    bool isBeside = false;
 };
 
 std::filesystem::path FileMaker::Below(const QString& target) const
@@ -112,7 +114,8 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
 void FileMaker::NamePlace(JobFile& file, Staged& staged) const
 {
     file.recordedAt = ClockNow();
-    staged.place = m_staging.PlaceFor(QFileInfo(file.target).fileName());
+    staged.place = staged.isBeside ? m_staging.PlaceBeside(Below(file.target))
+                                   : m_staging.PlaceFor(QFileInfo(file.target).fileName());
     staged.path = m_staging.Absolute(staged.place);
     staged.text = QStringView(Base::PathText(staged.path)).toString();
 }
@@ -156,8 +159,18 @@ void FileMaker::Make(JobFile& file)
     if (!Take(file, staged))
         return;
     if (!file.rewrites.isEmpty()) {
+        m_control.Mute(true);
         staged.isRewritten = WriteLinks(file, staged, file.rewrites);
+        m_control.Mute(false);
+        // Some formats store paths that depend on where the file lies.
         if (!staged.isRewritten) {
+            staged.isBeside = true;
+            if (!Take(file, staged))
+                return;
+            staged.isRewritten = WriteLinks(file, staged, file.rewrites);
+        }
+        if (!staged.isRewritten) {
+            staged.isBeside = false;
             // What stands at the target works; a copy with the links of the source would not.
             if (file.targetStatus.Exists() && file.outcome != Outcome::Renamed) {
                 file.End(Outcome::Failed);
@@ -233,11 +246,12 @@ bool FileMaker::IsWrittenUnseen(const Staged& staged, const LinkReader::Links& l
     for (SyncServices::FileLink& link : others)
         link.Path = QStringLiteral("elsewhere/") + QFileInfo(link.Path).fileName();
     const QByteArray written = StampOf(staged.text, true).hash;
+    const bool wasMuted = m_control.IsMuted();
     m_control.Mute(true);
     const bool isMoved = m_reader.Write(staged.text, others);
     const QByteArray moved = StampOf(staged.text, true).hash;
     const bool isBack = isMoved && m_reader.Write(staged.text, links);
-    m_control.Mute(false);
+    m_control.Mute(wasMuted);
     return isBack && !written.isEmpty() && !moved.isEmpty() && moved != written &&
            StampOf(staged.text, true).hash == written;
 }

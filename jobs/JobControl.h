@@ -49,6 +49,7 @@ public:
     void GoOn() { m_goesOn = true; }
     /// While a trial is made nothing that goes wrong with it is told.
     void Mute(bool on) { m_muted = on; }
+    bool IsMuted() const { return m_muted; }
 
     void BeginPhase(Phase phase, qint64 total);
     void Step(qint64 bytes);

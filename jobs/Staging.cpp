@@ -10,6 +10,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRandomGenerator>
 
@@ -24,6 +25,9 @@ namespace {
 
 constexpr char Prefix[] = ".corsync-";
 constexpr char LockName[] = ".lock";
+/// Holds the way to the file that is being made ready outside of the folder.
+constexpr char BesideName[] = ".beside";
+constexpr std::size_t LongestName = 255;
 /// What 64 bits take in base 36.
 constexpr int NameLength = 13;
 
@@ -110,10 +114,43 @@ Staging::~Staging()
 std::filesystem::path Staging::PlaceFor(const QString& name) const
 {
     // The lock's own name is taken, in any letter case for the sake of disks that ignore it.
-    const bool isTaken = name.compare(QLatin1String(LockName), Qt::CaseInsensitive) == 0;
+    const bool isTaken = name.compare(QLatin1String(LockName), Qt::CaseInsensitive) == 0 ||
+                         name.compare(QLatin1String(BesideName), Qt::CaseInsensitive) == 0;
     const std::filesystem::path place = m_folder / Native(isTaken ? u'_' + name : name);
     static_cast<void>(m_cloud.Remove(place));
     return place;
+}
+
+std::filesystem::path Staging::PlaceBeside(const std::filesystem::path& target) const
+{
+    const QString name = QStringView(Base::PathText(target.filename())).toString();
+    const std::filesystem::path place =
+        target.parent_path() / Native(QString::fromStdString(Name()) + u'-' + name);
+    QFile note(QStringView(Base::PathText(Absolute(m_folder / BesideName))).toString());
+    const QByteArray way = QStringView(Base::PathText(place)).toUtf8();
+    // What is not noted would be left behind by a kill.
+    if (!RemoveBeside(m_folder) || Base::PathToUtf8(place.filename()).size() > LongestName ||
+        !note.open(QFile::WriteOnly) || note.write(way) != way.size() || !note.flush())
+        return PlaceFor(name);
+    static_cast<void>(m_cloud.Remove(place));
+    return place;
+}
+
+/// Nothing but a file with this folder's name is taken for one of its own.
+bool Staging::RemoveBeside(const std::filesystem::path& folder) const
+{
+    QFile note(QStringView(Base::PathText(Absolute(folder / BesideName))).toString());
+    if (!note.exists())
+        return true;
+    if (!note.open(QFile::ReadOnly))
+        return false;
+    const std::filesystem::path place = Native(QString::fromUtf8(note.readAll()));
+    Base::FileStatus status;
+    const bool isOwn =
+        Base::PathToUtf8(place.filename()).starts_with(Base::PathToUtf8(folder) + '-');
+    if (!isOwn || !m_cloud.Status(place, status) || !status.Exists())
+        return true;
+    return static_cast<bool>(m_cloud.Remove(place));
 }
 
 std::filesystem::path Staging::Absolute(const std::filesystem::path& place) const
@@ -126,6 +163,7 @@ QString Staging::TextOf(const Base::FileResult& failure, const QString& target) 
     QString text = QString::fromStdString(failure.Text());
     const QString shown = QDir::toNativeSeparators(target);
     const QString name = QFileInfo(target).fileName();
+    text.replace(QString::fromStdString(Name()) + u'-' + name, name);
     for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
         text.replace(QStringView(Base::PathText(folder / Native(name))).toString(), shown);
     for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
@@ -140,9 +178,9 @@ bool Staging::Clear(const std::filesystem::path& folder) const
     std::vector<std::filesystem::path> names;
     if (!m_cloud.List(folder, names))
         return false;
-    bool isClear = true;
+    bool isClear = RemoveBeside(folder);
     for (const std::filesystem::path& name : names)
-        if (name != LockName)
+        if (name != LockName && (isClear || name != BesideName))
             isClear = static_cast<bool>(m_cloud.Remove(folder / name)) && isClear;
     return isClear;
 }

@@ -28,6 +28,9 @@ public:
     Base::FileResult Begin();
     /// The place for a file of this name, below the cloud folder. What stood there is removed.
     std::filesystem::path PlaceFor(const QString& name) const;
+    /// The same beside a target below the cloud folder, whose folder exists: some formats store
+    /// paths that depend on where the file lies. One at a time.
+    std::filesystem::path PlaceBeside(const std::filesystem::path& target) const;
     /// The text of a failure on a staged file, with what people know in place of the names of this
     /// folder and its file: the path that the file is for.
     QString TextOf(const Base::FileResult& failure, const QString& target) const;
@@ -39,6 +42,7 @@ public:
 private:
     void RemoveLeftovers() const;
     bool Clear(const std::filesystem::path& folder) const;
+    bool RemoveBeside(const std::filesystem::path& folder) const;
 
     const Base::RootedFolder& m_cloud;
     std::filesystem::path m_folder;
