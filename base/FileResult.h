@@ -41,8 +41,10 @@ enum class FileProblem
     NameRefused,
     /// The way leads out of the folder that it must stay in, or through a link.
     LeadsOutside,
-    /// The file became another one while it was read.
-    Changed
+    /// The file became another one while it was read, or before it could be replaced.
+    Changed,
+    /// The system or the disk has no such operation.
+    NotOffered
 };
 
 /// The kind of one of the system's error numbers; Other for most. Safe to call from any thread.

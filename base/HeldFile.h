@@ -23,6 +23,10 @@ public:
     /// Makes the file when it is missing, for its owner alone. Held when another object has it; a
     /// failure also for what is no file, and for a symbolic link. Requires: nothing is held.
     FileResult Hold(const std::filesystem::path& file);
+    /// The same for a folder that is there: held by one object at a time, and open to everybody for
+    /// anything else. On Windows a hidden file in it, .corsync-lock, stands for it, which is gone
+    /// when it is let go. A file system that has no such locks is a failure.
+    FileResult HoldFolder(const std::filesystem::path& folder);
     bool IsHeld() const noexcept { return m_handle != NoHandle; }
     Handle Get() const noexcept { return m_handle; }
     /// The file stays where it is.

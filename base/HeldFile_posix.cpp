@@ -28,6 +28,17 @@ FileResult HeldFile::Hold(const std::filesystem::path& file)
     return {};
 }
 
+FileResult HeldFile::HoldFolder(const std::filesystem::path& folder)
+{
+    Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened)
+        return LastFailure();
+    if (::flock(opened.Get(), LOCK_EX | LOCK_NB) != 0)
+        return FileResult::Failed({}, static_cast<std::uint32_t>(errno), errno == EWOULDBLOCK);
+    m_handle = opened.Release();
+    return {};
+}
+
 void HeldFile::Release() noexcept
 {
     if (IsHeld())

@@ -25,6 +25,22 @@ FileResult HeldFile::Hold(const std::filesystem::path& file)
     return {};
 }
 
+FileResult HeldFile::HoldFolder(const std::filesystem::path& folder)
+{
+    const HANDLE opened = ::CreateFileW(
+        ApiPath(folder / L".corsync-lock").c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0,
+        nullptr, OPEN_ALWAYS,
+        FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (opened == INVALID_HANDLE_VALUE) {
+        const DWORD code = ::GetLastError();
+        // Of one that is being deleted the system says that access is denied.
+        return FileResult::Failed({}, code,
+                                  code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED);
+    }
+    m_handle = reinterpret_cast<Handle>(opened);
+    return {};
+}
+
 void HeldFile::Release() noexcept
 {
     if (IsHeld())

@@ -70,6 +70,13 @@ public:
     /// (IsAFolder); on Windows neither is a read-only file. A failure leaves both as they were.
     FileResult Move(const std::filesystem::path& from, const std::filesystem::path& to,
                     Existing existing) const;
+    /// Puts a file in the place of another one, in one step, if that is still what `expected` says
+    /// (kind, size, time, and which file it is); otherwise it fails (Changed), and both are as they
+    /// were. Where the file system can exchange two names nothing that somebody puts there comes
+    /// between the look and the replacement; elsewhere (Windows, some network file systems) the
+    /// look comes a moment before it.
+    FileResult ReplaceUnchanged(const std::filesystem::path& from, const std::filesystem::path& to,
+                                const FileStatus& expected) const;
     /// Deletes a file or link, even a read-only one.
     FileResult Remove(const std::filesystem::path& file) const;
     /// Deletes a folder without content (otherwise NotEmpty).

@@ -122,6 +122,19 @@ FileResult RootedFolder::Move(const std::filesystem::path& from, const std::file
     return MoveEntry(source, target, existing == Existing::Replace);
 }
 
+FileResult RootedFolder::ReplaceUnchanged(const std::filesystem::path& from,
+                                          const std::filesystem::path& to,
+                                          const FileStatus& expected) const
+{
+    Place source;
+    Place target;
+    if (FileResult found = FindEntry(Number(m_root), from, source); !found)
+        return found;
+    if (FileResult found = FindEntry(Number(m_root), to, target); !found)
+        return found;
+    return ReplaceUnchangedEntry(source, target, expected);
+}
+
 FileResult RootedFolder::Remove(const std::filesystem::path& file) const
 {
     Place place;
@@ -166,8 +179,15 @@ FileResult RootedFolder::Flush(const std::filesystem::path& entry) const
                                      O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!opened && errno == ELOOP)
         return LinkRefusal(entry);
+    const bool mayNotRead = !opened && errno == EACCES;
+    const FileResult failure = LastFailure("Cannot flush " + entry.native());
     const Descriptor folder(::openat(place.folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (opened && folder && Synchronize(opened.Get()) && Synchronize(folder.Get()))
+    // With all that its file system has to write.
+    if (mayNotRead && folder && ::syncfs(folder.Get()) == 0)
+        return {};
+    if (!opened)
+        return failure;
+    if (folder && Synchronize(opened.Get()) && Synchronize(folder.Get()))
         return {};
     return LastFailure("Cannot flush " + entry.native());
 }

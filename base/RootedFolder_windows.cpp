@@ -186,6 +186,19 @@ FileResult RootedFolder::Move(const std::filesystem::path& from, const std::file
     return MoveEntry(source, target, existing == Existing::Replace);
 }
 
+FileResult RootedFolder::ReplaceUnchanged(const std::filesystem::path& from,
+                                          const std::filesystem::path& to,
+                                          const FileStatus& expected) const
+{
+    Place source;
+    Place target;
+    if (FileResult found = FindEntry(Native(m_root), from, source); !found)
+        return found;
+    if (FileResult found = FindEntry(Native(m_root), to, target); !found)
+        return found;
+    return ReplaceUnchangedEntry(source, target, expected);
+}
+
 FileResult RootedFolder::Remove(const std::filesystem::path& file) const
 {
     Place place;

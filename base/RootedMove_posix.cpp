@@ -118,7 +118,63 @@ FileResult MoveToFree(const Place& from, const Place& to)
     return errno == EINVAL || errno == ENOSYS ? MoveByLink(from, to) : to.Failure();
 }
 
+bool Exchange(const Place& one, const Place& other)
+{
+    return ::renameat2(one.folder.Get(), one.name.c_str(), other.folder.Get(), other.name.c_str(),
+                       RENAME_EXCHANGE) == 0;
+}
+
+/// The time of the last change of names and rights does not count: the exchange is one.
+bool IsStill(const FileStatus& was, const FileStatus& is)
+{
+    return is.kind == was.kind && is.size == was.size && is.modified == was.modified &&
+           IsSame(is, was);
+}
+
+FileResult HasChanged(const Place& place)
+{
+    return FileResult::Refused(FileProblem::Changed,
+                               place.relative.native() + " changed at this moment");
+}
+
+FileResult LookAndReplace(const Place& from, const Place& to, const FileStatus& expected)
+{
+    FileStatus there;
+    if (!ReadStatus(to, there))
+        return to.Failure();
+    return IsStill(expected, there) ? Replace(from, to) : HasChanged(to);
+}
+
+/// What came out of the place is not what was to be replaced, and goes back. Whoever has put a file
+/// over the new one meanwhile has replaced both.
+FileResult PutBack(const Place& from, const Place& to, const FileStatus& moved)
+{
+    FileStatus out;
+    if (!Exchange(from, to))
+        return to.Failure();
+    if (ReadStatus(from, out) && !IsSame(out, moved))
+        static_cast<void>(Exchange(from, to));
+    return HasChanged(to);
+}
+
 } // namespace
+
+FileResult ReplaceUnchangedEntry(const Place& from, const Place& to, const FileStatus& expected)
+{
+    FileStatus moved;
+    if (!ReadStatus(from, moved))
+        return from.Failure();
+    if (!Exchange(from, to))
+        return errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP
+                   ? LookAndReplace(from, to, expected)
+                   : to.Failure();
+    FileStatus out;
+    if (!ReadStatus(from, out) || !IsStill(expected, out))
+        return PutBack(from, to, moved);
+    // One that stays is somewhere where nobody looks for it.
+    static_cast<void>(Unlink(from));
+    return {};
+}
 
 FileResult MoveEntry(const Place& from, const Place& to, bool replace)
 {

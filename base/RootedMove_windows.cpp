@@ -98,6 +98,19 @@ FileResult Replace(const Place& from, const Place& to)
 
 } // namespace
 
+FileResult ReplaceUnchangedEntry(const Place& from, const Place& to, const FileStatus& expected)
+{
+    FileStatus there;
+    if (!ReadStatus(to, there))
+        return to.Failure();
+    const bool isStill = there.kind == expected.kind && there.size == expected.size &&
+                         there.modified == expected.modified && IsSame(there, expected);
+    if (!isStill)
+        return FileResult::Refused(FileProblem::Changed,
+                                   PathToUtf8(to.relative) + " changed at this moment");
+    return Replace(from, to);
+}
+
 FileResult MoveEntry(const Place& from, const Place& to, bool replace)
 {
     if (replace)

@@ -48,6 +48,8 @@ FileResult LinkRefusal(const std::filesystem::path& link);
 
 /// RootedFolder::Move.
 FileResult MoveEntry(const Place& from, const Place& to, bool replace);
+/// RootedFolder::ReplaceUnchanged.
+FileResult ReplaceUnchangedEntry(const Place& from, const Place& to, const FileStatus& expected);
 
 /// The names in an open folder.
 FileResult ReadNames(HANDLE folder, std::vector<std::filesystem::path>& names);

@@ -47,6 +47,7 @@ private:
     void AddWhat(CLI::App& app);
     void AddWhatComesAlong(CLI::App& app);
     void AddWhatIsDoneAgain(CLI::App& app);
+    void AddFlush(CLI::App& app);
     void AddDecisions(CLI::App& app);
     void AddImport();
     void AddRetry();

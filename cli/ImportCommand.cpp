@@ -13,6 +13,7 @@
 
 #include "corsync/ImportJob.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 
 namespace Halvern::Cli {
@@ -62,7 +63,8 @@ ImportReport Import::Run(const Jobs::Session& session)
     m_folders = {QDir::currentPath(), session.CloudFolder()};
     Jobs::ImportRequest request = m_options.request;
     request.sources = ExpandPatterns(request.sources);
-    JobProgress progress(WantsProgress(m_options.progress, m_common));
+    request.commandLine = QCoreApplication::arguments();
+    JobProgress progress(WantsProgress(m_options.progress, m_common), m_console);
     Jobs::ImportJob job(session, request, &progress, &m_cancel);
     job.MakePlan();
     if (m_options.asks)
@@ -71,6 +73,7 @@ ImportReport Import::Run(const Jobs::Session& session)
                         m_folders, m_common.log.verbosity > 0};
     // While a question waits the job does not look.
     report.result.summary.cancelled |= !report.conflicts.isEmpty() && m_cancel.IsCancelled();
+    job.NoteExitCode(int(ExitCodeOf(report.result.summary)));
     return report;
 }
 

@@ -68,6 +68,7 @@ void CommandLine::AddImport()
     AddWhat(app);
     AddWhatComesAlong(app);
     AddWhatIsDoneAgain(app);
+    AddFlush(app);
     AddDecisions(app);
     AddProgress(app, m_import.progress);
     AddCommonOptions(app);
@@ -129,6 +130,14 @@ void CommandLine::AddWhatIsDoneAgain(CLI::App& app)
     app.add_flag("--force", request.force, "Copy also what is unchanged")->group(group);
     app.add_flag("--reread", request.reread, "Read links again, also of files that are unchanged")
         ->group(group);
+}
+
+void CommandLine::AddFlush(CLI::App& app)
+{
+    app.add_flag_callback(
+           "--no-flush", [this] { m_import.request.flush = false; },
+           "Do not wait for the disk: quicker, and a power cut may take back what was imported")
+        ->group("What");
 }
 
 void CommandLine::AddDecisions(CLI::App& app)

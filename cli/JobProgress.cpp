@@ -2,6 +2,7 @@
 
 #include "JobProgress.h"
 
+#include "Console.h"
 #include "Streams.h"
 #include "Words.h"
 
@@ -23,6 +24,14 @@ bool WantsProgress(ProgressMode mode, const CommonOptions& common)
 void JobProgress::PhaseBegun(Jobs::Phase phase, qint64 total)
 {
     m_line.Begin(WordOf(phase), total);
+}
+
+void JobProgress::Waiting(const QString& whom)
+{
+    m_line.Clear();
+    m_console.Note(
+        QStringLiteral("waiting for %1, which is placing files in the cloud cache folder")
+            .arg(whom));
 }
 
 void JobProgress::Progressed(const Jobs::Progress& progress)

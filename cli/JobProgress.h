@@ -9,6 +9,8 @@
 
 namespace Halvern::Cli {
 
+class Console;
+
 /// On a terminal, unless log lines would be written between.
 bool WantsProgress(ProgressMode mode, const CommonOptions& common);
 
@@ -16,15 +18,17 @@ bool WantsProgress(ProgressMode mode, const CommonOptions& common);
 class JobProgress : public Jobs::IJobObserver
 {
 public:
-    explicit JobProgress(bool isActive) : m_line(isActive) {}
+    JobProgress(bool isActive, Console& console) : m_line(isActive), m_console(console) {}
 
     void PhaseBegun(Jobs::Phase phase, qint64 total) override;
     void Progressed(const Jobs::Progress& progress) override;
+    void Waiting(const QString& whom) override;
     /// Until the next phase begins.
     void Hide() { m_line.Clear(); }
 
 private:
     ProgressLine m_line;
+    Console& m_console;
 };
 
 } // namespace Halvern::Cli

@@ -51,6 +51,8 @@ void PrintText(const ImportReport& report, Console& console)
 void PrintJson(const ImportReport& report, Console& console)
 {
     const Summary& summary = report.result.summary;
+    for (const Jobs::InterruptedJob& job : summary.interrupted)
+        console.Json(JsonOf(job));
     for (const Conflict& conflict : report.conflicts)
         console.Json(JsonOf(conflict));
     for (const Jobs::Finding& finding : summary.findings)
@@ -87,6 +89,8 @@ void Print(const ImportReport& report, Console& console)
     else
         PrintText(report, console);
     const Summary& summary = report.result.summary;
+    for (const Jobs::InterruptedJob& job : summary.interrupted)
+        console.Note(TextOf(job, report.folders));
     for (const FileLink::Problem& problem : summary.problems)
         console.Error(TextOf(problem));
     if (!summary.databaseError.isEmpty())

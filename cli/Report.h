@@ -38,6 +38,9 @@ QString TextOf(const Jobs::Conflict& conflict, const ReportFolders& folders);
 QString BriefTextOf(const Jobs::Conflict& conflict, const ReportFolders& folders);
 /// "problem    not enough room on the disk that holds /x: 5.0 GB needed, 1.0 GB available".
 QString TextOf(const Jobs::Finding& finding);
+/// "An import of 2026-03-02 14:03 was interrupted: ...".
+QString TextOf(const Jobs::InterruptedJob& job, const ReportFolders& folders);
+QJsonObject JsonOf(const Jobs::InterruptedJob& job);
 /// "2 files whose format no plug-in reads: 1 .dwg, 1 .rvt"; empty when there is none.
 QString UnknownFormatsLine(const Jobs::Summary& summary);
 /// "3 copied, 1 missing; cloud cache folder /home/x/Corsync".

@@ -70,6 +70,16 @@ QJsonObject JsonOf(const Jobs::Finding& finding)
     return object;
 }
 
+QJsonObject JsonOf(const Jobs::InterruptedJob& job)
+{
+    return {{QStringLiteral("event"), QStringLiteral("interrupted")},
+            {QStringLiteral("begun"), job.begun.toString(Qt::ISODate)},
+            {QStringLiteral("target"), job.target},
+            {QStringLiteral("process"), job.process},
+            {QStringLiteral("planned"), job.planned},
+            {QStringLiteral("done"), job.done}};
+}
+
 QJsonObject JsonOf(const Jobs::Summary& summary)
 {
     QJsonObject counts;

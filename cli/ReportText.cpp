@@ -166,6 +166,17 @@ QString TextOf(const Finding& finding)
            QDir::toNativeSeparators(finding.path) + NeededText(finding);
 }
 
+QString TextOf(const Jobs::InterruptedJob& job, const ReportFolders& folders)
+{
+    return QStringLiteral(
+               "An import of %1 to %2 was interrupted: %3 of %4 files were done; what it "
+               "left is taken up")
+        .arg(job.begun.toLocalTime().toString(u"yyyy-MM-dd HH:mm:ss"),
+             Shown(job.target, folders.cloud))
+        .arg(job.done)
+        .arg(job.planned);
+}
+
 QString TextOf(const FileLink::Problem& problem)
 {
     const QString file = QDir::toNativeSeparators(problem.file);

@@ -21,9 +21,10 @@ bool HasNothingToTell(const Jobs::JobResult& result)
 }
 
 Jobs::JobResult Retry(const RetryOptions& options, const CommonOptions& common,
-                      const Jobs::Session& session, const Jobs::CancelToken& cancel)
+                      const Jobs::Session& session, const Jobs::CancelToken& cancel,
+                      Console& console)
 {
-    JobProgress progress(WantsProgress(options.progress, common));
+    JobProgress progress(WantsProgress(options.progress, common), console);
     return Jobs::RetryRewrites(session, options.folder, &progress, &cancel);
 }
 
@@ -35,7 +36,7 @@ ExitCode RunRetry(const RetryOptions& options, const CommonOptions& common,
     constexpr Jobs::SessionUse Use = Jobs::SessionUse::Import;
     const Jobs::Session session = OpenSession(options.places, common, Use);
     ImportReport report;
-    report.result = Retry(options, common, session, cancel);
+    report.result = Retry(options, common, session, cancel, console);
     report.folders = {QDir::currentPath(), session.CloudFolder()};
     report.isVerbose = common.log.verbosity > 0;
     Print(report, console);

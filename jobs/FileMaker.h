@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "Batch.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
@@ -12,45 +13,38 @@
 
 namespace Halvern::Jobs {
 
-/// Makes single copies: each is complete, its links are rewritten and were read again, before it
-/// appears under its name in one step. Until then what stood there stands there; a failure leaves
-/// it so. What is replaced is in the base store before.
+/// Makes single copies ready, complete, with their links rewritten and read again, and hands them
+/// to the batch that gives them their names.
 class FileMaker
 {
 public:
     FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
-              const Base::RootedFolder& cloud, const Staging& staging)
-        : m_job(job), m_control(control), m_reader(reader), m_cloud(cloud), m_staging(staging)
+              const Base::RootedFolder& cloud, const Staging& staging, Batch& batch)
+        : m_job(job), m_control(control), m_reader(reader), m_cloud(cloud), m_staging(staging),
+          m_batch(batch)
     {}
 
     bool MakeFolder(const JobFile& file);
-    /// Carries out the deed; the outcome says what came of it.
-    void Make(JobFile& file);
+    /// Makes the copy ready; the outcome says when that failed. False when the disk is full as long
+    /// as those that are ready wait: to be repeated once the batch is complete.
+    bool Make(JobFile& file);
     /// Gives the copy that is at the target of the file the links that it should hold, if it still
-    /// is what it was when its status was noted. Needs no source.
-    void Relink(JobFile& file);
+    /// is what it was when its status was noted. Needs no source. False as above.
+    bool Relink(JobFile& file);
 
 private:
-    struct Staged;
-
-    void NamePlace(JobFile& file, Staged& staged) const;
-    bool Take(JobFile& file, Staged& staged);
-    bool WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links);
-    bool HoldsLinks(const JobFile& file, const Staged& staged, const LinkReader::Links& asked);
-    bool IsWrittenUnseen(const Staged& staged, const LinkReader::Links& links);
+    void NamePlace(JobFile& file, StagedFile& staged) const;
+    bool Take(JobFile& file, StagedFile& staged);
+    bool WriteLinks(JobFile& file, const StagedFile& staged, const LinkReader::Links& links);
+    bool HoldsLinks(const JobFile& file, const StagedFile& staged, const LinkReader::Links& asked);
+    bool IsWrittenUnseen(const StagedFile& staged, const LinkReader::Links& links);
     bool RewritesFor(const JobFile& file, LinkReader::Links& links);
-    Base::FileResult MoveAcross(const Staged& staged, const std::filesystem::path& target,
-                                bool replaces) const;
-    void WriteOtherLinks(JobFile& file, const std::filesystem::path& target);
-    bool Place(JobFile& file, const Staged& staged);
-    bool Adopt(JobFile& file, const Staged& staged) const;
-    bool MakeWay(JobFile& file, const Base::FileStatus& there);
-    bool SetLinkAside(JobFile& file);
-    void NoteStamps(JobFile& file, const Staged& staged) const;
+    void TakeAndRewrite(JobFile& file);
+    void WriteOtherLinks(StagedFile& staged, const std::filesystem::path& target);
+    void NoteStamps(JobFile& file, const StagedFile& staged) const;
     void Fail(JobFile& file, FileLink::ProblemKind kind, const QString& text);
     QString Reason(const JobFile& file, const Base::FileResult& failure) const;
     void FailToCopy(JobFile& file, const Base::FileResult& why);
-    void FailToRewrite(JobFile& file, bool isHeld);
     std::filesystem::path Below(const QString& target) const;
 
     const JobState& m_job;
@@ -58,6 +52,8 @@ private:
     LinkReader& m_reader;
     const Base::RootedFolder& m_cloud;
     const Staging& m_staging;
+    Batch& m_batch;
+    bool m_isFull = false;
 };
 
 } // namespace Halvern::Jobs

@@ -134,6 +134,7 @@ JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Prob
     result.summary.findings = plan.findings;
     result.summary.cancelled = run.State().cancelled;
     result.summary.executed = run.State().executed;
+    result.summary.interrupted = run.Interrupted();
     return result;
 }
 
@@ -207,6 +208,11 @@ JobResult ImportJob::Execute()
     JobResult result = state.Result(std::move(results), state.results.ProblemsOfNoFile());
     state.control->Rethrow();
     return result;
+}
+
+void ImportJob::NoteExitCode(int code)
+{
+    m_state->run.NoteExitCode(code);
 }
 
 } // namespace Halvern::Jobs

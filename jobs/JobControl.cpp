@@ -9,6 +9,7 @@ void IJobObserver::PhaseBegun(Phase, qint64) {}
 void IJobObserver::Progressed(const Progress&) {}
 void IJobObserver::FileDone(const FileResult&) {}
 void IJobObserver::ProblemFound(const FileLink::Problem&) {}
+void IJobObserver::Waiting(const QString&) {}
 
 bool JobControl::IsCancelRequested()
 {

@@ -106,6 +106,9 @@ struct JobFile
     bool isDone = false;
     /// Its links are still to be rewritten.
     bool isPending = false;
+    /// The journal tells of it; and that it is settled.
+    bool isPlanned = false;
+    bool isPlanSettled = false;
     /// The source as it was copied; without a copy as it was when the selection was read.
     Base::FileStatus taken;
     FileStamp sourceStamp;
@@ -149,6 +152,8 @@ public:
     /// The file with this path, or another spelling of it that is the same file on the disk; -1.
     qsizetype Find(const QString& path) const;
 
+    /// Of one of them.
+    qsizetype PlaceOf(const JobFile& file) const { return &file - m_files.data(); }
     qsizetype Size() const { return qsizetype(m_files.size()); }
     JobFile& At(qsizetype place) { return m_files[std::size_t(place)]; }
     const JobFile& At(qsizetype place) const { return m_files[std::size_t(place)]; }

@@ -2,7 +2,9 @@
 
 #include "JobRun.h"
 
+#include "Batch.h"
 #include "Closure.h"
+#include "DiskFlush.h"
 #include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
@@ -55,6 +57,25 @@ void TakeStamps(JobFile& file, const CopyRecord& record)
     file.recordedAt = record.recordedAt;
 }
 
+/// What interrupted runs made is known as if they had recorded it.
+QList<CopyRecord> WithTaken(QList<CopyRecord> records, const QList<CopyRecord>& taken)
+{
+    QHash<QString, qsizetype> places;
+    for (qsizetype i = 0; !taken.isEmpty() && i < records.size(); ++i)
+        places.insert(PathKey(records.at(i).target), i);
+    for (const CopyRecord& record : taken) {
+        const auto place = places.constFind(PathKey(record.target));
+        if (place == places.constEnd()) {
+            records.append(record);
+            continue;
+        }
+        const qint64 id = records.at(*place).id;
+        records[*place] = record;
+        records[*place].id = id;
+    }
+    return records;
+}
+
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
                                                const std::shared_ptr<JobDatabase>& database)
 {
@@ -69,13 +90,17 @@ std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>
 JobRun::JobRun(const ImportRequest& request, const std::shared_ptr<JobControl>& control)
     : m_control(control),
       m_database(std::make_shared<JobDatabase>(FolderManager::GetInstance()->GetSyncDatabase())),
-      m_importer(MakeImporter(control, m_database)), m_ledger(OpenLedger()), m_reader(*m_importer),
-      m_layout(m_state, *control, *m_importer),
-      m_records(m_state, *m_ledger, *m_database, *m_importer)
+      m_importer(MakeImporter(control, m_database)), m_ledger(OpenLedger()), m_journal(*m_ledger),
+      m_reader(*m_importer), m_layout(m_state, *control, *m_importer),
+      m_records(m_state, *m_ledger, m_journal, *m_database, *m_importer)
 {
     m_state.request = request;
+    if (!request.flush)
+        m_ledger->DoNotFlush();
     m_state.cloudFolder = FolderManager::GetInstance()->GetCloudCacheFolderPath(false);
-    m_copies = CopyIndex(m_ledger->ReadAll(m_state.cloudFolder));
+    QList<CopyRecord> records = m_ledger->ReadAll(m_state.cloudFolder);
+    m_interrupted = m_journal.FindInterrupted(m_state.cloudFolder, m_taken);
+    m_copies = CopyIndex(WithTaken(std::move(records), m_taken));
 }
 
 JobRun::~JobRun() = default;
@@ -98,6 +123,14 @@ QString JobRun::DatabaseError() const
 {
     const QString error = m_database->FailureOfThisJob();
     return error.isEmpty() ? m_ledger->Error() : error;
+}
+
+QList<InterruptedJob> JobRun::Interrupted() const
+{
+    QList<InterruptedJob> jobs;
+    for (const InterruptedRun& run : m_interrupted)
+        jobs.append({run.begun, run.target, run.process, run.planned, run.done});
+    return jobs;
 }
 
 bool JobRun::IsStopped()
@@ -205,19 +238,62 @@ void JobRun::Execute(Results& results)
         FailToBegin(begun);
         return;
     }
+    if (HasAnythingToWrite() &&
+        !m_records.Begin(QString::fromStdString(begun ? staging.Name() : std::string()),
+                         m_interrupted, m_taken)) {
+        FailUnrecorded();
+        return;
+    }
     // Once the files that linked them are written nothing tells that any more.
     if (!m_state.lostCopies.isEmpty())
         static_cast<void>(m_ledger->NoteLinkedNoMore(m_state.lostCopies));
     const SyncServices::BaseStoreRun run;
-    FileMaker maker(m_state, *m_control, m_reader, cloud, staging);
+    DiskFlush flush(cloud, m_state.request.flush);
+    Batch batch(m_state, *m_control, cloud, staging, flush);
+    FileMaker maker(m_state, *m_control, m_reader, cloud, staging, batch);
+    m_flush = &flush;
+    m_batch = &batch;
     m_maker = &maker;
     MakeFolders();
     const bool copied = MakeFiles(results, Deed::Copy);
     RelinkAroundFailures();
     if (copied && MakeFiles(results, Deed::Relink))
         NoteUnchanged();
-    m_maker = nullptr;
     Finish(results, cloud);
+    m_maker = nullptr;
+    m_batch = nullptr;
+    m_flush = nullptr;
+}
+
+bool JobRun::HasAnythingToWrite() const
+{
+    return IsAnythingToBeDone(m_state) || m_state.request.move || m_state.request.prune ||
+           !m_interrupted.isEmpty();
+}
+
+/// What is not written down before it is done would be nobody's after a kill.
+void JobRun::FailUnrecorded()
+{
+    for (JobFile& file : m_state.files) {
+        if (file.deed == Deed::Nothing)
+            continue;
+        m_control->Report({FileLink::Stage::CopyFiles,
+                           FileLink::ProblemKind::NotCopied,
+                           file.source,
+                           QStringLiteral("Failed to copy: the journal could not be written"),
+                           {}});
+        file.End(Outcome::Failed);
+    }
+    if (m_state.request.move)
+        SourceRemoval(m_state, *m_control).KeepRest();
+}
+
+bool JobRun::HasFailed() const
+{
+    return !DatabaseError().isEmpty() ||
+           std::any_of(m_state.files.begin(), m_state.files.end(), [](const JobFile& file) {
+               return file.outcome == Outcome::Failed && !file.isDropped;
+           });
 }
 
 void JobRun::FailToBegin(const Base::FileResult& why)
@@ -239,7 +315,9 @@ void JobRun::MakeFolders()
     for (JobFile& file : m_state.files) {
         if (!file.isFolder || file.isDropped || m_control->IsCancelRequested())
             continue;
-        if (!m_maker->MakeFolder(file))
+        if (m_maker->MakeFolder(file))
+            m_flush->AddName(BelowCloudFolder(file.target));
+        else
             file.End(Outcome::Failed, Remark::FolderNotMade);
     }
 }
@@ -251,25 +329,65 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
                           std::count_if(m_state.files.begin(), m_state.files.end(), isMeant));
     if (IsStopped())
         return false;
+    m_untold.clear();
     for (JobFile& file : m_state.files) {
-        if (!isMeant(file)) {
-            if (deed == Deed::Copy && file.deed == Deed::Nothing)
-                results.Tell(file);
+        const bool isToBeMade = isMeant(file);
+        if (isToBeMade || (deed == Deed::Copy && file.deed == Deed::Nothing))
+            m_untold.push_back(&file);
+        if (!isToBeMade) {
+            TellSettled(results);
             continue;
         }
         if (IsStopped())
-            return false;
+            return CompleteBatch(results) && false;
         const qint64 bytes = qint64(file.status.size);
-        if (deed == Deed::Copy)
-            m_maker->Make(file);
-        else
-            m_maker->Relink(file);
-        if (file.isDone)
+        const auto make = [&] {
+            return deed == Deed::Copy ? m_maker->Make(file) : m_maker->Relink(file);
+        };
+        if (!make() && (!CompleteBatch(results) || !make()))
+            return false;
+        if (file.isDone && file.deed == Deed::Nothing)
             m_records.Note(file);
-        results.Tell(file);
+        TellSettled(results);
         m_control->Step(bytes);
+        if (m_batch->IsFull() && !CompleteBatch(results))
+            return false;
     }
-    return true;
+    return CompleteBatch(results);
+}
+
+/// Observers hear of files in the order of the plan.
+void JobRun::TellSettled(Results& results)
+{
+    for (; !m_untold.empty() && m_untold.front()->deed == Deed::Nothing; m_untold.pop_front())
+        results.Tell(*m_untold.front());
+}
+
+void JobRun::TellOfWaiting()
+{
+    const QStringList living = m_journal.Living(m_state.cloudFolder);
+    const QString who =
+        living.isEmpty() ? QStringLiteral("another import") : living.join(QStringLiteral(", "));
+    m_control->Tell([&](IJobObserver& observer) { observer.Waiting(who); });
+}
+
+/// False when the job is cancelled: what is ready then gets no name any more.
+bool JobRun::CompleteBatch(Results& results)
+{
+    Batch::Hooks hooks;
+    hooks.waits = [this] { TellOfWaiting(); };
+    hooks.mayGoOn = [this] { return !IsStopped(); };
+    hooks.announce = [this](const std::vector<const StagedFile*>& ready) {
+        return m_records.Commit(ready);
+    };
+    hooks.done = [&](const StagedFile& staged) {
+        if (staged.file->isDone)
+            m_records.Note(*staged.file);
+        else
+            m_records.NoteSettled(*staged.file);
+        TellSettled(results);
+    };
+    return m_batch->Complete(hooks);
 }
 
 /// A file that could not be copied is not where the links of others were to lead: those say again
@@ -342,72 +460,63 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     m_control->BeginPhase(Phase::Recording, 0);
     // What was done is recorded also when the job was cancelled.
     m_control->GoOn();
-    const bool recorded = m_records.Flush();
+    const bool recorded = SecureCopies() && m_records.Commit();
     static_cast<void>(m_records.Finish());
     // Copies that could not be made anew link what they linked.
     if (!m_state.cancelled)
         m_state.orphans = Orphans(m_state, m_copies).Find();
     if (m_state.request.move)
         MoveSources(results, cloud, recorded);
-    if (m_state.request.prune && !m_state.cancelled)
+    if (m_state.request.prune && !m_state.cancelled && recorded)
         Prune(cloud);
-    static_cast<void>(m_records.Flush());
+    static_cast<void>(m_records.End(recorded && !HasFailed()));
     results.TellRest();
 }
 
-/// Deletes sources when all that a power cut could take is on the disk, and says why none is
-/// deleted otherwise.
+/// Whatever the records will say, and whatever is deleted because of it, is on the disk before.
+/// Copies that are older than this job may not have reached it either.
+bool JobRun::SecureCopies()
+{
+    for (const JobFile& file : m_state.files)
+        if (m_state.request.move && !file.isFolder && file.outcome == Outcome::Unchanged) {
+            m_flush->AddFile(BelowCloudFolder(file.target));
+            m_flush->AddName(BelowCloudFolder(file.target));
+        }
+    const Base::FileResult secured = m_flush->Run();
+    if (secured)
+        return true;
+    m_control->Report({FileLink::Stage::CopyFiles,
+                       FileLink::ProblemKind::NotCopied,
+                       {},
+                       QStringLiteral("A power cut may take back what was copied: ") +
+                           QString::fromStdString(secured.Text()),
+                       {}});
+    m_records.Drop();
+    return false;
+}
+
 void JobRun::MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded)
 {
     if (!isRecorded || m_state.cancelled || !DatabaseError().isEmpty()) {
         SourceRemoval(m_state, *m_control).KeepRest();
         return;
     }
-    const Base::FileResult secured = SecureCopies(cloud);
-    if (secured) {
-        RemoveSources(results);
-        return;
-    }
-    m_control->Report(
-        {FileLink::Stage::CopyFiles,
-         FileLink::ProblemKind::SourceNotDeleted,
-         {},
-         QStringLiteral("No source was deleted: ") + QString::fromStdString(secured.Text()),
-         {}});
-    SourceRemoval(m_state, *m_control).KeepRest();
+    FindChangedCopies(cloud);
+    RemoveSources(results);
 }
 
-/// A source may go when its copy still stands under its name, and will after a power cut, too.
-/// Copies that are older than this job may not have reached the disk either.
-Base::FileResult JobRun::SecureCopies(const Base::RootedFolder& cloud)
+/// A source may go when its copy still stands under its name.
+void JobRun::FindChangedCopies(const Base::RootedFolder& cloud)
 {
-    // Names that this job gave are flushed folder by folder.
-    QSet<QString> folders;
-    const auto addFolders = [&](QString folder) {
-        for (; folder.size() > m_state.cloudFolder.size() && !folders.contains(folder);
-             folder = FolderAbove(folder))
-            folders.insert(folder);
-    };
     for (JobFile& file : m_state.files) {
         const bool isCopy = file.isDone || file.outcome == Outcome::Unchanged;
         if (file.isFolder || file.wasMoved || file.isPending || !isCopy)
             continue;
-        const std::filesystem::path copy = BelowCloudFolder(file.target);
         Base::FileStatus status;
-        if (!cloud.Status(copy, status) || !IsStamped(status, file.targetStamp)) {
+        if (!cloud.Status(BelowCloudFolder(file.target), status) ||
+            !IsStamped(status, file.targetStamp))
             file.End(Outcome::Failed, Remark::TargetChanged);
-            continue;
-        }
-        const bool wasFlushed = file.taken.Exists() || file.linksRewritten;
-        if (const Base::FileResult result = wasFlushed ? Base::FileResult() : cloud.Flush(copy);
-            !result)
-            return result;
-        addFolders(FolderAbove(file.target));
     }
-    for (const QString& folder : std::as_const(folders))
-        if (Base::FileResult result = cloud.Flush(BelowCloudFolder(folder)); !result)
-            return result;
-    return cloud.Flush({});
 }
 
 /// What is gone must be known as moved also when the process is killed right after: it is noted
@@ -421,7 +530,7 @@ void JobRun::RemoveSources(Results& results)
     const auto announced = [&](const QList<JobFile*>& files) {
         for (JobFile* file : files)
             note(*file, true);
-        return m_records.Flush();
+        return m_records.Commit();
     };
     SourceRemoval(m_state, *m_control).Remove(announced, [&](JobFile& file) {
         // Another import that moves it may have been faster.
@@ -443,29 +552,52 @@ bool JobRun::MayBePruned(const CopyRecord& orphan, const Base::FileStatus& statu
                             m_state.request.checksum);
 }
 
+/// False when it must stay. `status` is what was kept.
+bool JobRun::KeepOrphan(const Base::RootedFolder& cloud, const Orphan& orphan,
+                        Base::FileStatus& status, QString& version)
+{
+    const QString& target = orphan.record.target;
+    if (orphan.isStillLinked || !cloud.Status(BelowCloudFolder(target), status))
+        return false;
+    QString reason;
+    // What somebody changed is not this library's any more.
+    if (!MayBePruned(orphan.record, status))
+        reason = QStringLiteral("it was changed since it was copied");
+    else if (SyncManager::GetInstance()->KeepVersion(target, &version, &reason))
+        m_flush->AddOutside(version);
+    if (reason.isEmpty())
+        return true;
+    m_state.notPruned.insert(target, reason);
+    return false;
+}
+
 void JobRun::Prune(const Base::RootedFolder& cloud)
 {
-    for (const auto& [orphan, isStillLinked] : std::as_const(m_state.orphans)) {
-        const std::filesystem::path copy = BelowCloudFolder(orphan.target);
+    QList<std::pair<CopyRecord, QString>> kept;
+    QList<Base::FileStatus> statuses;
+    for (const Orphan& orphan : std::as_const(m_state.orphans)) {
         Base::FileStatus status;
-        if (isStillLinked || !cloud.Status(copy, status))
+        QString version;
+        if (!KeepOrphan(cloud, orphan, status, version))
             continue;
-        // What somebody changed is not this library's any more.
-        if (!MayBePruned(orphan, status)) {
-            m_state.notPruned.insert(orphan.target,
-                                     QStringLiteral("it was changed since it was copied"));
-            continue;
-        }
-        QString reason;
+        kept.append({orphan.record, version});
+        statuses.append(status);
+    }
+    const Base::FileResult flushed = m_flush->Run();
+    const bool isAnnounced = flushed && m_records.AnnouncePruned(kept);
+    for (qsizetype i = 0; i < kept.size(); ++i) {
+        const QString& target = kept.at(i).first.target;
+        const std::filesystem::path copy = BelowCloudFolder(target);
         Base::FileStatus now;
-        if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
-            m_state.notPruned.insert(orphan.target, reason);
-        else if (!cloud.Status(copy, now) || now != status)
-            m_state.notPruned.insert(orphan.target, QStringLiteral("it changed while it was kept"));
+        if (!isAnnounced)
+            m_state.notPruned.insert(target, flushed ? QStringLiteral("it could not be recorded")
+                                                     : QString::fromStdString(flushed.Text()));
+        else if (!cloud.Status(copy, now) || now != statuses.at(i))
+            m_state.notPruned.insert(target, QStringLiteral("it changed while it was kept"));
         else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
-            m_state.notPruned.insert(orphan.target, QString::fromStdString(removed.Text()));
+            m_state.notPruned.insert(target, QString::fromStdString(removed.Text()));
         else
-            m_state.pruned.append(orphan.target);
+            m_state.pruned.append(target);
     }
     m_records.Forget(m_state.pruned);
 }

@@ -8,6 +8,7 @@
 #include "JobControl.h"
 #include "JobDatabase.h"
 #include "JobFile.h"
+#include "Journal.h"
 #include "Layout.h"
 #include "Ledger.h"
 #include "LinkReader.h"
@@ -21,10 +22,13 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <deque>
 #include <memory>
 
 namespace Halvern::Jobs {
 
+class Batch;
+class DiskFlush;
 class FileMaker;
 class Results;
 
@@ -64,8 +68,14 @@ public:
     const QList<Finding>& Findings() const { return m_findings; }
     /// Why the database failed during this job; empty when it did not.
     QString DatabaseError() const;
+    /// Jobs that ended before their time.
+    QList<InterruptedJob> Interrupted() const;
+    void NoteExitCode(int code) { m_journal.NoteExitCode(code); }
 
 private:
+    bool HasAnythingToWrite() const;
+    void FailUnrecorded();
+    bool HasFailed() const;
     bool TakeSelection(const Sources& sources);
     bool FindLinkedFiles(const QStringList& sources);
     void RequireWholePlan() const;
@@ -73,13 +83,19 @@ private:
     void FailToBegin(const Base::FileResult& why);
     void MakeFolders();
     bool MakeFiles(Results& results, Deed deed);
+    bool CompleteBatch(Results& results);
+    void TellSettled(Results& results);
+    void TellOfWaiting();
     void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);
-    Base::FileResult SecureCopies(const Base::RootedFolder& cloud);
+    bool SecureCopies();
+    void FindChangedCopies(const Base::RootedFolder& cloud);
     std::filesystem::path BelowCloudFolder(const QString& path) const;
     void MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded);
     void RemoveSources(Results& results);
+    bool KeepOrphan(const Base::RootedFolder& cloud, const Orphan& orphan, Base::FileStatus& status,
+                    QString& version);
     bool MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const;
     void Prune(const Base::RootedFolder& cloud);
 
@@ -88,12 +104,20 @@ private:
     std::shared_ptr<JobDatabase> m_database;
     std::unique_ptr<FileLink::FileLinkImporter> m_importer;
     std::unique_ptr<Ledger> m_ledger;
+    Journal m_journal;
+    /// What they left, and of that the copies that are in place.
+    QList<InterruptedRun> m_interrupted;
+    QList<CopyRecord> m_taken;
     CopyIndex m_copies;
     LinkReader m_reader;
     Layout m_layout;
     Records m_records;
     /// While the plan is executed.
     FileMaker* m_maker = nullptr;
+    Batch* m_batch = nullptr;
+    DiskFlush* m_flush = nullptr;
+    /// Of the phase, in their order.
+    std::deque<JobFile*> m_untold;
     QList<Conflict> m_conflicts;
     QList<Finding> m_findings;
 };

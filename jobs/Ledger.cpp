@@ -2,6 +2,7 @@
 
 #include "Ledger.h"
 
+#include "FileStamps.h"
 #include "LedgerRows.h"
 #include "LedgerSchema.h"
 
@@ -13,6 +14,7 @@
 
 #include <exception>
 #include <stdexcept>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -30,15 +32,13 @@ void LeaveUnchanged(SQLite::Database& database, bool hadLog)
         sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 
-/// As the sync database does it: with the log a commit needs no flush to be safe against a kill,
-/// and a power cut takes the last moments at most.
+/// A commit is on the disk, and with it all that the sync database wrote to the same log before.
 void PrepareToWrite(SQLite::Database& database)
 {
     // A file that must not be written is opened for reading, without a word.
     if (sqlite3_db_readonly(database.getHandle(), "main") == 1)
         throw std::runtime_error("It cannot be written.");
-    if (database.execAndGet("PRAGMA journal_mode").getString() == "wal")
-        database.exec("PRAGMA synchronous = NORMAL");
+    database.exec("PRAGMA synchronous = FULL");
 }
 
 } // namespace
@@ -81,6 +81,18 @@ void Ledger::OpenDatabase(int busyTimeout)
     LedgerSchema::HasTables(*m_database);
 }
 
+void Ledger::DoNotFlush()
+{
+    if (!m_database)
+        return;
+    try {
+        if (m_database->execAndGet("PRAGMA journal_mode").getString() == "wal")
+            m_database->exec("PRAGMA synchronous = NORMAL");
+    } catch (const std::exception& failure) {
+        Remember("Opening the records of copies", failure.what());
+    }
+}
+
 QString Ledger::Error() const
 {
     return m_error;
@@ -88,27 +100,62 @@ QString Ledger::Error() const
 
 QList<CopyRecord> Ledger::ReadAll(const QString& cloudFolder)
 {
-    return Run("Reading the records of copies", QList<CopyRecord>(),
-               [&](SQLite::Database& database) {
-                   // Version and records are of one moment.
-                   const SQLite::Transaction transaction(database);
-                   return LedgerSchema::HasTables(database)
-                              ? LedgerRows::Read(database, m_user, cloudFolder,
-                                                 LedgerSchema::HasOrigins(database))
-                              : QList<CopyRecord>();
-               });
+    QList<CopyRecord> records;
+    // Version and records are of one moment.
+    if (!Look("Reading the records of copies", [&](SQLite::Database& database) {
+            if (LedgerSchema::HasTables(database))
+                records = LedgerRows::Read(database, m_user, cloudFolder,
+                                           LedgerSchema::HasOrigins(database));
+        }))
+        return {};
+    m_hasRead = true;
+    for (const CopyRecord& record : std::as_const(records))
+        m_seen.insert(record.id, record.recordedAt);
+    return records;
 }
 
 bool Ledger::Write(QList<CopyRecord>& records)
 {
     QList<qint64> ids;
-    if (!Change("Writing the records of copies", [&](SQLite::Database& database) {
-            ids = LedgerRows::Write(database, m_user, records);
-        }))
+    if (!Change("Writing the records of copies",
+                [&](SQLite::Database& database) { ids = WriteIn(database, records); }))
         return false;
     for (qsizetype i = 0; i < ids.size(); ++i)
-        records[i].id = ids[i];
+        if (ids[i] >= 0)
+            records[i].id = ids[i];
     return true;
+}
+
+QList<qint64> Ledger::WriteIn(SQLite::Database& database, const QList<CopyRecord>& records)
+{
+    QList<CopyRecord> own;
+    QList<bool> isOwn;
+    for (const CopyRecord& record : records) {
+        isOwn.append(MayWrite(database, record));
+        if (isOwn.last())
+            own.append(record);
+    }
+    const QList<qint64> written = LedgerRows::Write(database, m_user, own);
+    QList<qint64> ids;
+    qsizetype next = 0;
+    for (const bool is : std::as_const(isOwn))
+        ids.append(is ? written.at(next++) : -1);
+    for (qsizetype i = 0; i < own.size(); ++i)
+        m_seen.insert(written.at(i), own.at(i).recordedAt);
+    return ids;
+}
+
+/// Writers come one after the other: what the disk holds now is what the last one that placed
+/// something there has recorded, or will.
+bool Ledger::MayWrite(SQLite::Database& database, const CopyRecord& record) const
+{
+    if (!m_hasRead)
+        return true;
+    const auto [id, recordedAt] = LedgerRows::FindTarget(database, m_user, record.target);
+    if (id < 0 || m_seen.value(id, -1) == recordedAt)
+        return true;
+    const FileStamp now = StampOf(record.target, false);
+    return now.bytes == record.targetStamp.bytes && now.modified == record.targetStamp.modified;
 }
 
 bool Ledger::NoteLinkedNoMore(const QStringList& targets)
@@ -138,8 +185,16 @@ Result Ledger::Run(const char* name, Result failed, Operation operation)
     return failed;
 }
 
-template <typename Operation>
-bool Ledger::Change(const char* name, Operation operation)
+bool Ledger::Look(const char* name, const Operation& operation)
+{
+    return Run(name, false, [&](SQLite::Database& database) {
+        const SQLite::Transaction transaction(database);
+        operation(database);
+        return true;
+    });
+}
+
+bool Ledger::Change(const char* name, const Operation& operation)
 {
     return Run(name, false, [&](SQLite::Database& database) {
         if (m_readOnly)

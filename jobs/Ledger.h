@@ -5,10 +5,12 @@
 #include "syncservices/FileLink.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <functional>
 #include <memory>
 
 namespace SQLite {
@@ -88,8 +90,8 @@ struct CopyRecord
 /// processes may have open. One thread at a time.
 ///
 /// Nothing here throws but for a lack of memory. A failed operation changes nothing, and Error()
-/// says why it failed. No kill of the process takes back what Write or Remove did; a power cut
-/// takes back the last moments at most, whole operations at a time.
+/// says why it failed. Neither a kill of the process nor a power cut takes back what Write or
+/// Remove did.
 class Ledger
 {
 public:
@@ -106,19 +108,34 @@ public:
     Ledger(const Ledger&) = delete;
     Ledger& operator=(const Ledger&) = delete;
 
+    /// From now on a power cut may take back the last moments, whole operations at a time.
+    void DoNotFlush();
     /// Why the last operation that failed did so, with the file's name; empty when none failed.
     QString Error() const;
     /// The records whose target lies below the folder, ordered by target. Letter case counts as it
     /// does for SamePathKey. Empty after a failure, too.
     QList<CopyRecord> ReadAll(const QString& cloudFolder);
     /// All or none. A record takes the place of the one with the same target; the ids are filled
-    /// in.
+    /// in. One that another process has written since this one read it stays when the file at the
+    /// target is not what the new record says: the other process has replaced it since.
     bool Write(QList<CopyRecord>& records);
     /// Of the copies with these targets those that only links led to get the origin LinkedNoMore,
     /// all or none.
     bool NoteLinkedNoMore(const QStringList& targets);
     /// Forgets the copies with these targets, all or none; one that is not recorded is no failure.
     bool Remove(const QStringList& targets);
+
+    /// For the journal, whose tables lie beside the ledger's. The first runs in one state of the
+    /// tables, the second in a transaction that writes; both are all or nothing, an exception is a
+    /// failure, and so is a database that cannot be used.
+    using Operation = std::function<void(SQLite::Database&)>;
+    bool Look(const char* name, const Operation& operation);
+    bool Change(const char* name, const Operation& operation);
+    /// Write as a part of such a change. The ids, -1 for those that stay.
+    QList<qint64> WriteIn(SQLite::Database& database, const QList<CopyRecord>& records);
+    int User() const { return m_user; }
+    const QString& File() const { return m_file; }
+    bool IsOpen() const { return m_database != nullptr; }
 
 private:
     Ledger(const QString& databaseFile, int user, bool readOnly);
@@ -127,9 +144,7 @@ private:
     /// Runs an operation on the database; an exception becomes `failed` and the error.
     template <typename Result, typename Operation>
     Result Run(const char* name, Result failed, Operation operation);
-    /// Likewise, in a transaction that writes, over tables that are there.
-    template <typename Operation>
-    bool Change(const char* name, Operation operation);
+    bool MayWrite(SQLite::Database& database, const CopyRecord& record) const;
     void Remember(const char* operation, const char* reason);
 
     const QString m_file;
@@ -137,6 +152,9 @@ private:
     const bool m_readOnly;
     /// Null when it could not be opened.
     std::unique_ptr<SQLite::Database> m_database;
+    /// By id, when the record was taken that this process read or wrote last.
+    QHash<qint64, qint64> m_seen;
+    bool m_hasRead = false;
     QString m_error;
 };
 

@@ -4,6 +4,7 @@
 
 #include "PackedLists.h"
 #include "Paths.h"
+#include "SqlRows.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -44,159 +45,15 @@ constexpr char insertOrUpdate[] =
     "linked_targets = excluded.linked_targets, origin = excluded.origin "
     "RETURNING id";
 
+constexpr char find[] = "SELECT id, recorded_at FROM ledger_copies WHERE authentication_id = ? "
+                        "AND target_key = ?";
+
 constexpr char loseLinks[] = "UPDATE ledger_copies SET origin = 2 WHERE authentication_id = ? AND "
                              "target_key = ? AND origin = 1";
 static_assert(int(CopyOrigin::Linked) == 1 && int(CopyOrigin::LinkedNoMore) == 2);
 
 constexpr char deleteTarget[] =
     "DELETE FROM ledger_copies WHERE authentication_id = ? AND target_key = ?";
-
-std::string TextOf(const QString& text)
-{
-    return TextToBytes(text).toStdString();
-}
-
-/// Binds parameters one after another.
-class Binder
-{
-public:
-    explicit Binder(SQLite::Statement& statement) : m_statement(statement) {}
-
-    Binder& Number(qint64 value)
-    {
-        m_statement.bind(++m_index, static_cast<int64_t>(value));
-        return *this;
-    }
-    Binder& Text(const QString& value)
-    {
-        if (value.isNull())
-            m_statement.bind(++m_index);
-        else
-            m_statement.bind(++m_index, TextOf(value));
-        return *this;
-    }
-    /// Never null.
-    Binder& Key(const QString& path)
-    {
-        m_statement.bind(++m_index, TextOf(PathKey(path)));
-        return *this;
-    }
-    Binder& Bytes(const QByteArray& value)
-    {
-        if (value.isNull())
-            m_statement.bind(++m_index);
-        else
-            m_statement.bind(++m_index, value.constData(), static_cast<int>(value.size()));
-        return *this;
-    }
-    Binder& Stamp(const FileStamp& stamp)
-    {
-        return Number(stamp.bytes).Number(stamp.modified).Bytes(stamp.hash);
-    }
-
-private:
-    SQLite::Statement& m_statement;
-    int m_index = 0;
-};
-
-/// Reads columns one after another.
-class Row
-{
-public:
-    explicit Row(SQLite::Statement& statement) : m_statement(statement) {}
-
-    qint64 Number() { return m_statement.getColumn(m_index++).getInt64(); }
-    bool Flag() { return Number() != 0; }
-    /// Null for null. The bytes are there until the next row.
-    QByteArrayView Bytes()
-    {
-        const SQLite::Column column = m_statement.getColumn(m_index++);
-        if (column.isNull())
-            return {};
-        const auto* const bytes = static_cast<const char*>(column.getBlob());
-        return {bytes ? bytes : "", column.getBytes()};
-    }
-    QString Text()
-    {
-        const QByteArrayView bytes = Bytes();
-        return bytes.isNull() ? QString() : TextFromBytes(bytes);
-    }
-    FileStamp Stamp()
-    {
-        FileStamp stamp;
-        stamp.bytes = Number();
-        stamp.modified = Number();
-        stamp.hash = Bytes().toByteArray();
-        return stamp;
-    }
-    /// What is not known counts as not read, and is read again.
-    LinksState State()
-    {
-        switch (const auto state = static_cast<LinksState>(Number())) {
-        case LinksState::Read:
-        case LinksState::UnknownFormat:
-        case LinksState::Failed:
-            return state;
-        }
-        return LinksState::Failed;
-    }
-    CopyOrigin Origin()
-    {
-        switch (const auto origin = static_cast<CopyOrigin>(Number())) {
-        case CopyOrigin::Selected:
-        case CopyOrigin::Linked:
-        case CopyOrigin::LinkedNoMore:
-            return origin;
-        }
-        return CopyOrigin::Selected;
-    }
-
-private:
-    SQLite::Statement& m_statement;
-    int m_index = 0;
-};
-
-CopyRecord ReadRecord(Row row)
-{
-    CopyRecord record;
-    record.id = row.Number();
-    record.project = row.Text();
-    record.source = row.Text();
-    record.target = row.Text();
-    record.sourceStamp = row.Stamp();
-    record.targetStamp = row.Stamp();
-    record.recordedAt = row.Number();
-    record.linksState = row.State();
-    record.readers = row.Text();
-    record.isRewritePending = row.Flag();
-    record.isMoved = row.Flag();
-    record.sourceLinks = UnpackLinks(row.Bytes());
-    record.targetLinks = UnpackLinks(row.Bytes());
-    record.linkedTargets = UnpackTexts(row.Bytes());
-    record.origin = row.Origin();
-    return record;
-}
-
-void BindRecord(Binder binder, int user, const CopyRecord& record)
-{
-    binder.Number(user)
-        .Key(record.target)
-        .Key(record.source)
-        .Text(record.project)
-        .Text(record.source)
-        .Text(record.target)
-        .Stamp(record.sourceStamp)
-        .Stamp(record.targetStamp)
-        .Number(record.recordedAt)
-        .Number(static_cast<int>(record.linksState))
-        .Text(record.readers)
-        .Number(record.isRewritePending)
-        .Number(record.isMoved)
-        .Bytes(PackLinks(record.sourceLinks))
-        .Bytes(PackLinks(record.targetLinks))
-        .Bytes(PackTexts(record.linkedTargets))
-        .Number(static_cast<int>(record.origin));
-}
 
 void RunForEach(SQLite::Database& database, const char* statement, int user,
                 const QStringList& targets)
@@ -224,8 +81,10 @@ QList<CopyRecord> Read(SQLite::Database& database, int user, const QString& clou
     QString end = PathKey(folder);
     end.back() = u'0';
     Binder(query).Number(user).Key(folder).Text(end);
-    while (query.executeStep())
-        records.append(ReadRecord(Row(query)));
+    while (query.executeStep()) {
+        Row row(query);
+        records.append(ReadRecord(row));
+    }
     return records;
 }
 
@@ -236,12 +95,22 @@ QList<qint64> Write(SQLite::Database& database, int user, const QList<CopyRecord
     for (const CopyRecord& record : records) {
         if (record.target.isEmpty())
             throw std::invalid_argument("A record has no target.");
-        BindRecord(Binder(query), user, record);
+        Binder binder(query);
+        BindRecord(binder, user, record);
         query.executeStep();
         ids.append(query.getColumn(0).getInt64());
         query.reset();
     }
     return ids;
+}
+
+std::pair<qint64, qint64> FindTarget(SQLite::Database& database, int user, const QString& target)
+{
+    SQLite::Statement query(database, find);
+    Binder(query).Number(user).Key(target);
+    if (!query.executeStep())
+        return {-1, 0};
+    return {query.getColumn(0).getInt64(), query.getColumn(1).getInt64()};
 }
 
 void NoteLinkedNoMore(SQLite::Database& database, int user, const QStringList& targets)

@@ -2,6 +2,7 @@
 
 #include "OwnRecords.h"
 
+#include "Journal.h"
 #include "Paths.h"
 
 #include "syncservices/FolderManager.h"
@@ -18,8 +19,12 @@ OwnRecords::OwnRecords(const QStringList& sources)
         SyncFolderManagerLib::FolderManager::GetInstance()->GetSettings();
     const QString database = settings.databaseFile;
     const QString baseStore = settings.BaseStoreFolder();
-    const QStringList own{database, database + QStringLiteral("-wal"),
-                          database + QStringLiteral("-shm"), database + QStringLiteral("-journal"),
+    const QString runs = RunsFolder(database);
+    const QStringList own{runs,
+                          database,
+                          database + QStringLiteral("-wal"),
+                          database + QStringLiteral("-shm"),
+                          database + QStringLiteral("-journal"),
                           baseStore};
     for (const QString& source : sources) {
         const QString top = RealPath(source);
@@ -29,7 +34,7 @@ OwnRecords::OwnRecords(const QStringList& sources)
                 continue;
             const QString place = PathKey(source + real.mid(top.size()));
             m_places.insert(place);
-            if (record == baseStore)
+            if (record == baseStore || record == runs)
                 m_folders.append(place + u'/');
         }
     }

@@ -2,14 +2,20 @@
 
 #include "Records.h"
 
+#include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Orphans.h"
 #include "Paths.h"
+#include "RequestJson.h"
+#include "Results.h"
 
 #include "syncservices/FolderManager.h"
 #include "syncservices/SyncPrivate.h"
 
 #include <QtCore/QFileInfo>
+
+#include <optional>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -19,9 +25,6 @@ using SyncServices::FileMapping;
 using SyncServices::SyncPrivate;
 
 namespace {
-
-constexpr qint64 LongestWait = 1000;
-constexpr qsizetype MostNoted = 2000;
 
 QList<FileLink> StoredLinks(const JobFile& file)
 {
@@ -46,6 +49,25 @@ QStringList LinkedTargets(const JobFile& file, const JobFiles& files)
 bool HasSameContent(const FileStamp& a, const FileStamp& b)
 {
     return a.bytes == b.bytes && (a.hash.isEmpty() ? a.modified == b.modified : a.hash == b.hash);
+}
+
+/// Nothing when nothing is done to it.
+std::optional<RunAction> ActionOf(const JobFile& file, const JobState& job)
+{
+    if (file.isFolder || file.isDropped)
+        return std::nullopt;
+    switch (file.deed) {
+    case Deed::Copy:
+        return file.targetStatus.Exists() && file.outcome != Outcome::Renamed ? RunAction::Replace
+                                                                              : RunAction::Copy;
+    case Deed::Relink:
+        return RunAction::Relink;
+    case Deed::Nothing:
+        break;
+    }
+    return job.request.move && file.isSelected && file.outcome == Outcome::Unchanged
+               ? std::optional(RunAction::Move)
+               : std::nullopt;
 }
 
 /// Nobody asked for the links or could read them, and neither side is another than when they were
@@ -103,21 +125,96 @@ CopyRecord RecordOf(const JobFile& file, const JobState& job)
     return record;
 }
 
-void Records::Note(const JobFile& file)
+bool Records::Begin(const QString& staging, const QList<InterruptedRun>& interrupted,
+                    const QList<CopyRecord>& taken)
 {
-    m_noted.append(RecordOf(file, m_job));
-    if (!m_sinceWritten.isValid())
-        m_sinceWritten.start();
-    if (m_noted.size() >= MostNoted || m_sinceWritten.hasExpired(LongestWait))
-        static_cast<void>(Flush());
+    QList<RunFile> planned;
+    for (JobFile& file : m_job.files) {
+        const std::optional<RunAction> action = ActionOf(file, m_job);
+        if (!action)
+            continue;
+        file.isPlanned = true;
+        planned.append({m_job.files.PlaceOf(file),
+                        file.source,
+                        file.target,
+                        *action,
+                        m_job.request.move && file.isSelected,
+                        StampOf(file.status),
+                        *action == RunAction::Copy ? Base::FileStatus() : file.targetStatus,
+                        file.remark == Remark::LinkSetAside ? file.detail : QString(),
+                        RunStep::Planned,
+                        {},
+                        file.record});
+    }
+    const RunHeader header{QStringLiteral("import"), m_job.cloudFolder, m_job.target, staging,
+                           JsonOf(m_job.request)};
+    const SyncServices::ServicesSettings& settings = FolderManager::GetInstance()->GetSettings();
+    return m_journal.Begin(header, planned, interrupted, taken,
+                           {settings.runHistoryLimit, settings.runHistoryDays});
 }
 
-bool Records::Flush()
+void Records::Note(JobFile& file)
 {
-    m_sinceWritten.invalidate();
-    const bool written = m_noted.isEmpty() || m_ledger.Write(m_noted);
-    m_noted.clear();
+    m_noted.append(RecordOf(file, m_job));
+    NoteSettled(file);
+}
+
+void Records::NoteSettled(JobFile& file)
+{
+    if (!file.isPlanned)
+        return;
+    file.isPlanSettled = true;
+    m_settled.append(
+        {m_job.files.PlaceOf(file), static_cast<int>(OutcomeNow(file, m_job)), file.sourceDeleted});
+}
+
+bool Records::Commit(const std::vector<const StagedFile*>& ready)
+{
+    QList<ReadyFile> announced;
+    for (const StagedFile* staged : ready)
+        announced.append(
+            {m_job.files.PlaceOf(*staged->file), staged->version, RecordOf(*staged->file, m_job)});
+    const bool written = m_journal.Advance(m_noted, m_settled, announced);
+    Drop();
     return written;
+}
+
+void Records::Drop()
+{
+    m_noted.clear();
+    m_settled.clear();
+}
+
+bool Records::AnnouncePruned(const QList<std::pair<CopyRecord, QString>>& orphans)
+{
+    QList<RunFile> files;
+    qint64 position = m_job.files.Size();
+    for (const auto& [record, version] : orphans)
+        files.append({position++,
+                      record.source,
+                      record.target,
+                      RunAction::Prune,
+                      false,
+                      record.sourceStamp,
+                      Base::ReadLinkStatus(Native(record.target)),
+                      {},
+                      RunStep::Ready,
+                      version,
+                      record});
+    return m_journal.Advance({}, {}, {}, files);
+}
+
+bool Records::End(bool isComplete)
+{
+    for (JobFile& file : m_job.files)
+        if (file.isPlanned && !file.isPlanSettled && file.deed == Deed::Nothing)
+            NoteSettled(file);
+    const bool written = m_journal.Advance(m_noted, m_settled, {});
+    Drop();
+    const RunState state = m_job.cancelled ? RunState::Cancelled
+                           : isComplete    ? RunState::Complete
+                                           : RunState::Failed;
+    return m_journal.End(state, CountsOf(m_job)) && written;
 }
 
 /// The module records what was copied; true when this was.

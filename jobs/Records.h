@@ -2,31 +2,45 @@
 
 #pragma once
 
+#include "Batch.h"
 #include "JobDatabase.h"
 #include "JobFile.h"
+#include "Journal.h"
 #include "Ledger.h"
 
 #include "filelink/FileLinkImporter.h"
 
-#include <QtCore/QElapsedTimer>
-
 namespace Halvern::Jobs {
 
-/// Writes down what a job did: the ledger of this library while files are made, so that little is
-/// forgotten when the process is killed (what is, the next import finds by its content); items and
-/// copy history of the sync database at the end.
+/// Writes down what a job did: the ledger of this library while files are made, batch by batch, so
+/// that little is forgotten when the process is killed; items and copy history of the sync database
+/// at the end.
 class Records
 {
 public:
-    Records(JobState& job, Ledger& ledger, JobDatabase& database,
+    Records(JobState& job, Ledger& ledger, Journal& journal, JobDatabase& database,
             FileLink::FileLinkImporter& importer)
-        : m_job(job), m_ledger(ledger), m_database(database), m_importer(importer)
+        : m_job(job), m_ledger(ledger), m_journal(journal), m_database(database),
+          m_importer(importer)
     {}
 
-    /// A copy is in place. Written soon.
-    void Note(const JobFile& file);
-    /// Writes what was noted. False when the database refused.
-    bool Flush();
+    /// Writes down the run and what it plans. False when the database refused.
+    bool Begin(const QString& staging, const QList<InterruptedRun>& interrupted,
+               const QList<CopyRecord>& taken);
+    /// A copy is in place. Written with the next Commit.
+    void Note(JobFile& file);
+    /// The journal has nothing more to tell of the file.
+    void NoteSettled(JobFile& file);
+    /// Writes what was noted, and what is about to be placed. False when the database refused.
+    /// Requires: what was noted is on the disk.
+    bool Commit(const std::vector<const StagedFile*>& ready = {});
+    /// Orphans that are about to be taken out of the cloud folder: targets, and where the base
+    /// store has them.
+    bool AnnouncePruned(const QList<std::pair<CopyRecord, QString>>& orphans);
+    /// Forgets what was noted.
+    void Drop();
+    /// The run is over. False when the database refused.
+    bool End(bool isComplete);
     /// Items, their links, and the copy history; nothing when nothing was done. False when the
     /// module was cancelled or could not.
     bool Finish();
@@ -39,10 +53,11 @@ private:
 
     JobState& m_job;
     Ledger& m_ledger;
+    Journal& m_journal;
     JobDatabase& m_database;
     FileLink::FileLinkImporter& m_importer;
     QList<CopyRecord> m_noted;
-    QElapsedTimer m_sinceWritten;
+    QList<DoneFile> m_settled;
 };
 
 /// That of the session. Requires a session.

@@ -4,6 +4,8 @@
 
 #include "corsync/JobError.h"
 
+#include "Batch.h"
+#include "DiskFlush.h"
 #include "FileMaker.h"
 #include "FileStamps.h"
 #include "JobDatabase.h"
@@ -89,20 +91,44 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
     if (!begun)
         throw JobError(JobErrorKind::NoCloudFolder, QString::fromStdString(begun.Text()));
     const SyncServices::BaseStoreRun run;
-    FileMaker maker(job, control, reader, cloud, staging);
+    DiskFlush flush(cloud, true);
+    Batch batch(job, control, cloud, staging, flush);
+    FileMaker maker(job, control, reader, cloud, staging, batch);
+    QList<CopyRecord> records;
+    const Batch::Hooks hooks{[&](const std::vector<const StagedFile*>&) { return true; }, [] {},
+                             [&] {
+                                 job.cancelled = control.IsCancelRequested();
+                                 return !job.cancelled;
+                             },
+                             [&](const StagedFile& staged) {
+                                 records.append(RecordAfter(*staged.file));
+                                 results.Tell(*staged.file);
+                             }};
     control.BeginPhase(Phase::RewritingLinks, job.files.Size());
     for (JobFile& file : job.files) {
-        job.cancelled = control.IsCancelRequested();
-        if (job.cancelled)
-            return;
-        if (file.deed == Deed::Relink) {
-            maker.Relink(file);
-            QList<CopyRecord> records{RecordAfter(file)};
-            static_cast<void>(ledger.Write(records));
-        }
-        results.Tell(file);
+        if (!hooks.mayGoOn())
+            break;
+        const bool isMeant = file.deed == Deed::Relink;
+        if (isMeant && !maker.Relink(file) && batch.Complete(hooks))
+            static_cast<void>(maker.Relink(file));
+        if (file.deed == Deed::Nothing && isMeant)
+            records.append(RecordAfter(file));
+        if (file.deed == Deed::Nothing)
+            results.Tell(file);
         control.Step(0);
+        if (batch.IsFull() && !batch.Complete(hooks))
+            break;
     }
+    static_cast<void>(batch.Complete(hooks));
+    if (const Base::FileResult flushed = flush.Run(); !flushed)
+        control.Report({FileLink::Stage::RepathFiles,
+                        FileLink::ProblemKind::LinksNotRewritten,
+                        {},
+                        QStringLiteral("A power cut may take back what was rewritten: ") +
+                            QString::fromStdString(flushed.Text()),
+                        {}});
+    else
+        static_cast<void>(ledger.Write(records));
 }
 
 } // namespace

@@ -27,6 +27,8 @@ constexpr char Prefix[] = ".corsync-";
 constexpr char LockName[] = ".lock";
 /// Holds the way to the file that is being made ready outside of the folder.
 constexpr char BesideName[] = ".beside";
+/// Holds those that are ready, by numbers.
+constexpr char ReadyName[] = ".ready";
 constexpr std::size_t LongestName = 255;
 /// What 64 bits take in base 36.
 constexpr int NameLength = 13;
@@ -113,9 +115,11 @@ Staging::~Staging()
 
 std::filesystem::path Staging::PlaceFor(const QString& name) const
 {
-    // The lock's own name is taken, in any letter case for the sake of disks that ignore it.
-    const bool isTaken = name.compare(QLatin1String(LockName), Qt::CaseInsensitive) == 0 ||
-                         name.compare(QLatin1String(BesideName), Qt::CaseInsensitive) == 0;
+    // These names are taken, in any letter case for the sake of disks that ignore it.
+    const auto isName = [&](const char* own) {
+        return name.compare(QLatin1String(own), Qt::CaseInsensitive) == 0;
+    };
+    const bool isTaken = isName(LockName) || isName(BesideName) || isName(ReadyName);
     const std::filesystem::path place = m_folder / Native(isTaken ? u'_' + name : name);
     static_cast<void>(m_cloud.Remove(place));
     return place;
@@ -126,14 +130,37 @@ std::filesystem::path Staging::PlaceBeside(const std::filesystem::path& target) 
     const QString name = QStringView(Base::PathText(target.filename())).toString();
     const std::filesystem::path place =
         target.parent_path() / Native(QString::fromStdString(Name()) + u'-' + name);
+    if (Base::PathToUtf8(place.filename()).size() > LongestName || !NoteBeside(place))
+        return PlaceFor(name);
+    return place;
+}
+
+std::filesystem::path Staging::PlaceOnOtherDisk(const std::filesystem::path& target) const
+{
+    const std::filesystem::path place = target.parent_path() / (Name() + "-part");
+    return NoteBeside(place) ? place : std::filesystem::path();
+}
+
+/// What is not noted would be left behind by a kill.
+bool Staging::NoteBeside(const std::filesystem::path& place) const
+{
     QFile note(QStringView(Base::PathText(Absolute(m_folder / BesideName))).toString());
     const QByteArray way = QStringView(Base::PathText(place)).toUtf8();
-    // What is not noted would be left behind by a kill.
-    if (!RemoveBeside(m_folder) || Base::PathToUtf8(place.filename()).size() > LongestName ||
-        !note.open(QFile::WriteOnly) || note.write(way) != way.size() || !note.flush())
-        return PlaceFor(name);
+    if (!RemoveBeside(m_folder) || !note.open(QFile::WriteOnly) || note.write(way) != way.size() ||
+        !note.flush())
+        return false;
     static_cast<void>(m_cloud.Remove(place));
-    return place;
+    return true;
+}
+
+std::filesystem::path Staging::SetAside(const std::filesystem::path& place)
+{
+    const std::filesystem::path folder = m_folder / ReadyName;
+    if (!m_hasReady && !m_cloud.MakePrivateFolder(folder))
+        return {};
+    m_hasReady = true;
+    const std::filesystem::path aside = folder / std::to_string(++m_ready);
+    return m_cloud.Move(place, aside, Base::Existing::Keep) ? aside : std::filesystem::path();
 }
 
 /// Nothing but a file with this folder's name is taken for one of its own.
@@ -158,11 +185,16 @@ std::filesystem::path Staging::Absolute(const std::filesystem::path& place) cons
     return m_cloud.Path() / place;
 }
 
-QString Staging::TextOf(const Base::FileResult& failure, const QString& target) const
+QString Staging::TextOf(const Base::FileResult& failure, const QString& target,
+                        const QString& aside) const
 {
     QString text = QString::fromStdString(failure.Text());
     const QString shown = QDir::toNativeSeparators(target);
     const QString name = QFileInfo(target).fileName();
+    if (!aside.isEmpty())
+        for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
+            text.replace(QStringView(Base::PathText(folder / ReadyName / Native(aside))).toString(),
+                         shown);
     text.replace(QString::fromStdString(Name()) + u'-' + name, name);
     for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
         text.replace(QStringView(Base::PathText(folder / Native(name))).toString(), shown);
@@ -178,11 +210,25 @@ bool Staging::Clear(const std::filesystem::path& folder) const
     std::vector<std::filesystem::path> names;
     if (!m_cloud.List(folder, names))
         return false;
-    bool isClear = RemoveBeside(folder);
+    bool isClear = ClearReady(folder) && RemoveBeside(folder);
     for (const std::filesystem::path& name : names)
-        if (name != LockName && (isClear || name != BesideName))
+        if (name != LockName && name != ReadyName && (isClear || name != BesideName))
             isClear = static_cast<bool>(m_cloud.Remove(folder / name)) && isClear;
     return isClear;
+}
+
+bool Staging::ClearReady(const std::filesystem::path& folder) const
+{
+    const std::filesystem::path ready = folder / ReadyName;
+    std::vector<std::filesystem::path> names;
+    Base::FileStatus status;
+    if (!m_cloud.Status(ready, status) || status.kind != Base::FileKind::Folder)
+        return true;
+    if (!m_cloud.List(ready, names))
+        return false;
+    for (const std::filesystem::path& name : names)
+        static_cast<void>(m_cloud.Remove(ready / name));
+    return static_cast<bool>(m_cloud.RemoveFolder(ready));
 }
 
 void Staging::RemoveLeftovers() const

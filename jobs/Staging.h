@@ -12,9 +12,9 @@
 
 namespace Halvern::Jobs {
 
-/// A hidden folder in the cloud folder where one file after the other is made ready. Whatever is in
-/// it when the job ends, also that of jobs that were killed, is removed; a folder whose job still
-/// runs is left alone.
+/// A hidden folder in the cloud folder where one file after the other is made ready, and where
+/// those that are wait for their names. Whatever is in it when the job ends, also that of jobs that
+/// were killed, is removed; a folder whose job still runs is left alone.
 class Staging
 {
 public:
@@ -31,9 +31,16 @@ public:
     /// The same beside a target below the cloud folder, whose folder exists: some formats store
     /// paths that depend on where the file lies. One at a time.
     std::filesystem::path PlaceBeside(const std::filesystem::path& target) const;
+    /// The same for a copy that lies on the disk of its target, which is another one, and is not
+    /// alone there. Empty when there is none.
+    std::filesystem::path PlaceOnOtherDisk(const std::filesystem::path& target) const;
+    /// Puts a file that is ready where it waits: nothing lies beside the next one. Answers its
+    /// place; empty when it must stay where it is, and is to be placed before there is a next one.
+    std::filesystem::path SetAside(const std::filesystem::path& place);
     /// The text of a failure on a staged file, with what people know in place of the names of this
-    /// folder and its file: the path that the file is for.
-    QString TextOf(const Base::FileResult& failure, const QString& target) const;
+    /// folder and its file, which may have been set aside as `name`: the path that the file is for.
+    QString TextOf(const Base::FileResult& failure, const QString& target,
+                   const QString& name = {}) const;
     /// Of the folder, which no other job has.
     std::string Name() const { return m_folder.string(); }
     /// The same, absolute.
@@ -42,10 +49,14 @@ public:
 private:
     void RemoveLeftovers() const;
     bool Clear(const std::filesystem::path& folder) const;
+    bool ClearReady(const std::filesystem::path& folder) const;
     bool RemoveBeside(const std::filesystem::path& folder) const;
+    bool NoteBeside(const std::filesystem::path& place) const;
 
     const Base::RootedFolder& m_cloud;
     std::filesystem::path m_folder;
+    bool m_hasReady = false;
+    quint64 m_ready = 0;
     std::unique_ptr<QLockFile> m_lock;
 };
 

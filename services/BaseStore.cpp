@@ -78,7 +78,7 @@ void BaseStore::EndRun()
     m_runs.End();
 }
 
-FileResult BaseStore::Save(const QString& path, Care care)
+FileResult BaseStore::Save(const QString& path, Care care, QString* copy)
 {
     const std::lock_guard guard(m_mutex);
     OpenFile source;
@@ -97,7 +97,10 @@ FileResult BaseStore::Save(const QString& path, Care care)
     if (FileResult usable = CheckUse(part.file.Size()); !usable)
         return usable; // it has grown
     const QString pathHash = StoreNames::PathHash(ExactPathKey(AbsolutePath(path)));
-    return Keep(part, StoreNames::CopyName(pathHash, hash, path), care);
+    const QString name = StoreNames::CopyName(pathHash, hash, path);
+    if (copy != nullptr)
+        *copy = PathOf(name);
+    return Keep(part, name, care);
 }
 
 FileResult BaseStore::CheckUse(qint64 size) const
@@ -165,7 +168,7 @@ FileResult BaseStore::Copy(const OpenFile& source, PartFile& part, QByteArray& h
     if (!copied)
         return FileResult::Failed("it cannot be copied to the base store " +
                                   m_folder.toStdString() + ": " + copied.Text());
-    if (care == Care::Lasting && source.Status() != before)
+    if (care != Care::Usual && source.Status() != before)
         return Failed(QStringLiteral("it changed while it was read"));
     return {};
 }
@@ -174,7 +177,7 @@ FileResult BaseStore::Keep(PartFile& part, const QString& name, Care care)
 {
     Base::HeldFile lock;
     const FileResult held = HoldPatiently(lock, StoreNames::Lock(m_folder));
-    if (!held && care == Care::Lasting)
+    if (!held && care != Care::Usual)
         return FileResult::Failed("the base store " + held.Text());
     // Every eighth of the limit the folder is listed again, so that what other processes put there
     // is counted, at a cost that does not grow with the number of copies.
@@ -198,6 +201,11 @@ FileResult BaseStore::Place(PartFile& part, const QString& name, Care care) cons
 {
     // A copy that is there already gets a new time this way; one that a power cut left without its
     // bytes gets them back.
+    // Until it is flushed it must not take the place of one that is.
+    const bool isThere = Base::ReadLinkStatus(Platform::NativePath(PathOf(name))).Exists();
+    FileResult flushed = care == Care::Checked && isThere ? part.Flush() : FileResult();
+    if (!flushed)
+        return flushed;
     FileResult moved = part.MoveTo(PathOf(name), care == Care::Lasting);
     // Windows does not replace what somebody reads.
     if (moved || HasContent(PathOf(name), StoreNames::ContentHashOf(name)))

@@ -35,13 +35,17 @@ public:
     {
         /// Nothing waits for the disk.
         Usual,
-        /// The copy is on the disk, is what the file was at one moment, and will be found.
+        /// The copy is what the file was at one moment, and will be found. It is on the disk when
+        /// the caller has flushed it.
+        Checked,
+        /// The same, and it is on the disk.
         Lasting
     };
 
     /// Fails when no copy could be kept; also for a file larger than the limit, which would push
     /// out everything else. The copy appears under its name when it is complete.
-    Base::FileResult Save(const QString& path, Care care);
+    /// `copy` (may be null) gets its absolute path.
+    Base::FileResult Save(const QString& path, Care care, QString* copy = nullptr);
 
     void BeginRun();
     void EndRun();

@@ -110,6 +110,8 @@ void Visit(Settings& settings, Visitor& visitor)
     visitor("databaseBusyTimeout", settings.databaseBusyTimeout);
     visitor("baseStoreFolder", settings.baseStoreFolder);
     visitor("baseStoreLimit", settings.baseStoreLimit);
+    visitor("runHistoryLimit", settings.runHistoryLimit);
+    visitor("runHistoryDays", settings.runHistoryDays);
     visitor("userName", settings.userName);
     visitor("authenticationConfigurationId", settings.authenticationConfigurationId);
     visitor("productConfigurationId", settings.productConfigurationId);

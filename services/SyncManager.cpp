@@ -79,6 +79,13 @@ bool SyncManager::SaveVersion(const QString& path, QString* error)
                      error);
 }
 
+bool SyncManager::KeepVersion(const QString& path, QString* storeFile, QString* error)
+{
+    return Succeeded(m_state ? m_state->baseStore.Save(path, BaseStore::Care::Checked, storeFile)
+                             : NoStore(),
+                     error);
+}
+
 BaseStoreStatus SyncManager::GetBaseStoreStatus() const
 {
     if (m_state)

@@ -53,6 +53,8 @@ public:
     /// it. Throws JobError(WrongOrder) without a plan, when called twice, and in a session that is
     /// for plans only.
     JobResult Execute();
+    /// Notes in the journal what the program ended with, when the job was executed.
+    void NoteExitCode(int code);
 
 private:
     struct State;

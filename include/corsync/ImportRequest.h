@@ -62,6 +62,13 @@ struct ImportRequest
     bool selfContained = false;
     /// Put copies whose source is gone, or that nothing links any more, into the base store.
     bool prune = false;
+    /// Wait until copies, what they replace and the records are on the disk: then a power cut after
+    /// the job takes nothing back, and one in it leaves each file old or new. A kill does no harm
+    /// either way.
+    bool flush = true;
+    /// The command that a person typed, program and arguments; kept in the journal, and nothing
+    /// else depends on it.
+    QStringList commandLine;
 };
 
 } // namespace Halvern::Jobs

@@ -55,6 +55,9 @@ public:
     /// What an outcome or the summary says already (a lock, a failure of the sync database) is not
     /// repeated there, nor is what comes twice in the same words.
     virtual void ProblemFound(const FileLink::Problem& problem);
+    /// Another job places files in the cloud folder just now and is waited for, some seconds at
+    /// most: "process 17 (since 16:20:03)", or "another import" when nothing is known of it.
+    virtual void Waiting(const QString& whom);
 };
 
 } // namespace Halvern::Jobs

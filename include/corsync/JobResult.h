@@ -8,6 +8,7 @@
 
 #include "filelink/Problem.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QList>
 #include <QtCore/QMap>
 #include <QtCore/QString>
@@ -48,9 +49,26 @@ struct CORSYNCJOBS_EXPORT FileResult
     bool IsProblem() const;
 };
 
+/// An earlier job in the same cloud folder whose process ended before it did.
+struct InterruptedJob
+{
+    /// UTC.
+    QDateTime begun;
+    /// The folder that it imported into.
+    QString target;
+    qint64 process = 0;
+    /// Files that it meant to do something to, and those of them that it had done.
+    qint64 planned = 0;
+    qint64 done = 0;
+
+    bool operator==(const InterruptedJob&) const = default;
+};
+
 /// What there is to say about a job as a whole.
 struct Summary
 {
+    /// What they left is seen to once a job is executed, and known to plans.
+    QList<InterruptedJob> interrupted;
     /// How many files have each outcome; none is 0.
     QMap<Outcome, qint64> counts;
     /// Files that failed or are in place with a problem, and those of them on which a plug-in

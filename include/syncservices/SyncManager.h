@@ -37,6 +37,9 @@ public:
     /// and is what the file was at one moment. False with the reason in `error` (may be null), a
     /// text that can follow "could not be kept: ".
     [[nodiscard]] bool SaveVersion(const QString& path, QString* error);
+    /// The same for a host that keeps many files and flushes once: the copy, whose absolute path
+    /// `storeFile` gets, is on the disk when the host has seen to that.
+    [[nodiscard]] bool KeepVersion(const QString& path, QString* storeFile, QString* error);
     /// Nothing is written.
     BaseStoreStatus GetBaseStoreStatus() const;
     /// A job that replaces several files: what is saved from BeginRun to the EndRun that belongs to

@@ -29,6 +29,22 @@ protected:
 
 } // namespace
 
+TEST_F(HeldFiles, MayBeFoldersWhichStayOpenToEverybody)
+{
+    tree.Folder(u"cloud"_s);
+    HeldFile one;
+    HeldFile two;
+    ASSERT_TRUE(one.HoldFolder(Path(u"cloud"_s)));
+    EXPECT_TRUE(two.HoldFolder(Path(u"cloud"_s)).IsHeld());
+    tree.File(u"cloud/a"_s, "a");
+    EXPECT_EQ(tree.Read(u"cloud/a"_s), "a");
+    one.Release();
+    EXPECT_TRUE(two.HoldFolder(Path(u"cloud"_s)));
+    two.Release();
+    EXPECT_EQ(tree.Contents(u"cloud"_s).keys(), QStringList{u"a"_s});
+    EXPECT_FALSE(one.HoldFolder(Path(u"none"_s)));
+}
+
 TEST_F(HeldFiles, AreMadeWhenTheyAreMissingAndStay)
 {
     HeldFile held;

@@ -126,6 +126,39 @@ TEST_F(RootedFolders, ReplaceFilesButNoFolders)
               (FileTree::Snapshot{{u"b"_s, "a"}, {u"d"_s, "c"}, {u"f/"_s, ""}, {u"g/"_s, ""}}));
 }
 
+TEST_F(RootedFolders, ReplaceAFileThatIsStillWhatItWas)
+{
+    tree.File(u"cloud/new"_s, "new").File(u"cloud/a"_s, "old");
+    Base::FileStatus was;
+    ASSERT_TRUE(root.Status("a", was));
+    const Base::FileResult replaced = root.ReplaceUnchanged("new", "a", was);
+    EXPECT_TRUE(replaced) << replaced.Text();
+    EXPECT_EQ(Read(u"a"_s), "new");
+    EXPECT_EQ(Names(u""_s), std::set<std::string>{"a"});
+}
+
+TEST_F(RootedFolders, ReplaceNothingThatHasChangedOrIsGoneOrIsAFolder)
+{
+    tree.File(u"cloud/new"_s, "new").File(u"cloud/a"_s, "old").Folder(u"cloud/folder"_s);
+    Base::FileStatus was;
+    ASSERT_TRUE(root.Status("a", was));
+    tree.File(u"cloud/a"_s, "saved meanwhile");
+    EXPECT_EQ(root.ReplaceUnchanged("new", "a", was).Problem(), FileProblem::Changed);
+    EXPECT_EQ(Read(u"a"_s), "saved meanwhile");
+    EXPECT_EQ(Read(u"new"_s), "new");
+    // As a program saves that writes a new file and gives it the name.
+    tree.Remove(u"cloud/a"_s).File(u"cloud/a"_s, "old");
+    Base::FileStatus other = was;
+    other.index += 1;
+    EXPECT_EQ(root.ReplaceUnchanged("new", "a", other).Problem(), FileProblem::Changed);
+    EXPECT_EQ(Read(u"a"_s), "old");
+    EXPECT_EQ(root.ReplaceUnchanged("new", "folder", was).Problem(), FileProblem::Changed);
+    EXPECT_EQ(Kind(u"folder"_s), FileKind::Folder);
+    tree.Remove(u"cloud/a"_s);
+    EXPECT_EQ(root.ReplaceUnchanged("new", "a", was).Problem(), FileProblem::Missing);
+    EXPECT_EQ(Read(u"new"_s), "new");
+}
+
 TEST_F(RootedFolders, RemoveFilesEvenReadOnlyOnesAndFoldersWithoutContent)
 {
     tree.File(u"cloud/f/a.prt"_s);

@@ -22,22 +22,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Holds the base store's lock from the end of the first file on. When a second file has been
-/// copied to the store and waits for the lock, it does something, and lets go.
+/// Holds the base store's lock from the beginning of a phase on. When a file has been copied to the
+/// store and waits for the lock, it does something, and lets go.
 class WhileAFileIsKept : public IJobObserver
 {
 public:
-    WhileAFileIsKept(const QString& store, std::function<void()> action)
-        : m_store(store), m_action(std::move(action))
+    WhileAFileIsKept(const QString& store, Phase phase, std::function<void()> action)
+        : m_store(store), m_phase(phase), m_action(std::move(action))
     {}
     ~WhileAFileIsKept() override
     {
         if (m_thread.joinable())
             m_thread.join();
     }
-    void FileDone(const FileResult&) override
+    void PhaseBegun(Phase phase, qint64) override
     {
-        if (m_thread.joinable())
+        if (phase != m_phase || m_thread.joinable())
             return;
         const QString lock = m_store + u"/lock"_s;
         ASSERT_TRUE(m_lock.Hold(Base::NativePath(Base::Units(lock))));
@@ -61,6 +61,7 @@ private:
     }
 
     QString m_store;
+    Phase m_phase;
     std::function<void()> m_action;
     Base::HeldFile m_lock;
     std::thread m_thread;
@@ -84,11 +85,11 @@ protected:
         tree.File(u"work/proj/a.txt"_s, content).File(u"work/proj/b.txt"_s, content);
     }
     ImportRequest Wanted() const { return Request({u"proj"_s}); }
-    /// Saves the copy of b.txt while its old content is kept.
-    JobResult ImportMeanwhile(const ImportRequest& request)
+    /// Saves a copy while its old content, the first that is kept in the phase, is kept.
+    JobResult ImportMeanwhile(const ImportRequest& request, Phase phase, const QString& copy)
     {
-        WhileAFileIsKept observer(tree.Path(u"sync.db.base"_s),
-                                  [&] { tree.File(u"cloud/proj/b.txt"_s, "mine"); });
+        WhileAFileIsKept observer(tree.Path(u"sync.db.base"_s), phase,
+                                  [&] { tree.File(copy, "mine"); });
         ImportJob job(*session, request, &observer);
         EXPECT_TRUE(job.MakePlan().conflicts.isEmpty());
         const JobResult result = job.Execute();
@@ -102,11 +103,11 @@ protected:
 TEST_F(LastLook, SparesACopyThatIsSavedWhileItsOldContentIsKept)
 {
     Save("third, longer still");
-    const JobResult result = ImportMeanwhile(Wanted());
-    EXPECT_EQ(tree.Read(u"cloud/proj/b.txt"_s), "mine");
-    EXPECT_EQ(LinesOf(result.files, tree).filter(u"b.txt"_s).filter(u"failed"_s).size(), 1)
+    const JobResult result = ImportMeanwhile(Wanted(), Phase::Copying, u"cloud/proj/a.txt"_s);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "mine");
+    EXPECT_EQ(LinesOf(result.files, tree).filter(u"a.txt"_s).filter(u"failed"_s).size(), 1)
         << LinesOf(result.files, tree).join(u'\n').toStdString();
-    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "third, longer still");
+    EXPECT_EQ(tree.Read(u"cloud/proj/b.txt"_s), "third, longer still");
 }
 
 TEST_F(LastLook, SparesACopyThatIsSavedWhileItIsPruned)
@@ -114,7 +115,7 @@ TEST_F(LastLook, SparesACopyThatIsSavedWhileItIsPruned)
     tree.File(u"work/proj/a.txt"_s, "third, longer still").Remove(u"work/proj/b.txt"_s);
     ImportRequest request = Wanted();
     request.prune = true;
-    const JobResult result = ImportMeanwhile(request);
+    const JobResult result = ImportMeanwhile(request, Phase::Recording, u"cloud/proj/b.txt"_s);
     EXPECT_EQ(tree.Read(u"cloud/proj/b.txt"_s), "mine");
     EXPECT_EQ(result.summary.Count(Outcome::Pruned), 0);
     EXPECT_EQ(result.summary.filesWithProblems, 1);

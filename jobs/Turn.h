@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "base/HeldFile.h"
+
+#include <filesystem>
+#include <functional>
+
+namespace Halvern::Jobs {
+
+/// The turn of one import at a time, among all processes, to give files of a cloud folder their
+/// names. Whoever holds it and stops is not waited for long: what has changed is seen at each file,
+/// too, and the turn only spares those who come second a failure.
+class Turn
+{
+public:
+    /// Waits for others, and tells after a while that it does. The system ends the turn of a
+    /// process that ends.
+    Turn(const std::filesystem::path& cloudFolder, const std::function<void()>& waits);
+    bool IsTaken() const { return m_held.IsHeld(); }
+
+private:
+    Base::HeldFile m_held;
+};
+
+} // namespace Halvern::Jobs

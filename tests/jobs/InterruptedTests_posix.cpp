@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Jobs whose process ends before they do.
+
+#include "JobsFixture.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <QtCore/QDir>
+
+#include <functional>
+
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace Halvern::Test {
+
+using namespace Jobs;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Does something at a file, in its process.
+class AtFile : public IJobObserver
+{
+public:
+    AtFile(int file, std::function<void()> action) : m_left(file), m_action(std::move(action)) {}
+    void FileDone(const FileResult&) override
+    {
+        if (--m_left == 0)
+            m_action();
+    }
+
+private:
+    int m_left;
+    std::function<void()> m_action;
+};
+
+class InterruptedJobs : public JobsFixture
+{
+protected:
+    InterruptedJobs()
+    {
+        for (const char name : {'a', 'b', 'c', 'd'})
+            tree.File(u"work/proj/%1.txt"_s.arg(QLatin1Char(name)), QByteArray(1, name));
+    }
+    ~InterruptedJobs() override
+    {
+        if (m_child > 0)
+            EndChild();
+    }
+    ImportRequest Wanted() const { return Request({u"proj"_s}); }
+
+    /// Imports in a process of its own, which does something when some files are done.
+    void Start(int files, const std::function<void()>& action)
+    {
+        session.reset();
+        m_child = ::fork();
+        ASSERT_GE(m_child, 0);
+        if (m_child > 0)
+            return;
+        Begin();
+        AtFile observer(files, action);
+        ImportJob job(*session, Wanted(), &observer);
+        job.MakePlan();
+        job.Execute();
+        ::_exit(99);
+    }
+    void StartAndKill(int files)
+    {
+        Start(files, [] { ::kill(::getpid(), SIGKILL); });
+        int status = 0;
+        ASSERT_EQ(::waitpid(m_child, &status, 0), m_child);
+        m_child = -1;
+        EXPECT_TRUE(WIFSIGNALED(status));
+    }
+    void StartAndStop(int files)
+    {
+        Start(files, [] { ::kill(::getpid(), SIGSTOP); });
+        int status = 0;
+        ASSERT_EQ(::waitpid(m_child, &status, WUNTRACED), m_child);
+        ASSERT_TRUE(WIFSTOPPED(status));
+    }
+    void EndChild()
+    {
+        int status = 0;
+        ::kill(m_child, SIGKILL);
+        ::waitpid(m_child, &status, 0);
+        m_child = -1;
+    }
+    QStringList Hidden() const
+    {
+        return QDir(tree.Path(u"cloud"_s))
+            .entryList({u".corsync-*"_s}, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+    std::string Ask(const std::string& query) const
+    {
+        SQLite::Database database(tree.Path(u"sync.db"_s).toStdString(), SQLite::OPEN_READWRITE,
+                                  10000);
+        return database.execAndGet(query).getString();
+    }
+
+    pid_t m_child = -1;
+};
+
+} // namespace
+
+TEST_F(InterruptedJobs, AreToldOnceAndTheirCopiesAreKnown)
+{
+    StartAndKill(2);
+    EXPECT_FALSE(Hidden().isEmpty());
+    Begin();
+    ImportJob job(*session, Wanted());
+    job.MakePlan();
+    const QList<InterruptedJob> told = job.Preview().summary.interrupted;
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_EQ(told.first().planned, 4);
+    EXPECT_EQ(told.first().done, 2);
+    EXPECT_EQ(Ask("SELECT state FROM runs"), "0") << "a plan writes nothing";
+    const JobResult result = job.Execute();
+    EXPECT_EQ(result.summary.interrupted, told);
+    EXPECT_EQ(result.summary.Count(Outcome::Unchanged), 2);
+    EXPECT_EQ(result.summary.Count(Outcome::Copied), 2);
+    EXPECT_EQ(Hidden(), QStringList());
+    EXPECT_EQ(Ask("SELECT state || ' ' || taken_up_by FROM runs WHERE id = 1"), "4 2");
+    EXPECT_EQ(Ask("SELECT count(*) FROM ledger_copies"), "4");
+    EXPECT_TRUE(QDir(tree.Path(u"sync.db.runs"_s)).entryList(QDir::Files).isEmpty());
+    EXPECT_TRUE(Import(Wanted()).summary.interrupted.isEmpty());
+}
+
+TEST_F(InterruptedJobs, LeaveCopiesThatAreUpdatedWithoutAQuestionWhenTheirSourcesAreSaved)
+{
+    StartAndKill(2);
+    EXPECT_EQ(Ask("SELECT count(*) FROM ledger_copies"), "0") << "nothing was recorded yet";
+    tree.File(u"work/proj/a.txt"_s, "saved after the kill");
+    Begin();
+    const JobResult result = Import(Wanted());
+    EXPECT_EQ(result.summary.conflicts, 0);
+    EXPECT_EQ(result.summary.Count(Outcome::Updated), 1);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "saved after the kill");
+}
+
+TEST_F(InterruptedJobs, LeaveUpdatedCopiesThatAreUpdatedAgainWithoutAQuestion)
+{
+    Begin();
+    Import(Wanted());
+    tree.File(u"work/proj/a.txt"_s, "second").File(u"work/proj/b.txt"_s, "second");
+    StartAndKill(2);
+    const bool isNew = tree.Read(u"cloud/proj/a.txt"_s) == "second";
+    EXPECT_TRUE(isNew);
+    tree.File(u"work/proj/a.txt"_s, "the third");
+    Begin();
+    const JobResult result = Import(Wanted());
+    EXPECT_EQ(result.summary.conflicts, 0);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "the third");
+    EXPECT_EQ(tree.Read(u"cloud/proj/b.txt"_s), "second");
+}
+
+TEST_F(InterruptedJobs, LeaveACopyThatSomebodyChangedSinceToItsOwner)
+{
+    StartAndKill(2);
+    tree.File(u"cloud/proj/a.txt"_s, "mine");
+    Begin();
+    EXPECT_EQ(Import(Wanted()).summary.conflicts, 1);
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "mine");
+}
+
+TEST_F(InterruptedJobs, AreNotThoseWhoseProcessLives)
+{
+    StartAndStop(2);
+    Begin();
+    const JobResult result = Import(Wanted());
+    EXPECT_TRUE(result.summary.interrupted.isEmpty());
+    EXPECT_EQ(result.summary.filesWithProblems, 0);
+    EXPECT_EQ(tree.Read(u"cloud/proj/d.txt"_s), "d");
+    EXPECT_FALSE(Hidden().isEmpty()) << "it may go on";
+    EndChild();
+    EXPECT_EQ(Import(Wanted()).summary.interrupted.size(), 1);
+    EXPECT_EQ(Hidden(), QStringList());
+}
+
+} // namespace Halvern::Test
