@@ -34,7 +34,9 @@ FileResult Watched()
 /// A mounted disk may lie below a folder: what tells one from another is where the file is.
 FileResult FlushOnce(const std::filesystem::path& folder, std::set<std::uint64_t>& done)
 {
-    if (!done.insert(Base::ReadFileStatus(folder).device).second)
+    const Base::FileStatus status = Base::ReadFileStatus(folder);
+    // What is gone meanwhile is nobody's loss.
+    if (!status.Exists() || !done.insert(status.device).second)
         return {};
     const FileResult watched = Watched();
     return watched ? Base::FlushFileSystem(folder) : watched;

@@ -68,16 +68,16 @@ QString FileMaker::Reason(const JobFile& file, const Base::FileResult& failure) 
     return m_staging.TextOf(failure, file.target);
 }
 
-bool FileMaker::MakeFolder(const JobFile& file)
+bool FileMaker::MakeFolder(const JobFile& file, std::vector<std::filesystem::path>& made)
 {
     const std::filesystem::path folder = Below(file.target);
-    const Base::FileResult made = m_cloud.MakeFolders(folder);
-    if (!made) {
+    const Base::FileResult result = m_cloud.MakeFolders(folder, &made);
+    if (!result) {
         m_control.Report({Stage::CopyFiles,
                           ProblemKind::FolderNotMade,
                           file.source,
                           QStringLiteral("Failed to create folder %1: %2")
-                              .arg(QDir::toNativeSeparators(file.target), Text(made)),
+                              .arg(QDir::toNativeSeparators(file.target), Text(result)),
                           {}});
         return false;
     }

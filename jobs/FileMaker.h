@@ -24,7 +24,8 @@ public:
           m_batch(batch)
     {}
 
-    bool MakeFolder(const JobFile& file);
+    /// `made` gets those that were not there.
+    bool MakeFolder(const JobFile& file, std::vector<std::filesystem::path>& made);
     /// Makes the copy ready; the outcome says when that failed. False when the disk is full as long
     /// as those that are ready wait: to be repeated once the batch is complete.
     bool Make(JobFile& file);

@@ -57,25 +57,6 @@ void TakeStamps(JobFile& file, const CopyRecord& record)
     file.recordedAt = record.recordedAt;
 }
 
-/// What interrupted runs made is known as if they had recorded it.
-QList<CopyRecord> WithTaken(QList<CopyRecord> records, const QList<CopyRecord>& taken)
-{
-    QHash<QString, qsizetype> places;
-    for (qsizetype i = 0; !taken.isEmpty() && i < records.size(); ++i)
-        places.insert(PathKey(records.at(i).target), i);
-    for (const CopyRecord& record : taken) {
-        const auto place = places.constFind(PathKey(record.target));
-        if (place == places.constEnd()) {
-            records.append(record);
-            continue;
-        }
-        const qint64 id = records.at(*place).id;
-        records[*place] = record;
-        records[*place].id = id;
-    }
-    return records;
-}
-
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
                                                const std::shared_ptr<JobDatabase>& database)
 {
@@ -315,10 +296,11 @@ void JobRun::MakeFolders()
     for (JobFile& file : m_state.files) {
         if (!file.isFolder || file.isDropped || m_control->IsCancelRequested())
             continue;
-        if (m_maker->MakeFolder(file))
-            m_flush->AddName(BelowCloudFolder(file.target));
-        else
+        std::vector<std::filesystem::path> made;
+        if (!m_maker->MakeFolder(file, made))
             file.End(Outcome::Failed, Remark::FolderNotMade);
+        for (const std::filesystem::path& folder : made)
+            m_flush->AddName(folder);
     }
 }
 
@@ -460,8 +442,10 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
     m_control->BeginPhase(Phase::Recording, 0);
     // What was done is recorded also when the job was cancelled.
     m_control->GoOn();
-    const bool recorded = SecureCopies() && m_records.Commit();
-    static_cast<void>(m_records.Finish());
+    const bool secured = SecureCopies();
+    const bool recorded = secured && m_records.Commit();
+    if (secured)
+        static_cast<void>(m_records.Finish());
     // Copies that could not be made anew link what they linked.
     if (!m_state.cancelled)
         m_state.orphans = Orphans(m_state, m_copies).Find();
@@ -469,7 +453,9 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
         MoveSources(results, cloud, recorded);
     if (m_state.request.prune && !m_state.cancelled && recorded)
         Prune(cloud);
-    static_cast<void>(m_records.End(recorded && !HasFailed()));
+    // Otherwise the next job sees to what may be on the disk or not.
+    if (secured)
+        static_cast<void>(m_records.End(recorded && !HasFailed()));
     results.TellRest();
 }
 

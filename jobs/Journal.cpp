@@ -36,6 +36,24 @@ QString RunsFolder(const QString& databaseFile)
     return databaseFile == u":memory:" ? QString() : databaseFile + QStringLiteral(".runs");
 }
 
+QList<CopyRecord> WithTaken(QList<CopyRecord> records, const QList<CopyRecord>& taken)
+{
+    QHash<QString, qsizetype> places;
+    for (qsizetype i = 0; !taken.isEmpty() && i < records.size(); ++i)
+        places.insert(PathKey(records.at(i).target), i);
+    for (const CopyRecord& record : taken) {
+        const auto place = places.constFind(PathKey(record.target));
+        if (place == places.constEnd()) {
+            records.append(record);
+            continue;
+        }
+        const qint64 id = records.at(*place).id;
+        records[*place] = record;
+        records[*place].id = id;
+    }
+    return records;
+}
+
 Journal::~Journal()
 {
     LetGo();

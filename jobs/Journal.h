@@ -171,6 +171,9 @@ private:
     Base::HeldFile m_held;
 };
 
+/// The ledger's records, as if interrupted runs had recorded what they made, too.
+QList<CopyRecord> WithTaken(QList<CopyRecord> records, const QList<CopyRecord>& taken);
+
 /// The folder with the files that runs hold, beside the database; empty when that is in memory.
 QString RunsFolder(const QString& databaseFile);
 

@@ -8,18 +8,20 @@
 #include "DiskFlush.h"
 #include "FileMaker.h"
 #include "FileStamps.h"
-#include "JobDatabase.h"
 #include "JobFile.h"
+#include "Journal.h"
 #include "Ledger.h"
 #include "LinkReader.h"
 #include "Paths.h"
 #include "Records.h"
+#include "RequestJson.h"
 #include "Results.h"
 #include "Selection.h"
 #include "Staging.h"
 
 #include "filelink/FileLinkImporter.h"
 #include "syncservices/BaseStore.h"
+#include "syncservices/FolderManager.h"
 #include "syncservices/SyncManager.h"
 
 namespace Halvern::Jobs {
@@ -60,13 +62,18 @@ JobFile UnreadFile(const CopyRecord& record)
     return file;
 }
 
-void TakePending(Ledger& ledger, const QString& folder, JobState& job)
+void TakePending(const QList<CopyRecord>& records, JobState& job)
 {
-    for (const CopyRecord& record : ledger.ReadAll(folder))
+    for (const CopyRecord& record : records)
         if (record.isRewritePending)
             job.files.Add(PendingFile(record));
         else if (record.linksState == LinksState::Failed && ExistsOnDisk(record.target))
             job.files.Add(UnreadFile(record));
+}
+
+bool LiesIn(const QString& path, const QString& folder)
+{
+    return PathKey(path).startsWith(PathKey(folder + u'/'));
 }
 
 /// What is known of the copy stays, but for what the attempt changed.
@@ -81,30 +88,90 @@ CopyRecord RecordAfter(const JobFile& file)
     return record;
 }
 
-void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& ledger,
-                Results& results)
+/// What a retry works with.
+struct Attempt
 {
-    Base::RootedFolder cloud;
-    const Base::FileResult opened = cloud.Open(Native(job.cloudFolder));
-    Staging staging(cloud);
-    const Base::FileResult begun = opened ? staging.Begin() : opened;
-    if (!begun)
-        throw JobError(JobErrorKind::NoCloudFolder, QString::fromStdString(begun.Text()));
-    const SyncServices::BaseStoreRun run;
-    DiskFlush flush(cloud, true);
-    Batch batch(job, control, cloud, staging, flush);
-    FileMaker maker(job, control, reader, cloud, staging, batch);
-    QList<CopyRecord> records;
-    const Batch::Hooks hooks{[&](const std::vector<const StagedFile*>&) { return true; }, [] {},
-                             [&] {
-                                 job.cancelled = control.IsCancelRequested();
-                                 return !job.cancelled;
-                             },
-                             [&](const StagedFile& staged) {
-                                 records.append(RecordAfter(*staged.file));
-                                 results.Tell(*staged.file);
-                             }};
-    control.BeginPhase(Phase::RewritingLinks, job.files.Size());
+    JobState& job;
+    JobControl& control;
+    LinkReader& reader;
+    Journal& journal;
+    Results& results;
+    QList<InterruptedRun> interrupted;
+    QList<CopyRecord> taken;
+    QList<CopyRecord> records = {};
+    QList<DoneFile> settled = {};
+
+    bool Begin(const QString& staging);
+    void Note(const JobFile& file);
+    bool Commit(const std::vector<const StagedFile*>& ready);
+    Batch::Hooks Hooks();
+    void RewriteIn(Batch& batch, FileMaker& maker);
+    void RewriteAll();
+};
+
+bool Attempt::Begin(const QString& staging)
+{
+    QList<RunFile> planned;
+    for (const JobFile& file : job.files)
+        if (file.deed == Deed::Relink)
+            planned.append({job.files.PlaceOf(file),
+                            file.source,
+                            file.target,
+                            RunAction::Relink,
+                            false,
+                            file.sourceStamp,
+                            file.targetStatus,
+                            {},
+                            RunStep::Planned,
+                            {},
+                            file.record});
+    const SyncServices::ServicesSettings& settings =
+        SyncFolderManagerLib::FolderManager::GetInstance()->GetSettings();
+    return journal.Begin({QStringLiteral("retry"), job.cloudFolder, job.target, staging, {}},
+                         planned, interrupted, taken,
+                         {settings.runHistoryLimit, settings.runHistoryDays});
+}
+
+void Attempt::Note(const JobFile& file)
+{
+    records.append(RecordAfter(file));
+    settled.append({job.files.PlaceOf(file), static_cast<int>(OutcomeNow(file, job)), false});
+}
+
+bool Attempt::Commit(const std::vector<const StagedFile*>& ready)
+{
+    QList<ReadyFile> announced;
+    for (const StagedFile* staged : ready)
+        announced.append(
+            {job.files.PlaceOf(*staged->file), staged->version, RecordAfter(*staged->file)});
+    const bool written = journal.Advance(records, settled, announced);
+    records.clear();
+    settled.clear();
+    return written;
+}
+
+Batch::Hooks Attempt::Hooks()
+{
+    return {[this](const std::vector<const StagedFile*>& ready) { return Commit(ready); },
+            [this] {
+                const QString whom = journal.Living(job.cloudFolder).join(QStringLiteral(", "));
+                control.Tell([&](IJobObserver& observer) {
+                    observer.Waiting(whom.isEmpty() ? QStringLiteral("another import") : whom);
+                });
+            },
+            [this] {
+                job.cancelled = control.IsCancelRequested();
+                return !job.cancelled;
+            },
+            [this](const StagedFile& staged) {
+                Note(*staged.file);
+                results.Tell(*staged.file);
+            }};
+}
+
+void Attempt::RewriteIn(Batch& batch, FileMaker& maker)
+{
+    const Batch::Hooks hooks = Hooks();
     for (JobFile& file : job.files) {
         if (!hooks.mayGoOn())
             break;
@@ -112,7 +179,7 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
         if (isMeant && !maker.Relink(file) && batch.Complete(hooks))
             static_cast<void>(maker.Relink(file));
         if (file.deed == Deed::Nothing && isMeant)
-            records.append(RecordAfter(file));
+            Note(file);
         if (file.deed == Deed::Nothing)
             results.Tell(file);
         control.Step(0);
@@ -120,15 +187,38 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
             break;
     }
     static_cast<void>(batch.Complete(hooks));
-    if (const Base::FileResult flushed = flush.Run(); !flushed)
+}
+
+void Attempt::RewriteAll()
+{
+    Base::RootedFolder cloud;
+    const Base::FileResult opened = cloud.Open(Native(job.cloudFolder));
+    Staging staging(cloud);
+    const Base::FileResult begun = opened ? staging.Begin() : opened;
+    if (!begun)
+        throw JobError(JobErrorKind::NoCloudFolder, QString::fromStdString(begun.Text()));
+    if (!Begin(QString::fromStdString(staging.Name())))
+        return;
+    const SyncServices::BaseStoreRun run;
+    DiskFlush flush(cloud, true);
+    Batch batch(job, control, cloud, staging, flush);
+    FileMaker maker(job, control, reader, cloud, staging, batch);
+    control.BeginPhase(Phase::RewritingLinks, job.files.Size());
+    RewriteIn(batch, maker);
+    if (const Base::FileResult flushed = flush.Run(); !flushed) {
         control.Report({FileLink::Stage::RepathFiles,
                         FileLink::ProblemKind::LinksNotRewritten,
                         {},
                         QStringLiteral("A power cut may take back what was rewritten: ") +
                             QString::fromStdString(flushed.Text()),
                         {}});
-    else
-        static_cast<void>(ledger.Write(records));
+        return;
+    }
+    const bool written = Commit({});
+    static_cast<void>(journal.End(job.cancelled ? RunState::Cancelled
+                                  : written     ? RunState::Complete
+                                                : RunState::Failed,
+                                  CountsOf(job)));
 }
 
 } // namespace
@@ -150,10 +240,16 @@ JobResult RetryRewrites(const Session& session, const QString& folder, IJobObser
     importer.SetProblemSink(control);
     LinkReader reader(importer);
     const std::unique_ptr<Ledger> ledger = OpenLedger();
-    TakePending(*ledger, below, job);
+    Journal journal(*ledger);
+    QList<CopyRecord> taken;
+    const QList<InterruptedRun> interrupted = journal.FindInterrupted(job.cloudFolder, taken);
+    QList<CopyRecord> records = WithTaken(ledger->ReadAll(job.cloudFolder), taken);
+    records.removeIf([&](const CopyRecord& record) { return !LiesIn(record.target, below); });
+    TakePending(records, job);
+    job.target = below;
     Results results(job, *control);
     if (job.files.Size() > 0)
-        RewriteAll(job, *control, reader, *ledger, results);
+        Attempt{job, *control, reader, journal, results, interrupted, taken}.RewriteAll();
     JobResult result{results.MakeAll(), {}};
     result.summary = Summarize(result.files);
     result.summary.problems = results.ProblemsOfNoFile();
@@ -161,6 +257,9 @@ JobResult RetryRewrites(const Session& session, const QString& folder, IJobObser
     result.summary.databaseError = ledger->Error();
     result.summary.cancelled = job.cancelled;
     result.summary.executed = true;
+    for (const InterruptedRun& run : interrupted)
+        result.summary.interrupted.append(
+            {run.begun, run.target, run.process, run.planned, run.done});
     control->Rethrow();
     return result;
 }
