@@ -582,8 +582,10 @@ void JobRun::Prune(const Base::RootedFolder& cloud)
             m_state.notPruned.insert(target, QStringLiteral("it changed while it was kept"));
         else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
             m_state.notPruned.insert(target, QString::fromStdString(removed.Text()));
-        else
+        else {
             m_state.pruned.append(target);
+            m_records.NotePruned(i);
+        }
     }
     m_records.Forget(m_state.pruned);
 }

@@ -7,6 +7,7 @@
 #include "JournalSchema.h"
 #include "Paths.h"
 
+#include "base/Directory.h"
 #include "base/FileLock.h"
 #include "base/FileRenaming.h"
 
@@ -44,6 +45,7 @@ QList<CopyRecord> WithTaken(QList<CopyRecord> records, const QList<CopyRecord>& 
     for (const CopyRecord& record : taken) {
         const auto place = places.constFind(PathKey(record.target));
         if (place == places.constEnd()) {
+            places.insert(PathKey(record.target), records.size());
             records.append(record);
             continue;
         }
@@ -114,9 +116,40 @@ Base::FileResult Journal::Hold()
         return {};
     if (!QDir().mkpath(folder))
         return Base::FileResult::Failed(folder.toStdString() + " cannot be made");
-    m_holder =
-        QString::number(QRandomGenerator::system()->generate64(), 36) + QStringLiteral(".run");
-    return m_held.Hold(Native(folder + u'/' + m_holder));
+    Base::FileResult held;
+    for (int tries = 0; tries < 8; ++tries) {
+        m_holder =
+            QString::number(QRandomGenerator::system()->generate64(), 36) + QStringLiteral(".run");
+        const std::filesystem::path file = Native(folder + u'/' + m_holder);
+        held = m_held.Hold(file);
+        // Taken for a leftover by another process, which removes it.
+        if (held && Base::ReadLinkStatus(file).Exists())
+            return held;
+        m_held.Release();
+    }
+    return held ? Base::FileResult::Failed(folder.toStdString() + " cannot be used") : held;
+}
+
+/// What killed processes held.
+void Journal::RemoveLeftovers() const
+{
+    if (Folder().isEmpty())
+        return;
+    QStringList names;
+    Base::VisitNames(Native(Folder()), [&](const std::string& name) {
+        names.append(QString::fromStdString(name));
+        return true;
+    });
+    for (const QString& name : std::as_const(names)) {
+        Base::HeldFile leftover;
+        const std::filesystem::path file = Native(Folder() + u'/' + name);
+        if (!name.endsWith(u".run") || name == m_holder || !leftover.Hold(file))
+            continue;
+        Base::RemoveFile(file);
+        // Windows removes nothing that is held, and nothing that another one holds by now.
+        leftover.Release();
+        Base::RemoveFile(file);
+    }
 }
 
 void Journal::LetGo()
@@ -150,9 +183,7 @@ bool Journal::Begin(const RunHeader& header, const QList<RunFile>& planned,
         return false;
     }
     m_id = id;
-    for (const InterruptedRun& run : interrupted)
-        if (!run.holder.isEmpty() && !Folder().isEmpty())
-            Base::RemoveFile(Native(Folder() + u'/' + run.holder));
+    RemoveLeftovers();
     return true;
 }
 

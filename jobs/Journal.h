@@ -163,6 +163,7 @@ public:
 private:
     QString Folder() const;
     Base::FileResult Hold();
+    void RemoveLeftovers() const;
     void LetGo();
 
     Ledger& m_ledger;

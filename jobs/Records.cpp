@@ -179,6 +179,11 @@ bool Records::Commit(const std::vector<const StagedFile*>& ready)
     return written;
 }
 
+void Records::NotePruned(qsizetype orphan)
+{
+    m_settled.append({m_job.files.Size() + orphan, static_cast<int>(Outcome::Pruned), false});
+}
+
 void Records::Drop()
 {
     m_noted.clear();

@@ -37,6 +37,8 @@ public:
     /// Orphans that are about to be taken out of the cloud folder: targets, and where the base
     /// store has them.
     bool AnnouncePruned(const QList<std::pair<CopyRecord, QString>>& orphans);
+    /// One of them, by its place among them, is gone.
+    void NotePruned(qsizetype orphan);
     /// Forgets what was noted.
     void Drop();
     /// The run is over. False when the database refused.

@@ -4,6 +4,7 @@
 
 #include "ScenarioFixture.h"
 
+#include "base/HeldFile.h"
 #include "corsync/ImportJob.h"
 
 #include <algorithm>
@@ -119,6 +120,23 @@ TEST_F(TwoAtOnce, AnUntouchedCopyOfTheSourceIsNotTakenForOneWithItsLinksRewritte
             EXPECT_EQ(file.outcome, Outcome::Failed);
             EXPECT_EQ(file.remark, Jobs::Remark::TargetChanged);
         }
+}
+
+TEST_F(TwoAtOnce, WhoeverPlacesFilesIsWaitedForAndNamedButNotForEver)
+{
+    const std::filesystem::path cloud = tree.Path(u"cloud"_s).toStdU16String();
+    Base::HeldFile turn;
+    ASSERT_TRUE(turn.HoldFolder(cloud));
+    // Nobody lets go.
+    const CommandResult first = Import({u"proj"_s});
+    EXPECT_EQ(first.exitCode, 0) << ::testing::PrintToString(first);
+    EXPECT_TRUE(first.err.contains(u"waiting for another import"_s)) << first.err.toStdString();
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "a");
+    turn.Release();
+    Save(u"work/proj/a.txt"_s, "a second");
+    const CommandResult second = Import({u"proj"_s});
+    EXPECT_EQ(second.exitCode, 0) << ::testing::PrintToString(second);
+    EXPECT_FALSE(second.err.contains(u"waiting"_s)) << second.err.toStdString();
 }
 
 TEST_F(TwoAtOnce, ProcessesThatRaceForEveryFileAreBothComplete)

@@ -31,13 +31,13 @@ import world as worlds
 # What changes files, and what an import asks before it does.
 CHANGING = ("openat", "write", "pwrite64", "copy_file_range", "sendfile", "renameat2", "renameat", "rename", "unlink",
             "unlinkat", "mkdir", "mkdirat", "rmdir", "fdatasync", "fsync", "ftruncate", "fchmod", "fchmodat",
-            "utimensat", "link", "linkat", "openat2", "close")
+            "utimensat", "link", "linkat", "openat2", "close", "syncfs")
 ASKING = ("read", "pread64", "newfstatat", "statx", "getdents64", "flock", "fstat", "readlink", "mmap")
 ERRORS = {"openat": ("EACCES", "EMFILE", "ENOSPC"), "openat2": ("EACCES", "ENOSPC"), "write": ("ENOSPC", "EIO"),
           "pwrite64": ("ENOSPC", "EIO"), "copy_file_range": ("ENOSPC", "EIO"), "sendfile": ("ENOSPC", "EIO"),
           "renameat2": ("EACCES", "EIO"), "renameat": ("EACCES", "EIO"), "rename": ("EACCES", "EIO"),
           "unlink": ("EACCES", "EIO"), "unlinkat": ("EACCES", "EIO"), "mkdir": ("ENOSPC", "EACCES"),
-          "mkdirat": ("ENOSPC", "EACCES"), "rmdir": ("EACCES",), "fdatasync": ("EIO", "ENOSPC"), "fsync": ("EIO",),
+          "mkdirat": ("ENOSPC", "EACCES"), "rmdir": ("EACCES",), "fdatasync": ("EIO", "ENOSPC"), "fsync": ("EIO",), "syncfs": ("EIO", "ENOSPC"),
           "ftruncate": ("EIO", "ENOSPC"), "fchmod": ("EPERM",), "fchmodat": ("EPERM",), "utimensat": ("EPERM",),
           "link": ("EMLINK",), "linkat": ("EMLINK",), "close": ("EIO",), "read": ("EIO",), "pread64": ("EIO",),
           "newfstatat": ("EACCES", "EIO"), "statx": ("EACCES", "EIO"), "getdents64": ("EIO",), "flock": ("ENOLCK",),

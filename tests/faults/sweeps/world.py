@@ -199,6 +199,8 @@ def rerun_violations(world, expected):
     found += differences("again", visible(after, "src"), expected.src)
     left = [path for path in after if "/.corsync-" in path]
     left += [name for name in os.listdir(world.root / "cloud") if name.startswith(".corsync-")]
+    runs = world.root / "data/sync.db.runs"
+    left += [f"data/sync.db.runs/{name}" for name in os.listdir(runs)] if runs.exists() else []
     found += [f"again: left behind: {path}" for path in left]
     fault = world.database_fault()
     if fault:
