@@ -12,6 +12,18 @@
 
 namespace Halvern::Base {
 
+namespace {
+
+FileResult Take(Descriptor& opened, Handle& handle)
+{
+    if (::flock(opened.Get(), LOCK_EX | LOCK_NB) != 0)
+        return FileResult::Failed({}, static_cast<std::uint32_t>(errno), errno == EWOULDBLOCK);
+    handle = opened.Release();
+    return {};
+}
+
+} // namespace
+
 FileResult HeldFile::Hold(const std::filesystem::path& file)
 {
     // Opening a pipe must not wait for somebody who reads it.
@@ -22,10 +34,7 @@ FileResult HeldFile::Hold(const std::filesystem::path& file)
     struct stat status = {};
     if (::fstat(opened.Get(), &status) != 0 || !S_ISREG(status.st_mode))
         return FileResult::Failed("not a regular file");
-    if (::flock(opened.Get(), LOCK_EX | LOCK_NB) != 0)
-        return FileResult::Failed({}, static_cast<std::uint32_t>(errno), errno == EWOULDBLOCK);
-    m_handle = opened.Release();
-    return {};
+    return Take(opened, m_handle);
 }
 
 FileResult HeldFile::HoldFolder(const std::filesystem::path& folder)
@@ -33,10 +42,7 @@ FileResult HeldFile::HoldFolder(const std::filesystem::path& folder)
     Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened)
         return LastFailure();
-    if (::flock(opened.Get(), LOCK_EX | LOCK_NB) != 0)
-        return FileResult::Failed({}, static_cast<std::uint32_t>(errno), errno == EWOULDBLOCK);
-    m_handle = opened.Release();
-    return {};
+    return Take(opened, m_handle);
 }
 
 void HeldFile::Release() noexcept

@@ -59,6 +59,8 @@ void DiskFlush::AddName(const std::filesystem::path& entry)
 FileResult DiskFlush::Run()
 {
     const FileResult result = m_isWanted && !IsEmpty() ? RunAll() : FileResult();
+    if (!result)
+        return result;
     m_files.clear();
     m_folders.clear();
     m_outside.clear();

@@ -32,7 +32,8 @@ public:
     void AddOutside(const QString& file) { m_outside.insert(file); }
     bool IsEmpty() const { return m_files.empty() && m_folders.empty() && m_outside.isEmpty(); }
 
-    /// Waits until what was noted is on the disk. It counts as noted no more, also after a failure.
+    /// Waits until what was noted is on the disk. After a failure it is still to be flushed; a file
+    /// that is gone by then is none.
     Base::FileResult Run();
 
     /// For tests: asked before each flush of a file or of a file system; its failure is that of the

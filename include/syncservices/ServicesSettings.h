@@ -24,8 +24,8 @@ struct SYNCSERVICES_EXPORT ServicesSettings
     QString baseStoreFolder;
     /// Size limit of that folder in bytes; the oldest copies go first. 0 keeps no copies.
     qint64 baseStoreLimit = qint64(1) << 30;
-    /// Of how many imports the journal in the database tells, and for how many days. The job library
-    /// asks.
+    /// Of how many imports the journal in the database tells, and for how many days. The job
+    /// library asks.
     int runHistoryLimit = 100;
     int runHistoryDays = 90;
     /// For people; nothing is decided by it.

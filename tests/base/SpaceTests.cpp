@@ -3,6 +3,7 @@
 #include "BaseFiles.h"
 #include "FileTree.h"
 #include "base/FileStatus.h"
+#include "base/FileSystemFlush.h"
 #include "base/Space.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +31,16 @@ TEST(FreeSpace, OfAMissingFolderIsAFailure)
     EXPECT_EQ(Base::ReadSpace(Native(tree.Path(u"none"_s)), space).Problem(),
               Base::FileProblem::Missing);
     EXPECT_EQ(space.freeBytes, 17U) << "a failure leaves it alone";
+}
+
+TEST(FlushedFileSystems, AreThoseOfFoldersThatAreThere)
+{
+    FileTree tree;
+    tree.File(u"folder/a"_s, "a");
+    const Base::FileResult flushed = Base::FlushFileSystem(Native(tree.Path(u"folder"_s)));
+    EXPECT_TRUE(flushed || flushed.Problem() == Base::FileProblem::NotOffered) << flushed.Text();
+    EXPECT_FALSE(Base::FlushFileSystem(Native(tree.Path(u"none"_s))));
+    EXPECT_FALSE(Base::FlushFileSystem(Native(tree.Path(u"folder/a"_s))));
 }
 
 } // namespace Halvern::Test
