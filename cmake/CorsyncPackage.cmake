@@ -11,7 +11,7 @@
 
 configure_file(windows/README.txt ${CMAKE_BINARY_DIR}/README.txt @ONLY NEWLINE_STYLE WIN32)
 install(FILES ${CMAKE_BINARY_DIR}/README.txt LICENSE NOTICE DESTINATION .)
-install(FILES docs/operations.md docs/formats.md docs/embedding.md docs/plugin-authors.md CHANGELOG.md
+install(FILES docs/operations.md docs/reliability.md docs/formats.md docs/embedding.md docs/plugin-authors.md CHANGELOG.md
         DESTINATION docs)
 install(DIRECTORY examples/host examples/plugin-template DESTINATION examples)
 

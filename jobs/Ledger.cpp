@@ -172,8 +172,8 @@ bool Ledger::Remove(const QStringList& targets)
     });
 }
 
-template <typename Result, typename Operation>
-Result Ledger::Run(const char* name, Result failed, Operation operation)
+template <typename Result, typename Task>
+Result Ledger::Run(const char* name, Result failed, Task operation)
 {
     if (!m_database)
         return failed;

@@ -108,6 +108,8 @@ TEST(CommandLine, WhatIsDoneAgainAndWhatComesAlongIsAskedForByFlags)
     EXPECT_TRUE(ParseImport({u"a"_s, u"--reread"_s}).request.reread);
     EXPECT_TRUE(ParseImport({u"a"_s, u"--self-contained"_s}).request.selfContained);
     EXPECT_TRUE(ParseImport({u"a"_s, u"--prune"_s}).request.prune);
+    EXPECT_TRUE(request.flush);
+    EXPECT_FALSE(ParseImport({u"a"_s, u"--no-flush"_s}).request.flush);
 }
 
 TEST(CommandLine, AConflictIsSettledAsToldOrAskedAbout)

@@ -7,6 +7,7 @@
 #include "base/HeldFile.h"
 #include "base/NativePath.h"
 #include "base/Units.h"
+#include "syncservices/SyncManager.h"
 
 #include <QtCore/QDir>
 
@@ -88,6 +89,12 @@ protected:
     /// Saves a copy while its old content, the first that is kept in the phase, is kept.
     JobResult ImportMeanwhile(const ImportRequest& request, Phase phase, const QString& copy)
     {
+        // The store knows this process already, and takes the lock for each copy alone.
+        const SyncServices::BaseStoreRun run;
+        QString error;
+        EXPECT_TRUE(SyncServices::SyncManager::GetInstance()->SaveVersion(
+            tree.Path(u"work/proj/a.txt"_s), &error))
+            << error.toStdString();
         WhileAFileIsKept observer(tree.Path(u"sync.db.base"_s), phase,
                                   [&] { tree.File(copy, "mine"); });
         ImportJob job(*session, request, &observer);
