@@ -54,7 +54,8 @@ void Batch::Add(StagedFile staged)
     if (m_files.empty())
         m_sinceFirst.start();
     // The next one is made ready alone, too: plug-ins look at what lies beside a file.
-    const std::filesystem::path aside = m_staging.SetAside(staged.place);
+    const std::filesystem::path aside =
+        staged.isAside ? staged.place : m_staging.SetAside(staged.place);
     m_cannotWait = m_cannotWait || aside.empty();
     if (!aside.empty()) {
         staged.place = aside;
@@ -340,14 +341,11 @@ void Batch::Refuse(StagedFile& staged, const Base::FileResult& why)
     case FileProblem::OtherDisk:
     case FileProblem::NameRefused:
     case FileProblem::NotOffered:
-        m_control.Report(
-            {Stage::CopyFiles,
-             ProblemKind::NotCopied,
-             file.source,
-             QStringLiteral("Failed to copy: ") +
-                 m_staging.TextOf(why, file.target,
-                                  QStringView(Base::PathText(staged.place.filename())).toString()),
-             {}});
+        m_control.Report({Stage::CopyFiles,
+                          ProblemKind::NotCopied,
+                          file.source,
+                          QStringLiteral("Failed to copy: ") + m_staging.TextOf(why, file.target),
+                          {}});
         file.End(Outcome::Failed);
         break;
     }

@@ -30,6 +30,8 @@ struct StagedFile
     bool isRewritten = false;
     /// Made ready in the folder of its target, not in that for unfinished copies.
     bool isBeside = false;
+    /// Made where it waits.
+    bool isAside = false;
     /// Made from the copy itself, which was this when this job had made it.
     bool isRelink = false;
     bool wasPending = false;

@@ -52,7 +52,7 @@ void DiskFlush::SetWatch(Watch watch)
 void DiskFlush::AddName(const std::filesystem::path& entry)
 {
     std::filesystem::path folder = entry.parent_path();
-    while (m_folders.insert(folder).second && !folder.empty())
+    while (m_folders.insert(folder.native()).second && !folder.empty())
         folder = folder.parent_path();
 }
 
@@ -79,15 +79,18 @@ FileResult DiskFlush::FlushFileSystems() const
 {
     std::set<std::uint64_t> done;
     FileResult result = FlushOnce(m_cloud.Path(), done);
-    std::set<std::filesystem::path> folders = m_folders;
+    std::set<std::filesystem::path::string_type> folders = m_folders;
     for (const std::filesystem::path& file : m_files)
-        folders.insert(file.parent_path());
-    for (const std::filesystem::path& folder : folders)
+        folders.insert(file.parent_path().native());
+    for (const auto& folder : folders)
         if (result)
             result = FlushOnce(m_cloud.Path() / folder, done);
+    QSet<QString> outside;
     for (const QString& file : m_outside)
+        outside.insert(FolderAbove(file));
+    for (const QString& folder : std::as_const(outside))
         if (result)
-            result = FlushOnce(Native(file).parent_path(), done);
+            result = FlushOnce(Native(folder), done);
     return result;
 }
 
@@ -105,7 +108,7 @@ FileResult DiskFlush::FlushEach() const
     };
     for (const std::filesystem::path& file : m_files)
         flush([&] { return m_cloud.Flush(file); });
-    for (const std::filesystem::path& folder : m_folders)
+    for (const auto& folder : m_folders)
         flush([&] { return m_cloud.Flush(folder); });
     for (const QString& file : m_outside)
         flush([&] { return Base::FlushFile(Native(file)); });

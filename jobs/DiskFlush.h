@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <set>
+#include <vector>
 
 namespace Halvern::Jobs {
 
@@ -25,7 +26,7 @@ public:
     {}
 
     /// The data of a file below the cloud folder.
-    void AddFile(const std::filesystem::path& file) { m_files.insert(file); }
+    void AddFile(const std::filesystem::path& file) { m_files.push_back(file); }
     /// That an entry below the cloud folder has its name, and the folders on the way have theirs.
     void AddName(const std::filesystem::path& entry);
     /// A file that lies elsewhere, and its name. Absolute.
@@ -48,8 +49,9 @@ private:
 
     const Base::RootedFolder& m_cloud;
     const bool m_isWanted;
-    std::set<std::filesystem::path> m_files;
-    std::set<std::filesystem::path> m_folders;
+    std::vector<std::filesystem::path> m_files;
+    /// As text: to compare paths takes long.
+    std::set<std::filesystem::path::string_type> m_folders;
     QSet<QString> m_outside;
 };
 

@@ -99,8 +99,12 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
 void FileMaker::NamePlace(JobFile& file, StagedFile& staged) const
 {
     file.recordedAt = ClockNow();
-    staged.place = staged.isBeside ? m_staging.PlaceBeside(Below(file.target))
-                                   : m_staging.PlaceFor(QFileInfo(file.target).fileName());
+    if (file.deed == Deed::Copy && file.rewrites.isEmpty())
+        staged.place = m_staging.PlaceToWait();
+    staged.isAside = !staged.place.empty() && file.rewrites.isEmpty();
+    if (!staged.isAside)
+        staged.place = staged.isBeside ? m_staging.PlaceBeside(Below(file.target))
+                                       : m_staging.PlaceFor(QFileInfo(file.target).fileName());
     staged.path = m_staging.Absolute(staged.place);
     staged.text = QStringView(Base::PathText(staged.path)).toString();
 }

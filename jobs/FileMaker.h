@@ -19,7 +19,7 @@ class FileMaker
 {
 public:
     FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
-              const Base::RootedFolder& cloud, const Staging& staging, Batch& batch)
+              const Base::RootedFolder& cloud, Staging& staging, Batch& batch)
         : m_job(job), m_control(control), m_reader(reader), m_cloud(cloud), m_staging(staging),
           m_batch(batch)
     {}
@@ -52,7 +52,7 @@ private:
     JobControl& m_control;
     LinkReader& m_reader;
     const Base::RootedFolder& m_cloud;
-    const Staging& m_staging;
+    Staging& m_staging;
     Batch& m_batch;
     bool m_isFull = false;
 };

@@ -196,6 +196,7 @@ bool Journal::Advance(QList<CopyRecord> records, const QList<DoneFile>& done,
         return true;
     return m_ledger.Change("Writing the records of copies", [&](SQLite::Database& database) {
         m_ledger.WriteIn(database, records);
+        JournalRows::ForgetAnnounced(database, m_id);
         JournalRows::NoteDone(database, m_id, done);
         JournalRows::InsertFiles(database, m_ledger.User(), m_id, added);
         JournalRows::NoteReady(database, m_ledger.User(), m_id, ready);

@@ -47,7 +47,8 @@ enum class RunAction
 enum class RunStep
 {
     Planned = 0,
-    /// It is about to be given its name, and may have it.
+    /// A copy is about to be taken away. One that is about to be given its name is known by the
+    /// record that it will have.
     Ready = 1,
     /// It is settled, and on the disk as far as that was wanted.
     Done = 2
@@ -88,6 +89,8 @@ struct DoneFile
     qint64 position = 0;
     int outcome = 0;
     bool sourceDeleted = false;
+    /// The copy that stands there now.
+    FileStamp stamp;
 };
 
 /// A run whose process ended before it did.

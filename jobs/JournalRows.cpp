@@ -41,15 +41,11 @@ constexpr char insertRecord[] =
     "source_links, target_links, linked_targets, origin) "
     "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
 
-constexpr char ready[] =
-    "UPDATE run_files SET step = 1, version = coalesce(?, version), new_size = ?, "
+constexpr char keep[] = "UPDATE run_files SET version = ? WHERE run = ? AND position = ?";
+
+constexpr char done[] =
+    "UPDATE run_files SET step = 2, outcome = ?, source_deleted = ?, new_size = ?, "
     "new_modified = ?, new_hash = ? WHERE run = ? AND position = ?";
-
-constexpr char done[] = "UPDATE run_files SET step = 2, outcome = ?, source_deleted = ? "
-                        "WHERE run = ? AND position = ?";
-
-constexpr char forgetAnnounced[] =
-    "DELETE FROM run_records WHERE run = ? AND position = ? AND side = 0";
 
 enum Side
 {
@@ -182,32 +178,35 @@ void InsertFiles(SQLite::Database& database, int user, qint64 run, const QList<R
 
 void NoteReady(SQLite::Database& database, int user, qint64 run, const QList<ReadyFile>& files)
 {
-    SQLite::Statement query(database, ready);
+    SQLite::Statement query(database, keep);
     RecordWriter records(database, user, run);
     for (const ReadyFile& file : files) {
-        Binder(query)
-            .Text(NameOfVersion(file.version))
-            .Stamp(file.record.targetStamp)
-            .Number(run)
-            .Number(file.position);
-        Run(query);
+        if (!file.version.isEmpty()) {
+            Binder(query).Text(NameOfVersion(file.version)).Number(run).Number(file.position);
+            Run(query);
+        }
         records.Write(file.position, After, file.record);
     }
+}
+
+void ForgetAnnounced(SQLite::Database& database, qint64 run)
+{
+    SQLite::Statement forget(database, "DELETE FROM run_records WHERE run = ? AND side = 0");
+    Binder(forget).Number(run);
+    forget.exec();
 }
 
 void NoteDone(SQLite::Database& database, qint64 run, const QList<DoneFile>& files)
 {
     SQLite::Statement query(database, done);
-    SQLite::Statement forget(database, forgetAnnounced);
     for (const DoneFile& file : files) {
         Binder(query)
             .Number(file.outcome)
             .Number(file.sourceDeleted)
+            .Stamp(file.stamp)
             .Number(run)
             .Number(file.position);
         Run(query);
-        Binder(forget).Number(run).Number(file.position);
-        Run(forget);
     }
 }
 
@@ -217,9 +216,7 @@ void NoteTakenUp(SQLite::Database& database, qint64 run, qint64 by)
                                       "WHERE id = ? AND state = 0");
     Binder(query).Number(ClockNow()).Number(by).Number(run);
     query.exec();
-    SQLite::Statement forget(database, "DELETE FROM run_records WHERE run = ? AND side = 0");
-    Binder(forget).Number(run);
-    forget.exec();
+    ForgetAnnounced(database, run);
 }
 
 void EndRun(SQLite::Database& database, qint64 run, RunState state, const QJsonObject& counts)

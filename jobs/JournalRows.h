@@ -16,6 +16,8 @@ qint64 InsertRun(SQLite::Database& database, int user, const RunHeader& header,
                  const QString& holder);
 void InsertFiles(SQLite::Database& database, int user, qint64 run, const QList<RunFile>& files);
 void NoteReady(SQLite::Database& database, int user, qint64 run, const QList<ReadyFile>& files);
+/// Those that were announced are settled, or never will be.
+void ForgetAnnounced(SQLite::Database& database, qint64 run);
 void NoteDone(SQLite::Database& database, qint64 run, const QList<DoneFile>& files);
 void NoteTakenUp(SQLite::Database& database, qint64 run, qint64 by);
 void EndRun(SQLite::Database& database, qint64 run, RunState state, const QJsonObject& counts);

@@ -164,8 +164,8 @@ void Records::NoteSettled(JobFile& file)
     if (!file.isPlanned)
         return;
     file.isPlanSettled = true;
-    m_settled.append(
-        {m_job.files.PlaceOf(file), static_cast<int>(OutcomeNow(file, m_job)), file.sourceDeleted});
+    m_settled.append({m_job.files.PlaceOf(file), static_cast<int>(OutcomeNow(file, m_job)),
+                      file.sourceDeleted, file.targetStamp});
 }
 
 bool Records::Commit(const std::vector<const StagedFile*>& ready)
@@ -181,7 +181,7 @@ bool Records::Commit(const std::vector<const StagedFile*>& ready)
 
 void Records::NotePruned(qsizetype orphan)
 {
-    m_settled.append({m_job.files.Size() + orphan, static_cast<int>(Outcome::Pruned), false});
+    m_settled.append({m_job.files.Size() + orphan, static_cast<int>(Outcome::Pruned), false, {}});
 }
 
 void Records::Drop()

@@ -135,7 +135,8 @@ bool Attempt::Begin(const QString& staging)
 void Attempt::Note(const JobFile& file)
 {
     records.append(RecordAfter(file));
-    settled.append({job.files.PlaceOf(file), static_cast<int>(OutcomeNow(file, job)), false});
+    settled.append({job.files.PlaceOf(file), static_cast<int>(OutcomeNow(file, job)), false,
+                    file.targetStamp});
 }
 
 bool Attempt::Commit(const std::vector<const StagedFile*>& ready)

@@ -13,6 +13,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRandomGenerator>
+#include <QtCore/QRegularExpression>
 
 #include <algorithm>
 #include <memory>
@@ -155,12 +156,16 @@ bool Staging::NoteBeside(const std::filesystem::path& place) const
 
 std::filesystem::path Staging::SetAside(const std::filesystem::path& place)
 {
+    const std::filesystem::path aside = PlaceToWait();
+    const bool isMoved = !aside.empty() && m_cloud.Move(place, aside, Base::Existing::Keep);
+    return isMoved ? aside : std::filesystem::path();
+}
+
+std::filesystem::path Staging::PlaceToWait()
+{
     const std::filesystem::path folder = m_folder / ReadyName;
-    if (!m_hasReady && !m_cloud.MakePrivateFolder(folder))
-        return {};
-    m_hasReady = true;
-    const std::filesystem::path aside = folder / std::to_string(++m_ready);
-    return m_cloud.Move(place, aside, Base::Existing::Keep) ? aside : std::filesystem::path();
+    m_hasReady = m_hasReady || m_cloud.MakePrivateFolder(folder);
+    return m_hasReady ? folder / std::to_string(++m_ready) : std::filesystem::path();
 }
 
 /// Nothing but a file with this folder's name is taken for one of its own.
@@ -185,16 +190,19 @@ std::filesystem::path Staging::Absolute(const std::filesystem::path& place) cons
     return m_cloud.Path() / place;
 }
 
-QString Staging::TextOf(const Base::FileResult& failure, const QString& target,
-                        const QString& aside) const
+QString Staging::TextOf(const Base::FileResult& failure, const QString& target) const
 {
     QString text = QString::fromStdString(failure.Text());
     const QString shown = QDir::toNativeSeparators(target);
     const QString name = QFileInfo(target).fileName();
-    if (!aside.isEmpty())
-        for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
-            text.replace(QStringView(Base::PathText(folder / ReadyName / Native(aside))).toString(),
-                         shown);
+    const auto textOf = [](const std::filesystem::path& path) {
+        return QStringView(Base::PathText(path)).toString();
+    };
+    for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder}) {
+        const QString ready =
+            QRegularExpression::escape(textOf(folder / ReadyName / "x").chopped(1));
+        text.replace(QRegularExpression(ready + QStringLiteral("[0-9]+")), shown);
+    }
     text.replace(QString::fromStdString(Name()) + u'-' + name, name);
     for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
         text.replace(QStringView(Base::PathText(folder / Native(name))).toString(), shown);

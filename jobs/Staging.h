@@ -28,8 +28,11 @@ public:
     Base::FileResult Begin();
     /// The place for a file of this name, below the cloud folder. What stood there is removed.
     std::filesystem::path PlaceFor(const QString& name) const;
-    /// The same beside a target below the cloud folder, whose folder exists: some formats store
-    /// paths that depend on where the file lies. One at a time.
+    /// The place for a file that no plug-in is going to look at: where those wait that are ready.
+    /// Empty when there is none.
+    std::filesystem::path PlaceToWait();
+    /// The same as the first beside a target below the cloud folder, whose folder exists: some
+    /// formats store paths that depend on where the file lies. One at a time.
     std::filesystem::path PlaceBeside(const std::filesystem::path& target) const;
     /// The same for a copy that lies on the disk of its target, which is another one, and is not
     /// alone there. Empty when there is none.
@@ -38,9 +41,8 @@ public:
     /// place; empty when it must stay where it is, and is to be placed before there is a next one.
     std::filesystem::path SetAside(const std::filesystem::path& place);
     /// The text of a failure on a staged file, with what people know in place of the names of this
-    /// folder and its file, which may have been set aside as `name`: the path that the file is for.
-    QString TextOf(const Base::FileResult& failure, const QString& target,
-                   const QString& name = {}) const;
+    /// folder and its file: the path that the file is for.
+    QString TextOf(const Base::FileResult& failure, const QString& target) const;
     /// Of the folder, which no other job has.
     std::string Name() const { return m_folder.string(); }
     /// The same, absolute.
