@@ -10,7 +10,6 @@
 #include "base/FileLock.h"
 #include "base/NativePath.h"
 #include "syncplugin/ReferenceIds.h"
-#include "syncservices/SyncManager.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -23,7 +22,6 @@ namespace Halvern::Jobs {
 
 using FileLink::ProblemKind;
 using FileLink::Stage;
-using SyncServices::SyncManager;
 
 namespace {
 
@@ -37,13 +35,6 @@ bool IsSameContent(const Base::FileStatus& was, const Base::FileStatus& is)
     return was.size == is.size && was.modified == is.modified && was.index == is.index;
 }
 
-/// Nobody touched it since.
-bool IsAsItWas(const Base::FileStatus& was, const Base::FileStatus& is)
-{
-    return was.kind == is.kind && was.size == is.size && was.modified == is.modified &&
-           was.device == is.device && was.index == is.index;
-}
-
 /// The set that a link is a member of; empty when it is of none.
 QString SetOf(const SyncServices::FileLink& link)
 {
@@ -54,38 +45,9 @@ QString SetOf(const SyncServices::FileLink& link)
 
 } // namespace
 
-/// A copy that is being made ready.
-struct FileMaker::Staged
-{
-    /// Below the cloud folder, and absolute.
-    std::filesystem::path place;
-    std::filesystem::path path;
-    QString text;
-    Base::FileStatus source;
-    bool isRewritten = false;
-    /// Made ready in the folder of its target, not in that for unfinished copies.
-    bool isBeside = false;
-};
-
-std::filesystem::path FileMaker::Below(const QString& target) const
-{
-    return Native(target.mid(m_job.cloudFolder.size() + 1));
-}
-
-void FileMaker::Fail(JobFile& file, ProblemKind kind, const QString& text)
-{
-    m_control.Report({Stage::CopyFiles, kind, file.source, text, {}});
-    file.End(Outcome::Failed);
-}
-
-QString FileMaker::Reason(const JobFile& file, const Base::FileResult& failure) const
-{
-    return m_staging.TextOf(failure, file.target);
-}
-
 bool FileMaker::MakeFolder(const JobFile& file)
 {
-    const std::filesystem::path folder = Below(file.target);
+    const std::filesystem::path folder = m_placer.Below(file.target);
     const Base::FileResult made = m_cloud.MakeFolders(folder);
     if (!made) {
         m_control.Report({Stage::CopyFiles,
@@ -108,20 +70,21 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
     else if (!ExistsOnDisk(file.source))
         file.End(Outcome::Failed, Remark::Vanished);
     else
-        Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Reason(file, why));
+        m_placer.Fail(file, ProblemKind::NotCopied,
+                      QStringLiteral("Failed to copy: ") + m_placer.Reason(file, why));
 }
 
-void FileMaker::NamePlace(JobFile& file, Staged& staged) const
+void FileMaker::NamePlace(JobFile& file, StagedCopy& staged) const
 {
     file.recordedAt = ClockNow();
-    staged.place = staged.isBeside ? m_staging.PlaceBeside(Below(file.target))
+    staged.place = staged.isBeside ? m_staging.PlaceBeside(m_placer.Below(file.target))
                                    : m_staging.PlaceFor(QFileInfo(file.target).fileName());
     staged.path = m_staging.Absolute(staged.place);
     staged.text = QStringView(Base::PathText(staged.path)).toString();
 }
 
 /// Copies the source to the staging folder.
-bool FileMaker::Take(JobFile& file, Staged& staged)
+bool FileMaker::Take(JobFile& file, StagedCopy& staged)
 {
     NamePlace(file, staged);
     Base::ContentHash hash;
@@ -144,18 +107,19 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
 
 void FileMaker::Make(JobFile& file)
 {
-    const std::filesystem::path target = Below(file.target);
+    const std::filesystem::path target = m_placer.Below(file.target);
     const Base::FileResult folder = m_cloud.MakeFolders(target.parent_path());
     if (!folder) {
         if (folder.Problem() == Base::FileProblem::LeadsOutside)
             file.End(Outcome::Failed, Remark::OutsideCloudFolder);
         else
-            Fail(file, ProblemKind::FolderNotMade,
-                 QStringLiteral("Failed to create folder %1: %2")
-                     .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
+            m_placer.Fail(
+                file, ProblemKind::FolderNotMade,
+                QStringLiteral("Failed to create folder %1: %2")
+                    .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
         return;
     }
-    Staged staged;
+    StagedCopy staged;
     if (!Take(file, staged))
         return;
     if (!file.rewrites.isEmpty()) {
@@ -181,7 +145,7 @@ void FileMaker::Make(JobFile& file)
             file.isPending = true;
         }
     }
-    if (!Place(file, staged))
+    if (!m_placer.Place(file, staged))
         return;
     file.linksRewritten = staged.isRewritten && file.outcome != Outcome::Unchanged;
     if (!file.isPending)
@@ -190,7 +154,7 @@ void FileMaker::Make(JobFile& file)
     file.detail.clear();
 }
 
-bool FileMaker::WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links)
+bool FileMaker::WriteLinks(JobFile& file, const StagedCopy& staged, const LinkReader::Links& links)
 {
     const JobControl::Alias alias(m_control, staged.text, file.target);
     if (!m_reader.Write(staged.text, links))
@@ -208,7 +172,7 @@ bool FileMaker::WriteLinks(JobFile& file, const Staged& staged, const LinkReader
 
 /// Reads the copy again: the links that were asked for are there, and none that was not. What a
 /// plug-in only finds beside the file it may leave out here, where nothing else stands.
-bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged,
+bool FileMaker::HoldsLinks(const JobFile& file, const StagedCopy& staged,
                            const LinkReader::Links& asked)
 {
     LinkReader::Links links;
@@ -238,7 +202,7 @@ bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged,
 /// Where a copy is made ready nothing stands as it will around its place, and a plug-in may take a
 /// link for another file's, or for one of an installed library. It is there when it can be written
 /// to lead elsewhere and back, and the file is then what it was.
-bool FileMaker::IsWrittenUnseen(const Staged& staged, const LinkReader::Links& links)
+bool FileMaker::IsWrittenUnseen(const StagedCopy& staged, const LinkReader::Links& links)
 {
     if (links.isEmpty())
         return true;
@@ -330,7 +294,7 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     }
     if (Base::IsFileLocked(target))
         return FailToRewrite(file, true);
-    Staged staged;
+    StagedCopy staged;
     NamePlace(file, staged);
     Base::ContentHash hash;
     const Base::FileResult copied =
@@ -339,7 +303,7 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::LinksNotRewritten,
                           file.target,
-                          QStringLiteral("Failed to copy: ") + Reason(file, copied),
+                          QStringLiteral("Failed to copy: ") + m_placer.Reason(file, copied),
                           {}});
         return FailToRewrite(file, false);
     }
@@ -360,163 +324,11 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
         return;
     }
     staged.isRewritten = true;
-    if (!Place(file, staged))
+    if (!m_placer.Place(file, staged))
         return FailToRewrite(file, file.outcome == Outcome::Locked);
     file.sourceStamp = source;
     file.outcome = outcome;
     file.linksRewritten = true;
-}
-
-/// False when what stands at the target must stay.
-bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
-{
-    const std::filesystem::path target = Native(file.target);
-    if (!IsAsItWas(file.targetStatus, there)) {
-        file.End(Outcome::Failed, Remark::TargetChanged);
-        return false;
-    }
-    if (there.kind == Base::FileKind::Link)
-        return SetLinkAside(file);
-    const bool isRelink = file.deed == Deed::Relink;
-    if (!isRelink && !Base::IsWritable(target)) {
-        m_control.Report({Stage::CopyFiles,
-                          ProblemKind::TargetReadOnly,
-                          file.source,
-                          QStringLiteral("The target exists and is read-only"),
-                          {}});
-        file.End(Outcome::Failed);
-        return false;
-    }
-    if (Base::IsFileLocked(target)) {
-        file.End(Outcome::Locked);
-        return false;
-    }
-    QString reason;
-    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason))
-        return true;
-    file.End(Outcome::Failed, Remark::NotKept, reason);
-    return false;
-}
-
-/// What the link leads to is not touched, and how it read is not lost.
-bool FileMaker::SetLinkAside(JobFile& file)
-{
-    const Base::FileResult moved =
-        file.remark == Remark::LinkSetAside
-            ? m_cloud.Move(Below(file.target), Below(file.detail), Base::Existing::Keep)
-            : Base::FileResult::Refused(Base::FileProblem::NameTaken, {});
-    if (moved)
-        return true;
-    if (moved.Problem() == Base::FileProblem::NameTaken)
-        file.End(Outcome::Failed, Remark::TargetChanged);
-    else
-        Fail(file, ProblemKind::NotCopied,
-             QStringLiteral("The symbolic link there could not be set aside: ") + Text(moved));
-    return false;
-}
-
-/// Another disk is mounted in the cloud folder: the copy is made ready beside its place.
-Base::FileResult FileMaker::MoveAcross(const Staged& staged, const std::filesystem::path& target,
-                                       bool replaces) const
-{
-    const std::filesystem::path beside = target.parent_path() / (m_staging.Name() + "-part");
-    Base::FileResult result = Base::CopyFileBytes(staged.path, m_cloud.Path() / beside);
-    if (result)
-        result = m_cloud.Flush(beside);
-    if (result)
-        result =
-            m_cloud.Move(beside, target, replaces ? Base::Existing::Replace : Base::Existing::Keep);
-    if (result)
-        return result;
-    static_cast<void>(m_cloud.Remove(beside));
-    return result.Code() == 0 ? result
-                              : Base::FileResult::Failed(Base::PathToUtf8(target), result.Code());
-}
-
-/// Another import was faster: what has appeared at the target since the plan was made is what this
-/// one would have put there.
-bool FileMaker::Adopt(JobFile& file, const Staged& staged) const
-{
-    Base::FileStatus there;
-    if (file.deed != Deed::Copy || !m_cloud.Status(Below(file.target), there) ||
-        there.kind != Base::FileKind::File)
-        return false;
-    const QByteArray made =
-        staged.isRewritten ? StampOf(staged.text, true).hash : file.sourceStamp.hash;
-    const FileStamp found = StampOf(file.target, true);
-    if (made.isEmpty() || found.hash != made)
-        return false;
-    file.targetStamp = found;
-    file.End(Outcome::Unchanged);
-    file.isDone = true;
-    return true;
-}
-
-bool FileMaker::Place(JobFile& file, const Staged& staged)
-{
-    const std::filesystem::path target = Below(file.target);
-    Base::FileStatus there;
-    Base::FileResult result = m_cloud.Status(target, there);
-    // A copy with another name has become this job's own by the time its links change.
-    const bool replaces = file.targetStatus.Exists() &&
-                          (file.outcome != Outcome::Renamed || file.deed == Deed::Relink);
-    if (result && there.Exists()) {
-        if (!(replaces && IsAsItWas(file.targetStatus, there)) && Adopt(file, staged))
-            return true;
-        if (!replaces) {
-            file.End(Outcome::Failed, Remark::TargetChanged);
-            return false;
-        }
-        if (!MakeWay(file, there))
-            return false;
-    }
-    // The disk must never hold neither the old content nor the new.
-    if (result && (there.Exists() || m_job.request.move))
-        result = m_cloud.Flush(staged.place);
-    const bool isLink = there.kind == Base::FileKind::Link;
-    const bool isInTheWay = there.Exists() && !isLink;
-    // Keeping the old content and the flush take their time, and somebody may have saved meanwhile.
-    Base::FileStatus now;
-    if (result && isInTheWay)
-        result = m_cloud.Status(target, now);
-    if (result && isInTheWay && now != there) {
-        file.End(Outcome::Failed, Remark::TargetChanged);
-        return false;
-    }
-    NoteStamps(file, staged);
-    if (result)
-        result = m_cloud.Move(staged.place, target,
-                              isInTheWay ? Base::Existing::Replace : Base::Existing::Keep);
-    if (result.Problem() == Base::FileProblem::OtherDisk) {
-        result = MoveAcross(staged, target, isInTheWay);
-        // Its clock may count in other steps.
-        file.targetStamp.modified = StampOf(file.target, false).modified;
-    }
-    if (!result && isLink)
-        static_cast<void>(m_cloud.Move(Below(file.detail), target, Base::Existing::Keep));
-    if (result) {
-        file.isRecordOld = file.isRecordOld || file.deed == Deed::Copy;
-        file.isDone = true;
-        file.deed = Deed::Nothing;
-        return true;
-    }
-    if (result.Problem() == Base::FileProblem::NameTaken && Adopt(file, staged))
-        return true;
-    if (result.Problem() == Base::FileProblem::NameTaken)
-        file.End(Outcome::Failed, Remark::TargetChanged);
-    else if (result.Problem() == Base::FileProblem::LeadsOutside)
-        file.End(Outcome::Failed, Remark::OutsideCloudFolder);
-    else
-        Fail(file, ProblemKind::NotCopied,
-             QStringLiteral("Failed to copy: ") + Reason(file, result));
-    return false;
-}
-
-void FileMaker::NoteStamps(JobFile& file, const Staged& staged) const
-{
-    file.targetStamp = StampOf(staged.text, staged.isRewritten);
-    if (!staged.isRewritten)
-        file.targetStamp.hash = file.sourceStamp.hash;
 }
 
 } // namespace Halvern::Jobs

@@ -2,9 +2,11 @@
 
 #pragma once
 
+#include "FilePlacer.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
+#include "StagedCopy.h"
 #include "Staging.h"
 
 #include "base/FileCopy.h"
@@ -20,7 +22,8 @@ class FileMaker
 public:
     FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
               const Base::RootedFolder& cloud, const Staging& staging)
-        : m_job(job), m_control(control), m_reader(reader), m_cloud(cloud), m_staging(staging)
+        : m_control(control), m_reader(reader), m_cloud(cloud), m_staging(staging),
+          m_placer(job, control, cloud, staging)
     {}
 
     bool MakeFolder(const JobFile& file);
@@ -31,33 +34,21 @@ public:
     void Relink(JobFile& file);
 
 private:
-    struct Staged;
-
-    void NamePlace(JobFile& file, Staged& staged) const;
-    bool Take(JobFile& file, Staged& staged);
-    bool WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links);
-    bool HoldsLinks(const JobFile& file, const Staged& staged, const LinkReader::Links& asked);
-    bool IsWrittenUnseen(const Staged& staged, const LinkReader::Links& links);
+    void NamePlace(JobFile& file, StagedCopy& staged) const;
+    bool Take(JobFile& file, StagedCopy& staged);
+    bool WriteLinks(JobFile& file, const StagedCopy& staged, const LinkReader::Links& links);
+    bool HoldsLinks(const JobFile& file, const StagedCopy& staged, const LinkReader::Links& asked);
+    bool IsWrittenUnseen(const StagedCopy& staged, const LinkReader::Links& links);
     bool RewritesFor(const JobFile& file, LinkReader::Links& links);
-    Base::FileResult MoveAcross(const Staged& staged, const std::filesystem::path& target,
-                                bool replaces) const;
     void WriteOtherLinks(JobFile& file, const std::filesystem::path& target);
-    bool Place(JobFile& file, const Staged& staged);
-    bool Adopt(JobFile& file, const Staged& staged) const;
-    bool MakeWay(JobFile& file, const Base::FileStatus& there);
-    bool SetLinkAside(JobFile& file);
-    void NoteStamps(JobFile& file, const Staged& staged) const;
-    void Fail(JobFile& file, FileLink::ProblemKind kind, const QString& text);
-    QString Reason(const JobFile& file, const Base::FileResult& failure) const;
     void FailToCopy(JobFile& file, const Base::FileResult& why);
     void FailToRewrite(JobFile& file, bool isHeld);
-    std::filesystem::path Below(const QString& target) const;
 
-    const JobState& m_job;
     JobControl& m_control;
     LinkReader& m_reader;
     const Base::RootedFolder& m_cloud;
     const Staging& m_staging;
+    FilePlacer m_placer;
 };
 
 } // namespace Halvern::Jobs

@@ -120,6 +120,8 @@ struct JobFile
     }
     /// Null when nothing is recorded of the copy that is there now.
     const CopyRecord* RecordOfCopy() const { return record && !isRecordOld ? &*record : nullptr; }
+    /// It is to have a copy, as far as is known.
+    bool HasTarget() const { return !isFolder && !isDropped && mapping && !IsOut(); }
     /// It is settled that it gets no copy.
     bool IsOut() const
     {

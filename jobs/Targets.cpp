@@ -105,11 +105,16 @@ Remark ObstacleOnTheWay(const QString& target, const QString& cloudFolder, QStri
     return Remark::None;
 }
 
-bool IsFileAt(const QString& target, const QString& cloudFolder)
+bool IsCutOff(const QString& target, const QString& cloudFolder)
 {
     QString detail;
+    return ObstacleOnTheWay(target, cloudFolder, detail) != Remark::None;
+}
+
+bool IsFileAt(const QString& target, const QString& cloudFolder)
+{
     return Base::ReadLinkStatus(Native(target)).kind == Base::FileKind::File &&
-           ObstacleOnTheWay(target, cloudFolder, detail) == Remark::None;
+           !IsCutOff(target, cloudFolder);
 }
 
 } // namespace Halvern::Jobs

@@ -42,6 +42,8 @@ Remark ObjectionToTarget(const QString& target, const QString& cloudFolder);
 /// Why none can be there, by what stands on the way: a file where a folder must be, or a symbolic
 /// link that leads elsewhere. `detail` names it.
 Remark ObstacleOnTheWay(const QString& target, const QString& cloudFolder, QString& detail);
+/// A folder on the way is none any more, or leads elsewhere.
+bool IsCutOff(const QString& target, const QString& cloudFolder);
 /// A file, and not only seen through symbolic links.
 bool IsFileAt(const QString& target, const QString& cloudFolder);
 
