@@ -8,6 +8,7 @@
 #include "Paths.h"
 #include "Settling.h"
 
+#include "base/FileAttributes.h"
 #include "base/FileHandle.h"
 
 #include <algorithm>
@@ -37,11 +38,16 @@ bool MayBeRemarked(const JobFile& file)
            (file.remark == Remark::None || file.remark == Remark::SharedCopyStays);
 }
 
-/// The copy that is there has its links right, and a new one would not.
-bool HasBetterLinks(const JobFile& file)
+/// What stands at the target must stay: the file fails before anything is done.
+void FailIfIrreplaceable(JobFile& file)
 {
-    return file.linksKnown && file.linksState != LinksState::Read && file.record &&
-           !file.record->targetLinks.isEmpty();
+    if (file.LosesLinks()) {
+        file.End(Outcome::Failed);
+        file.NoteUnreadLinks();
+    } else if (file.targetStatus.kind == Base::FileKind::File &&
+               !Base::IsWritable(Native(file.target))) {
+        file.End(Outcome::Failed, Remark::TargetReadOnly);
+    }
 }
 
 } // namespace
@@ -143,19 +149,17 @@ void Decisions::Decide(JobFile& file, Standing standing)
     case Standing::Ours:
     case Standing::SameContent:
         // What another project has brought is not this one's to renew.
-        if (m_job.request.force && !HasBetterLinks(file) &&
-            (!file.record || IsOfThisProject(*file.record)))
+        if (m_job.request.force && !file.LosesLinks() &&
+            (!file.record || IsOfThisProject(*file.record))) {
             copy(Outcome::Updated);
-        else
+            FailIfIrreplaceable(file);
+        } else {
             file.End(Outcome::Unchanged);
+        }
         return;
     case Standing::SourceChanged:
-        if (HasBetterLinks(file)) {
-            file.End(Outcome::Failed);
-            file.NoteUnreadLinks();
-        } else {
-            copy(Outcome::Updated);
-        }
+        copy(Outcome::Updated);
+        FailIfIrreplaceable(file);
         return;
     case Standing::CopyChanged:
         file.End(Outcome::Left);
@@ -182,8 +186,10 @@ void Decisions::DecideTaken(JobFile& file, Standing standing)
     case ConflictAnswer::Rename:
         file.outcome = Outcome::Renamed;
         return;
-    case ConflictAnswer::Stop:
     case ConflictAnswer::Replace:
+        FailIfIrreplaceable(file);
+        return;
+    case ConflictAnswer::Stop:
         return;
     }
 }

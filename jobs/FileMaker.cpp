@@ -196,7 +196,39 @@ bool FileMaker::HoldsLinks(const JobFile& file, const StagedCopy& staged,
             (set.isEmpty() || !foundSets.contains(set)))
             unseen.append(link);
     }
-    return placesOf(file.wantedLinks).contains(found) && IsWrittenUnseen(staged, unseen);
+    return placesOf(file.wantedLinks).contains(found) && !HasLostLinks(file, asked, links) &&
+           IsWrittenUnseen(staged, unseen);
+}
+
+/// Links that nobody asked to change are gone. What is not found where copies are made ready was
+/// not found there before either.
+bool FileMaker::HasLostLinks(const JobFile& file, const LinkReader::Links& asked,
+                             const LinkReader::Links& found)
+{
+    if (found.size() >= file.wantedLinks.size())
+        return false;
+    const std::filesystem::path place =
+        m_staging.PlaceFor(u'~' + QFileInfo(file.target).fileName());
+    const QString before = QStringView(Base::PathText(m_staging.Absolute(place))).toString();
+    const QString original = file.deed == Deed::Relink ? file.target : file.source;
+    LinkReader::Links links;
+    m_control.Mute(true);
+    const bool isRead =
+        Base::CopyFileBytes(Native(original), Native(before)) && m_reader.Read(before, links);
+    m_control.Mute(false);
+    static_cast<void>(m_cloud.Remove(place));
+    if (!isRead || found.size() >= links.size())
+        return false;
+    QHash<QString, int> counts;
+    for (const SyncServices::FileLink& link : found)
+        ++counts[PathKey(ResolveLink(link.Path, file.target))];
+    QSet<QString> changed;
+    for (const SyncServices::FileLink& link : asked)
+        changed.insert(link.RefId);
+    return std::any_of(links.begin(), links.end(), [&](const SyncServices::FileLink& link) {
+        return !changed.contains(link.RefId) &&
+               --counts[PathKey(ResolveLink(link.Path, file.target))] < 0;
+    });
 }
 
 /// Where a copy is made ready nothing stands as it will around its place, and a plug-in may take a

@@ -38,6 +38,8 @@ private:
     bool Take(JobFile& file, StagedCopy& staged);
     bool WriteLinks(JobFile& file, const StagedCopy& staged, const LinkReader::Links& links);
     bool HoldsLinks(const JobFile& file, const StagedCopy& staged, const LinkReader::Links& asked);
+    bool HasLostLinks(const JobFile& file, const LinkReader::Links& asked,
+                      const LinkReader::Links& found);
     bool IsWrittenUnseen(const StagedCopy& staged, const LinkReader::Links& links);
     bool RewritesFor(const JobFile& file, LinkReader::Links& links);
     void WriteOtherLinks(JobFile& file, const std::filesystem::path& target);

@@ -36,7 +36,7 @@ bool IsInTheWay(const Base::FileStatus& there)
 
 std::filesystem::path FilePlacer::Below(const QString& target) const
 {
-    return Native(target.mid(m_job.cloudFolder.size() + 1));
+    return BelowCloudFolder(target, m_job);
 }
 
 void FilePlacer::Fail(JobFile& file, ProblemKind kind, const QString& text)

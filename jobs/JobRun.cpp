@@ -10,6 +10,7 @@
 #include "OwnRecords.h"
 #include "Paths.h"
 #include "Preflight.h"
+#include "Pruning.h"
 #include "RealPaths.h"
 #include "Results.h"
 #include "SelectionWalk.h"
@@ -31,7 +32,6 @@ namespace Halvern::Jobs {
 
 using FileLink::FileLinkImporter;
 using SyncFolderManagerLib::FolderManager;
-using SyncServices::SyncManager;
 
 namespace {
 
@@ -183,6 +183,8 @@ void JobRun::Decide(const Answers& answers)
     m_state.cancelled = !decisions.Make(answers) || m_control->StoppedJob();
     if (m_state.request.move && !m_state.cancelled)
         SourceRemoval(m_state, *m_control).Foresee();
+    if (m_state.request.prune && !m_state.cancelled)
+        Pruning(m_state).Foresee();
     m_conflicts = decisions.Conflicts();
     m_findings = m_state.cancelled ? QList<Finding>() : LookAhead(m_state);
 }
@@ -312,9 +314,11 @@ void JobRun::NoteUnchanged()
         const bool isRead =
             isAsBefore && (!file.linksKnown || (record->readers == file.readers &&
                                                 record->linksState == file.linksState));
-        if (isRead &&
+        const bool areSound =
+            record &&
             isSound(StampOf(file.source, false), record->sourceStamp, record->recordedAt) &&
-            isSound(StampOf(file.target, false), record->targetStamp, record->recordedAt)) {
+            isSound(StampOf(file.target, false), record->targetStamp, record->recordedAt);
+        if (isRead && areSound) {
             // With the hashes, when a move notes it again.
             TakeStamps(file, *record);
             continue;
@@ -323,6 +327,11 @@ void JobRun::NoteUnchanged()
         if (record && file.linksKnown && file.linksState != LinksState::Read &&
             PathKey(record->project) != PathKey(m_state.target)) {
             TakeStamps(file, *record);
+            continue;
+        }
+        if (areSound) {
+            TakeStamps(file, *record);
+            m_records.Note(file);
             continue;
         }
         file.recordedAt = ClockNow();
@@ -349,8 +358,12 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
         m_state.orphans = Orphans(m_state, m_copies).Find();
     if (m_state.request.move)
         MoveSources(results, cloud, recorded);
-    if (m_state.request.prune && !m_state.cancelled)
-        Prune(cloud);
+    m_state.pruned.clear();
+    m_state.notPruned.clear();
+    if (m_state.request.prune && !m_state.cancelled) {
+        Pruning(m_state).Prune(cloud);
+        m_records.Forget(m_state.pruned);
+    }
     static_cast<void>(m_records.Flush());
     results.TellRest();
 }
@@ -392,7 +405,7 @@ Base::FileResult JobRun::SecureCopies(const Base::RootedFolder& cloud)
         const bool isCopy = file.isDone || file.outcome == Outcome::Unchanged;
         if (file.isFolder || file.wasMoved || file.isPending || !isCopy)
             continue;
-        const std::filesystem::path copy = BelowCloudFolder(file.target);
+        const std::filesystem::path copy = BelowCloudFolder(file.target, m_state);
         Base::FileStatus status;
         if (!cloud.Status(copy, status) || !IsStamped(status, file.targetStamp)) {
             file.End(Outcome::Failed, Remark::TargetChanged);
@@ -405,7 +418,7 @@ Base::FileResult JobRun::SecureCopies(const Base::RootedFolder& cloud)
         addFolders(FolderAbove(file.target));
     }
     for (const QString& folder : std::as_const(folders))
-        if (Base::FileResult result = cloud.Flush(BelowCloudFolder(folder)); !result)
+        if (Base::FileResult result = cloud.Flush(BelowCloudFolder(folder, m_state)); !result)
             return result;
     return cloud.Flush({});
 }
@@ -429,45 +442,6 @@ void JobRun::RemoveSources(Results& results)
             note(file, !ExistsOnDisk(file.source));
         results.Tell(file);
     });
-}
-
-std::filesystem::path JobRun::BelowCloudFolder(const QString& path) const
-{
-    return Native(path.mid(m_state.cloudFolder.size() + 1));
-}
-
-bool JobRun::MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const
-{
-    return status.kind == Base::FileKind::File &&
-           IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
-                            m_state.request.checksum);
-}
-
-void JobRun::Prune(const Base::RootedFolder& cloud)
-{
-    for (const auto& [orphan, isStillLinked] : std::as_const(m_state.orphans)) {
-        const std::filesystem::path copy = BelowCloudFolder(orphan.target);
-        Base::FileStatus status;
-        if (isStillLinked || !cloud.Status(copy, status))
-            continue;
-        // What somebody changed is not this library's any more.
-        if (!MayBePruned(orphan, status)) {
-            m_state.notPruned.insert(orphan.target,
-                                     QStringLiteral("it was changed since it was copied"));
-            continue;
-        }
-        QString reason;
-        Base::FileStatus now;
-        if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
-            m_state.notPruned.insert(orphan.target, reason);
-        else if (!cloud.Status(copy, now) || now != status)
-            m_state.notPruned.insert(orphan.target, QStringLiteral("it changed while it was kept"));
-        else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
-            m_state.notPruned.insert(orphan.target, QString::fromStdString(removed.Text()));
-        else
-            m_state.pruned.append(orphan.target);
-    }
-    m_records.Forget(m_state.pruned);
 }
 
 } // namespace Halvern::Jobs

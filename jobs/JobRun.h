@@ -77,11 +77,8 @@ private:
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);
     Base::FileResult SecureCopies(const Base::RootedFolder& cloud);
-    std::filesystem::path BelowCloudFolder(const QString& path) const;
     void MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded);
     void RemoveSources(Results& results);
-    bool MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const;
-    void Prune(const Base::RootedFolder& cloud);
 
     JobState m_state;
     std::shared_ptr<JobControl> m_control;

@@ -7,8 +7,40 @@
 #include "SharedCopies.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QStringList>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace Halvern::Jobs {
+
+namespace {
+
+/// What a layout has put between a folder and what is below it: "/c/" became "/c/board (2)/".
+struct FolderBetween
+{
+    QString above;
+    QString below;
+};
+
+/// Nothing when the second path is not the first one with a folder more.
+std::optional<FolderBetween> FindFolderBetween(const QString& wanted, const QString& found)
+{
+    const QStringList names = wanted.split(u'/');
+    QStringList other = found.split(u'/');
+    if (other.size() != names.size() + 1)
+        return {};
+    const auto [end, at] = std::mismatch(names.begin(), names.end() - 1, other.begin());
+    const qsizetype place = end - names.begin();
+    other.removeAt(place);
+    if (other != names)
+        return {};
+    const QString above = names.first(place).join(u'/') + u'/';
+    return FolderBetween{above, above + *at + u'/'};
+}
+
+} // namespace
 
 bool Placement::Find()
 {
@@ -53,23 +85,53 @@ QList<qsizetype> Placement::FindStuck()
     return stuck;
 }
 
+const CopyRecord* Placement::StandingCopyOf(const JobFile& file) const
+{
+    const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
+    return record && ExistsOnDisk(record->target) && !IsCutOff(record->target, m_job.cloudFolder)
+               ? record
+               : nullptr;
+}
+
+/// Where the earlier import that put files of the group into a folder of their own would put this
+/// one, which was none of them.
+QString Placement::PlaceBesideOthers(const JobFile& file, const QList<qsizetype>& group) const
+{
+    for (const qsizetype place : group) {
+        const JobFile& other = m_job.files.At(place);
+        const CopyRecord* record = StandingCopyOf(other);
+        const std::optional<FolderBetween> between =
+            record ? FindFolderBetween(other.target, record->target) : std::nullopt;
+        if (between && file.target.startsWith(between->above))
+            return between->below + file.target.mid(between->above.size());
+    }
+    return {};
+}
+
+/// Where an earlier import has put a file of a group, or would have; empty when that is not known.
+QString Placement::AsideTargetOf(const JobFile& file, const QList<qsizetype>& group) const
+{
+    const CopyRecord* record = StandingCopyOf(file);
+    if (!record)
+        return PlaceBesideOthers(file, group);
+    const bool isMovedOn = file.isSelected && record->target != file.target &&
+                           !FindFolderBetween(file.target, record->target);
+    return isMovedOn ? QString() : record->target;
+}
+
 /// True when a file and all that must stay beside it have copies of this project that stand
 /// together, and nothing is in their way.
 bool Placement::StaysAside(const Groups& groups, qsizetype stuck)
 {
-    const QList<qsizetype> group = groups.Of(stuck);
+    QList<qsizetype> group = groups.Of(stuck);
+    group.removeIf([&](qsizetype place) { return !m_job.files.At(place).HasTarget(); });
     QHash<qsizetype, QString> targets;
-    for (const qsizetype place : group) {
+    for (const qsizetype place : std::as_const(group)) {
         JobFile file = m_job.files.At(place);
-        const CopyRecord* record = m_copies.OfProject(file.source, m_job.target);
-        if (!file.HasTarget() || file.isFolder || !record || !ExistsOnDisk(record->target) ||
-            IsCutOff(record->target, m_job.cloudFolder))
+        file.target = AsideTargetOf(file, group);
+        if (file.target.isEmpty() || IsStuck(file, m_threeWays.Of(file)))
             return false;
-        const bool isFixed = file.isSelected && record->target != file.target;
-        file.target = record->target;
-        if (isFixed || IsStuck(file, m_threeWays.Of(file)))
-            return false;
-        targets.insert(place, record->target);
+        targets.insert(place, file.target);
     }
     if (!groups.StayTogether(group, targets))
         return false;

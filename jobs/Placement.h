@@ -33,6 +33,9 @@ private:
     void ByRecords();
     bool Otherwise();
     QList<qsizetype> FindStuck();
+    const CopyRecord* StandingCopyOf(const JobFile& file) const;
+    QString PlaceBesideOthers(const JobFile& file, const QList<qsizetype>& group) const;
+    QString AsideTargetOf(const JobFile& file, const QList<qsizetype>& group) const;
     bool StaysAside(const Groups& groups, qsizetype stuck);
     bool IsStuck(const JobFile& file, Standing standing) const;
 

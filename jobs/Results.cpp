@@ -60,7 +60,8 @@ bool FileResult::IsProblem() const
     case Outcome::Locked:
         return !problems.isEmpty() || remark == Remark::LinksNotRewritten ||
                remark == Remark::RewritePending || remark == Remark::LinksNotRead ||
-               remark == Remark::LinkEmpty || remark == Remark::LinkTooLong ||
+               remark == Remark::TargetReadOnly || remark == Remark::LinkEmpty ||
+               remark == Remark::LinkTooLong ||
                (sourceStays != SourceStays::No && outcome != Outcome::Locked);
     }
     return false;

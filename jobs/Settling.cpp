@@ -9,6 +9,8 @@
 
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
+
 namespace Halvern::Jobs {
 
 namespace {
@@ -113,8 +115,11 @@ QString Settling::FreeName(const QString& path) const
 bool Settling::GiveFreeName(JobFile& file)
 {
     const QString wanted = file.target;
-    file.target = FreePath(
-        wanted, [&](const QString& path) { return m_owners.IsOwned(path) || ExistsOnDisk(path); });
+    int& number = m_numbers[wanted];
+    number = std::max(number, 2);
+    file.target = FreePath(wanted, number, [&](const QString& path) {
+        return m_owners.IsOwned(path) || ExistsOnDisk(path);
+    });
     if (ObjectionToTarget(file.target, m_job.cloudFolder) != Remark::None) {
         file.target = wanted;
         return false;
@@ -125,12 +130,14 @@ bool Settling::GiveFreeName(JobFile& file)
     return true;
 }
 
-/// Nothing is put into a folder that cannot be written to, and no read-only file is replaced.
+/// Nothing is put into a folder that cannot be written to, and no read-only file is replaced, nor a
+/// copy by one whose links nobody can rewrite.
 QList<ConflictAnswer> Settling::AnswersTo(const JobFile& file, ConflictKind kind) const
 {
     const bool mayAdd = Base::MayAddTo(Native(QFileInfo(file.target).path()));
-    const bool mayReplace = mayAdd && (file.targetStatus.kind == Base::FileKind::Link ||
-                                       Base::IsWritable(Native(file.target)));
+    const bool mayReplace =
+        mayAdd && !file.LosesLinks() &&
+        (file.targetStatus.kind == Base::FileKind::Link || Base::IsWritable(Native(file.target)));
     QList<ConflictAnswer> answers;
     switch (kind) {
     case ConflictKind::TargetTaken:

@@ -41,6 +41,8 @@ private:
     const ConflictAnswers& m_answers;
     const Standings& m_standings;
     TargetOwners m_owners;
+    /// For each name that several want the number that the last one has got.
+    QHash<QString, int> m_numbers;
     QList<Conflict> m_conflicts;
 };
 

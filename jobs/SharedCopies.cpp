@@ -3,6 +3,7 @@
 #include "SharedCopies.h"
 
 #include "FileStamps.h"
+#include "LinkPlanning.h"
 #include "Paths.h"
 #include "Targets.h"
 
@@ -52,8 +53,25 @@ bool SharedCopies::MayShare(const JobFile& file,
     });
 }
 
+/// A link to it is no longer than a link may be, where one to a copy of this project would not be.
+bool SharedCopies::MayBeLinked(qsizetype place,
+                               const QHash<qsizetype, const CopyRecord*>& shared) const
+{
+    const QList<qsizetype> holders = m_holders.value(place);
+    return std::all_of(holders.begin(), holders.end(), [&](qsizetype holder) {
+        const JobFile& file = m_job.files.At(holder);
+        return shared.contains(holder) || !file.HasTarget() ||
+               !IsLinkTooLong(WayFrom(file.target, shared.value(place)->target)) ||
+               IsLinkTooLong(WayFrom(file.target, m_job.files.At(place).target));
+    });
+}
+
 void SharedCopies::Use()
 {
+    for (qsizetype holder = 0; holder < m_job.files.Size(); ++holder)
+        for (const JobLink& link : m_job.files.At(holder).links)
+            if (link.member >= 0)
+                m_holders[link.member].append(holder);
     QHash<qsizetype, const CopyRecord*> shared;
     for (qsizetype place = 0; place < m_job.files.Size(); ++place)
         if (const CopyRecord* record = CopyElsewhere(m_job.files.At(place)))
@@ -61,7 +79,8 @@ void SharedCopies::Use()
     for (bool changed = true; changed;) {
         changed = false;
         for (qsizetype place = m_job.files.Size(); place-- > 0;)
-            if (shared.contains(place) && !MayShare(m_job.files.At(place), shared)) {
+            if (shared.contains(place) &&
+                (!MayShare(m_job.files.At(place), shared) || !MayBeLinked(place, shared))) {
                 shared.remove(place);
                 changed = true;
             }

@@ -19,10 +19,13 @@ public:
 
 private:
     bool MayShare(const JobFile& file, const QHash<qsizetype, const CopyRecord*>& shared) const;
+    bool MayBeLinked(qsizetype place, const QHash<qsizetype, const CopyRecord*>& shared) const;
     const CopyRecord* CopyElsewhere(const JobFile& file) const;
 
     JobState& m_job;
     const CopyIndex& m_copies;
+    /// For each file those that link it.
+    QHash<qsizetype, QList<qsizetype>> m_holders;
 };
 
 } // namespace Halvern::Jobs

@@ -8,8 +8,8 @@
 
 namespace Halvern::Jobs {
 
-/// Tells paths in the cloud folder from each other as its disk does: whether letter case counts
-/// there is found out once, without writing anything.
+/// Tells paths in the cloud folder from each other as its disk does. Whether letter case counts may
+/// be another matter in each folder; it is found out once, without writing anything.
 class TargetKeys
 {
 public:
@@ -17,7 +17,15 @@ public:
     QString Of(const QString& target) const;
 
 private:
-    bool m_ignoresCase;
+    struct Folder
+    {
+        QString key;
+        bool ignoresCase = false;
+    };
+    Folder FolderAt(const QString& path) const;
+
+    const QString m_cloudFolder;
+    mutable QHash<QString, Folder> m_folders;
 };
 
 /// Who has which target.

@@ -116,4 +116,26 @@ TEST_F(Adoption, IsNotOfACopyThatAnotherProjectHasBrought)
     EXPECT_EQ(Stamp(u"cloud/Demo/sub/x.svg"_s), before);
 }
 
+TEST_F(Adoption, IsWhatAnEmptyDatabaseLeadsToAndIsSaid)
+{
+    tree.Remove(TopCopy);
+    ASSERT_EQ(Bring().exitCode, 0);
+    for (const QString& suffix : {QString(), u"-wal"_s, u"-shm"_s})
+        tree.Remove(u"sync.db"_s + suffix);
+    tree.File(u"sync.db"_s, "");
+    const auto before = Stamps(u"cloud"_s);
+    for (const QStringList& dry : {QStringList{u"--dry-run"_s}, QStringList()}) {
+        const ImportReport report = Bring(dry);
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.Statuses(), QStringList(2, u"unchanged"_s));
+        EXPECT_TRUE(report.result.err.contains(u"sync.db is empty: it is begun anew"_s))
+            << ::testing::PrintToString(report);
+        ASSERT_EQ(report.others.size(), 1);
+        EXPECT_EQ(report.others.first()[u"event"_s].toString(), u"warning"_s);
+        EXPECT_EQ(tree.Read(u"sync.db"_s).isEmpty(), !dry.isEmpty());
+    }
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+    EXPECT_FALSE(Bring().result.err.contains(u"is empty"_s));
+}
+
 } // namespace Halvern::Test

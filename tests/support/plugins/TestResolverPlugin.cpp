@@ -18,10 +18,11 @@
 //     norepath                        rewriting the file fails
 //     throwrepath                     rewriting the file throws
 //
-// The same words in an environment variable (see CallLog.h) hold for every file, and two more:
+// The same words in an environment variable (see CallLog.h) hold for every file, and four more:
 //
 //     lies                            rewriting changes nothing and says that it did
 //     misses                          rewriting writes another path than the one wanted
+//     drops                           rewriting leaves out the links that it was not asked for
 //     prints                          every call prints to standard output
 //
 // Other lines are content. Rewriting changes the paths of the given links and no other byte; the
@@ -131,6 +132,7 @@ public:
             wanted[referenceId] = path;
             call += " [" + referenceId + "=" + path + "]";
         }
+        const std::map<std::string, std::string> asked = wanted;
         Test::LogCall(call);
         Print();
 
@@ -153,6 +155,10 @@ public:
         }
         if (!wanted.empty())
             return Fail(context, "test resolver: no link " + wanted.begin()->first);
+        if (Test::IsTold("drops"))
+            std::erase_if(lines, [&](const Line& line) {
+                return line.IsLink() && !asked.contains(line.referenceId);
+            });
         return Write(file, lines);
     }
 
