@@ -24,9 +24,17 @@ bool IsReadable(JobFile& file)
     const Base::FileResult opened = Base::OpenForReading(Native(file.source), handle);
     if (opened)
         Base::Close(handle);
+    else if (!ExistsOnDisk(file.source))
+        file.End(Outcome::Failed, Remark::Vanished);
     else
         file.End(Outcome::Failed, Remark::NotReadable, QString::fromStdString(opened.Text()));
     return bool(opened);
+}
+
+bool IsTaken(Standing standing)
+{
+    return standing == Standing::SourceChanged || standing == Standing::BothChanged ||
+           standing == Standing::Foreign;
 }
 
 /// It comes along, or what it links does, and nothing weightier is to be said of it.
@@ -111,6 +119,9 @@ void Decisions::LookAt(JobFile& file)
     if (!IsReadable(file))
         return;
     const Standing standing = m_threeWays.Of(file);
+    // What is gone meanwhile, by another move perhaps, is not another content.
+    if (IsTaken(standing) && !ExistsOnDisk(file.source))
+        return file.End(Outcome::Failed, Remark::Vanished);
     m_standings.insert(&file, standing);
     Decide(file, standing);
 }

@@ -440,6 +440,10 @@ void JobRun::RemoveSources(Results& results)
         // Another import that moves it may have been faster.
         if (!file.sourceDeleted)
             note(file, !ExistsOnDisk(file.source));
+        if (file.sourceDeleted) {
+            file.sourceStays = SourceStays::No;
+            file.staysFor.clear();
+        }
         results.Tell(file);
     });
 }

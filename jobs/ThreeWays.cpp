@@ -56,8 +56,9 @@ Standing ThreeWays::Of(JobFile& file) const
     if (QFileInfo(file.target).isSymbolicLink())
         return Standing::Foreign;
     if (!file.record)
-        return HasSameContent(file) || HoldsTheSource(file) ? Standing::SameContent
-                                                            : Standing::Foreign;
+        return HasSameContent(file) || HoldsTheSource(file) || HoldsLinksOnTheWay(file)
+                   ? Standing::SameContent
+                   : Standing::Foreign;
     const bool checksum = m_job.request.checksum;
     const bool sourceSame = IsSameAsRecorded(file.record->sourceStamp, file.record->recordedAt,
                                              file.source, checksum, nullptr);
@@ -69,7 +70,7 @@ Standing ThreeWays::Of(JobFile& file) const
         return Standing::SourceChanged;
     if (!sourceSame && HasSameContent(file))
         return Standing::SameContent;
-    if (HoldsTheSource(file))
+    if (HoldsTheSource(file) || HoldsLinksOnTheWay(file))
         return Standing::SameContent;
     return sourceSame ? Standing::CopyChanged : Standing::BothChanged;
 }
@@ -90,6 +91,58 @@ bool ThreeWays::HoldsTheSource(JobFile& file) const
     for (const JobLink& link : std::as_const(file.links))
         links.append(link.stored);
     Adopt(file, links, source, target, now);
+    return true;
+}
+
+/// Each link says what it says in the source, what it is to say, or what was recorded. `rewrites`
+/// would make the file of its source.
+bool ThreeWays::AreLinksOnTheWay(const JobFile& file, const LinkReader::Links& links,
+                                 LinkReader::Links& rewrites) const
+{
+    if (links.isEmpty() || links.size() != file.links.size())
+        return false;
+    for (qsizetype i = 0; i < links.size(); ++i) {
+        const QString& path = links.at(i).Path;
+        const SyncServices::FileLink& stored = file.links.at(i).stored;
+        const bool isRecorded = file.record && i < file.record->targetLinks.size() &&
+                                file.record->targetLinks.at(i).RefId == stored.RefId &&
+                                file.record->targetLinks.at(i).Path == path;
+        if (links.at(i).RefId != stored.RefId ||
+            !(isRecorded || path == stored.Path || path == file.wantedLinks.at(i).Path))
+            return false;
+        if (path == stored.Path)
+            continue;
+        rewrites.append(stored);
+        rewrites.last().Path = path;
+    }
+    return true;
+}
+
+/// An import that was killed, or met a disk that fails, may have written links of the copy without
+/// recording it. Nothing else differs from the source then.
+bool ThreeWays::HoldsLinksOnTheWay(JobFile& file) const
+{
+    const bool isRead = file.linksKnown && file.linksState == LinksState::Read;
+    if (!isRead || file.links.isEmpty() || IsOfAnotherProject(file.target))
+        return false;
+    const qint64 now = ClockNow();
+    const QTemporaryDir folder;
+    const QString made = folder.filePath(QFileInfo(file.target).fileName());
+    LinkReader::Links links;
+    LinkReader::Links rewrites;
+    m_control.Mute(true);
+    const bool areRead = m_reader.Read(file.target, links);
+    m_control.Mute(false);
+    if (!areRead || !AreLinksOnTheWay(file, links, rewrites) || rewrites.isEmpty() ||
+        !folder.isValid() || !MakeCopy(file, rewrites, made))
+        return false;
+    const FileStamp target = StampOf(file.target, true);
+    if (!HoldTheSame(StampOf(made, true), target))
+        return false;
+    const std::optional<CopyRecord> former = file.record;
+    Adopt(file, links, StampOf(file.source, true), target, now);
+    if (former)
+        file.record->origin = former->origin;
     return true;
 }
 
@@ -118,7 +171,7 @@ bool ThreeWays::HasSameContent(JobFile& file) const
     const QTemporaryDir folder;
     const QString made =
         file.rewrites.isEmpty() ? file.source : folder.filePath(QFileInfo(file.target).fileName());
-    if (!file.rewrites.isEmpty() && (!folder.isValid() || !MakeCopy(file, made)))
+    if (!file.rewrites.isEmpty() && (!folder.isValid() || !MakeCopy(file, file.rewrites, made)))
         return false;
     const FileStamp copy = StampOf(made, true);
     const FileStamp target = StampOf(file.target, true);
@@ -138,12 +191,13 @@ bool ThreeWays::HasSameContent(JobFile& file) const
     return true;
 }
 
-bool ThreeWays::MakeCopy(const JobFile& file, const QString& copy) const
+bool ThreeWays::MakeCopy(const JobFile& file, const LinkReader::Links& rewrites,
+                         const QString& copy) const
 {
     if (!Base::CopyFileBytes(Native(file.source), Native(copy)))
         return false;
     m_control.Mute(true);
-    const bool written = m_reader.Write(copy, file.rewrites);
+    const bool written = m_reader.Write(copy, rewrites);
     m_control.Mute(false);
     // Some plug-ins say that they wrote, and did not.
     return written && !HoldTheSame(StampOf(copy, true), StampOf(file.source, true));

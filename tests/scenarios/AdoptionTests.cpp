@@ -138,4 +138,32 @@ TEST_F(Adoption, IsWhatAnEmptyDatabaseLeadsToAndIsSaid)
     EXPECT_FALSE(Bring().result.err.contains(u"is empty"_s));
 }
 
+TEST_F(Adoption, OfACopyWhoseLinksAnImportHasLeftHalfWrittenRewritesTheRest)
+{
+    tree.Remove(TopCopy).File(u"work/lib/second.bin"_s, "second");
+    Design(TopSource, {u"../lib/part.bin"_s, u"../lib/second.bin"_s});
+    const QByteArray half = DesignFile(u"a.svg"_s, {u"lib/part.bin"_s, u"../lib/second.bin"_s});
+    const QByteArray whole = DesignFile(u"a.svg"_s, {u"lib/part.bin"_s, u"lib/second.bin"_s});
+    // Not recorded yet, and recorded as it was before.
+    for (const bool isRecorded : {false, true}) {
+        if (isRecorded)
+            Save(TopCopy, half);
+        else
+            tree.File(TopCopy, half);
+        const ImportReport report = Bring();
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.StatusOf(TopSource), u"updated"_s) << ::testing::PrintToString(report);
+        EXPECT_EQ(tree.Read(TopCopy), whole);
+        EXPECT_TRUE(BaseStoreHolds(half));
+    }
+    // What leads elsewhere, or differs in anything else, is its owner's.
+    for (const QByteArray& mine :
+         {DesignFile(u"a.svg"_s, {u"lib/part.bin"_s, u"mine.bin"_s}),
+          DesignFile(u"a.svg"_s, {u"lib/part.bin"_s, u"../lib/second.bin"_s}, "mine")}) {
+        Save(TopCopy, mine);
+        EXPECT_EQ(Bring().StatusOf(TopSource), u"left"_s);
+        EXPECT_EQ(tree.Read(TopCopy), mine);
+    }
+}
+
 } // namespace Halvern::Test

@@ -31,6 +31,10 @@ protected:
     QByteArray Copy(const QString& name) const { return tree.Read(u"cloud/"_s + name); }
 };
 
+/// Laid out as the registered layout wants it.
+class BoardGroups : public ScenarioFixture
+{};
+
 const QStringList Rename{u"--collisions"_s, u"rename"_s};
 
 } // namespace
@@ -101,7 +105,7 @@ TEST_F(Groups, AreReadAgainByAnyMemberWhereTheOthersAreNotBesideTheCopy)
         << Copy(u"Demo/deep/b.kicad_pcb"_s).toStdString();
 }
 
-TEST_F(Groups, WithTheGivenFileThatWereRenamedAreUnchangedAfterwards)
+TEST_F(BoardGroups, WithTheGivenFileThatWereRenamedAreUnchangedAfterwards)
 {
     tree.File(u"work/board/b.kicad_pcb"_s, "(kicad_pcb (version 20221018) (generator pcbnew))")
         .File(u"work/board/b.kicad_sch"_s, "(kicad_sch (version 20230121) (generator eeschema))")
