@@ -205,6 +205,15 @@ def inspect(display, top):
     return references + models(display, board)
 
 
+def edit(file):
+    """Larger paper, or another variable of the project."""
+    if file.suffix == ".kicad_pro":
+        proof.replace_in(file, ('"text_variables": {}', '"text_variables": {"NEU": "1"}'))
+    else:
+        proof.replace_in(file, ('(paper "A4")', '(paper "A3")'))
+    return [file]
+
+
 MISSING = {}
 
 
@@ -219,7 +228,7 @@ def prove(program):
                 print(f"{top}: missing in the original: {sorted(MISSING[top])}")
             proof.check(len(MISSING[TOPS[0]]) == 3, "one sheet and two models are missing on purpose")
 
-        proof.prove(program, make, functools.partial(inspect, display), TOPS, missing=lambda top: MISSING[top],
+        proof.prove(program, make, functools.partial(inspect, display), TOPS, edit, missing=lambda top: MISSING[top],
                     exit_codes=lambda top: (0,) if top == TOPS[2] else (4,),
                     # Projects in one folder have their library tables in common.
                     folder=lambda top: pathlib.PurePath(top).parent.name,
