@@ -82,7 +82,7 @@ TEST(LayoutPluginLibrary, ItsRegistrationFileNamesItAndTheFormatsItServes)
     EXPECT_TRUE(text.contains(QFileInfo(QStringLiteral(LAYOUT_PLUGIN_FILE)).fileName()));
     EXPECT_TRUE(
         text.contains(u"<FileLayout FileTypes=\"FCStd,gltf,glb,obj,mtl,stp,step,blend,"
-                      "scad,svg,svgz,kicad_pro,kicad_sch,kicad_pcb,kicad_mod,pro,sch,lib,mod,sub,"
+                      "scad,slvs,svg,svgz,kicad_pro,kicad_sch,kicad_pcb,kicad_mod,pro,sch,lib,mod,"
                       "cir,ckt,inc,sp,spice\"/>"_s));
 }
 
