@@ -83,7 +83,7 @@ TEST(LayoutPluginLibrary, ItsRegistrationFileNamesItAndTheFormatsItServes)
     EXPECT_TRUE(
         text.contains(u"<FileLayout FileTypes=\"FCStd,gltf,glb,obj,mtl,stp,step,blend,"
                       "scad,slvs,svg,svgz,kicad_pro,kicad_sch,kicad_pcb,kicad_mod,pro,sch,lib,mod,"
-                      "cir,ckt,inc,sp,spice\"/>"_s));
+                      "sub,cir,ckt,inc,sp,spice\"/>"_s));
 }
 
 TEST_F(LayoutImport, LinksIntoTheProjectKeepItsShapeAndTheTopFileIsWhereItWasPromised)
