@@ -212,10 +212,11 @@ bool FileMaker::HasLostLinks(const JobFile& file, const LinkReader::Links& asked
     const QString before = QStringView(Base::PathText(m_staging.Absolute(place))).toString();
     const QString original = file.deed == Deed::Relink ? file.target : file.source;
     LinkReader::Links links;
+    const bool wasMuted = m_control.IsMuted();
     m_control.Mute(true);
     const bool isRead =
         Base::CopyFileBytes(Native(original), Native(before)) && m_reader.Read(before, links);
-    m_control.Mute(false);
+    m_control.Mute(wasMuted);
     static_cast<void>(m_cloud.Remove(place));
     if (!isRead || found.size() >= links.size())
         return false;

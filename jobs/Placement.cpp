@@ -31,13 +31,13 @@ std::optional<FolderBetween> FindFolderBetween(const QString& wanted, const QStr
     QStringList other = found.split(u'/');
     if (other.size() != names.size() + 1)
         return {};
-    const auto [end, at] = std::mismatch(names.begin(), names.end() - 1, other.begin());
+    const auto end = std::mismatch(names.begin(), names.end() - 1, other.cbegin()).first;
     const qsizetype place = end - names.begin();
-    other.removeAt(place);
+    const QString between = other.takeAt(place);
     if (other != names)
         return {};
     const QString above = names.first(place).join(u'/') + u'/';
-    return FolderBetween{above, above + *at + u'/'};
+    return FolderBetween{above, above + between + u'/'};
 }
 
 } // namespace
