@@ -4,7 +4,6 @@
 
 #include "Options.h"
 
-#include "corsync/CancelToken.h"
 
 namespace Halvern::Cli {
 
@@ -12,6 +11,6 @@ class Console;
 
 /// `corsync plugins`. Changes nothing anywhere. Throws Jobs::JobError when it cannot begin.
 ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common,
-                    const Jobs::CancelToken& cancel, Console& console);
+                    Console& console);
 
 } // namespace Halvern::Cli
