@@ -59,6 +59,8 @@ protected:
     void Send(int signal)
     {
         sent.start();
+        // Number 0 would be this program and all that belong to it.
+        ASSERT_GT(process.processId(), 0) << "it has ended: " << messages.toStdString();
         ASSERT_EQ(::kill(pid_t(process.processId()), signal), 0);
     }
     /// The exit code; 128 and its number for a signal, as shells have it.
@@ -71,15 +73,26 @@ protected:
         return process.exitStatus() == QProcess::CrashExit ? 128 + process.exitCode()
                                                            : process.exitCode();
     }
-    QStringList WatchedImport(const QStringList& arguments) const
+    /// Until the plug-in is in the call from which it does not return.
+    void WaitForPlugin()
     {
-        return ImportArguments(QStringList{u"--progress"_s, u"always"_s} + arguments);
+        QElapsedTimer timer;
+        timer.start();
+        while (!tree.Exists(u"begun"_s) && timer.elapsed() < Patience)
+            ASSERT_FALSE(process.waitForFinished(10)) << messages.toStdString();
+        ASSERT_TRUE(tree.Exists(u"begun"_s));
     }
-    QStringList HangingImport(const QString& isolate)
+    QByteArray HangingFile() const
     {
-        tree.File(u"work/proj/a.talk"_s, "loop").File(u"work/proj/b.tlk"_s, "b");
-        return WatchedImport(
-            {u"proj"_s, u"--isolate"_s, isolate, u"--plugin-path"_s, tree.Path(u"plugins"_s)});
+        // While the shell is waited for, the system lets nobody interrupt.
+        return "system (sleep 0.3; touch '" + QFile::encodeName(tree.Path(u"begun"_s)) +
+               "') &\nloop";
+    }
+    QStringList HangingImport(const QString& isolate, const QString& progress = u"always"_s)
+    {
+        tree.File(u"work/proj/a.talk"_s, HangingFile()).File(u"work/proj/b.tlk"_s, "b");
+        return ImportArguments({u"proj"_s, u"--isolate"_s, isolate, u"--progress"_s, progress,
+                                u"--plugin-path"_s, tree.Path(u"plugins"_s)});
     }
     /// So large that nobody waits for its end, and almost without bytes.
     QStringList HugeImport()
@@ -88,7 +101,7 @@ protected:
         QFile file(tree.Path(u"work/proj/huge.dat"_s));
         EXPECT_TRUE(file.open(QFile::WriteOnly) && file.resize(qint64(4) << 40) &&
                     file.write("begin") == 5);
-        return WatchedImport({u"proj"_s});
+        return ImportArguments({u"proj"_s, u"--progress"_s, u"always"_s});
     }
 
     QProcess process;
@@ -117,6 +130,7 @@ TEST_F(SignalledCommand, EndsAtOnceAfterASecondOneAndLeavesWhatAKillWould)
 {
     // It looks at no cancel.
     Start(HangingImport(u"never"_s), "Reading links");
+    WaitForPlugin();
     Send(SIGINT);
     WaitFor(Line);
     EXPECT_FALSE(process.waitForFinished(300)) << "the plug-in is still at work";
@@ -131,6 +145,7 @@ TEST_F(SignalledCommand, EndsAtOnceAfterASecondOneAndLeavesWhatAKillWould)
 TEST_F(SignalledCommand, EndsAtOnceAfterAnotherWishOfAnyKind)
 {
     Start(HangingImport(u"never"_s), "Reading links");
+    WaitForPlugin();
     Send(SIGINT);
     WaitFor(Line);
     Send(SIGTERM);
@@ -140,7 +155,7 @@ TEST_F(SignalledCommand, EndsAtOnceAfterAnotherWishOfAnyKind)
 TEST_F(SignalledCommand, EndsAPluginThatRunsApartInsteadOfWaitingForIt)
 {
     Start(HangingImport(u"auto"_s), "Reading links");
-    EXPECT_FALSE(process.waitForFinished(500)) << "the plug-in is at work";
+    WaitForPlugin();
     Send(SIGINT);
     EXPECT_EQ(Wait(), 20) << messages.toStdString();
     EXPECT_FALSE(out.contains(u"failed"_s)) << out.toStdString();
@@ -150,11 +165,11 @@ TEST_F(SignalledCommand, EndsAPluginThatRunsApartInsteadOfWaitingForIt)
 
 TEST_F(SignalledCommand, EndsThePluginOfACommandThatOnlyReads)
 {
-    tree.File(u"work/a.talk"_s, "loop");
+    tree.File(u"work/a.talk"_s, HangingFile());
     Start({u"links"_s, u"a.talk"_s, u"--plugin-path"_s, tree.Path(u"plugins"_s), u"--plugin-path"_s,
            TestPluginFolder(), u"-v"_s},
           {});
-    EXPECT_FALSE(process.waitForFinished(1000)) << "the plug-in is at work";
+    WaitForPlugin();
     Send(SIGINT);
     EXPECT_EQ(Wait(), 20) << messages.toStdString();
 }
@@ -181,12 +196,12 @@ TEST_F(SignalledCommand, IsCancelledThoughItsMessagesAreNotRead)
     while (::write(ends[1], block.constData(), size_t(block.size())) > 0)
         continue;
     ASSERT_EQ(::fcntl(ends[1], F_SETFL, 0), 0);
-    Prepare(process, HangingImport(u"auto"_s) + QStringList{u"--progress"_s, u"never"_s});
+    Prepare(process, HangingImport(u"never"_s, u"never"_s));
     process.setChildProcessModifier([end = ends[1]] { ::dup2(end, STDERR_FILENO); });
     process.start();
-    EXPECT_FALSE(process.waitForFinished(1500));
+    WaitForPlugin();
     Send(SIGINT);
-    EXPECT_FALSE(process.waitForFinished(200)) << "it has something to say";
+    EXPECT_FALSE(process.waitForFinished(200)) << "it waits for the plug-in";
     Send(SIGINT);
     EXPECT_EQ(Wait(), 130);
     ::close(ends[0]);

@@ -61,7 +61,11 @@ private:
 class LargeFiles : public JobsFixture
 {
 protected:
-    LargeFiles() { tree.File(u"work/proj/b.dat"_s, PatternBytes(Size)); }
+    LargeFiles()
+    {
+        tree.File(u"work/proj/b.dat"_s, PatternBytes(Size));
+        Begin();
+    }
 
     JobResult ImportWith(IJobObserver& observer, const CancelToken& token,
                          const ImportRequest& request)
@@ -167,7 +171,7 @@ TEST_F(LargeFiles, MayBeCancelledAtEveryPieceOfAnUpdate)
     tree.File(u"work/proj/b.dat"_s, saved);
     int stopped = 0;
     for (const Phase phase : {Phase::ReadingLinks, Phase::LookingForConflicts, Phase::Copying})
-        for (int events = 0; events < 400; events += 29) {
+        for (int events = 0; events < 400; events += 13) {
             const QByteArray before = tree.Read(u"cloud/proj/b.dat"_s);
             CancelToken token;
             CancellingInPhase observer(token, phase, events);
