@@ -65,8 +65,8 @@ FileResult ContentReader::Next(Piece& piece)
 FileResult ContentReader::ReadData(Piece& piece)
 {
     const std::uint64_t left = m_range.end - m_offset;
-    const std::size_t wanted = static_cast<std::size_t>(
-        std::min(left, static_cast<std::uint64_t>(m_pieceSize.Next())));
+    const std::size_t wanted =
+        static_cast<std::size_t>(std::min(left, static_cast<std::uint64_t>(m_pieceSize.Next())));
     std::size_t got = 0;
     if (wanted > 0)
         if (FileResult read = ReadSome(m_file, m_offset, m_buffer.get(), wanted, got); !read)

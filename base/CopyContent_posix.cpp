@@ -56,9 +56,8 @@ FileResult CopyByBlocks(const Original& original, int out, ContentReader& reader
         if (FileResult read = reader.Next(piece); !read)
             return read.Problem() == FileProblem::Stopped ? read : WriteFailure(read);
         const bool isEnd = piece.size == 0;
-        const FileResult written = isEnd && endsInHole
-                                       ? Lengthen(out, piece.offset)
-                                       : WriteAllAt(out, piece.offset, piece.bytes);
+        const FileResult written = isEnd && endsInHole ? Lengthen(out, piece.offset)
+                                                       : WriteAllAt(out, piece.offset, piece.bytes);
         if (!written)
             return WriteFailure(written);
         if (isEnd)
@@ -111,8 +110,8 @@ private:
             auto from = static_cast<off_t>(m_at);
             off_t to = from;
             const std::uint64_t most = m_isWatched ? m_size.Next() : RangeBlock;
-            const ssize_t got = ::copy_file_range(m_original.in, &from, m_out, &to,
-                                                  std::min(end - m_at, most), 0);
+            const ssize_t got =
+                ::copy_file_range(m_original.in, &from, m_out, &to, std::min(end - m_at, most), 0);
             if (got < 0 && errno == EINTR)
                 continue;
             if (got == 0 || (got < 0 && !m_hasBegun && IsUnsupported(errno)))

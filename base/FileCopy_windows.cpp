@@ -55,8 +55,8 @@ FileResult CheckName(const std::filesystem::path& target)
 }
 
 /// Called by the system after each piece of a copy, and before the first.
-DWORD CALLBACK OnPiece(LARGE_INTEGER, LARGE_INTEGER copied, LARGE_INTEGER, LARGE_INTEGER, DWORD stream,
-                       DWORD, HANDLE, HANDLE, LPVOID tells)
+DWORD CALLBACK OnPiece(LARGE_INTEGER, LARGE_INTEGER copied, LARGE_INTEGER, LARGE_INTEGER,
+                       DWORD stream, DWORD, HANDLE, HANDLE, LPVOID tells)
 {
     WorkWatch* const watch = WorkWatch::OfThisThread();
     if (!watch)

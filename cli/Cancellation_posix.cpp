@@ -47,9 +47,10 @@ void OnSignal(int signal)
         token.Cancel();
         if (isTerminal) // where the progress line may stand
             Write("\r\033[K");
-        Write(signal == SIGINT ? "corsync: Cancelling after the current step; press Ctrl-C again to "
-                                 "end at once\n"
-                               : "corsync: Cancelling after the current step\n");
+        Write(signal == SIGINT
+                  ? "corsync: Cancelling after the current step; press Ctrl-C again to "
+                    "end at once\n"
+                  : "corsync: Cancelling after the current step\n");
     }
     errno = error;
 }

@@ -194,9 +194,8 @@ bool ExcludePattern::Reader::ReadSet()
     }
     ++m_at;
     const bool isEmpty =
-        !set.isNegated && std::all_of(set.ranges.begin(), set.ranges.end(), [](const auto& range) {
-            return range.first > range.second;
-        });
+        !set.isNegated && std::all_of(set.ranges.begin(), set.ranges.end(),
+                                      [](const auto& range) { return range.first > range.second; });
     m_part.elements.push_back(std::move(set));
     return !isEmpty;
 }

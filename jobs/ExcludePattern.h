@@ -28,7 +28,8 @@ public:
     static std::optional<ExcludePattern> FromLine(QStringView line);
 
     /// False for what matches no path at all: with an open "[" or a "\" at its end, with a set
-    /// such as "[z-a]", with nothing between two slashes, such as "!" and "/", or with "." or ".." there.
+    /// such as "[z-a]", with nothing between two slashes, such as "!" and "/", or with "." or ".."
+    /// there.
     bool CanMatch() const;
     /// As it was written.
     const QString& Text() const { return m_text; }

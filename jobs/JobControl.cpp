@@ -44,8 +44,8 @@ bool JobControl::GoesOn()
 void JobControl::Copied(std::uint64_t bytes)
 {
     // A file that must be copied again, or has grown, does not count twice.
-    const qint64 now =
-        std::clamp(qint64(bytes), m_progress.fileBytes, qMax(m_progress.fileBytes, m_progress.fileSize));
+    const qint64 now = std::clamp(qint64(bytes), m_progress.fileBytes,
+                                  qMax(m_progress.fileBytes, m_progress.fileSize));
     m_progress.bytes += now - m_progress.fileBytes;
     m_progress.fileBytes = now;
 }

@@ -81,8 +81,7 @@ TEST_F(CommandOutput, NamesNoPlaceOfAnUnfinishedCopyInTheLog)
     tree.File(u"work/proj/top.tlk"_s, "link 1 ../lib/part.tlk\nlink 2 ../lib/gone.tlk\n")
         .File(u"work/proj/lazy.tlk"_s, "link 1 ../lib/part.tlk\n")
         .File(u"work/lib/part.tlk"_s, "part\n");
-    for (const QStringList& options :
-         {QStringList(), QStringList{u"--isolate"_s, u"always"_s}}) {
+    for (const QStringList& options : {QStringList(), QStringList{u"--isolate"_s, u"always"_s}}) {
         const CommandResult result = Import(QStringList{u"proj"_s, u"-vvv"_s} + options);
         EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
         EXPECT_TRUE(tree.Read(u"cloud/proj/lazy.tlk"_s).contains("lib/part.tlk"));

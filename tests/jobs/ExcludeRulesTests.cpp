@@ -223,8 +223,8 @@ TEST(ExcludeRules, OfAFileAreAtFaultWhereALineCanMatchNothing)
 {
     EXPECT_EQ(ExcludeRules::FaultIn("# [a\n\n*.bak\r\n[a]\n**/\n..a\n"), QString());
     EXPECT_EQ(ExcludeRules::FaultIn("a\xFF\n"), u"no UTF-8"_s);
-    for (const QByteArray pattern : {"[a", "!", "/", "!/", "a//b", "a\\", "./a", "a/..", "[[:x:]]", "[z-a]",
-                                     "a/x[9-0Z-A]"})
+    for (const QByteArray pattern :
+         {"[a", "!", "/", "!/", "a//b", "a\\", "./a", "a/..", "[[:x:]]", "[z-a]", "a/x[9-0Z-A]"})
         EXPECT_EQ(
             ExcludeRules::FaultIn("a\n\n" + pattern + "\r\nb\n"),
             u"line 3: the pattern \"%1\" can match nothing"_s.arg(QString::fromUtf8(pattern)));

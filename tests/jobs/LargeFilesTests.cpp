@@ -139,8 +139,9 @@ TEST_F(LargeFiles, AreLeftInTheMiddleByACancel)
     EXPECT_LE(observer.toldAfterwards, 1) << "the piece after that is not copied any more";
     EXPECT_EQ(observer.problems, QStringList());
     EXPECT_EQ(CloudNames(), QStringList{u"proj/a.dat"_s});
-    EXPECT_EQ(QDir(tree.Path(u"cloud"_s)).entryList({u".corsync-*"_s}, QDir::AllEntries | QDir::Hidden),
-              QStringList());
+    EXPECT_EQ(
+        QDir(tree.Path(u"cloud"_s)).entryList({u".corsync-*"_s}, QDir::AllEntries | QDir::Hidden),
+        QStringList());
     ExpectTheNextImportToFinish(PatternBytes(Size));
 }
 
