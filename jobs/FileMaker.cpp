@@ -92,7 +92,8 @@ bool FileMaker::Take(JobFile& file, StagedCopy& staged)
     const Base::FileResult copied =
         Base::CopyUnchangedBytes(Native(file.source), staged.path, staged.source, &hash);
     if (!copied) {
-        FailToCopy(file, copied);
+        if (!IsStopped())
+            FailToCopy(file, copied);
         return false;
     }
     // Its links were read before.
@@ -105,7 +106,32 @@ bool FileMaker::Take(JobFile& file, StagedCopy& staged)
     return true;
 }
 
-void FileMaker::Make(JobFile& file)
+bool FileMaker::Make(JobFile& file)
+{
+    const JobFile before = file;
+    MakeCopy(file);
+    if (m_placer.WasStopped())
+        file = before;
+    return !m_placer.WasStopped();
+}
+
+bool FileMaker::Relink(JobFile& file)
+{
+    const JobFile before = file;
+    RelinkCopy(file);
+    if (m_placer.WasStopped())
+        file = before;
+    return !m_placer.WasStopped();
+}
+
+/// The file itself, and what its links lead to from where it is made ready.
+AliasLog::Names FileMaker::NamesFor(const JobFile& file, const StagedCopy& staged) const
+{
+    return {{staged.text, file.target},
+            {QFileInfo(staged.text).path() + u'/', QFileInfo(file.target).path() + u'/'}};
+}
+
+void FileMaker::MakeCopy(JobFile& file)
 {
     const std::filesystem::path target = m_placer.Below(file.target);
     const Base::FileResult folder = m_cloud.MakeFolders(target.parent_path());
@@ -126,12 +152,16 @@ void FileMaker::Make(JobFile& file)
         m_control.Mute(true);
         staged.isRewritten = WriteLinks(file, staged, file.rewrites);
         m_control.Mute(false);
+        if (IsStopped())
+            return;
         // Some formats store paths that depend on where the file lies.
         if (!staged.isRewritten) {
             staged.isBeside = true;
             if (!Take(file, staged))
                 return;
             staged.isRewritten = WriteLinks(file, staged, file.rewrites);
+            if (IsStopped())
+                return;
         }
         if (!staged.isRewritten) {
             staged.isBeside = false;
@@ -157,6 +187,7 @@ void FileMaker::Make(JobFile& file)
 bool FileMaker::WriteLinks(JobFile& file, const StagedCopy& staged, const LinkReader::Links& links)
 {
     const JobControl::Alias alias(m_control, staged.text, file.target);
+    const AliasLog log(NamesFor(file, staged));
     if (!m_reader.Write(staged.text, links))
         return false;
     if (HoldsLinks(file, staged, links))
@@ -176,6 +207,7 @@ bool FileMaker::HoldsLinks(const JobFile& file, const StagedCopy& staged,
                            const LinkReader::Links& asked)
 {
     LinkReader::Links links;
+    const LogSilence silence;
     if (!m_reader.Read(staged.text, links))
         return false;
     const auto placesOf = [&](const LinkReader::Links& list) {
@@ -299,7 +331,7 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
     }
 }
 
-void FileMaker::Relink(JobFile& file)
+void FileMaker::RelinkCopy(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
     // Whoever changed it since it was looked at has made it a file of their own.
@@ -333,6 +365,8 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     const Base::FileResult copied =
         Base::CopyUnchangedBytes(target, staged.path, staged.source, &hash);
     if (!copied) {
+        if (IsStopped())
+            return;
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::LinksNotRewritten,
                           file.target,
@@ -342,8 +376,9 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     }
     LinkReader::Links links;
     const JobControl::Alias alias(m_control, staged.text, file.target);
+    const AliasLog log(NamesFor(file, staged));
     if (!RewritesFor(file, links) || (!links.isEmpty() && !WriteLinks(file, staged, links)))
-        return FailToRewrite(file, false);
+        return IsStopped() ? void() : FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
     const CopyRecord* record = file.RecordOfCopy();
     const FileStamp source = record ? record->sourceStamp : file.sourceStamp;
@@ -358,7 +393,7 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     }
     staged.isRewritten = true;
     if (!m_placer.Place(file, staged))
-        return FailToRewrite(file, file.outcome == Outcome::Locked);
+        return IsStopped() ? void() : FailToRewrite(file, file.outcome == Outcome::Locked);
     file.sourceStamp = source;
     file.outcome = outcome;
     file.linksRewritten = true;

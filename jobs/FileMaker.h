@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "AliasLog.h"
 #include "FilePlacer.h"
 #include "JobControl.h"
 #include "JobFile.h"
@@ -14,9 +15,9 @@
 
 namespace Halvern::Jobs {
 
-/// Makes single copies: each is complete, its links are rewritten and were read again, before it
-/// appears under its name in one step. Until then what stood there stands there; a failure leaves
-/// it so. What is replaced is in the base store before.
+/// Makes single copies: each is complete, its links are rewritten and were read again, before
+/// it appears under its name in one step. Until then what stood there stands there; a failure
+/// leaves it so. What is replaced is in the base store before.
 class FileMaker
 {
 public:
@@ -27,13 +28,18 @@ public:
     {}
 
     bool MakeFolder(const JobFile& file);
-    /// Carries out the deed; the outcome says what came of it.
-    void Make(JobFile& file);
-    /// Gives the copy that is at the target of the file the links that it should hold, if it still
-    /// is what it was when its status was noted. Needs no source.
-    void Relink(JobFile& file);
+    /// Carries out the deed; the outcome says what came of it. False when the job was stopped
+    /// meanwhile: the file then is as it was, and so is what stands at its target.
+    [[nodiscard]] bool Make(JobFile& file);
+    /// Gives the copy that is at the target of the file the links that it should hold, if it
+    /// still is what it was when its status was noted. Needs no source. False as above.
+    [[nodiscard]] bool Relink(JobFile& file);
 
 private:
+    AliasLog::Names NamesFor(const JobFile& file, const StagedCopy& staged) const;
+    void MakeCopy(JobFile& file);
+    void RelinkCopy(JobFile& file);
+    bool IsStopped() { return m_placer.IsStopped(); }
     void NamePlace(JobFile& file, StagedCopy& staged) const;
     bool Take(JobFile& file, StagedCopy& staged);
     bool WriteLinks(JobFile& file, const StagedCopy& staged, const LinkReader::Links& links);

@@ -50,16 +50,25 @@ QString FilePlacer::Reason(const JobFile& file, const Base::FileResult& failure)
     return m_staging.TextOf(failure, file.target);
 }
 
+bool FilePlacer::IsStopped()
+{
+    m_isStopped = m_isStopped || m_control.StoppedJob();
+    return m_isStopped;
+}
+
 bool FilePlacer::Place(JobFile& file, const StagedCopy& staged)
 {
     const std::filesystem::path target = Below(file.target);
+    NoteStamps(file, staged);
+    if (IsStopped())
+        return false;
     Base::FileStatus there;
     Base::FileResult result = m_cloud.Status(target, there);
     if (result && there.Exists()) {
         const bool isExpected = Replaces(file) && IsAsItWas(file.targetStatus, there);
         if (!isExpected && Adopt(file, staged))
             return true;
-        if (!MayReplace(file, there))
+        if (IsStopped() || !MayReplace(file, there))
             return false;
     }
     if (result)
@@ -105,7 +114,6 @@ Base::FileResult FilePlacer::Move(JobFile& file, const StagedCopy& staged,
                                   const Base::FileStatus& there)
 {
     const std::filesystem::path target = Below(file.target);
-    NoteStamps(file, staged);
     Base::FileResult result = m_cloud.Move(
         staged.place, target, IsInTheWay(there) ? Base::Existing::Replace : Base::Existing::Keep);
     if (result.Problem() == Base::FileProblem::OtherDisk) {
@@ -141,9 +149,11 @@ bool FilePlacer::MakeWay(JobFile& file, const Base::FileStatus& there)
         return false;
     }
     QString reason;
-    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason))
+    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason,
+                                                [&] { return m_control.GoesOn(); }))
         return true;
-    file.End(Outcome::Failed, Remark::NotKept, reason);
+    if (!IsStopped())
+        file.End(Outcome::Failed, Remark::NotKept, reason);
     return false;
 }
 
@@ -212,6 +222,8 @@ void FilePlacer::NoteStamps(JobFile& file, const StagedCopy& staged)
 /// Always false.
 bool FilePlacer::FailToPlace(JobFile& file, const Base::FileResult& why)
 {
+    if (why.Problem() == Base::FileProblem::Stopped || IsStopped())
+        return false;
     if (why.Problem() == Base::FileProblem::NameTaken ||
         why.Problem() == Base::FileProblem::Changed)
         file.End(Outcome::Failed, Remark::TargetChanged);

@@ -21,8 +21,12 @@ public:
         : m_job(job), m_control(control), m_cloud(cloud), m_staging(staging)
     {}
 
-    /// False when the copy is not in place; the outcome says why.
+    /// False when the copy is not in place; the outcome says why, unless the job was stopped.
     bool Place(JobFile& file, const StagedCopy& staged);
+    /// Once the job is to stop, what fails is cut off, and what succeeds is not put in place.
+    bool IsStopped();
+    /// The answer was yes before.
+    bool WasStopped() const { return m_isStopped; }
     /// Ends it as failed for a reason that only a text tells.
     void Fail(JobFile& file, FileLink::ProblemKind kind, const QString& text);
     /// Below the cloud folder.
@@ -46,6 +50,7 @@ private:
     JobControl& m_control;
     const Base::RootedFolder& m_cloud;
     const Staging& m_staging;
+    bool m_isStopped = false;
 };
 
 } // namespace Halvern::Jobs
