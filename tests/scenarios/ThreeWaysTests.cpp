@@ -337,8 +337,9 @@ TEST_F(ThreeWays, AReadOnlyCopyIsNotUpdatedAndThePlanSaysSo)
         EXPECT_EQ(report.Of(TopSource).remark, u"target-read-only"_s);
         EXPECT_EQ(report.StatusOf(u"work/lib/part.bin"_s), u"updated"_s);
         EXPECT_EQ(Stamp(TopCopy), before);
-        if (options.isEmpty())
+        if (options.isEmpty()) {
             EXPECT_EQ(report.Lines(), planned.Lines());
+        }
     }
     ASSERT_TRUE(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner));
     EXPECT_EQ(Bring().exitCode, 0);
@@ -375,8 +376,9 @@ TEST_F(ThreeWays, TheLinksOfAReadOnlyCopyStayAndEveryRunSaysSo)
         EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
         EXPECT_EQ(report.Of(TopSource).remark, u"target-read-only"_s);
         EXPECT_EQ(tree.Read(TopCopy), imported);
-        if (run == 0)
+        if (run == 0) {
             EXPECT_EQ(report.Lines(), planned.Lines());
+        }
     }
     ASSERT_TRUE(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner));
     EXPECT_EQ(Bring(options).exitCode, 0);

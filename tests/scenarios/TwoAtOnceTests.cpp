@@ -175,8 +175,9 @@ TEST_F(TwoAtOnce, NoLineOfAMoveSaysOfASourceThatIsGoneThatItStays)
         EXPECT_EQ(file.sourceStays, SourceStays::No) << file.source.toStdString();
         const bool isUpdated = file.source.endsWith(u"a.txt"_s);
         EXPECT_EQ(file.outcome, isUpdated ? Outcome::Failed : Outcome::Unchanged);
-        if (isUpdated)
+        if (isUpdated) {
             EXPECT_EQ(file.remark, Jobs::Remark::Vanished);
+        }
     }
     EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "a second");
 }
