@@ -4,6 +4,8 @@
 
 #include "ScenarioFixture.h"
 
+#include <QtCore/QFile>
+
 namespace Halvern::Test {
 
 namespace {
@@ -120,8 +122,8 @@ TEST_F(Adoption, IsWhatAnEmptyDatabaseLeadsToAndIsSaid)
 {
     tree.Remove(TopCopy);
     ASSERT_EQ(Bring().exitCode, 0);
-    for (const QString& suffix : {QString(), u"-wal"_s, u"-shm"_s})
-        tree.Remove(u"sync.db"_s + suffix);
+    for (const QString& file : {u"sync.db"_s, u"sync.db-wal"_s, u"sync.db-shm"_s})
+        QFile::remove(tree.Path(file));
     tree.File(u"sync.db"_s, "");
     const auto before = Stamps(u"cloud"_s);
     for (const QStringList& dry : {QStringList{u"--dry-run"_s}, QStringList()}) {
