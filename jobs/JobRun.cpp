@@ -3,7 +3,6 @@
 #include "JobRun.h"
 
 #include "Closure.h"
-#include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Orphans.h"
@@ -26,6 +25,7 @@
 #include <QtCore/QSet>
 
 #include <algorithm>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -251,7 +251,9 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
                           std::count_if(m_state.files.begin(), m_state.files.end(), isMeant));
     if (IsStopped())
         return false;
-    for (JobFile& file : m_state.files) {
+    QList<qsizetype> last;
+    for (qsizetype place = 0; place < m_state.files.Size(); ++place) {
+        JobFile& file = m_state.files.At(place);
         if (!isMeant(file)) {
             if (deed == Deed::Copy && file.deed == Deed::Nothing)
                 results.Tell(file);
@@ -259,16 +261,29 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
         }
         if (IsStopped())
             return false;
-        const qint64 bytes = qint64(file.status.size);
-        if (deed == Deed::Copy)
-            m_maker->Make(file);
-        else
-            m_maker->Relink(file);
-        if (file.isDone)
-            m_records.Note(file);
-        results.Tell(file);
-        m_control->Step(bytes);
+        if (!MakeFile(file, results, FileMaker::Turn::First))
+            last.append(place);
     }
+    for (const qsizetype place : std::as_const(last)) {
+        if (IsStopped())
+            return false;
+        MakeFile(m_state.files.At(place), results, FileMaker::Turn::Last);
+    }
+    return true;
+}
+
+/// False when it is to be made last.
+bool JobRun::MakeFile(JobFile& file, Results& results, FileMaker::Turn turn)
+{
+    const qint64 bytes = qint64(file.status.size);
+    if (file.deed == Deed::Relink)
+        m_maker->Relink(file);
+    else if (!m_maker->Make(file, turn))
+        return false;
+    if (file.isDone)
+        m_records.Note(file);
+    results.Tell(file);
+    m_control->Step(bytes);
     return true;
 }
 
