@@ -171,11 +171,12 @@ bool CopyLinks::HasToChangeUnseen(const JobFile& file, const Link& link)
 CopyLinks::Links CopyLinks::ChangesOf(const JobFile& file, const Links& read) const
 {
     const LinksRead found(read, file.target);
-    const bool isInOrder = read.size() == file.wantedLinks.size();
+    // Bytes of the source have its ids.
+    const bool isInOrder = file.deed != Deed::Copy && read.size() == file.wantedLinks.size();
     Links changes;
     for (qsizetype i = 0; i < file.wantedLinks.size(); ++i) {
         Link link = file.wantedLinks.at(i);
-        if (isInOrder)
+        if (isInOrder && !IsCompanion(read.at(i)))
             link.RefId = read.at(i).RefId;
         const bool isSeen = isInOrder || found.HasId(link);
         Link there = link;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Files whose links mean what they mean because of what stands around them: KiCad looks for the
-// project in the folders above a sheet or a footprint.
+// project in the folders above a sheet or a footprint, OpenSCAD for the imports of an included file
+// in the folder of the model.
 
 #include "ScenarioFixture.h"
 
@@ -45,13 +46,12 @@ protected:
     QStringList FoundFrom(const QString& copy) const
     {
         QStringList found;
-        const CommandResult result = Corsync(u"links"_s, {u"--json"_s, tree.Path(copy)});
-        for (const QString& line : result.Lines()) {
-            const QJsonObject event = QJsonDocument::fromJson(line.toUtf8()).object();
+        const CommandResult result = Run({u"links"_s, u"--plugin-path"_s, tree.Path(u"plugins"_s),
+                                          u"--json"_s, tree.Path(copy)});
+        for (const QJsonObject& event : result.Json())
             if (event.value(u"event"_s) == u"link"_s && event.value(u"status"_s) == u"found"_s)
                 found.append(
                     QDir(tree.Path({})).relativeFilePath(event.value(u"resolved"_s).toString()));
-        }
         found.sort();
         return found;
     }
@@ -75,6 +75,16 @@ TEST_F(Surroundings, AProjectsVariableLeadsToTheCopiesFromASheetInASubfolder)
     const ImportReport again = Bring(u"p/b.kicad_pro"_s);
     EXPECT_EQ(again.exitCode, 4) << ::testing::PrintToString(again);
     EXPECT_EQ(Stamps(u"cloud"_s), before) << ::testing::PrintToString(again);
+}
+
+TEST_F(Surroundings, AProjectsVariableAloneInItsFileLeadsToTheCopy)
+{
+    tree.File(Sheet, Schematic(Symbol("2-1", "${KIPRJMOD}/../docs/r.pdf")));
+    const ImportReport report = Bring(u"p/b.kicad_pro"_s);
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_EQ(tree.Read(Copy).toStdString(),
+              Schematic(Symbol("2-1", "${KIPRJMOD}/docs/r.pdf")).toStdString());
+    EXPECT_EQ(FoundFrom(Copy), QStringList(u"cloud/Demo/docs/r.pdf"_s));
 }
 
 TEST_F(Surroundings, ASheetWithoutItsProjectLeadsToTheCopies)
@@ -132,7 +142,7 @@ TEST_F(Surroundings, WhatAKilledImportLeftBesideATargetIsClearedAndNothingElse)
     const QString theirs = u".corsync-0000000000abd-s.kicad_sch"_s;
     const QString replacement = u".s.kicad_sch.relink-0123456789abcdef.tmp"_s;
     // The program ended between making the lock and writing who it is.
-    tree.File(u"cloud/"_s + own + u"/.lock"_s)
+    tree.File(u"cloud/"_s + own + u"/.lock"_s, "")
         .File(u"cloud/"_s + own + u"/.beside"_s, QByteArray("./Demo/sub\0./\0", 14))
         .File(u"cloud/Demo/sub/"_s + own + u"-s.kicad_sch"_s, "half")
         .File(u"cloud/Demo/sub/"_s + own + u"-s.kicad_sch.relink-0123456789abcdef.tmp"_s, "half")
@@ -149,6 +159,24 @@ TEST_F(Surroundings, WhatAKilledImportLeftBesideATargetIsClearedAndNothingElse)
     EXPECT_EQ(tree.Read(u"cloud/Demo/"_s + own + u"-b.kicad_sch"_s), "not noted");
     EXPECT_EQ(tree.Read(u"cloud/Demo/sub/"_s + theirs), "theirs");
     EXPECT_EQ(tree.Read(u"cloud/Demo/sub/"_s + replacement), "theirs");
+}
+
+TEST_F(Surroundings, AnImportThatAnIncludedFileAndItsModelFindInTwoPlacesKeepsItsName)
+{
+    tree.File(u"work/m/a.scad"_s, "include <sub/inc.scad>\n")
+        .File(u"work/m/sub/inc.scad"_s, "import(\"x.stl\");\n")
+        .File(u"work/m/x.stl"_s, "of the model\n")
+        .File(u"work/m/sub/x.stl"_s, "of the included file\n")
+        .File(u"cloud/Demo/sub/x.stl"_s, "foreign");
+    const ImportReport report = Bring(u"m/a.scad"_s, {u"--collisions"_s, u"rename"_s});
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    const QString included = report.Of(u"work/m/sub/inc.scad"_s).target;
+    EXPECT_EQ(tree.Read(included), "import(\"x.stl\");\n");
+    EXPECT_EQ(tree.Read(QFileInfo(included).path() + u"/x.stl"_s), "of the included file\n");
+    const QString model = report.Of(u"work/m/a.scad"_s).target;
+    EXPECT_EQ(tree.Read(QFileInfo(model).path() + u"/x.stl"_s), "of the model\n");
+    EXPECT_EQ(FoundFrom(model), (QStringList{included, QFileInfo(model).path() + u"/x.stl"_s}));
+    EXPECT_EQ(tree.Read(u"cloud/Demo/sub/x.stl"_s), "foreign");
 }
 
 } // namespace Halvern::Test
