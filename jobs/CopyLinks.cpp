@@ -112,7 +112,7 @@ QString DifferenceAt(const Link& found, const CopyLinks::Links& asked, const QSt
     const auto wanted = std::find_if(asked.begin(), asked.end(),
                                      [&](const Link& link) { return link.RefId == found.RefId; });
     const QString leads =
-        QStringLiteral("%1 leads to %2, and ").arg(found.RefId, shown(found.Path));
+        QStringLiteral("link %1 leads to %2, and ").arg(found.RefId, shown(found.Path));
     return wanted == asked.end()
                ? leads + QStringLiteral("was not to change")
                : leads + QStringLiteral("%1 was asked for").arg(shown(wanted->Path));
