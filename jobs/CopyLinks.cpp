@@ -125,6 +125,7 @@ bool CopyLinks::DependOnPlace(const Links& links, const QString& copy)
     Links read;
     {
         const Silence silence(m_control);
+        const LogSilence quiet;
         if (!m_reader.Read(copy, read))
             return true;
     }
@@ -133,6 +134,12 @@ bool CopyLinks::DependOnPlace(const Links& links, const QString& copy)
         return found.HasId(link) ? found.PathOf(link) != link.Path
                                  : !IsCompanion(link) && !found.HasSetOf(link);
     });
+}
+
+AliasLog::Names CopyLinks::NamesFor(const JobFile& file, const QString& copy)
+{
+    return {{copy, file.target},
+            {QFileInfo(copy).path() + u'/', QFileInfo(file.target).path() + u'/'}};
 }
 
 /// A link that leads to no file of the job is not touched, whatever it says from where the copy is.
@@ -195,6 +202,7 @@ bool CopyLinks::Holds(const JobFile& file, const QString& copy, const Links& ask
                       const Links& before, QString& difference)
 {
     Links links;
+    const LogSilence silence;
     if (!m_reader.Read(copy, links)) {
         difference = QStringLiteral("they cannot be read");
         return false;
@@ -238,6 +246,7 @@ bool CopyLinks::Write(const JobFile& file, const QString& copy, const Links& ask
                       const Links& before)
 {
     const JobControl::Alias alias(m_control, copy, file.target);
+    const AliasLog log(NamesFor(file, copy));
     QString difference;
     if (!m_reader.Write(copy, asked))
         return false;

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "AliasLog.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
@@ -31,6 +32,10 @@ public:
     /// Writes links into `copy`. True when a plug-in then finds them in it, and else nothing but
     /// what the file should hold, or what was there `before`.
     bool Write(const JobFile& file, const QString& copy, const Links& asked, const Links& before);
+
+    /// What the log says of `copy` is said of the target: of the file itself, and of what its links
+    /// lead to from where it is made ready.
+    static AliasLog::Names NamesFor(const JobFile& file, const QString& copy);
 
 private:
     static bool HasToChangeUnseen(const JobFile& file, const SyncServices::FileLink& link);

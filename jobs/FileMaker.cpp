@@ -121,7 +121,8 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
     const Base::FileResult copied =
         Base::CopyUnchangedBytes(Native(file.source), staged.path, staged.source, &hash);
     if (!copied) {
-        FailToCopy(file, copied);
+        if (!IsStopped())
+            FailToCopy(file, copied);
         return false;
     }
     // Its links were read before.
@@ -132,6 +133,32 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
     file.sourceStamp = StampOf(staged.source, &hash);
     file.taken = staged.source;
     return true;
+}
+
+/// Once the job is to stop, what fails is cut off, and what succeeds is not put in place.
+bool FileMaker::IsStopped()
+{
+    m_isStopped = m_isStopped || m_control.StoppedJob();
+    return m_isStopped;
+}
+
+FileMaker::Made FileMaker::Make(JobFile& file, Turn turn)
+{
+    const JobFile before = file;
+    const bool isMade = MakeCopy(file, turn);
+    if (!m_isStopped)
+        return isMade ? Made::Now : Made::Later;
+    file = before;
+    return Made::Stopped;
+}
+
+bool FileMaker::Relink(JobFile& file)
+{
+    const JobFile before = file;
+    RelinkCopy(file);
+    if (m_isStopped)
+        file = before;
+    return !m_isStopped;
 }
 
 bool FileMaker::MakeFolderOf(JobFile& file)
@@ -148,7 +175,8 @@ bool FileMaker::MakeFolderOf(JobFile& file)
     return false;
 }
 
-bool FileMaker::Make(JobFile& file, Turn turn)
+/// False when it is to be made last.
+bool FileMaker::MakeCopy(JobFile& file, Turn turn)
 {
     if (!MakeFolderOf(file))
         return true;
@@ -157,7 +185,7 @@ bool FileMaker::Make(JobFile& file, Turn turn)
     if (!Take(file, staged))
         return true;
     if (turn == Turn::First && DependsOnPlace(file, staged))
-        return false;
+        return IsStopped();
     if (!GiveLinks(file, staged, turn) || !Place(file, staged))
         return true;
     file.linksRewritten = staged.isRewritten && file.outcome != Outcome::Unchanged;
@@ -189,6 +217,8 @@ bool FileMaker::GiveLinks(JobFile& file, Staged& staged, Turn turn)
     m_control.Mute(false);
     if (staged.isRewritten)
         return true;
+    if (IsStopped())
+        return false;
     // Some formats store paths that depend on where the file lies.
     staged.isBeside = true;
     return Take(file, staged) && (WriteBeside(file, staged) || GiveUp(file, staged));
@@ -199,6 +229,7 @@ bool FileMaker::WriteBeside(const JobFile& file, Staged& staged)
 {
     LinkReader::Links before;
     const JobControl::Alias alias(m_control, staged.text, file.target);
+    const AliasLog log(CopyLinks::NamesFor(file, staged.text));
     if (!staged.isBeside || !m_reader.Read(staged.text, before))
         return false;
     const LinkReader::Links changes = m_links.ChangesOf(file, before);
@@ -209,6 +240,8 @@ bool FileMaker::WriteBeside(const JobFile& file, Staged& staged)
 /// The copy holds the links of its source for now.
 bool FileMaker::GiveUp(JobFile& file, Staged& staged)
 {
+    if (IsStopped())
+        return false;
     staged.isBeside = false;
     staged.isRewritten = false;
     // What stands at the target works; a copy with the links of the source would not.
@@ -239,7 +272,7 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
     }
 }
 
-void FileMaker::Relink(JobFile& file)
+void FileMaker::RelinkCopy(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
     // Whoever changed it since it was looked at has made it a file of their own.
@@ -263,7 +296,7 @@ bool FileMaker::TakeCopy(JobFile& file, Staged& staged)
     const Base::FileResult copied =
         Base::CopyUnchangedBytes(Native(file.target), staged.path, staged.source, &hash);
     staged.stamp = StampOf(staged.source, &hash);
-    if (!copied)
+    if (!copied && !IsStopped())
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::LinksNotRewritten,
                           file.target,
@@ -283,6 +316,8 @@ bool FileMaker::WriteAgain(JobFile& file, Staged& staged, const LinkReader::Link
         if (isWritten)
             return true;
     }
+    if (IsStopped())
+        return false;
     staged.isBeside = true;
     return TakeCopy(file, staged) && staged.isBeside &&
            m_links.Write(file, staged.text, links, read);
@@ -302,14 +337,14 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
         return FailToRewrite(file, true);
     Staged staged;
     if (!TakeCopy(file, staged))
-        return FailToRewrite(file, false);
+        return IsStopped() ? void() : FailToRewrite(file, false);
     LinkReader::Links read;
     LinkReader::Links links;
     if (!m_reader.Read(file.target, read))
-        return FailToRewrite(file, false);
+        return IsStopped() ? void() : FailToRewrite(file, false);
     links = m_links.ChangesOf(file, read);
     if (!links.isEmpty() && !WriteAgain(file, staged, links, read))
-        return FailToRewrite(file, false);
+        return IsStopped() ? void() : FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
     const CopyRecord* record = file.RecordOfCopy();
     const FileStamp source = record ? record->sourceStamp : file.sourceStamp;
@@ -324,7 +359,7 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     }
     staged.isRewritten = true;
     if (!Place(file, staged))
-        return FailToRewrite(file, file.outcome == Outcome::Locked);
+        return IsStopped() ? void() : FailToRewrite(file, file.outcome == Outcome::Locked);
     file.sourceStamp = source;
     file.outcome = outcome;
     file.linksRewritten = true;
@@ -355,9 +390,11 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
         return false;
     }
     QString reason;
-    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason))
+    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason,
+                                                [&] { return m_control.GoesOn(); }))
         return true;
-    file.End(Outcome::Failed, Remark::NotKept, reason);
+    if (!IsStopped())
+        file.End(Outcome::Failed, Remark::NotKept, reason);
     return false;
 }
 
@@ -418,6 +455,9 @@ bool FileMaker::Adopt(JobFile& file, const Staged& staged) const
 bool FileMaker::Place(JobFile& file, const Staged& staged)
 {
     const std::filesystem::path target = Below(file.target);
+    NoteStamps(file, staged);
+    if (IsStopped())
+        return false;
     Base::FileStatus there;
     Base::FileResult result = m_cloud.Status(target, there);
     // A copy with another name has become this job's own by the time its links change.
@@ -426,6 +466,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     if (result && there.Exists()) {
         if (!(replaces && IsAsItWas(file.targetStatus, there)) && Adopt(file, staged))
             return true;
+        if (IsStopped())
+            return false;
         if (!replaces) {
             file.End(Outcome::Failed, Remark::TargetChanged);
             return false;
@@ -446,7 +488,6 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
         file.End(Outcome::Failed, Remark::TargetChanged);
         return false;
     }
-    NoteStamps(file, staged);
     if (result)
         result = m_cloud.Move(staged.place, target,
                               isInTheWay ? Base::Existing::Replace : Base::Existing::Keep);
@@ -465,6 +506,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     }
     if (result.Problem() == Base::FileProblem::NameTaken && Adopt(file, staged))
         return true;
+    if (result.Problem() == Base::FileProblem::Stopped || IsStopped())
+        return false;
     if (result.Problem() == Base::FileProblem::NameTaken)
         file.End(Outcome::Failed, Remark::TargetChanged);
     else if (result.Problem() == Base::FileProblem::LeadsOutside)

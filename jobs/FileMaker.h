@@ -25,6 +25,14 @@ public:
         /// All others are in their places.
         Last,
     };
+    enum class Made
+    {
+        Now,
+        /// The links of the file depend on what stands around its target: nothing has happened,
+        /// and it is to be made last.
+        Later,
+        Stopped,
+    };
 
     FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
               const Base::RootedFolder& cloud, const Staging& staging)
@@ -33,16 +41,20 @@ public:
     {}
 
     bool MakeFolder(const JobFile& file);
-    /// Carries out the deed; the outcome says what came of it. False when the links of the file
-    /// depend on what stands around its target: nothing has happened, and it is to be made last.
-    bool Make(JobFile& file, Turn turn);
+    /// Carries out the deed; the outcome says what came of it. When the job was stopped meanwhile
+    /// the file is as it was, and so is what stands at its target.
+    [[nodiscard]] Made Make(JobFile& file, Turn turn);
     /// Gives the copy that is at the target of the file the links that it should hold, if it still
-    /// is what it was when its status was noted. Needs no source.
-    void Relink(JobFile& file);
+    /// is what it was when its status was noted. Needs no source. False when the job was stopped
+    /// meanwhile.
+    [[nodiscard]] bool Relink(JobFile& file);
 
 private:
     struct Staged;
 
+    bool MakeCopy(JobFile& file, Turn turn);
+    void RelinkCopy(JobFile& file);
+    bool IsStopped();
     void NamePlace(JobFile& file, Staged& staged) const;
     bool Take(JobFile& file, Staged& staged);
     bool MakeFolderOf(JobFile& file);
@@ -73,6 +85,7 @@ private:
     CopyLinks m_links;
     const Base::RootedFolder& m_cloud;
     const Staging& m_staging;
+    bool m_isStopped = false;
 };
 
 } // namespace Halvern::Jobs

@@ -73,7 +73,7 @@ private:
     void FailToBegin(const Base::FileResult& why);
     void MakeFolders();
     bool MakeFiles(Results& results, Deed deed);
-    bool MakeFile(JobFile& file, Results& results, FileMaker::Turn turn);
+    FileMaker::Made MakeFile(JobFile& file, Results& results, FileMaker::Turn turn);
     void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);
