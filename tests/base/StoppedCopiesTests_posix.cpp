@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Copies that somebody watches and may stop. On Windows the system makes the pieces and tells of them,
-// which Wine does not.
+// Copies that somebody watches and may stop. On Windows the system makes the pieces and tells of
+// them, which Wine does not.
 
 #include "CopyBytesFixture.h"
 #include "CountingWatch.h"
