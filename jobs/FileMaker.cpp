@@ -9,14 +9,9 @@
 #include "base/FileAttributes.h"
 #include "base/FileLock.h"
 #include "base/NativePath.h"
-#include "syncplugin/ReferenceIds.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtCore/QHash>
-#include <QtCore/QSet>
-
-#include <algorithm>
 
 namespace Halvern::Jobs {
 
@@ -33,14 +28,6 @@ QString Text(const Base::FileResult& result)
 bool IsSameContent(const Base::FileStatus& was, const Base::FileStatus& is)
 {
     return was.size == is.size && was.modified == is.modified && was.index == is.index;
-}
-
-/// The set that a link is a member of; empty when it is of none.
-QString SetOf(const SyncServices::FileLink& link)
-{
-    static const QString mark =
-        QString::fromUtf8(SyncPlugin::SetMark.data(), qsizetype(SyncPlugin::SetMark.size()));
-    return link.RefId.startsWith(mark) ? link.RefId.left(link.RefId.lastIndexOf(u'#')) : QString();
 }
 
 } // namespace
@@ -77,8 +64,11 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
 void FileMaker::NamePlace(JobFile& file, StagedCopy& staged) const
 {
     file.recordedAt = ClockNow();
-    staged.place = staged.isBeside ? m_staging.PlaceBeside(m_placer.Below(file.target))
-                                   : m_staging.PlaceFor(QFileInfo(file.target).fileName());
+    if (staged.isBeside)
+        staged.place = m_staging.PlaceBeside(m_placer.Below(file.target));
+    staged.isBeside = staged.isBeside && !staged.place.empty();
+    if (!staged.isBeside)
+        staged.place = m_staging.PlaceFor(QFileInfo(file.target).fileName());
     staged.path = m_staging.Absolute(staged.place);
     staged.text = QStringView(Base::PathText(staged.path)).toString();
 }
@@ -106,13 +96,14 @@ bool FileMaker::Take(JobFile& file, StagedCopy& staged)
     return true;
 }
 
-bool FileMaker::Make(JobFile& file)
+FileMaker::Made FileMaker::Make(JobFile& file, Turn turn)
 {
     const JobFile before = file;
-    MakeCopy(file);
-    if (m_placer.WasStopped())
-        file = before;
-    return !m_placer.WasStopped();
+    const bool isMade = MakeCopy(file, turn);
+    if (!m_placer.WasStopped())
+        return isMade ? Made::Now : Made::Later;
+    file = before;
+    return Made::Stopped;
 }
 
 bool FileMaker::Relink(JobFile& file)
@@ -124,192 +115,97 @@ bool FileMaker::Relink(JobFile& file)
     return !m_placer.WasStopped();
 }
 
-/// The file itself, and what its links lead to from where it is made ready.
-AliasLog::Names FileMaker::NamesFor(const JobFile& file, const StagedCopy& staged) const
+bool FileMaker::MakeFolderOf(JobFile& file)
 {
-    return {{staged.text, file.target},
-            {QFileInfo(staged.text).path() + u'/', QFileInfo(file.target).path() + u'/'}};
-}
-
-void FileMaker::MakeCopy(JobFile& file)
-{
-    const std::filesystem::path target = m_placer.Below(file.target);
-    const Base::FileResult folder = m_cloud.MakeFolders(target.parent_path());
-    if (!folder) {
-        if (folder.Problem() == Base::FileProblem::LeadsOutside)
-            file.End(Outcome::Failed, Remark::OutsideCloudFolder);
-        else
-            m_placer.Fail(
-                file, ProblemKind::FolderNotMade,
-                QStringLiteral("Failed to create folder %1: %2")
-                    .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
-        return;
-    }
-    StagedCopy staged;
-    if (!Take(file, staged))
-        return;
-    if (!file.rewrites.isEmpty()) {
-        m_control.Mute(true);
-        staged.isRewritten = WriteLinks(file, staged, file.rewrites);
-        m_control.Mute(false);
-        if (IsStopped())
-            return;
-        // Some formats store paths that depend on where the file lies.
-        if (!staged.isRewritten) {
-            staged.isBeside = true;
-            if (!Take(file, staged))
-                return;
-            staged.isRewritten = WriteLinks(file, staged, file.rewrites);
-            if (IsStopped())
-                return;
-        }
-        if (!staged.isRewritten) {
-            staged.isBeside = false;
-            // What stands at the target works; a copy with the links of the source would not.
-            if (file.targetStatus.Exists() && file.outcome != Outcome::Renamed) {
-                file.End(Outcome::Failed);
-                return;
-            }
-            if (!Take(file, staged))
-                return;
-            file.isPending = true;
-        }
-    }
-    if (!m_placer.Place(file, staged))
-        return;
-    file.linksRewritten = staged.isRewritten && file.outcome != Outcome::Unchanged;
-    if (!file.isPending)
-        return;
-    file.remark = Remark::RewritePending;
-    file.detail.clear();
-}
-
-bool FileMaker::WriteLinks(JobFile& file, const StagedCopy& staged, const LinkReader::Links& links)
-{
-    const JobControl::Alias alias(m_control, staged.text, file.target);
-    const AliasLog log(NamesFor(file, staged));
-    if (!m_reader.Write(staged.text, links))
-        return false;
-    if (HoldsLinks(file, staged, links))
+    const Base::FileResult folder = m_cloud.MakeFolders(m_placer.Below(file.target).parent_path());
+    if (folder)
         return true;
-    m_control.Report({Stage::RepathFiles,
-                      ProblemKind::LinksNotRewritten,
-                      file.target,
-                      QStringLiteral("After they were rewritten the links of the copy are not what "
-                                     "was asked for"),
-                      {}});
+    if (folder.Problem() == Base::FileProblem::LeadsOutside)
+        file.End(Outcome::Failed, Remark::OutsideCloudFolder);
+    else
+        m_placer.Fail(
+            file, ProblemKind::FolderNotMade,
+            QStringLiteral("Failed to create folder %1: %2")
+                .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
     return false;
 }
 
-/// Reads the copy again: the links that were asked for are there, and none that was not. What a
-/// plug-in only finds beside the file it may leave out here, where nothing else stands.
-bool FileMaker::HoldsLinks(const JobFile& file, const StagedCopy& staged,
-                           const LinkReader::Links& asked)
+/// False when it is to be made last.
+bool FileMaker::MakeCopy(JobFile& file, Turn turn)
 {
-    LinkReader::Links links;
-    const LogSilence silence;
-    if (!m_reader.Read(staged.text, links))
-        return false;
-    const auto placesOf = [&](const LinkReader::Links& list) {
-        QSet<QString> places;
-        for (const SyncServices::FileLink& link : list)
-            places.insert(PathKey(ResolveLink(link.Path, file.target)));
-        return places;
-    };
-    const QSet<QString> found = placesOf(links);
-    // Of a set the file stores one pattern: any member tells where it leads.
-    QSet<QString> foundSets;
-    for (const SyncServices::FileLink& link : std::as_const(links))
-        foundSets.insert(SetOf(link));
-    LinkReader::Links unseen;
-    for (const SyncServices::FileLink& link : asked) {
-        const QString set = SetOf(link);
-        if (!found.contains(PathKey(ResolveLink(link.Path, file.target))) &&
-            (set.isEmpty() || !foundSets.contains(set)))
-            unseen.append(link);
-    }
-    return placesOf(file.wantedLinks).contains(found) && !HasLostLinks(file, asked, links) &&
-           IsWrittenUnseen(staged, unseen);
-}
-
-/// Links that nobody asked to change are gone. What is not found where copies are made ready was
-/// not found there before either.
-bool FileMaker::HasLostLinks(const JobFile& file, const LinkReader::Links& asked,
-                             const LinkReader::Links& found)
-{
-    if (found.size() >= file.wantedLinks.size())
-        return false;
-    const std::filesystem::path place =
-        m_staging.PlaceFor(u'~' + QFileInfo(file.target).fileName());
-    const QString before = QStringView(Base::PathText(m_staging.Absolute(place))).toString();
-    const QString original = file.deed == Deed::Relink ? file.target : file.source;
-    LinkReader::Links links;
-    const bool wasMuted = m_control.IsMuted();
-    m_control.Mute(true);
-    const bool isRead =
-        Base::CopyFileBytes(Native(original), Native(before)) && m_reader.Read(before, links);
-    m_control.Mute(wasMuted);
-    static_cast<void>(m_cloud.Remove(place));
-    if (!isRead || found.size() >= links.size())
-        return false;
-    QHash<QString, int> counts;
-    for (const SyncServices::FileLink& link : found)
-        ++counts[PathKey(ResolveLink(link.Path, file.target))];
-    QSet<QString> changed;
-    for (const SyncServices::FileLink& link : asked)
-        changed.insert(link.RefId);
-    return std::any_of(links.begin(), links.end(), [&](const SyncServices::FileLink& link) {
-        return !changed.contains(link.RefId) &&
-               --counts[PathKey(ResolveLink(link.Path, file.target))] < 0;
-    });
-}
-
-/// Where a copy is made ready nothing stands as it will around its place, and a plug-in may take a
-/// link for another file's, or for one of an installed library. It is there when it can be written
-/// to lead elsewhere and back, and the file is then what it was.
-bool FileMaker::IsWrittenUnseen(const StagedCopy& staged, const LinkReader::Links& links)
-{
-    if (links.isEmpty())
+    if (!MakeFolderOf(file))
         return true;
-    LinkReader::Links others = links;
-    for (SyncServices::FileLink& link : others)
-        link.Path = QStringLiteral("elsewhere/") + QFileInfo(link.Path).fileName();
-    const QByteArray written = StampOf(staged.text, true).hash;
-    const bool wasMuted = m_control.IsMuted();
-    m_control.Mute(true);
-    const bool isMoved = m_reader.Write(staged.text, others);
-    const QByteArray moved = StampOf(staged.text, true).hash;
-    const bool isBack = isMoved && m_reader.Write(staged.text, links);
-    m_control.Mute(wasMuted);
-    return isBack && !written.isEmpty() && !moved.isEmpty() && moved != written &&
-           StampOf(staged.text, true).hash == written;
+    StagedCopy staged;
+    staged.isBeside = turn == Turn::Last;
+    if (!Take(file, staged))
+        return true;
+    if (turn == Turn::First && DependsOnPlace(file, staged))
+        return IsStopped();
+    if (!GiveLinks(file, staged, turn) || !m_placer.Place(file, staged))
+        return true;
+    file.linksRewritten = staged.isRewritten && file.outcome != Outcome::Unchanged;
+    if (!file.isPending)
+        return true;
+    file.remark = Remark::RewritePending;
+    file.detail.clear();
+    return true;
 }
 
-/// The links of a copy stand in the order of its source, unless a plug-in finds others beside it:
-/// then their ids tell which is which. They are read where the copy stands.
-bool FileMaker::RewritesFor(const JobFile& file, LinkReader::Links& links)
+bool FileMaker::DependsOnPlace(const JobFile& file, const StagedCopy& staged)
 {
-    LinkReader::Links stored;
-    if (!m_reader.Read(file.target, stored))
+    LinkReader::Links links;
+    if (!file.skipsLinks)
+        for (const JobLink& link : file.links)
+            links.append(link.stored);
+    return !links.isEmpty() && m_links.DependOnPlace(links, staged.text);
+}
+
+/// False when the file has ended: it is not to be put in place.
+bool FileMaker::GiveLinks(JobFile& file, StagedCopy& staged, Turn turn)
+{
+    if (turn == Turn::Last)
+        return WriteBeside(file, staged) || GiveUp(file, staged);
+    if (file.rewrites.isEmpty())
+        return true;
+    m_control.Mute(true);
+    staged.isRewritten = m_links.Write(file, staged.text, file.rewrites, {});
+    m_control.Mute(false);
+    if (staged.isRewritten)
+        return true;
+    if (IsStopped())
         return false;
-    const bool isInOrder = stored.size() == file.wantedLinks.size();
-    QHash<QString, QString> wanted;
-    for (const SyncServices::FileLink& link : file.wantedLinks)
-        wanted.insert(link.RefId, link.Path);
-    for (qsizetype i = 0; i < stored.size(); ++i) {
-        SyncServices::FileLink link = stored.at(i);
-        link.Path = isInOrder ? file.wantedLinks.at(i).Path : wanted.value(link.RefId, link.Path);
-        if (link.Path != stored.at(i).Path)
-            links.append(link);
-        wanted.remove(link.RefId);
+    // Some formats store paths that depend on where the file lies.
+    staged.isBeside = true;
+    return Take(file, staged) && (WriteBeside(file, staged) || GiveUp(file, staged));
+}
+
+/// The links are read and written where they will be read from then on.
+bool FileMaker::WriteBeside(const JobFile& file, StagedCopy& staged)
+{
+    LinkReader::Links before;
+    const JobControl::Alias alias(m_control, staged.text, file.target);
+    const AliasLog log(CopyLinks::NamesFor(file, staged.text));
+    if (!staged.isBeside || !m_reader.Read(staged.text, before))
+        return false;
+    const LinkReader::Links changes = m_links.ChangesOf(file, before);
+    staged.isRewritten = !changes.isEmpty() && m_links.Write(file, staged.text, changes, before);
+    return changes.isEmpty() || staged.isRewritten;
+}
+
+/// The copy holds the links of its source for now.
+bool FileMaker::GiveUp(JobFile& file, StagedCopy& staged)
+{
+    if (IsStopped())
+        return false;
+    staged.isBeside = false;
+    staged.isRewritten = false;
+    // What stands at the target works; a copy with the links of the source would not.
+    if (file.targetStatus.Exists() && file.outcome != Outcome::Renamed) {
+        file.End(Outcome::Failed);
+        return false;
     }
-    // What the plug-in does not show beside other files is written as well when it has to change.
-    const CopyRecord* record = file.RecordOfCopy();
-    if (!isInOrder && record)
-        for (const SyncServices::FileLink& link : record->targetLinks)
-            if (wanted.contains(link.RefId) && wanted.value(link.RefId) != link.Path)
-                links.append({-1, link.RefId, wanted.value(link.RefId), {}});
-    return true;
+    file.isPending = true;
+    return Take(file, staged);
 }
 
 void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
@@ -347,6 +243,41 @@ void FileMaker::RelinkCopy(JobFile& file)
     file.recordedAt = madeAt;
 }
 
+/// Copies the copy that is to get other links.
+bool FileMaker::TakeCopy(JobFile& file, StagedCopy& staged)
+{
+    NamePlace(file, staged);
+    Base::ContentHash hash;
+    const Base::FileResult copied =
+        Base::CopyUnchangedBytes(Native(file.target), staged.path, staged.source, &hash);
+    staged.stamp = StampOf(staged.source, &hash);
+    if (!copied && !IsStopped())
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::LinksNotRewritten,
+                          file.target,
+                          QStringLiteral("Failed to copy: ") + m_placer.Reason(file, copied),
+                          {}});
+    return static_cast<bool>(copied);
+}
+
+/// As a fresh copy gets its links, but that `read` was read where the copy lies.
+bool FileMaker::WriteAgain(JobFile& file, StagedCopy& staged, const LinkReader::Links& links,
+                           const LinkReader::Links& read)
+{
+    if (!m_links.DependOnPlace(read, staged.text)) {
+        m_control.Mute(true);
+        const bool isWritten = m_links.Write(file, staged.text, links, {});
+        m_control.Mute(false);
+        if (isWritten)
+            return true;
+    }
+    if (IsStopped())
+        return false;
+    staged.isBeside = true;
+    return TakeCopy(file, staged) && staged.isBeside &&
+           m_links.Write(file, staged.text, links, read);
+}
+
 void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& target)
 {
     if (!Base::IsWritable(target)) {
@@ -360,24 +291,14 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     if (Base::IsFileLocked(target))
         return FailToRewrite(file, true);
     StagedCopy staged;
-    NamePlace(file, staged);
-    Base::ContentHash hash;
-    const Base::FileResult copied =
-        Base::CopyUnchangedBytes(target, staged.path, staged.source, &hash);
-    if (!copied) {
-        if (IsStopped())
-            return;
-        m_control.Report({Stage::RepathFiles,
-                          ProblemKind::LinksNotRewritten,
-                          file.target,
-                          QStringLiteral("Failed to copy: ") + m_placer.Reason(file, copied),
-                          {}});
-        return FailToRewrite(file, false);
-    }
+    if (!TakeCopy(file, staged))
+        return IsStopped() ? void() : FailToRewrite(file, false);
+    LinkReader::Links read;
     LinkReader::Links links;
-    const JobControl::Alias alias(m_control, staged.text, file.target);
-    const AliasLog log(NamesFor(file, staged));
-    if (!RewritesFor(file, links) || (!links.isEmpty() && !WriteLinks(file, staged, links)))
+    if (!m_reader.Read(file.target, read))
+        return IsStopped() ? void() : FailToRewrite(file, false);
+    links = m_links.ChangesOf(file, read);
+    if (!links.isEmpty() && !WriteAgain(file, staged, links, read))
         return IsStopped() ? void() : FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
     const CopyRecord* record = file.RecordOfCopy();
@@ -387,7 +308,7 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
         // They are what they should be.
         file.isDone = true;
         file.deed = Deed::Nothing;
-        file.targetStamp = StampOf(staged.source, &hash);
+        file.targetStamp = staged.stamp;
         file.sourceStamp = source;
         return;
     }

@@ -3,7 +3,6 @@
 #include "JobRun.h"
 
 #include "Closure.h"
-#include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Orphans.h"
@@ -27,6 +26,7 @@
 #include <QtCore/QSet>
 
 #include <algorithm>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -269,24 +269,47 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
                           bytes);
     if (IsStopped())
         return false;
-    for (JobFile& file : m_state.files) {
+    QList<qsizetype> last;
+    for (qsizetype place = 0; place < m_state.files.Size(); ++place) {
+        JobFile& file = m_state.files.At(place);
         if (!isMeant(file)) {
             if (deed == Deed::Copy && file.deed == Deed::Nothing)
                 results.Tell(file);
             continue;
         }
-        if (IsStopped())
-            return false;
-        m_control->BeginFile(SizeOf(file));
-        m_state.cancelled = deed == Deed::Copy ? !m_maker->Make(file) : !m_maker->Relink(file);
+        if (MakeFile(file, results, FileMaker::Turn::First) == FileMaker::Made::Later)
+            last.append(place);
         if (m_state.cancelled)
             return false;
-        if (file.isDone)
-            m_records.Note(file);
-        results.Tell(file);
-        m_control->EndFile();
+    }
+    for (const qsizetype place : std::as_const(last)) {
+        MakeFile(m_state.files.At(place), results, FileMaker::Turn::Last);
+        if (m_state.cancelled)
+            return false;
     }
     return true;
+}
+
+FileMaker::Made JobRun::MakeFile(JobFile& file, Results& results, FileMaker::Turn turn)
+{
+    using Made = FileMaker::Made;
+    if (IsStopped())
+        return Made::Stopped;
+    // Its bytes count once.
+    m_control->BeginFile(turn == FileMaker::Turn::First ? SizeOf(file) : 0);
+    Made made = Made::Now;
+    if (file.deed == Deed::Copy)
+        made = m_maker->Make(file, turn);
+    else if (!m_maker->Relink(file))
+        made = Made::Stopped;
+    m_state.cancelled = made == Made::Stopped;
+    if (made != Made::Now)
+        return made;
+    if (file.isDone)
+        m_records.Note(file);
+    results.Tell(file);
+    m_control->EndFile();
+    return made;
 }
 
 /// A file that could not be copied is not where the links of others were to lead: those say again

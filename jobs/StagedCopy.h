@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "Ledger.h"
+
 #include "base/FileStatus.h"
 
 #include <QtCore/QString>
@@ -21,6 +23,8 @@ struct StagedCopy
     bool isRewritten = false;
     /// Made ready in the folder of its target, not in that for unfinished copies.
     bool isBeside = false;
+    /// Of the copy that is made anew from itself.
+    FileStamp stamp;
 };
 
 /// Nobody touched it since.
