@@ -8,7 +8,7 @@
 namespace Halvern::Formats::Scribus {
 
 /// Reads and rewrites the names of files in Scribus documents (.sla, .scd), compressed ones
-/// (.sla.gz) included. Other files "*.gz" have no links.
+/// (.gz) included. What else is compressed has no links.
 class ScribusResolver : public DocumentResolver
 {
 public:

@@ -59,11 +59,14 @@ TEST_F(ScribusReader, BackslashesAreSlashes)
 
 TEST_F(ScribusReader, CompressedDocumentsAreReadAndOtherCompressedFilesHaveNoLinks)
 {
-    for (const char16_t* name : {u"p/a.sla.gz", u"p/A.SLA.GZ", u"p/a.scd.gz", u"p/a.sla"}) {
+    for (const char16_t* name :
+         {u"p/a.sla.gz", u"p/A.SLA.GZ", u"p/a.scd.gz", u"p/a.sla (2).gz", u"p/a.sla"}) {
         tree.File(QString::fromUtf16(name), Packed(File(Picture("1", "a.png"))));
         EXPECT_EQ(Read(QString::fromUtf16(name)), (Links{LinkTo(u"PAGEOBJECT 1/PFILE", u"a.png")}));
     }
     tree.File(u"p/a.tar.gz"_s, "no archive");
+    EXPECT_EQ(Read(u"p/a.tar.gz"_s), Links{});
+    tree.File(u"p/a.tar.gz"_s, Packed("an archive"));
     EXPECT_EQ(Read(u"p/a.tar.gz"_s), Links{});
 }
 
