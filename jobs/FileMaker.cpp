@@ -9,15 +9,10 @@
 #include "base/FileAttributes.h"
 #include "base/FileLock.h"
 #include "base/NativePath.h"
-#include "syncplugin/ReferenceIds.h"
 #include "syncservices/SyncManager.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtCore/QHash>
-#include <QtCore/QSet>
-
-#include <algorithm>
 
 namespace Halvern::Jobs {
 
@@ -44,14 +39,6 @@ bool IsAsItWas(const Base::FileStatus& was, const Base::FileStatus& is)
            was.device == is.device && was.index == is.index;
 }
 
-/// The set that a link is a member of; empty when it is of none.
-QString SetOf(const SyncServices::FileLink& link)
-{
-    static const QString mark =
-        QString::fromUtf8(SyncPlugin::SetMark.data(), qsizetype(SyncPlugin::SetMark.size()));
-    return link.RefId.startsWith(mark) ? link.RefId.left(link.RefId.lastIndexOf(u'#')) : QString();
-}
-
 } // namespace
 
 /// A copy that is being made ready.
@@ -65,6 +52,8 @@ struct FileMaker::Staged
     bool isRewritten = false;
     /// Made ready in the folder of its target, not in that for unfinished copies.
     bool isBeside = false;
+    /// Of the copy that is made anew from itself.
+    FileStamp stamp;
 };
 
 std::filesystem::path FileMaker::Below(const QString& target) const
@@ -114,8 +103,11 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
 void FileMaker::NamePlace(JobFile& file, Staged& staged) const
 {
     file.recordedAt = ClockNow();
-    staged.place = staged.isBeside ? m_staging.PlaceBeside(Below(file.target))
-                                   : m_staging.PlaceFor(QFileInfo(file.target).fileName());
+    if (staged.isBeside)
+        staged.place = m_staging.PlaceBeside(Below(file.target));
+    staged.isBeside = staged.isBeside && !staged.place.empty();
+    if (!staged.isBeside)
+        staged.place = m_staging.PlaceFor(QFileInfo(file.target).fileName());
     staged.path = m_staging.Absolute(staged.place);
     staged.text = QStringView(Base::PathText(staged.path)).toString();
 }
@@ -129,7 +121,8 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
     const Base::FileResult copied =
         Base::CopyUnchangedBytes(Native(file.source), staged.path, staged.source, &hash);
     if (!copied) {
-        FailToCopy(file, copied);
+        if (!IsStopped())
+            FailToCopy(file, copied);
         return false;
     }
     // Its links were read before.
@@ -142,145 +135,122 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
     return true;
 }
 
-void FileMaker::Make(JobFile& file)
+/// Once the job is to stop, what fails is cut off, and what succeeds is not put in place.
+bool FileMaker::IsStopped()
 {
-    const std::filesystem::path target = Below(file.target);
-    const Base::FileResult folder = m_cloud.MakeFolders(target.parent_path());
-    if (!folder) {
-        if (folder.Problem() == Base::FileProblem::LeadsOutside)
-            file.End(Outcome::Failed, Remark::OutsideCloudFolder);
-        else
-            Fail(file, ProblemKind::FolderNotMade,
-                 QStringLiteral("Failed to create folder %1: %2")
-                     .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
-        return;
-    }
-    Staged staged;
-    if (!Take(file, staged))
-        return;
-    if (!file.rewrites.isEmpty()) {
-        m_control.Mute(true);
-        staged.isRewritten = WriteLinks(file, staged, file.rewrites);
-        m_control.Mute(false);
-        // Some formats store paths that depend on where the file lies.
-        if (!staged.isRewritten) {
-            staged.isBeside = true;
-            if (!Take(file, staged))
-                return;
-            staged.isRewritten = WriteLinks(file, staged, file.rewrites);
-        }
-        if (!staged.isRewritten) {
-            staged.isBeside = false;
-            // What stands at the target works; a copy with the links of the source would not.
-            if (file.targetStatus.Exists() && file.outcome != Outcome::Renamed) {
-                file.End(Outcome::Failed);
-                return;
-            }
-            if (!Take(file, staged))
-                return;
-            file.isPending = true;
-        }
-    }
-    if (!Place(file, staged))
-        return;
-    file.linksRewritten = staged.isRewritten && file.outcome != Outcome::Unchanged;
-    if (!file.isPending)
-        return;
-    file.remark = Remark::RewritePending;
-    file.detail.clear();
+    m_isStopped = m_isStopped || m_control.StoppedJob();
+    return m_isStopped;
 }
 
-bool FileMaker::WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links)
+FileMaker::Made FileMaker::Make(JobFile& file, Turn turn)
 {
-    const JobControl::Alias alias(m_control, staged.text, file.target);
-    if (!m_reader.Write(staged.text, links))
-        return false;
-    if (HoldsLinks(file, staged, links))
+    const JobFile before = file;
+    const bool isMade = MakeCopy(file, turn);
+    if (!m_isStopped)
+        return isMade ? Made::Now : Made::Later;
+    file = before;
+    return Made::Stopped;
+}
+
+bool FileMaker::Relink(JobFile& file)
+{
+    const JobFile before = file;
+    RelinkCopy(file);
+    if (m_isStopped)
+        file = before;
+    return !m_isStopped;
+}
+
+bool FileMaker::MakeFolderOf(JobFile& file)
+{
+    const Base::FileResult folder = m_cloud.MakeFolders(Below(file.target).parent_path());
+    if (folder)
         return true;
-    m_control.Report({Stage::RepathFiles,
-                      ProblemKind::LinksNotRewritten,
-                      file.target,
-                      QStringLiteral("After they were rewritten the links of the copy are not what "
-                                     "was asked for"),
-                      {}});
+    if (folder.Problem() == Base::FileProblem::LeadsOutside)
+        file.End(Outcome::Failed, Remark::OutsideCloudFolder);
+    else
+        Fail(file, ProblemKind::FolderNotMade,
+             QStringLiteral("Failed to create folder %1: %2")
+                 .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
     return false;
 }
 
-/// Reads the copy again: the links that were asked for are there, and none that was not. What a
-/// plug-in only finds beside the file it may leave out here, where nothing else stands.
-bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged,
-                           const LinkReader::Links& asked)
+/// False when it is to be made last.
+bool FileMaker::MakeCopy(JobFile& file, Turn turn)
+{
+    if (!MakeFolderOf(file))
+        return true;
+    Staged staged;
+    staged.isBeside = turn == Turn::Last;
+    if (!Take(file, staged))
+        return true;
+    if (turn == Turn::First && DependsOnPlace(file, staged))
+        return IsStopped();
+    if (!GiveLinks(file, staged, turn) || !Place(file, staged))
+        return true;
+    file.linksRewritten = staged.isRewritten && file.outcome != Outcome::Unchanged;
+    if (!file.isPending)
+        return true;
+    file.remark = Remark::RewritePending;
+    file.detail.clear();
+    return true;
+}
+
+bool FileMaker::DependsOnPlace(const JobFile& file, const Staged& staged)
 {
     LinkReader::Links links;
-    if (!m_reader.Read(staged.text, links))
-        return false;
-    const auto placesOf = [&](const LinkReader::Links& list) {
-        QSet<QString> places;
-        for (const SyncServices::FileLink& link : list)
-            places.insert(PathKey(ResolveLink(link.Path, file.target)));
-        return places;
-    };
-    const QSet<QString> found = placesOf(links);
-    // Of a set the file stores one pattern: any member tells where it leads.
-    QSet<QString> foundSets;
-    for (const SyncServices::FileLink& link : std::as_const(links))
-        foundSets.insert(SetOf(link));
-    LinkReader::Links unseen;
-    for (const SyncServices::FileLink& link : asked) {
-        const QString set = SetOf(link);
-        if (!found.contains(PathKey(ResolveLink(link.Path, file.target))) &&
-            (set.isEmpty() || !foundSets.contains(set)))
-            unseen.append(link);
-    }
-    return placesOf(file.wantedLinks).contains(found) && IsWrittenUnseen(staged, unseen);
+    if (!file.skipsLinks)
+        for (const JobLink& link : file.links)
+            links.append(link.stored);
+    return !links.isEmpty() && m_links.DependOnPlace(links, staged.text);
 }
 
-/// Where a copy is made ready nothing stands as it will around its place, and a plug-in may take a
-/// link for another file's, or for one of an installed library. It is there when it can be written
-/// to lead elsewhere and back, and the file is then what it was.
-bool FileMaker::IsWrittenUnseen(const Staged& staged, const LinkReader::Links& links)
+/// False when the file has ended: it is not to be put in place.
+bool FileMaker::GiveLinks(JobFile& file, Staged& staged, Turn turn)
 {
-    if (links.isEmpty())
+    if (turn == Turn::Last)
+        return WriteBeside(file, staged) || GiveUp(file, staged);
+    if (file.rewrites.isEmpty())
         return true;
-    LinkReader::Links others = links;
-    for (SyncServices::FileLink& link : others)
-        link.Path = QStringLiteral("elsewhere/") + QFileInfo(link.Path).fileName();
-    const QByteArray written = StampOf(staged.text, true).hash;
-    const bool wasMuted = m_control.IsMuted();
     m_control.Mute(true);
-    const bool isMoved = m_reader.Write(staged.text, others);
-    const QByteArray moved = StampOf(staged.text, true).hash;
-    const bool isBack = isMoved && m_reader.Write(staged.text, links);
-    m_control.Mute(wasMuted);
-    return isBack && !written.isEmpty() && !moved.isEmpty() && moved != written &&
-           StampOf(staged.text, true).hash == written;
+    staged.isRewritten = m_links.Write(file, staged.text, file.rewrites, {});
+    m_control.Mute(false);
+    if (staged.isRewritten)
+        return true;
+    if (IsStopped())
+        return false;
+    // Some formats store paths that depend on where the file lies.
+    staged.isBeside = true;
+    return Take(file, staged) && (WriteBeside(file, staged) || GiveUp(file, staged));
 }
 
-/// The links of a copy stand in the order of its source, unless a plug-in finds others beside it:
-/// then their ids tell which is which. They are read where the copy stands.
-bool FileMaker::RewritesFor(const JobFile& file, LinkReader::Links& links)
+/// The links are read and written where they will be read from then on.
+bool FileMaker::WriteBeside(const JobFile& file, Staged& staged)
 {
-    LinkReader::Links stored;
-    if (!m_reader.Read(file.target, stored))
+    LinkReader::Links before;
+    const JobControl::Alias alias(m_control, staged.text, file.target);
+    const AliasLog log(CopyLinks::NamesFor(file, staged.text));
+    if (!staged.isBeside || !m_reader.Read(staged.text, before))
         return false;
-    const bool isInOrder = stored.size() == file.wantedLinks.size();
-    QHash<QString, QString> wanted;
-    for (const SyncServices::FileLink& link : file.wantedLinks)
-        wanted.insert(link.RefId, link.Path);
-    for (qsizetype i = 0; i < stored.size(); ++i) {
-        SyncServices::FileLink link = stored.at(i);
-        link.Path = isInOrder ? file.wantedLinks.at(i).Path : wanted.value(link.RefId, link.Path);
-        if (link.Path != stored.at(i).Path)
-            links.append(link);
-        wanted.remove(link.RefId);
+    const LinkReader::Links changes = m_links.ChangesOf(file, before);
+    staged.isRewritten = !changes.isEmpty() && m_links.Write(file, staged.text, changes, before);
+    return changes.isEmpty() || staged.isRewritten;
+}
+
+/// The copy holds the links of its source for now.
+bool FileMaker::GiveUp(JobFile& file, Staged& staged)
+{
+    if (IsStopped())
+        return false;
+    staged.isBeside = false;
+    staged.isRewritten = false;
+    // What stands at the target works; a copy with the links of the source would not.
+    if (file.targetStatus.Exists() && file.outcome != Outcome::Renamed) {
+        file.End(Outcome::Failed);
+        return false;
     }
-    // What the plug-in does not show beside other files is written as well when it has to change.
-    const CopyRecord* record = file.RecordOfCopy();
-    if (!isInOrder && record)
-        for (const SyncServices::FileLink& link : record->targetLinks)
-            if (wanted.contains(link.RefId) && wanted.value(link.RefId) != link.Path)
-                links.append({-1, link.RefId, wanted.value(link.RefId), {}});
-    return true;
+    file.isPending = true;
+    return Take(file, staged);
 }
 
 void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
@@ -302,7 +272,7 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
     }
 }
 
-void FileMaker::Relink(JobFile& file)
+void FileMaker::RelinkCopy(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
     // Whoever changed it since it was looked at has made it a file of their own.
@@ -318,6 +288,41 @@ void FileMaker::Relink(JobFile& file)
     file.recordedAt = madeAt;
 }
 
+/// Copies the copy that is to get other links.
+bool FileMaker::TakeCopy(JobFile& file, Staged& staged)
+{
+    NamePlace(file, staged);
+    Base::ContentHash hash;
+    const Base::FileResult copied =
+        Base::CopyUnchangedBytes(Native(file.target), staged.path, staged.source, &hash);
+    staged.stamp = StampOf(staged.source, &hash);
+    if (!copied && !IsStopped())
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::LinksNotRewritten,
+                          file.target,
+                          QStringLiteral("Failed to copy: ") + Reason(file, copied),
+                          {}});
+    return static_cast<bool>(copied);
+}
+
+/// As a fresh copy gets its links, but that `read` was read where the copy lies.
+bool FileMaker::WriteAgain(JobFile& file, Staged& staged, const LinkReader::Links& links,
+                           const LinkReader::Links& read)
+{
+    if (!m_links.DependOnPlace(read, staged.text)) {
+        m_control.Mute(true);
+        const bool isWritten = m_links.Write(file, staged.text, links, {});
+        m_control.Mute(false);
+        if (isWritten)
+            return true;
+    }
+    if (IsStopped())
+        return false;
+    staged.isBeside = true;
+    return TakeCopy(file, staged) && staged.isBeside &&
+           m_links.Write(file, staged.text, links, read);
+}
+
 void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& target)
 {
     if (!Base::IsWritable(target)) {
@@ -331,22 +336,15 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     if (Base::IsFileLocked(target))
         return FailToRewrite(file, true);
     Staged staged;
-    NamePlace(file, staged);
-    Base::ContentHash hash;
-    const Base::FileResult copied =
-        Base::CopyUnchangedBytes(target, staged.path, staged.source, &hash);
-    if (!copied) {
-        m_control.Report({Stage::RepathFiles,
-                          ProblemKind::LinksNotRewritten,
-                          file.target,
-                          QStringLiteral("Failed to copy: ") + Reason(file, copied),
-                          {}});
-        return FailToRewrite(file, false);
-    }
+    if (!TakeCopy(file, staged))
+        return IsStopped() ? void() : FailToRewrite(file, false);
+    LinkReader::Links read;
     LinkReader::Links links;
-    const JobControl::Alias alias(m_control, staged.text, file.target);
-    if (!RewritesFor(file, links) || (!links.isEmpty() && !WriteLinks(file, staged, links)))
-        return FailToRewrite(file, false);
+    if (!m_reader.Read(file.target, read))
+        return IsStopped() ? void() : FailToRewrite(file, false);
+    links = m_links.ChangesOf(file, read);
+    if (!links.isEmpty() && !WriteAgain(file, staged, links, read))
+        return IsStopped() ? void() : FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
     const CopyRecord* record = file.RecordOfCopy();
     const FileStamp source = record ? record->sourceStamp : file.sourceStamp;
@@ -355,13 +353,13 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
         // They are what they should be.
         file.isDone = true;
         file.deed = Deed::Nothing;
-        file.targetStamp = StampOf(staged.source, &hash);
+        file.targetStamp = staged.stamp;
         file.sourceStamp = source;
         return;
     }
     staged.isRewritten = true;
     if (!Place(file, staged))
-        return FailToRewrite(file, file.outcome == Outcome::Locked);
+        return IsStopped() ? void() : FailToRewrite(file, file.outcome == Outcome::Locked);
     file.sourceStamp = source;
     file.outcome = outcome;
     file.linksRewritten = true;
@@ -392,9 +390,11 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
         return false;
     }
     QString reason;
-    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason))
+    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason,
+                                                [&] { return m_control.GoesOn(); }))
         return true;
-    file.End(Outcome::Failed, Remark::NotKept, reason);
+    if (!IsStopped())
+        file.End(Outcome::Failed, Remark::NotKept, reason);
     return false;
 }
 
@@ -455,6 +455,9 @@ bool FileMaker::Adopt(JobFile& file, const Staged& staged) const
 bool FileMaker::Place(JobFile& file, const Staged& staged)
 {
     const std::filesystem::path target = Below(file.target);
+    NoteStamps(file, staged);
+    if (IsStopped())
+        return false;
     Base::FileStatus there;
     Base::FileResult result = m_cloud.Status(target, there);
     // A copy with another name has become this job's own by the time its links change.
@@ -463,6 +466,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     if (result && there.Exists()) {
         if (!(replaces && IsAsItWas(file.targetStatus, there)) && Adopt(file, staged))
             return true;
+        if (IsStopped())
+            return false;
         if (!replaces) {
             file.End(Outcome::Failed, Remark::TargetChanged);
             return false;
@@ -483,7 +488,6 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
         file.End(Outcome::Failed, Remark::TargetChanged);
         return false;
     }
-    NoteStamps(file, staged);
     if (result)
         result = m_cloud.Move(staged.place, target,
                               isInTheWay ? Base::Existing::Replace : Base::Existing::Keep);
@@ -502,6 +506,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     }
     if (result.Problem() == Base::FileProblem::NameTaken && Adopt(file, staged))
         return true;
+    if (result.Problem() == Base::FileProblem::Stopped || IsStopped())
+        return false;
     if (result.Problem() == Base::FileProblem::NameTaken)
         file.End(Outcome::Failed, Remark::TargetChanged);
     else if (result.Problem() == Base::FileProblem::LeadsOutside)

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "CopyLinks.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
@@ -18,27 +19,52 @@ namespace Halvern::Jobs {
 class FileMaker
 {
 public:
+    enum class Turn
+    {
+        First,
+        /// All others are in their places.
+        Last,
+    };
+    enum class Made
+    {
+        Now,
+        /// The links of the file depend on what stands around its target: nothing has happened,
+        /// and it is to be made last.
+        Later,
+        Stopped,
+    };
+
     FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
               const Base::RootedFolder& cloud, const Staging& staging)
-        : m_job(job), m_control(control), m_reader(reader), m_cloud(cloud), m_staging(staging)
+        : m_job(job), m_control(control), m_reader(reader), m_links(job, control, reader),
+          m_cloud(cloud), m_staging(staging)
     {}
 
     bool MakeFolder(const JobFile& file);
-    /// Carries out the deed; the outcome says what came of it.
-    void Make(JobFile& file);
+    /// Carries out the deed; the outcome says what came of it. When the job was stopped meanwhile
+    /// the file is as it was, and so is what stands at its target.
+    [[nodiscard]] Made Make(JobFile& file, Turn turn);
     /// Gives the copy that is at the target of the file the links that it should hold, if it still
-    /// is what it was when its status was noted. Needs no source.
-    void Relink(JobFile& file);
+    /// is what it was when its status was noted. Needs no source. False when the job was stopped
+    /// meanwhile.
+    [[nodiscard]] bool Relink(JobFile& file);
 
 private:
     struct Staged;
 
+    bool MakeCopy(JobFile& file, Turn turn);
+    void RelinkCopy(JobFile& file);
+    bool IsStopped();
     void NamePlace(JobFile& file, Staged& staged) const;
     bool Take(JobFile& file, Staged& staged);
-    bool WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links);
-    bool HoldsLinks(const JobFile& file, const Staged& staged, const LinkReader::Links& asked);
-    bool IsWrittenUnseen(const Staged& staged, const LinkReader::Links& links);
-    bool RewritesFor(const JobFile& file, LinkReader::Links& links);
+    bool MakeFolderOf(JobFile& file);
+    bool DependsOnPlace(const JobFile& file, const Staged& staged);
+    bool GiveLinks(JobFile& file, Staged& staged, Turn turn);
+    bool WriteBeside(const JobFile& file, Staged& staged);
+    bool GiveUp(JobFile& file, Staged& staged);
+    bool TakeCopy(JobFile& file, Staged& staged);
+    bool WriteAgain(JobFile& file, Staged& staged, const LinkReader::Links& links,
+                    const LinkReader::Links& read);
     Base::FileResult MoveAcross(const Staged& staged, const std::filesystem::path& target,
                                 bool replaces) const;
     void WriteOtherLinks(JobFile& file, const std::filesystem::path& target);
@@ -56,8 +82,10 @@ private:
     const JobState& m_job;
     JobControl& m_control;
     LinkReader& m_reader;
+    CopyLinks m_links;
     const Base::RootedFolder& m_cloud;
     const Staging& m_staging;
+    bool m_isStopped = false;
 };
 
 } // namespace Halvern::Jobs

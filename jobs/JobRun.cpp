@@ -3,7 +3,6 @@
 #include "JobRun.h"
 
 #include "Closure.h"
-#include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Orphans.h"
@@ -26,6 +25,7 @@
 #include <QtCore/QSet>
 
 #include <algorithm>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -46,6 +46,12 @@ bool IsStamped(const Base::FileStatus& copy, const FileStamp& stamp)
 {
     return copy.kind == Base::FileKind::File && qint64(copy.size) == stamp.bytes &&
            copy.modified == stamp.modified;
+}
+
+/// As it was when the job was planned.
+qint64 SizeOf(const JobFile& file)
+{
+    return qint64(file.status.size);
 }
 
 void TakeStamps(JobFile& file, const CopyRecord& record)
@@ -114,6 +120,7 @@ void JobRun::Plan(const Sources& sources, const QList<LeftOutItem>& gone, const 
     m_state.request.sources = sources.outermost;
     m_state.leftOut = gone;
     m_state.target = target;
+    const Base::WorkWatch::Scope watched(*m_control);
     if (IsStopped() || !TakeSelection(sources) || !FindLinkedFiles(sources.outermost))
         return;
     m_control->BeginPhase(Phase::LayingOut, 0);
@@ -179,6 +186,7 @@ void JobRun::RequireWholePlan() const
 void JobRun::Decide(const Answers& answers)
 {
     m_control->BeginPhase(Phase::LookingForConflicts, 0);
+    const Base::WorkWatch::Scope watched(*m_control);
     Decisions decisions(m_state, *m_control, m_reader, m_layout, m_copies);
     m_state.cancelled = !decisions.Make(answers) || m_control->StoppedJob();
     if (m_state.request.move && !m_state.cancelled)
@@ -196,6 +204,7 @@ void JobRun::Execute(Results& results)
 {
     m_database->AllowWrites();
     m_state.executed = true;
+    const Base::WorkWatch::Scope watched(*m_control);
     Base::RootedFolder cloud;
     const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));
     Staging staging(cloud);
@@ -247,29 +256,58 @@ void JobRun::MakeFolders()
 bool JobRun::MakeFiles(Results& results, Deed deed)
 {
     const auto isMeant = [&](const JobFile& file) { return !file.isFolder && file.deed == deed; };
-    m_control->BeginPhase(deed == Deed::Copy ? Phase::Copying : Phase::RewritingLinks,
-                          std::count_if(m_state.files.begin(), m_state.files.end(), isMeant));
+    qint64 files = 0;
+    qint64 bytes = 0;
+    for (const JobFile& file : m_state.files)
+        if (isMeant(file)) {
+            ++files;
+            bytes += SizeOf(file);
+        }
+    m_control->BeginPhase(deed == Deed::Copy ? Phase::Copying : Phase::RewritingLinks, files,
+                          bytes);
     if (IsStopped())
         return false;
-    for (JobFile& file : m_state.files) {
+    QList<qsizetype> last;
+    for (qsizetype place = 0; place < m_state.files.Size(); ++place) {
+        JobFile& file = m_state.files.At(place);
         if (!isMeant(file)) {
             if (deed == Deed::Copy && file.deed == Deed::Nothing)
                 results.Tell(file);
             continue;
         }
-        if (IsStopped())
+        if (MakeFile(file, results, FileMaker::Turn::First) == FileMaker::Made::Later)
+            last.append(place);
+        if (m_state.cancelled)
             return false;
-        const qint64 bytes = qint64(file.status.size);
-        if (deed == Deed::Copy)
-            m_maker->Make(file);
-        else
-            m_maker->Relink(file);
-        if (file.isDone)
-            m_records.Note(file);
-        results.Tell(file);
-        m_control->Step(bytes);
+    }
+    for (const qsizetype place : std::as_const(last)) {
+        MakeFile(m_state.files.At(place), results, FileMaker::Turn::Last);
+        if (m_state.cancelled)
+            return false;
     }
     return true;
+}
+
+FileMaker::Made JobRun::MakeFile(JobFile& file, Results& results, FileMaker::Turn turn)
+{
+    using Made = FileMaker::Made;
+    if (IsStopped())
+        return Made::Stopped;
+    // Its bytes count once.
+    m_control->BeginFile(turn == FileMaker::Turn::First ? SizeOf(file) : 0);
+    Made made = Made::Now;
+    if (file.deed == Deed::Copy)
+        made = m_maker->Make(file, turn);
+    else if (!m_maker->Relink(file))
+        made = Made::Stopped;
+    m_state.cancelled = made == Made::Stopped;
+    if (made != Made::Now)
+        return made;
+    if (file.isDone)
+        m_records.Note(file);
+    results.Tell(file);
+    m_control->EndFile();
+    return made;
 }
 
 /// A file that could not be copied is not where the links of others were to lead: those say again
@@ -328,6 +366,9 @@ void JobRun::NoteUnchanged()
         file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, true);
         file.targetStamp = StampOf(file.target, true);
+        // A hash that was cut off says nothing.
+        if (IsStopped())
+            return record ? TakeStamps(file, *record) : void();
         if (!IsStamped(Base::ReadLinkStatus(Native(file.target)), StampOf(file.targetStatus)))
             file.End(Outcome::Failed, Remark::TargetChanged);
         else if (Base::ReadFileStatus(Native(file.source)) == file.status)

@@ -5,6 +5,7 @@
 #include "Boundary.h"
 #include "CopyIndex.h"
 #include "Decisions.h"
+#include "FileMaker.h"
 #include "JobControl.h"
 #include "JobDatabase.h"
 #include "JobFile.h"
@@ -25,7 +26,6 @@
 
 namespace Halvern::Jobs {
 
-class FileMaker;
 class Results;
 
 /// Drives one job from the selection to its records:
@@ -73,6 +73,7 @@ private:
     void FailToBegin(const Base::FileResult& why);
     void MakeFolders();
     bool MakeFiles(Results& results, Deed deed);
+    FileMaker::Made MakeFile(JobFile& file, Results& results, FileMaker::Turn turn);
     void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);

@@ -76,6 +76,20 @@ TEST_F(RememberedLinks, ThatAPluginOnlySaysToHaveWrittenAreStillToBeRewrittenInA
     EXPECT_EQ(Mid(), "link 1 lib/part.tlk\n");
 }
 
+TEST_F(RememberedLinks, ThatAreNotWhatWasAskedForAreNamedWithBothPaths)
+{
+    const PluginOrders orders("lies");
+    const ImportReport report = Bring();
+    EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+    const QString reason = report.Of(u"work/proj/mid.tlk"_s).reason;
+    const auto shown = [&](const QString& path) {
+        return QDir::toNativeSeparators(tree.Path(path));
+    };
+    EXPECT_TRUE(reason.contains(u": link 1 leads to %1, and %2 was asked for"_s.arg(
+        shown(u"cloud/lib/part.tlk"_s), shown(u"cloud/Demo/lib/part.tlk"_s))))
+        << reason.toStdString();
+}
+
 TEST_F(RememberedLinks, ThatAreStillToBeRewrittenAreSoThoughNobodyAsksForThem)
 {
     {
