@@ -45,7 +45,25 @@ def edit(file):
     return [file, *proof.exchange(work / "Bilder/Grün & 50%.png", work.parent / "Archiv & Co/木目.png")]
 
 
+def opened_as(file):
+    """Scribus knows its documents by their names, and a renamed copy is called "a.sla (2).gz"."""
+    if file.suffix != ".gz" or file.name.endswith(".sla.gz"):
+        return file
+    return file.with_name("renamed.sla.gz")
+
+
 def inspect(file):
+    document = opened_as(file)
+    if document != file:
+        os.link(file, document)
+    try:
+        return pictures_of(document)
+    finally:
+        if document != file:
+            document.unlink()
+
+
+def pictures_of(file):
     with tempfile.TemporaryDirectory() as place:
         output = pathlib.Path(place, "found.json")
         run_scribus(HERE / "inspect_scribus.py", file, output)

@@ -93,9 +93,12 @@ TEST_F(DamagedDxf, ABinaryGroupOfUnknownTypeIsReportedWithItsPlace)
 
 TEST_F(DamagedDxf, AFileCutOffAnywhereIsReported)
 {
-    const QStringList messages = {
-        u"no drawing"_s, u"the file ends before EOF"_s, u"a line that is no group code"_s,
-        u"a group code without a value"_s, u"the file ends within a group"_s};
+    const QStringList messages = {u"no drawing"_s,
+                                  u"the file ends before EOF"_s,
+                                  u"a line that is no group code"_s,
+                                  u"a group code without a value"_s,
+                                  u"the file ends within a group"_s,
+                                  u"flags that are no number"_s};
     for (const QByteArray& whole : {File(Image("5A", "a.png") + Block("B", "b.dwg")), Binary()}) {
         const qsizetype end = whole.lastIndexOf("EOF") + 3 + (whole.endsWith('\0') ? 1 : 0);
         for (qsizetype size = 0; size < end; ++size) {
