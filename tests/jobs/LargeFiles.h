@@ -22,7 +22,7 @@ protected:
     }
 
     Jobs::JobResult ImportWith(Jobs::IJobObserver& observer, const Jobs::CancelToken& token,
-                         const Jobs::ImportRequest& request)
+                               const Jobs::ImportRequest& request)
     {
         Jobs::ImportJob job(Begin(), request, &observer, &token);
         job.MakePlan();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Cancels in the middle of a file that is copied. On Windows the system makes the pieces and tells of them,
-// which Wine does not.
+// Cancels in the middle of a file that is copied. On Windows the system makes the pieces and tells
+// of them, which Wine does not.
 
 #include "LargeFiles.h"
 
