@@ -69,8 +69,9 @@ def printed(file):
 
 
 def inspect(file):
-    references, pictures = references_of(file), printed(file)
     counts = COUNTS[re.match(r"\w+", file.name).group()]
+    # LibreCAD does not come to an end with binary files of release 12.
+    references, pictures = references_of(file), printed(file) if counts[1] else []
     proof.check((len(references), len(pictures)) == counts, f"{file}: {references} {pictures}")
     return references + pictures
 
