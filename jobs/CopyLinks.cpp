@@ -56,7 +56,13 @@ public:
         m_sets.remove({});
     }
 
-    QString PlaceOf(const Link& link) const { return PathKey(ResolveLink(link.Path, m_holder)); }
+    /// A name with a colon reads as an address; a plug-in may know better, and say the whole path.
+    QString PlaceOf(const Link& link) const
+    {
+        return PathKey(IsLocalPath(link.Path)
+                           ? ResolveLink(link.Path, m_holder)
+                           : QDir::cleanPath(QFileInfo(m_holder).path() + u'/' + link.Path));
+    }
     bool LeadsTo(const Link& link) const { return m_places.contains(PlaceOf(link)); }
     bool HasId(const Link& link) const { return m_byId.contains(link.RefId); }
     /// Of a set the file stores one pattern: any member tells where it leads.
