@@ -186,10 +186,17 @@ bool CopyLinks::HasToChangeUnseen(const JobFile& file, const Link& link)
     if (file.deed == Deed::Copy)
         return isListed(file.rewrites) || (!IsCompanion(link) && SetOf(link).isEmpty());
     const CopyRecord* record = file.RecordOfCopy();
-    return record && std::any_of(record->targetLinks.begin(), record->targetLinks.end(),
-                                 [&](const Link& recorded) {
-                                     return isMeant(recorded) && recorded.Path != link.Path;
-                                 });
+    const auto isOther = [&](const Link& there) {
+        return isMeant(there) && there.Path != link.Path;
+    };
+    if (!record)
+        return false;
+    // A copy whose links could not be written holds those of its source, whatever is recorded.
+    if (record->isRewritePending &&
+        std::any_of(file.links.begin(), file.links.end(),
+                    [&](const JobLink& source) { return isOther(source.stored); }))
+        return true;
+    return std::any_of(record->targetLinks.begin(), record->targetLinks.end(), isOther);
 }
 
 /// The links of a copy stand in the order of its source, unless a plug-in finds others beside it:

@@ -197,6 +197,12 @@ bool FileMaker::GiveUp(JobFile& file, StagedCopy& staged)
 {
     if (IsStopped())
         return false;
+    if (!staged.isBeside)
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::LinksNotRewritten,
+                          file.target,
+                          QStringLiteral("The copy could not be made ready beside its place"),
+                          {}});
     staged.isBeside = false;
     staged.isRewritten = false;
     // What stands at the target works; a copy with the links of the source would not.

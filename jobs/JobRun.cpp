@@ -193,19 +193,34 @@ void JobRun::Decide(const Answers& answers)
         SourceRemoval(m_state, *m_control).Foresee();
     if (m_state.request.prune && !m_state.cancelled)
         Pruning(m_state).Foresee();
+    if (m_control->StoppedJob()) {
+        m_state.cancelled = true;
+        ForgetForeseen();
+    }
     m_conflicts = decisions.Conflicts();
     m_findings = m_state.cancelled ? QList<Finding>() : LookAhead(m_state);
 }
 
 bool JobRun::MayBegin()
 {
-    return !IsStopped();
+    if (!IsStopped())
+        return true;
+    ForgetForeseen();
+    return false;
+}
+
+/// What a plan would prune is not pruned yet.
+void JobRun::ForgetForeseen()
+{
+    m_state.pruned.clear();
+    m_state.notPruned.clear();
 }
 
 void JobRun::Execute(Results& results)
 {
     m_database->AllowWrites();
     m_state.executed = true;
+    ForgetForeseen();
     const Base::WorkWatch::Scope watched(*m_control);
     Base::RootedFolder cloud;
     const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));

@@ -70,6 +70,7 @@ private:
     bool FindLinkedFiles(const QStringList& sources);
     void RequireWholePlan() const;
     bool IsStopped();
+    void ForgetForeseen();
     void FailToBegin(const Base::FileResult& why);
     void MakeFolders();
     bool MakeFiles(Results& results, Deed deed);

@@ -10,6 +10,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
+
 namespace Halvern::Jobs {
 
 namespace {
@@ -56,7 +58,7 @@ Standing ThreeWays::Of(JobFile& file) const
     if (QFileInfo(file.target).isSymbolicLink())
         return Standing::Foreign;
     if (!file.record)
-        return HasSameContent(file) || HoldsTheSource(file) || HoldsLinksOnTheWay(file)
+        return HasSameContent(file) || HoldsTheSource(file) || HoldsLinksOnTheWay(file, false)
                    ? Standing::SameContent
                    : Standing::Foreign;
     const bool checksum = m_job.request.checksum;
@@ -70,7 +72,7 @@ Standing ThreeWays::Of(JobFile& file) const
         return Standing::SourceChanged;
     if (!sourceSame && HasSameContent(file))
         return Standing::SameContent;
-    if (HoldsTheSource(file) || HoldsLinksOnTheWay(file))
+    if (HoldsTheSource(file) || HoldsLinksOnTheWay(file, sourceSame))
         return Standing::SameContent;
     return sourceSame ? Standing::CopyChanged : Standing::BothChanged;
 }
@@ -118,23 +120,38 @@ bool ThreeWays::AreLinksOnTheWay(const JobFile& file, const LinkReader::Links& l
     return true;
 }
 
+/// A copy of the recorded source with the recorded links has the recorded size. To make one, and
+/// compare it with a copy of another size, would take long for nothing.
+bool ThreeWays::HasAnotherSize(const JobFile& file, const LinkReader::Links& links)
+{
+    const CopyRecord& record = *file.record;
+    return qint64(file.targetStatus.size) != record.targetStamp.bytes &&
+           std::equal(links.begin(), links.end(), record.targetLinks.begin(),
+                      record.targetLinks.end(),
+                      [](const SyncServices::FileLink& a, const SyncServices::FileLink& b) {
+                          return a.Path == b.Path;
+                      });
+}
+
 /// An import that was killed, or met a disk that fails, may have written links of the copy without
 /// recording it. Nothing else differs from the source then.
-bool ThreeWays::HoldsLinksOnTheWay(JobFile& file) const
+bool ThreeWays::HoldsLinksOnTheWay(JobFile& file, bool isSourceRecorded) const
 {
     const bool isRead = file.linksKnown && file.linksState == LinksState::Read;
     if (!isRead || file.links.isEmpty() || IsOfAnotherProject(file.target))
         return false;
     const qint64 now = ClockNow();
-    const QTemporaryDir folder;
-    const QString made = folder.filePath(QFileInfo(file.target).fileName());
     LinkReader::Links links;
     LinkReader::Links rewrites;
     m_control.Mute(true);
     const bool areRead = m_reader.Read(file.target, links);
     m_control.Mute(false);
     if (!areRead || !AreLinksOnTheWay(file, links, rewrites) || rewrites.isEmpty() ||
-        !folder.isValid() || !MakeCopy(file, rewrites, made))
+        (isSourceRecorded && HasAnotherSize(file, links)))
+        return false;
+    const QTemporaryDir folder;
+    const QString made = folder.filePath(QFileInfo(file.target).fileName());
+    if (!folder.isValid() || !MakeCopy(file, rewrites, made))
         return false;
     const FileStamp target = StampOf(file.target, true);
     if (!HoldTheSame(StampOf(made, true), target))

@@ -44,7 +44,8 @@ private:
     bool MakeCopy(const JobFile& file, const LinkReader::Links& rewrites,
                   const QString& copy) const;
     bool HoldsTheSource(JobFile& file) const;
-    bool HoldsLinksOnTheWay(JobFile& file) const;
+    bool HoldsLinksOnTheWay(JobFile& file, bool isSourceRecorded) const;
+    static bool HasAnotherSize(const JobFile& file, const LinkReader::Links& links);
     bool AreLinksOnTheWay(const JobFile& file, const LinkReader::Links& links,
                           LinkReader::Links& rewrites) const;
     bool IsOfAnotherProject(const QString& target) const;
