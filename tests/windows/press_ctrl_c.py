@@ -31,7 +31,9 @@ def check(condition, text):
 
 
 def copies(cloud):
-    return sorted(cloud.rglob("*.scad")) if cloud.exists() else []
+    """Those that are finished: of the others none is counted on."""
+    found = cloud.rglob("*.scad") if cloud.exists() else []
+    return sorted(file for file in found if not file.relative_to(cloud).parts[0].startswith(".corsync-"))
 
 
 def run_in_terminal(command, is_time, is_time_again=lambda shown: False):
