@@ -76,6 +76,37 @@ TEST_F(RememberedLinks, ThatAPluginOnlySaysToHaveWrittenAreStillToBeRewrittenInA
     EXPECT_EQ(Mid(), "link 1 lib/part.tlk\n");
 }
 
+// Some plug-ins show a link only where its file is, and a copy whose links could not be written has
+// those of its source, which lead to nothing there.
+TEST_F(RememberedLinks, ThatCouldNotBeWrittenAreSoThoughThePluginDoesNotShowThemInTheCopy)
+{
+    for (const QStringList& options : {QStringList(), QStringList{u"--move"_s}}) {
+        {
+            const PluginOrders orders("norepath");
+            ASSERT_EQ(Bring().exitCode, 7);
+        }
+        ASSERT_EQ(Mid(), "link 1 ../lib/part.tlk\n");
+        const PluginOrders orders("overlooks");
+        const ImportReport report = Bring(options);
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.StatusOf(u"work/proj/mid.tlk"_s), u"updated"_s);
+        EXPECT_EQ(Mid(), "link 1 lib/part.tlk\n");
+        tree.Remove(u"cloud/Demo"_s);
+    }
+}
+
+TEST_F(RememberedLinks, ThatCouldNotBeWrittenAreSoByRetryThoughThePluginDoesNotShowThem)
+{
+    {
+        const PluginOrders orders("norepath");
+        ASSERT_EQ(Bring().exitCode, 7);
+    }
+    const PluginOrders orders("overlooks");
+    const CommandResult retry = Corsync(u"retry"_s);
+    EXPECT_EQ(retry.exitCode, 0) << ::testing::PrintToString(retry);
+    EXPECT_EQ(Mid(), "link 1 lib/part.tlk\n");
+}
+
 TEST_F(RememberedLinks, ThatAreNotWhatWasAskedForAreNamedWithBothPaths)
 {
     const PluginOrders orders("lies");

@@ -5,10 +5,6 @@
 
 #include "FormatFixture.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
-
 namespace Halvern::Test {
 
 using namespace Qt::StringLiterals;
@@ -28,20 +24,12 @@ protected:
 
 TEST(DxfPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 {
-    QLibrary library(QStringLiteral(DXF_PLUGIN_FILE));
-    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
-    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
-    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
+    ExpectResolverLibrary(QStringLiteral(DXF_PLUGIN_FILE));
 }
 
 TEST(DxfPluginLibrary, ItsRegistrationFileNamesItAndItsTypes)
 {
-    const QFileInfo library(QStringLiteral(DXF_PLUGIN_FILE));
-    QFile file(library.path() + u"/../SyncPluginRegFiles/dxf.syncplugin"_s);
-    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-    const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
-    EXPECT_TRUE(text.contains(u"FileTypes=\"dxf\""_s));
+    ExpectRegistration(QStringLiteral(DXF_PLUGIN_FILE), u"dxf"_s, u"dxf"_s);
 }
 
 TEST_F(DxfPlugin, FindsEveryReferenceInEveryVersionAndForm)
