@@ -44,7 +44,9 @@ enum class FileProblem
     /// The file became another one while it was read, or before it could be replaced.
     Changed,
     /// The system or the disk has no such operation.
-    NotOffered
+    NotOffered,
+    /// A WorkWatch wanted it to end.
+    Stopped
 };
 
 /// The kind of one of the system's error numbers; Other for most. Safe to call from any thread.

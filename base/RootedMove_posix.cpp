@@ -146,13 +146,13 @@ FileResult LookAndReplace(const Place& from, const Place& to, const FileStatus& 
 }
 
 /// What came out of the place is not what was to be replaced, and goes back. Whoever has put a file
-/// over the new one meanwhile has replaced both.
+/// over the new one meanwhile, or has written into it, has replaced both.
 FileResult PutBack(const Place& from, const Place& to, const FileStatus& moved)
 {
     FileStatus out;
     if (!Exchange(from, to))
         return to.Failure();
-    if (ReadStatus(from, out) && !IsSame(out, moved))
+    if (ReadStatus(from, out) && !IsStill(moved, out))
         static_cast<void>(Exchange(from, to));
     return HasChanged(to);
 }

@@ -36,7 +36,7 @@ void JobProgress::Waiting(const QString& whom)
 
 void JobProgress::Progressed(const Jobs::Progress& progress)
 {
-    m_line.Show(progress.files, progress.bytes);
+    m_line.Show({progress.files, progress.total, progress.bytes, progress.totalBytes});
 }
 
 } // namespace Halvern::Cli

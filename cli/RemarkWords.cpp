@@ -24,6 +24,8 @@ QString Sentence(Remark remark)
         return QStringLiteral("a symbolic link that leads nowhere");
     case Remark::NoFile:
         return QStringLiteral("neither a file nor a folder");
+    case Remark::SourceNoFile:
+        return QStringLiteral("it is neither a file nor a folder");
     case Remark::Excluded:
         return QStringLiteral("excluded by a pattern");
     case Remark::OwnRecord:
@@ -90,6 +92,8 @@ QString Sentence(Remark remark)
         return QStringLiteral("the symbolic link that stood there has another name now");
     case Remark::StillLinked:
         return QStringLiteral("another copy links it");
+    case Remark::TargetReadOnly:
+        return QStringLiteral("what stands at the target is read-only and stays as it is");
     }
     return {};
 }
@@ -111,6 +115,8 @@ QString NameOf(Remark remark)
         return QStringLiteral("link-to-nothing");
     case Remark::NoFile:
         return QStringLiteral("no-file");
+    case Remark::SourceNoFile:
+        return QStringLiteral("source-no-file");
     case Remark::Excluded:
         return QStringLiteral("excluded");
     case Remark::OwnRecord:
@@ -175,6 +181,8 @@ QString NameOf(Remark remark)
         return QStringLiteral("link-set-aside");
     case Remark::StillLinked:
         return QStringLiteral("still-linked");
+    case Remark::TargetReadOnly:
+        return QStringLiteral("target-read-only");
     }
     return {};
 }

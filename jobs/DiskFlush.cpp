@@ -3,6 +3,7 @@
 #include "DiskFlush.h"
 
 #include "Paths.h"
+#include "RealPaths.h"
 
 #include "base/FileCopy.h"
 #include "base/FileStatus.h"

@@ -31,6 +31,7 @@ public:
     void AddName(const std::filesystem::path& entry);
     /// A file that lies elsewhere, and its name. Absolute.
     void AddOutside(const QString& file) { m_outside.insert(file); }
+    bool IsWanted() const { return m_isWanted; }
     bool IsEmpty() const { return m_files.empty() && m_folders.empty() && m_outside.isEmpty(); }
 
     /// Waits until what was noted is on the disk. After a failure it is still to be flushed; a file

@@ -9,14 +9,11 @@
 #include "base/FileAttributes.h"
 #include "base/FileLock.h"
 #include "base/NativePath.h"
-#include "syncplugin/ReferenceIds.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtCore/QHash>
-#include <QtCore/QSet>
 
-#include <algorithm>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -35,26 +32,39 @@ bool IsSameContent(const Base::FileStatus& was, const Base::FileStatus& is)
     return was.size == is.size && was.modified == is.modified && was.index == is.index;
 }
 
-/// Nobody touched it since.
-bool IsAsItWas(const Base::FileStatus& was, const Base::FileStatus& is)
+/// A plug-in looks at the copy.
+bool IsLookedAt(const JobFile& file)
 {
-    return was.kind == is.kind && was.size == is.size && was.modified == is.modified &&
-           was.device == is.device && was.index == is.index;
+    return !file.rewrites.isEmpty() || (!file.skipsLinks && !file.links.isEmpty());
 }
 
-/// The set that a link is a member of; empty when it is of none.
-QString SetOf(const SyncServices::FileLink& link)
+void NoteStamps(StagedCopy& staged)
 {
-    static const QString mark =
-        QString::fromUtf8(SyncPlugin::SetMark.data(), qsizetype(SyncPlugin::SetMark.size()));
-    return link.RefId.startsWith(mark) ? link.RefId.left(link.RefId.lastIndexOf(u'#')) : QString();
+    JobFile& file = *staged.file;
+    file.targetStamp = StampOf(staged.text, staged.isRewritten);
+    if (!staged.isRewritten)
+        file.targetStamp.hash = file.sourceStamp.hash;
 }
 
 } // namespace
 
-std::filesystem::path FileMaker::Below(const QString& target) const
+/// Once the job is to stop, what fails is cut off, and what succeeds is not put in place.
+bool FileMaker::IsStopped()
 {
-    return Native(target.mid(m_job.cloudFolder.size() + 1));
+    m_isStopped = m_isStopped || m_control.StoppedJob();
+    return m_isStopped;
+}
+
+/// A disk that is full has more room once those that are ready have taken the places of others.
+bool FileMaker::IsFull(const Base::FileResult& copied)
+{
+    m_isFull = copied.Problem() == Base::FileProblem::NoSpace && !m_batch.IsEmpty();
+    return m_isFull;
+}
+
+QString FileMaker::Reason(const JobFile& file, const Base::FileResult& failure) const
+{
+    return m_staging.TextOf(failure, file.target);
 }
 
 void FileMaker::Fail(JobFile& file, ProblemKind kind, const QString& text)
@@ -63,14 +73,9 @@ void FileMaker::Fail(JobFile& file, ProblemKind kind, const QString& text)
     file.End(Outcome::Failed);
 }
 
-QString FileMaker::Reason(const JobFile& file, const Base::FileResult& failure) const
-{
-    return m_staging.TextOf(failure, file.target);
-}
-
 bool FileMaker::MakeFolder(const JobFile& file, std::vector<std::filesystem::path>& made)
 {
-    const std::filesystem::path folder = Below(file.target);
+    const std::filesystem::path folder = BelowCloudFolder(file.target, m_job);
     const Base::FileResult result = m_cloud.MakeFolders(folder, &made);
     if (!result) {
         m_control.Report({Stage::CopyFiles,
@@ -96,33 +101,37 @@ void FileMaker::FailToCopy(JobFile& file, const Base::FileResult& why)
         Fail(file, ProblemKind::NotCopied, QStringLiteral("Failed to copy: ") + Reason(file, why));
 }
 
-void FileMaker::NamePlace(JobFile& file, StagedFile& staged) const
+void FileMaker::NamePlace(StagedCopy& staged) const
 {
+    JobFile& file = *staged.file;
     file.recordedAt = ClockNow();
-    if (file.deed == Deed::Copy && file.rewrites.isEmpty())
+    staged.place.clear();
+    if (!staged.isBeside && !staged.isRelink && !IsLookedAt(file))
         staged.place = m_staging.PlaceToWait();
-    staged.isAside = !staged.place.empty() && file.rewrites.isEmpty();
-    if (!staged.isAside)
-        staged.place = staged.isBeside ? m_staging.PlaceBeside(Below(file.target))
-                                       : m_staging.PlaceFor(QFileInfo(file.target).fileName());
+    staged.isAside = !staged.place.empty();
+    if (staged.isBeside)
+        staged.place = m_staging.PlaceBeside(BelowCloudFolder(file.target, m_job));
+    staged.isBeside = staged.isBeside && !staged.place.empty();
+    if (staged.place.empty())
+        staged.place = m_staging.PlaceFor(QFileInfo(file.target).fileName());
     staged.path = m_staging.Absolute(staged.place);
     staged.text = QStringView(Base::PathText(staged.path)).toString();
 }
 
-/// Copies the source to the staging folder. A disk that is full has more room once those that are
-/// ready have taken the places of others.
-bool FileMaker::Take(JobFile& file, StagedFile& staged)
+/// Copies the source to the staging folder.
+bool FileMaker::Take(StagedCopy& staged)
 {
-    NamePlace(file, staged);
+    JobFile& file = *staged.file;
+    NamePlace(staged);
     Base::ContentHash hash;
     // The bytes go by anyway, and later only a hash tells some changes.
     const Base::FileResult copied =
         Base::CopyUnchangedBytes(Native(file.source), staged.path, staged.source, &hash);
-    m_isFull = copied.Problem() == Base::FileProblem::NoSpace && !m_batch.IsEmpty();
-    if (m_isFull)
+    if (IsFull(copied))
         return false;
     if (!copied) {
-        FailToCopy(file, copied);
+        if (!IsStopped())
+            FailToCopy(file, copied);
         return false;
     }
     // Its links were read before.
@@ -135,176 +144,197 @@ bool FileMaker::Take(JobFile& file, StagedFile& staged)
     return true;
 }
 
-bool FileMaker::Make(JobFile& file)
+FileMaker::Made FileMaker::Make(JobFile& file, Round round)
 {
+    m_isStopped = false;
     m_isFull = false;
-    TakeAndRewrite(file);
-    return !m_isFull;
+    StagedCopy staged(file);
+    staged.isBeside = round == Round::Last;
+    const State state = MakeCopy(staged, round);
+    return HandOver(std::move(staged), state);
 }
 
-void FileMaker::TakeAndRewrite(JobFile& file)
+FileMaker::Made FileMaker::Relink(JobFile& file)
 {
-    const std::filesystem::path target = Below(file.target);
+    m_isStopped = false;
+    m_isFull = false;
+    StagedCopy staged(file);
+    const State state = RelinkCopy(staged) ? State::Ready : State::Ended;
+    return HandOver(std::move(staged), state);
+}
+
+FileMaker::Made FileMaker::HandOver(StagedCopy staged, State state)
+{
+    if (state == State::Ready && !m_isStopped) {
+        NoteStamps(staged);
+        IsStopped();
+    }
+    if (m_isStopped || m_isFull) {
+        staged.Drop();
+        return m_isStopped ? Made::Stopped : Made::Full;
+    }
+    if (state == State::Ready)
+        m_batch.Add(std::move(staged));
+    return state == State::Later ? Made::Later : Made::Now;
+}
+
+bool FileMaker::MakeFolderOf(JobFile& file)
+{
+    const std::filesystem::path target = BelowCloudFolder(file.target, m_job);
     const Base::FileResult folder = m_cloud.MakeFolders(target.parent_path());
-    if (!folder) {
-        if (folder.Problem() == Base::FileProblem::LeadsOutside)
-            file.End(Outcome::Failed, Remark::OutsideCloudFolder);
-        else
-            Fail(file, ProblemKind::FolderNotMade,
-                 QStringLiteral("Failed to create folder %1: %2")
-                     .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
-        return;
-    }
-    StagedFile staged;
-    staged.file = &file;
-    if (!Take(file, staged))
-        return;
-    if (!file.rewrites.isEmpty()) {
-        m_control.Mute(true);
-        staged.isRewritten = WriteLinks(file, staged, file.rewrites);
-        m_control.Mute(false);
-        // Some formats store paths that depend on where the file lies.
-        if (!staged.isRewritten) {
-            staged.isBeside = true;
-            if (!Take(file, staged))
-                return;
-            staged.isRewritten = WriteLinks(file, staged, file.rewrites);
-        }
-        if (!staged.isRewritten) {
-            staged.isBeside = false;
-            // What stands at the target works; a copy with the links of the source would not.
-            if (file.targetStatus.Exists() && file.outcome != Outcome::Renamed) {
-                file.End(Outcome::Failed);
-                return;
-            }
-            if (!Take(file, staged))
-                return;
-            file.isPending = true;
-        }
-    }
-    NoteStamps(file, staged);
-    m_batch.Add(staged);
-}
-
-bool FileMaker::WriteLinks(JobFile& file, const StagedFile& staged, const LinkReader::Links& links)
-{
-    const JobControl::Alias alias(m_control, staged.text, file.target);
-    if (!m_reader.Write(staged.text, links))
-        return false;
-    if (HoldsLinks(file, staged, links))
+    if (folder)
         return true;
-    m_control.Report({Stage::RepathFiles,
-                      ProblemKind::LinksNotRewritten,
-                      file.target,
-                      QStringLiteral("After they were rewritten the links of the copy are not what "
-                                     "was asked for"),
-                      {}});
+    if (folder.Problem() == Base::FileProblem::LeadsOutside)
+        file.End(Outcome::Failed, Remark::OutsideCloudFolder);
+    else
+        Fail(file, ProblemKind::FolderNotMade,
+             QStringLiteral("Failed to create folder %1: %2")
+                 .arg(QDir::toNativeSeparators(QFileInfo(file.target).path()), Text(folder)));
     return false;
 }
 
-/// Reads the copy again: the links that were asked for are there, and none that was not. What a
-/// plug-in only finds beside the file it may leave out here, where nothing else stands.
-bool FileMaker::HoldsLinks(const JobFile& file, const StagedFile& staged,
-                           const LinkReader::Links& asked)
+FileMaker::State FileMaker::MakeCopy(StagedCopy& staged, Round round)
 {
+    if (!MakeFolderOf(*staged.file) || !Take(staged))
+        return State::Ended;
+    if (round == Round::First && DependsOnPlace(staged))
+        return IsStopped() ? State::Ended : State::Later;
+    return GiveLinks(staged, round) ? State::Ready : State::Ended;
+}
+
+bool FileMaker::DependsOnPlace(const StagedCopy& staged)
+{
+    const JobFile& file = *staged.file;
     LinkReader::Links links;
-    if (!m_reader.Read(staged.text, links))
-        return false;
-    const auto placesOf = [&](const LinkReader::Links& list) {
-        QSet<QString> places;
-        for (const SyncServices::FileLink& link : list)
-            places.insert(PathKey(ResolveLink(link.Path, file.target)));
-        return places;
-    };
-    const QSet<QString> found = placesOf(links);
-    // Of a set the file stores one pattern: any member tells where it leads.
-    QSet<QString> foundSets;
-    for (const SyncServices::FileLink& link : std::as_const(links))
-        foundSets.insert(SetOf(link));
-    LinkReader::Links unseen;
-    for (const SyncServices::FileLink& link : asked) {
-        const QString set = SetOf(link);
-        if (!found.contains(PathKey(ResolveLink(link.Path, file.target))) &&
-            (set.isEmpty() || !foundSets.contains(set)))
-            unseen.append(link);
-    }
-    return placesOf(file.wantedLinks).contains(found) && IsWrittenUnseen(staged, unseen);
+    if (!file.skipsLinks)
+        for (const JobLink& link : file.links)
+            links.append(link.stored);
+    return !links.isEmpty() && m_links.DependOnPlace(links, staged.text);
 }
 
-/// Where a copy is made ready nothing stands as it will around its place, and a plug-in may take a
-/// link for another file's, or for one of an installed library. It is there when it can be written
-/// to lead elsewhere and back, and the file is then what it was.
-bool FileMaker::IsWrittenUnseen(const StagedFile& staged, const LinkReader::Links& links)
+/// False when the file has ended: it is not to be put in place.
+bool FileMaker::GiveLinks(StagedCopy& staged, Round round)
 {
-    if (links.isEmpty())
+    const JobFile& file = *staged.file;
+    if (round == Round::Last)
+        return WriteBeside(staged) || GiveUp(staged);
+    if (file.rewrites.isEmpty())
         return true;
-    LinkReader::Links others = links;
-    for (SyncServices::FileLink& link : others)
-        link.Path = QStringLiteral("elsewhere/") + QFileInfo(link.Path).fileName();
-    const QByteArray written = StampOf(staged.text, true).hash;
-    const bool wasMuted = m_control.IsMuted();
     m_control.Mute(true);
-    const bool isMoved = m_reader.Write(staged.text, others);
-    const QByteArray moved = StampOf(staged.text, true).hash;
-    const bool isBack = isMoved && m_reader.Write(staged.text, links);
-    m_control.Mute(wasMuted);
-    return isBack && !written.isEmpty() && !moved.isEmpty() && moved != written &&
-           StampOf(staged.text, true).hash == written;
-}
-
-/// The links of a copy stand in the order of its source, unless a plug-in finds others beside it:
-/// then their ids tell which is which. They are read where the copy stands.
-bool FileMaker::RewritesFor(const JobFile& file, LinkReader::Links& links)
-{
-    LinkReader::Links stored;
-    if (!m_reader.Read(file.target, stored))
+    staged.isRewritten = m_links.Write(file, staged.text, file.rewrites, {});
+    m_control.Mute(false);
+    if (staged.isRewritten)
+        return true;
+    if (IsStopped())
         return false;
-    const bool isInOrder = stored.size() == file.wantedLinks.size();
-    QHash<QString, QString> wanted;
-    for (const SyncServices::FileLink& link : file.wantedLinks)
-        wanted.insert(link.RefId, link.Path);
-    for (qsizetype i = 0; i < stored.size(); ++i) {
-        SyncServices::FileLink link = stored.at(i);
-        link.Path = isInOrder ? file.wantedLinks.at(i).Path : wanted.value(link.RefId, link.Path);
-        if (link.Path != stored.at(i).Path)
-            links.append(link);
-        wanted.remove(link.RefId);
-    }
-    // What the plug-in does not show beside other files is written as well when it has to change.
-    const CopyRecord* record = file.RecordOfCopy();
-    if (!isInOrder && record)
-        for (const SyncServices::FileLink& link : record->targetLinks)
-            if (wanted.contains(link.RefId) && wanted.value(link.RefId) != link.Path)
-                links.append({-1, link.RefId, wanted.value(link.RefId), {}});
-    return true;
+    // Some formats store paths that depend on where the file lies.
+    staged.isBeside = true;
+    return Take(staged) && (WriteBeside(staged) || GiveUp(staged));
 }
 
-bool FileMaker::Relink(JobFile& file)
+/// The links are read and written where they will be read from then on.
+bool FileMaker::WriteBeside(StagedCopy& staged)
 {
-    m_isFull = false;
+    const JobFile& file = *staged.file;
+    LinkReader::Links before;
+    const JobControl::Alias alias(m_control, staged.text, file.target);
+    const AliasLog log(CopyLinks::NamesFor(file, staged.text));
+    if (!staged.isBeside || !m_reader.Read(staged.text, before))
+        return false;
+    const LinkReader::Links changes = m_links.ChangesOf(file, before);
+    staged.isRewritten = !changes.isEmpty() && m_links.Write(file, staged.text, changes, before);
+    return changes.isEmpty() || staged.isRewritten;
+}
+
+/// The copy holds the links of its source for now.
+bool FileMaker::GiveUp(StagedCopy& staged)
+{
+    JobFile& file = *staged.file;
+    if (IsStopped())
+        return false;
+    if (!staged.isBeside)
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::LinksNotRewritten,
+                          file.target,
+                          QStringLiteral("The copy could not be made ready beside its place"),
+                          {}});
+    staged.isBeside = false;
+    staged.isRewritten = false;
+    // What stands at the target works; a copy with the links of the source would not.
+    if (file.targetStatus.Exists() && file.outcome != Outcome::Renamed) {
+        file.End(Outcome::Failed);
+        return false;
+    }
+    file.isPending = true;
+    return Take(staged);
+}
+
+/// True when it is ready to be put in place.
+bool FileMaker::RelinkCopy(StagedCopy& staged)
+{
+    JobFile& file = *staged.file;
     const std::filesystem::path target = Native(file.target);
     // Whoever changed it since it was looked at has made it a file of their own.
     if (!IsAsItWas(file.targetStatus, Base::ReadLinkStatus(target))) {
         file.End(Outcome::Failed, Remark::TargetChanged);
-        return true;
+        return false;
     }
-    StagedFile staged;
-    staged.file = &file;
-    staged.isRelink = true;
-    staged.wasPending = file.isPending;
-    staged.madeSource = file.sourceStamp;
-    staged.made = file.targetStamp;
-    staged.madeAt = file.recordedAt;
-    WriteOtherLinks(staged, target);
-    if (!m_isFull && (!file.isPending || file.RecordOfCopy()))
+    if (WriteOtherLinks(staged, target))
         return true;
+    if (!file.isPending || file.RecordOfCopy())
+        return false;
     // The copy is what this job made.
-    file.targetStamp = staged.made;
-    file.recordedAt = staged.madeAt;
-    return !m_isFull;
+    file.targetStamp = staged.before.targetStamp;
+    file.recordedAt = staged.before.recordedAt;
+    return false;
 }
 
-void FileMaker::WriteOtherLinks(StagedFile& staged, const std::filesystem::path& target)
+/// Copies the copy that is to get other links.
+bool FileMaker::TakeCopy(StagedCopy& staged)
+{
+    const JobFile& file = *staged.file;
+    NamePlace(staged);
+    Base::ContentHash hash;
+    const Base::FileResult copied =
+        Base::CopyUnchangedBytes(Native(file.target), staged.path, staged.source, &hash);
+    staged.stamp = StampOf(staged.source, &hash);
+    if (!IsFull(copied) && !copied && !IsStopped())
+        m_control.Report({Stage::RepathFiles,
+                          ProblemKind::LinksNotRewritten,
+                          file.target,
+                          QStringLiteral("Failed to copy: ") + Reason(file, copied),
+                          {}});
+    return static_cast<bool>(copied);
+}
+
+/// As a fresh copy gets its links, but that `read` was read where the copy lies.
+bool FileMaker::WriteAgain(StagedCopy& staged, const LinkReader::Links& links,
+                           const LinkReader::Links& read)
+{
+    const JobFile& file = *staged.file;
+    if (!m_links.DependOnPlace(read, staged.text)) {
+        m_control.Mute(true);
+        const bool isWritten = m_links.Write(file, staged.text, links, {});
+        m_control.Mute(false);
+        if (isWritten)
+            return true;
+    }
+    if (IsStopped())
+        return false;
+    staged.isBeside = true;
+    return TakeCopy(staged) && staged.isBeside && m_links.Write(file, staged.text, links, read);
+}
+
+/// Always false.
+bool FileMaker::FailToRewrite(JobFile& file)
+{
+    if (!IsStopped() && !m_isFull)
+        FilePlacer::FailToRewrite(file, false);
+    return false;
+}
+
+/// True when it is ready to be put in place.
+bool FileMaker::WriteOtherLinks(StagedCopy& staged, const std::filesystem::path& target)
 {
     JobFile& file = *staged.file;
     if (!Base::IsWritable(target)) {
@@ -313,50 +343,32 @@ void FileMaker::WriteOtherLinks(StagedFile& staged, const std::filesystem::path&
                           file.target,
                           QStringLiteral("The copy is read-only, and its links are old"),
                           {}});
-        return Batch::FailToRewrite(file, false);
+        FilePlacer::FailToRewrite(file, false);
+        return false;
     }
-    if (Base::IsFileLocked(target))
-        return Batch::FailToRewrite(file, true);
-    NamePlace(file, staged);
-    Base::ContentHash hash;
-    const Base::FileResult copied =
-        Base::CopyUnchangedBytes(target, staged.path, staged.source, &hash);
-    m_isFull = copied.Problem() == Base::FileProblem::NoSpace && !m_batch.IsEmpty();
-    if (m_isFull)
-        return;
-    if (!copied) {
-        m_control.Report({Stage::RepathFiles,
-                          ProblemKind::LinksNotRewritten,
-                          file.target,
-                          QStringLiteral("Failed to copy: ") + Reason(file, copied),
-                          {}});
-        return Batch::FailToRewrite(file, false);
+    if (Base::IsFileLocked(target)) {
+        FilePlacer::FailToRewrite(file, true);
+        return false;
     }
-    LinkReader::Links links;
-    const JobControl::Alias alias(m_control, staged.text, file.target);
-    if (!RewritesFor(file, links) || (!links.isEmpty() && !WriteLinks(file, staged, links)))
-        return Batch::FailToRewrite(file, false);
-    const CopyRecord* record = file.RecordOfCopy();
-    const FileStamp source = record ? record->sourceStamp : file.sourceStamp;
+    if (!TakeCopy(staged))
+        return FailToRewrite(file);
+    LinkReader::Links read;
+    if (!m_reader.Read(file.target, read))
+        return FailToRewrite(file);
+    const LinkReader::Links links = m_links.ChangesOf(file, read);
+    if (!links.isEmpty() && !WriteAgain(staged, links, read))
+        return FailToRewrite(file);
     file.isPending = false;
-    file.sourceStamp = source;
-    if (links.isEmpty()) {
-        // They are what they should be.
-        file.isDone = true;
-        file.deed = Deed::Nothing;
-        file.targetStamp = StampOf(staged.source, &hash);
-        return;
-    }
-    staged.isRewritten = true;
-    NoteStamps(file, staged);
-    m_batch.Add(staged);
-}
-
-void FileMaker::NoteStamps(JobFile& file, const StagedFile& staged) const
-{
-    file.targetStamp = StampOf(staged.text, staged.isRewritten);
-    if (!staged.isRewritten)
-        file.targetStamp.hash = file.sourceStamp.hash;
+    if (const CopyRecord* record = file.RecordOfCopy())
+        file.sourceStamp = record->sourceStamp;
+    staged.isRewritten = !links.isEmpty();
+    if (staged.isRewritten)
+        return true;
+    // They are what they should be.
+    file.isDone = true;
+    file.deed = Deed::Nothing;
+    file.targetStamp = staged.stamp;
+    return false;
 }
 
 } // namespace Halvern::Jobs

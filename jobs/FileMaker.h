@@ -3,13 +3,17 @@
 #pragma once
 
 #include "Batch.h"
+#include "CopyLinks.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
+#include "StagedCopy.h"
 #include "Staging.h"
 
 #include "base/FileCopy.h"
 #include "base/RootedFolder.h"
+
+#include <vector>
 
 namespace Halvern::Jobs {
 
@@ -18,42 +22,79 @@ namespace Halvern::Jobs {
 class FileMaker
 {
 public:
+    enum class Round
+    {
+        First,
+        /// All others are in their places.
+        Last,
+    };
+    enum class Made
+    {
+        /// It is in the batch, or has ended.
+        Now,
+        /// The links of the file depend on what stands around its target: nothing has happened,
+        /// and it is to be made last.
+        Later,
+        /// The disk is full as long as those that are ready wait: nothing has happened, and it is
+        /// to be tried again once the batch is complete.
+        Full,
+        Stopped,
+    };
+
     FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
               const Base::RootedFolder& cloud, Staging& staging, Batch& batch)
-        : m_job(job), m_control(control), m_reader(reader), m_cloud(cloud), m_staging(staging),
-          m_batch(batch)
+        : m_job(job), m_control(control), m_reader(reader), m_links(job, control, reader),
+          m_cloud(cloud), m_staging(staging), m_batch(batch)
     {}
 
     /// `made` gets those that were not there.
     bool MakeFolder(const JobFile& file, std::vector<std::filesystem::path>& made);
-    /// Makes the copy ready; the outcome says when that failed. False when the disk is full as long
-    /// as those that are ready wait: to be repeated once the batch is complete.
-    bool Make(JobFile& file);
-    /// Gives the copy that is at the target of the file the links that it should hold, if it still
-    /// is what it was when its status was noted. Needs no source. False as above.
-    bool Relink(JobFile& file);
+    /// Makes the copy ready; the outcome says when that failed. When the job was stopped meanwhile
+    /// the file is as it was.
+    [[nodiscard]] Made Make(JobFile& file, Round round);
+    /// The same for the copy that is at the target of the file and is to get the links that it
+    /// should hold, if it still is what it was when its status was noted. Needs no source.
+    [[nodiscard]] Made Relink(JobFile& file);
 
 private:
-    void NamePlace(JobFile& file, StagedFile& staged) const;
-    bool Take(JobFile& file, StagedFile& staged);
-    bool WriteLinks(JobFile& file, const StagedFile& staged, const LinkReader::Links& links);
-    bool HoldsLinks(const JobFile& file, const StagedFile& staged, const LinkReader::Links& asked);
-    bool IsWrittenUnseen(const StagedFile& staged, const LinkReader::Links& links);
-    bool RewritesFor(const JobFile& file, LinkReader::Links& links);
-    void TakeAndRewrite(JobFile& file);
-    void WriteOtherLinks(StagedFile& staged, const std::filesystem::path& target);
-    void NoteStamps(JobFile& file, const StagedFile& staged) const;
+    /// How far a copy has come.
+    enum class State
+    {
+        Ready,
+        Ended,
+        Later,
+    };
+
+    Made HandOver(StagedCopy staged, State state);
+    State MakeCopy(StagedCopy& staged, Round round);
+    bool RelinkCopy(StagedCopy& staged);
+    bool IsStopped();
+    bool IsFull(const Base::FileResult& copied);
+    void NamePlace(StagedCopy& staged) const;
+    bool Take(StagedCopy& staged);
+    bool MakeFolderOf(JobFile& file);
+    bool DependsOnPlace(const StagedCopy& staged);
+    bool GiveLinks(StagedCopy& staged, Round round);
+    bool WriteBeside(StagedCopy& staged);
+    bool GiveUp(StagedCopy& staged);
+    bool TakeCopy(StagedCopy& staged);
+    bool WriteAgain(StagedCopy& staged, const LinkReader::Links& links,
+                    const LinkReader::Links& read);
+    bool WriteOtherLinks(StagedCopy& staged, const std::filesystem::path& target);
+    bool FailToRewrite(JobFile& file);
+    void FailToCopy(JobFile& file, const Base::FileResult& why);
     void Fail(JobFile& file, FileLink::ProblemKind kind, const QString& text);
     QString Reason(const JobFile& file, const Base::FileResult& failure) const;
-    void FailToCopy(JobFile& file, const Base::FileResult& why);
-    std::filesystem::path Below(const QString& target) const;
 
     const JobState& m_job;
     JobControl& m_control;
     LinkReader& m_reader;
+    CopyLinks m_links;
     const Base::RootedFolder& m_cloud;
     Staging& m_staging;
     Batch& m_batch;
+    /// Of the file that is being made.
+    bool m_isStopped = false;
     bool m_isFull = false;
 };
 

@@ -130,6 +130,7 @@ JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Prob
     result.summary.databaseError = run.DatabaseError();
     result.summary.problems = WithoutDatabase(std::move(problems), result.summary.databaseError);
     result.summary.registrationFaults = ListRegistrationFaults(session);
+    result.summary.warnings = session.Warnings();
     result.summary.conflicts = plan.conflicts.size();
     result.summary.findings = plan.findings;
     result.summary.cancelled = run.State().cancelled;
@@ -152,6 +153,7 @@ const Plan& ImportJob::MakePlan()
     state.begun = true;
     RequireSync();
     RequirePatterns(state.request.exclude);
+    RequireFolders(state.request.within);
     QList<LeftOutItem> gone;
     const Sources sources = CheckedSources(state.SourcesToTake(gone));
     const QString target = CheckedTarget(state.request.target);

@@ -2,21 +2,16 @@
 
 #include "JobRun.h"
 
-#include "Batch.h"
 #include "Closure.h"
+#include "Conclusion.h"
 #include "DiskFlush.h"
-#include "FileMaker.h"
-#include "FileStamps.h"
-#include "LinkPlanning.h"
-#include "Orphans.h"
-#include "OwnRecords.h"
+#include "Execution.h"
 #include "Paths.h"
 #include "Preflight.h"
-#include "RealPaths.h"
+#include "Pruning.h"
 #include "Results.h"
-#include "SelectionWalk.h"
+#include "SelectedFiles.h"
 #include "SourceRemoval.h"
-#include "Targets.h"
 
 #include "corsync/JobError.h"
 
@@ -25,15 +20,14 @@
 #include "syncservices/SyncManager.h"
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QSet>
 
 #include <algorithm>
+#include <utility>
 
 namespace Halvern::Jobs {
 
 using FileLink::FileLinkImporter;
 using SyncFolderManagerLib::FolderManager;
-using SyncServices::SyncManager;
 
 namespace {
 
@@ -41,20 +35,6 @@ bool IsAnythingToBeDone(const JobState& job)
 {
     return std::any_of(job.files.begin(), job.files.end(),
                        [](const JobFile& file) { return file.deed != Deed::Nothing; });
-}
-
-/// Nobody saved the copy since the stamp was taken.
-bool IsStamped(const Base::FileStatus& copy, const FileStamp& stamp)
-{
-    return copy.kind == Base::FileKind::File && qint64(copy.size) == stamp.bytes &&
-           copy.modified == stamp.modified;
-}
-
-void TakeStamps(JobFile& file, const CopyRecord& record)
-{
-    file.sourceStamp = record.sourceStamp;
-    file.targetStamp = record.targetStamp;
-    file.recordedAt = record.recordedAt;
 }
 
 std::unique_ptr<FileLinkImporter> MakeImporter(const std::shared_ptr<JobControl>& control,
@@ -128,7 +108,8 @@ void JobRun::Plan(const Sources& sources, const QList<LeftOutItem>& gone, const 
     m_state.request.sources = sources.outermost;
     m_state.leftOut = gone;
     m_state.target = target;
-    if (IsStopped() || !TakeSelection(sources) || !FindLinkedFiles(sources.outermost))
+    const Base::WorkWatch::Scope watched(*m_control);
+    if (IsStopped() || !TakeSelection(m_state, *m_control, sources) || !FindLinkedFiles(sources.outermost))
         return;
     m_control->BeginPhase(Phase::LayingOut, 0);
     if (!m_layout.Assign()) {
@@ -140,35 +121,6 @@ void JobRun::Plan(const Sources& sources, const QList<LeftOutItem>& gone, const 
     }
     Decide({});
     RequireWholePlan();
-}
-
-bool JobRun::TakeSelection(const Sources& sources)
-{
-    m_control->BeginPhase(Phase::ReadingSelection, 0);
-    const SelectionListing listing = WalkSelection(
-        sources.outermost, ExcludeRules(m_state.request.exclude),
-        [this] { return m_control->IsCancelRequested(); }, sources.inside);
-    m_state.leftOut += listing.leftOut;
-    const OwnRecords own(sources.outermost);
-    for (const SelectedEntry& entry : listing.entries) {
-        if (own.Holds(entry.source)) {
-            if (own.Is(entry.source))
-                m_state.leftOut.append({entry.source, Remark::OwnRecord});
-            continue;
-        }
-        JobFile file;
-        file.source = entry.source;
-        file.target = m_state.target + u'/' + entry.name;
-        file.isSelected = true;
-        file.isFolder = entry.isFolder;
-        file.isNestedFolder = entry.isFolder && entry.isNested;
-        file.isHidden = entry.isHidden;
-        file.status = Base::ReadFileStatus(Native(entry.source));
-        m_state.files.Add(std::move(file));
-    }
-    m_state.selectionRead = true;
-    m_state.cancelled = !listing.isComplete;
-    return listing.isComplete;
 }
 
 bool JobRun::FindLinkedFiles(const QStringList& sources)
@@ -193,23 +145,42 @@ void JobRun::RequireWholePlan() const
 void JobRun::Decide(const Answers& answers)
 {
     m_control->BeginPhase(Phase::LookingForConflicts, 0);
+    const Base::WorkWatch::Scope watched(*m_control);
     Decisions decisions(m_state, *m_control, m_reader, m_layout, m_copies);
     m_state.cancelled = !decisions.Make(answers) || m_control->StoppedJob();
     if (m_state.request.move && !m_state.cancelled)
         SourceRemoval(m_state, *m_control).Foresee();
+    if (m_state.request.prune && !m_state.cancelled)
+        Pruning(m_state).Foresee();
+    if (m_control->StoppedJob()) {
+        m_state.cancelled = true;
+        ForgetForeseen();
+    }
     m_conflicts = decisions.Conflicts();
     m_findings = m_state.cancelled ? QList<Finding>() : LookAhead(m_state);
 }
 
 bool JobRun::MayBegin()
 {
-    return !IsStopped();
+    if (!IsStopped())
+        return true;
+    ForgetForeseen();
+    return false;
+}
+
+/// What a plan would prune is not pruned yet.
+void JobRun::ForgetForeseen()
+{
+    m_state.pruned.clear();
+    m_state.notPruned.clear();
 }
 
 void JobRun::Execute(Results& results)
 {
     m_database->AllowWrites();
     m_state.executed = true;
+    ForgetForeseen();
+    const Base::WorkWatch::Scope watched(*m_control);
     Base::RootedFolder cloud;
     const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));
     Staging staging(cloud);
@@ -230,20 +201,9 @@ void JobRun::Execute(Results& results)
         static_cast<void>(m_ledger->NoteLinkedNoMore(m_state.lostCopies));
     const SyncServices::BaseStoreRun run;
     DiskFlush flush(cloud, m_state.request.flush);
-    Batch batch(m_state, *m_control, cloud, staging, flush);
-    FileMaker maker(m_state, *m_control, m_reader, cloud, staging, batch);
-    m_flush = &flush;
-    m_batch = &batch;
-    m_maker = &maker;
-    MakeFolders();
-    const bool copied = MakeFiles(results, Deed::Copy);
-    RelinkAroundFailures();
-    if (copied && MakeFiles(results, Deed::Relink))
-        NoteUnchanged();
-    Finish(results, cloud);
-    m_maker = nullptr;
-    m_batch = nullptr;
-    m_flush = nullptr;
+    const JobMeans means{m_state, *m_control, m_reader, m_journal, m_records, results};
+    Execution(means, cloud, staging, flush).Run();
+    Conclusion(means, m_copies, cloud, flush).Draw([this] { return DatabaseError(); });
 }
 
 bool JobRun::HasAnythingToWrite() const
@@ -269,14 +229,6 @@ void JobRun::FailUnrecorded()
         SourceRemoval(m_state, *m_control).KeepRest();
 }
 
-bool JobRun::HasFailed() const
-{
-    return !DatabaseError().isEmpty() ||
-           std::any_of(m_state.files.begin(), m_state.files.end(), [](const JobFile& file) {
-               return file.outcome == Outcome::Failed && !file.isDropped;
-           });
-}
-
 void JobRun::FailToBegin(const Base::FileResult& why)
 {
     m_control->Report({FileLink::Stage::CopyFiles,
@@ -287,307 +239,6 @@ void JobRun::FailToBegin(const Base::FileResult& why)
     for (JobFile& file : m_state.files)
         if (file.deed != Deed::Nothing)
             file.End(Outcome::Failed, Remark::FolderNotMade, m_state.cloudFolder);
-}
-
-void JobRun::MakeFolders()
-{
-    if (m_state.request.linksOnly)
-        return;
-    for (JobFile& file : m_state.files) {
-        if (!file.isFolder || file.isDropped || m_control->IsCancelRequested())
-            continue;
-        std::vector<std::filesystem::path> made;
-        if (!m_maker->MakeFolder(file, made))
-            file.End(Outcome::Failed, Remark::FolderNotMade);
-        for (const std::filesystem::path& folder : made)
-            m_flush->AddName(folder);
-    }
-}
-
-bool JobRun::MakeFiles(Results& results, Deed deed)
-{
-    const auto isMeant = [&](const JobFile& file) { return !file.isFolder && file.deed == deed; };
-    m_control->BeginPhase(deed == Deed::Copy ? Phase::Copying : Phase::RewritingLinks,
-                          std::count_if(m_state.files.begin(), m_state.files.end(), isMeant));
-    if (IsStopped())
-        return false;
-    m_untold.clear();
-    for (JobFile& file : m_state.files) {
-        const bool isToBeMade = isMeant(file);
-        if (isToBeMade || (deed == Deed::Copy && file.deed == Deed::Nothing))
-            m_untold.push_back(&file);
-        if (!isToBeMade) {
-            TellSettled(results);
-            continue;
-        }
-        if (IsStopped())
-            return CompleteBatch(results) && false;
-        const qint64 bytes = qint64(file.status.size);
-        const auto make = [&] {
-            return deed == Deed::Copy ? m_maker->Make(file) : m_maker->Relink(file);
-        };
-        if (!make() && (!CompleteBatch(results) || !make()))
-            return false;
-        if (file.isDone && file.deed == Deed::Nothing)
-            m_records.Note(file);
-        TellSettled(results);
-        m_control->Step(bytes);
-        if (m_batch->IsFull() && !CompleteBatch(results))
-            return false;
-    }
-    return CompleteBatch(results);
-}
-
-/// Observers hear of files in the order of the plan.
-void JobRun::TellSettled(Results& results)
-{
-    for (; !m_untold.empty() && m_untold.front()->deed == Deed::Nothing; m_untold.pop_front())
-        results.Tell(*m_untold.front());
-}
-
-void JobRun::TellOfWaiting()
-{
-    const QStringList living = m_journal.Living(m_state.cloudFolder);
-    const QString who =
-        living.isEmpty() ? QStringLiteral("another import") : living.join(QStringLiteral(", "));
-    m_control->Tell([&](IJobObserver& observer) { observer.Waiting(who); });
-}
-
-/// False when the job is cancelled: what is ready then gets no name any more.
-bool JobRun::CompleteBatch(Results& results)
-{
-    Batch::Hooks hooks;
-    hooks.waits = [this] { TellOfWaiting(); };
-    hooks.mayGoOn = [this] { return !IsStopped(); };
-    hooks.announce = [this](const std::vector<const StagedFile*>& ready) {
-        return m_records.Commit(ready);
-    };
-    hooks.done = [&](const StagedFile& staged) {
-        if (staged.file->isDone)
-            m_records.Note(*staged.file);
-        else
-            m_records.NoteSettled(*staged.file);
-        TellSettled(results);
-    };
-    return m_batch->Complete(hooks);
-}
-
-/// A file that could not be copied is not where the links of others were to lead: those say again
-/// what they say in the source.
-void JobRun::RelinkAroundFailures()
-{
-    const auto isFailed = [](const JobFile& file) { return file.outcome == Outcome::Failed; };
-    if (!std::any_of(m_state.files.begin(), m_state.files.end(), isFailed))
-        return;
-    QList<QList<SyncServices::FileLink>> written;
-    for (const JobFile& file : m_state.files)
-        written.append(file.wantedLinks);
-    PlanLinks(m_state);
-    for (qsizetype place = 0; place < m_state.files.Size(); ++place) {
-        JobFile& file = m_state.files.At(place);
-        if (!file.isDone || file.isPending || file.wantedLinks == written.at(place))
-            continue;
-        file.targetStatus = Base::ReadLinkStatus(Native(file.target));
-        if (IsStamped(file.targetStatus, file.targetStamp))
-            file.deed = Deed::Relink;
-        else
-            file.End(Outcome::Failed, Remark::TargetChanged);
-    }
-}
-
-/// Copies that somebody else made, times that changed without the content, and records that cannot
-/// tell by the time whether a file changed. What was saved since it was compared is left to the
-/// next import: recorded as it is now, it would pass for what was compared.
-void JobRun::NoteUnchanged()
-{
-    const auto isSound = [](const FileStamp& now, const FileStamp& recorded, qint64 recordedAt) {
-        return now.modified == recorded.modified && !IsRacy(recorded, recordedAt);
-    };
-    for (JobFile& file : m_state.files) {
-        if (file.isFolder || file.outcome != Outcome::Unchanged || file.isDone || file.wasMoved)
-            continue;
-        // What was adopted is not in the ledger yet.
-        const CopyRecord* record = file.record && file.record->id >= 0 ? &*file.record : nullptr;
-        const bool isAsBefore = record && record->origin == OriginOf(file, m_state);
-        const bool isRead =
-            isAsBefore && (!file.linksKnown || (record->readers == file.readers &&
-                                                record->linksState == file.linksState));
-        if (isRead &&
-            isSound(StampOf(file.source, false), record->sourceStamp, record->recordedAt) &&
-            isSound(StampOf(file.target, false), record->targetStamp, record->recordedAt)) {
-            // With the hashes, when a move notes it again.
-            TakeStamps(file, *record);
-            continue;
-        }
-        // What this project cannot read another one has read.
-        if (record && file.linksKnown && file.linksState != LinksState::Read &&
-            PathKey(record->project) != PathKey(m_state.target)) {
-            TakeStamps(file, *record);
-            continue;
-        }
-        file.recordedAt = ClockNow();
-        file.sourceStamp = StampOf(file.source, true);
-        file.targetStamp = StampOf(file.target, true);
-        if (!IsStamped(Base::ReadLinkStatus(Native(file.target)), StampOf(file.targetStatus)))
-            file.End(Outcome::Failed, Remark::TargetChanged);
-        else if (Base::ReadFileStatus(Native(file.source)) == file.status)
-            m_records.Note(file);
-        else if (record)
-            TakeStamps(file, *record);
-    }
-}
-
-void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
-{
-    m_control->BeginPhase(Phase::Recording, 0);
-    // What was done is recorded also when the job was cancelled.
-    m_control->GoOn();
-    const bool secured = SecureCopies();
-    const bool recorded = secured && m_records.Commit();
-    if (secured)
-        static_cast<void>(m_records.Finish());
-    // Copies that could not be made anew link what they linked.
-    if (!m_state.cancelled)
-        m_state.orphans = Orphans(m_state, m_copies).Find();
-    if (m_state.request.move)
-        MoveSources(results, cloud, recorded);
-    if (m_state.request.prune && !m_state.cancelled && recorded)
-        Prune(cloud);
-    // Otherwise the next job sees to what may be on the disk or not.
-    if (secured)
-        static_cast<void>(m_records.End(recorded && !HasFailed()));
-    results.TellRest();
-}
-
-/// Whatever the records will say, and whatever is deleted because of it, is on the disk before.
-/// Copies that are older than this job may not have reached it either.
-bool JobRun::SecureCopies()
-{
-    for (const JobFile& file : m_state.files)
-        if (m_state.request.move && !file.isFolder && file.outcome == Outcome::Unchanged) {
-            m_flush->AddFile(BelowCloudFolder(file.target));
-            m_flush->AddName(BelowCloudFolder(file.target));
-        }
-    const Base::FileResult secured = m_flush->Run();
-    if (secured)
-        return true;
-    m_control->Report({FileLink::Stage::CopyFiles,
-                       FileLink::ProblemKind::NotCopied,
-                       {},
-                       QStringLiteral("A power cut may take back what was copied: ") +
-                           QString::fromStdString(secured.Text()),
-                       {}});
-    m_records.Drop();
-    return false;
-}
-
-void JobRun::MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded)
-{
-    if (!isRecorded || m_state.cancelled || !DatabaseError().isEmpty()) {
-        SourceRemoval(m_state, *m_control).KeepRest();
-        return;
-    }
-    FindChangedCopies(cloud);
-    RemoveSources(results);
-}
-
-/// A source may go when its copy still stands under its name.
-void JobRun::FindChangedCopies(const Base::RootedFolder& cloud)
-{
-    for (JobFile& file : m_state.files) {
-        const bool isCopy = file.isDone || file.outcome == Outcome::Unchanged;
-        if (file.isFolder || file.wasMoved || file.isPending || !isCopy)
-            continue;
-        Base::FileStatus status;
-        if (!cloud.Status(BelowCloudFolder(file.target), status) ||
-            !IsStamped(status, file.targetStamp))
-            file.End(Outcome::Failed, Remark::TargetChanged);
-    }
-}
-
-/// What is gone must be known as moved also when the process is killed right after: it is noted
-/// before, and taken back for what stays.
-void JobRun::RemoveSources(Results& results)
-{
-    const auto note = [&](JobFile& file, bool isMoved) {
-        file.sourceDeleted = isMoved;
-        m_records.Note(file);
-    };
-    const auto announced = [&](const QList<JobFile*>& files) {
-        for (JobFile* file : files)
-            note(*file, true);
-        return m_records.Commit();
-    };
-    SourceRemoval(m_state, *m_control).Remove(announced, [&](JobFile& file) {
-        // Another import that moves it may have been faster.
-        if (!file.sourceDeleted)
-            note(file, !ExistsOnDisk(file.source));
-        results.Tell(file);
-    });
-}
-
-std::filesystem::path JobRun::BelowCloudFolder(const QString& path) const
-{
-    return Native(path.mid(m_state.cloudFolder.size() + 1));
-}
-
-bool JobRun::MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const
-{
-    return status.kind == Base::FileKind::File &&
-           IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
-                            m_state.request.checksum);
-}
-
-/// False when it must stay. `status` is what was kept.
-bool JobRun::KeepOrphan(const Base::RootedFolder& cloud, const Orphan& orphan,
-                        Base::FileStatus& status, QString& version)
-{
-    const QString& target = orphan.record.target;
-    if (orphan.isStillLinked || !cloud.Status(BelowCloudFolder(target), status))
-        return false;
-    QString reason;
-    // What somebody changed is not this library's any more.
-    if (!MayBePruned(orphan.record, status))
-        reason = QStringLiteral("it was changed since it was copied");
-    else if (SyncManager::GetInstance()->KeepVersion(target, &version, &reason))
-        m_flush->AddOutside(version);
-    if (reason.isEmpty())
-        return true;
-    m_state.notPruned.insert(target, reason);
-    return false;
-}
-
-void JobRun::Prune(const Base::RootedFolder& cloud)
-{
-    QList<std::pair<CopyRecord, QString>> kept;
-    QList<Base::FileStatus> statuses;
-    for (const Orphan& orphan : std::as_const(m_state.orphans)) {
-        Base::FileStatus status;
-        QString version;
-        if (!KeepOrphan(cloud, orphan, status, version))
-            continue;
-        kept.append({orphan.record, version});
-        statuses.append(status);
-    }
-    const Base::FileResult flushed = m_flush->Run();
-    const bool isAnnounced = flushed && m_records.AnnouncePruned(kept);
-    for (qsizetype i = 0; i < kept.size(); ++i) {
-        const QString& target = kept.at(i).first.target;
-        const std::filesystem::path copy = BelowCloudFolder(target);
-        Base::FileStatus now;
-        if (!isAnnounced)
-            m_state.notPruned.insert(target, flushed ? QStringLiteral("it could not be recorded")
-                                                     : QString::fromStdString(flushed.Text()));
-        else if (!cloud.Status(copy, now) || now != statuses.at(i))
-            m_state.notPruned.insert(target, QStringLiteral("it changed while it was kept"));
-        else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
-            m_state.notPruned.insert(target, QString::fromStdString(removed.Text()));
-        else {
-            m_state.pruned.append(target);
-            m_records.NotePruned(i);
-        }
-    }
-    m_records.Forget(m_state.pruned);
 }
 
 } // namespace Halvern::Jobs

@@ -22,20 +22,16 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-#include <deque>
 #include <memory>
 
 namespace Halvern::Jobs {
 
-class Batch;
-class DiskFlush;
-class FileMaker;
 class Results;
 
 /// Drives one job from the selection to its records:
 ///
 ///     Plan      WalkSelection, Closure, Layout, Decisions, LookAhead: nothing is written
-///     Execute   folders and files (FileMaker), Records, SourceRemoval
+///     Execute   Execution: folders and files; Conclusion: Records, SourceRemoval, Pruning
 ///
 /// The module reads and rewrites links, assigns targets and updates the sync database; what it does
 /// with a set of files as a whole beyond that, it is not asked to. A cancel ends either step before
@@ -73,31 +69,13 @@ public:
     void NoteExitCode(int code) { m_journal.NoteExitCode(code); }
 
 private:
-    bool HasAnythingToWrite() const;
-    void FailUnrecorded();
-    bool HasFailed() const;
-    bool TakeSelection(const Sources& sources);
     bool FindLinkedFiles(const QStringList& sources);
     void RequireWholePlan() const;
     bool IsStopped();
+    void ForgetForeseen();
     void FailToBegin(const Base::FileResult& why);
-    void MakeFolders();
-    bool MakeFiles(Results& results, Deed deed);
-    bool CompleteBatch(Results& results);
-    void TellSettled(Results& results);
-    void TellOfWaiting();
-    void RelinkAroundFailures();
-    void NoteUnchanged();
-    void Finish(Results& results, const Base::RootedFolder& cloud);
-    bool SecureCopies();
-    void FindChangedCopies(const Base::RootedFolder& cloud);
-    std::filesystem::path BelowCloudFolder(const QString& path) const;
-    void MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded);
-    void RemoveSources(Results& results);
-    bool KeepOrphan(const Base::RootedFolder& cloud, const Orphan& orphan, Base::FileStatus& status,
-                    QString& version);
-    bool MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const;
-    void Prune(const Base::RootedFolder& cloud);
+    bool HasAnythingToWrite() const;
+    void FailUnrecorded();
 
     JobState m_state;
     std::shared_ptr<JobControl> m_control;
@@ -112,12 +90,6 @@ private:
     LinkReader m_reader;
     Layout m_layout;
     Records m_records;
-    /// While the plan is executed.
-    FileMaker* m_maker = nullptr;
-    Batch* m_batch = nullptr;
-    DiskFlush* m_flush = nullptr;
-    /// Of the phase, in their order.
-    std::deque<JobFile*> m_untold;
     QList<Conflict> m_conflicts;
     QList<Finding> m_findings;
 };

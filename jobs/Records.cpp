@@ -168,10 +168,10 @@ void Records::NoteSettled(JobFile& file)
                       file.sourceDeleted, file.targetStamp});
 }
 
-bool Records::Commit(const std::vector<const StagedFile*>& ready)
+bool Records::Commit(const std::vector<const StagedCopy*>& ready)
 {
     QList<ReadyFile> announced;
-    for (const StagedFile* staged : ready)
+    for (const StagedCopy* staged : ready)
         announced.append(
             {m_job.files.PlaceOf(*staged->file), staged->version, RecordOf(*staged->file, m_job)});
     const bool written = m_journal.Advance(m_noted, m_settled, announced);

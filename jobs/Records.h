@@ -33,7 +33,7 @@ public:
     void NoteSettled(JobFile& file);
     /// Writes what was noted, and what is about to be placed. False when the database refused.
     /// Requires: what was noted is on the disk.
-    bool Commit(const std::vector<const StagedFile*>& ready = {});
+    bool Commit(const std::vector<const StagedCopy*>& ready = {});
     /// Orphans that are about to be taken out of the cloud folder: targets, and where the base
     /// store has them.
     bool AnnouncePruned(const QList<std::pair<CopyRecord, QString>>& orphans);

@@ -62,10 +62,12 @@ JobFile UnreadFile(const CopyRecord& record)
     return file;
 }
 
-void TakePending(const QList<CopyRecord>& records, JobState& job)
+void TakePending(const QList<CopyRecord>& records, JobState& job, const JobControl& control)
 {
     for (const CopyRecord& record : records)
-        if (record.isRewritePending)
+        if (control.StoppedJob())
+            return;
+        else if (record.isRewritePending)
             job.files.Add(PendingFile(record));
         else if (record.linksState == LinksState::Failed && ExistsOnDisk(record.target))
             job.files.Add(UnreadFile(record));
@@ -103,8 +105,9 @@ struct Attempt
 
     bool Begin(const QString& staging);
     void Note(const JobFile& file);
-    bool Commit(const std::vector<const StagedFile*>& ready);
+    bool Commit(const std::vector<const StagedCopy*>& ready);
     Batch::Hooks Hooks();
+    bool Rewrite(JobFile& file, Batch& batch, FileMaker& maker);
     void RewriteIn(Batch& batch, FileMaker& maker);
     void RewriteAll();
 };
@@ -139,10 +142,10 @@ void Attempt::Note(const JobFile& file)
                     file.targetStamp});
 }
 
-bool Attempt::Commit(const std::vector<const StagedFile*>& ready)
+bool Attempt::Commit(const std::vector<const StagedCopy*>& ready)
 {
     QList<ReadyFile> announced;
-    for (const StagedFile* staged : ready)
+    for (const StagedCopy* staged : ready)
         announced.append(
             {job.files.PlaceOf(*staged->file), staged->version, RecordAfter(*staged->file)});
     const bool written = journal.Advance(records, settled, announced);
@@ -153,41 +156,45 @@ bool Attempt::Commit(const std::vector<const StagedFile*>& ready)
 
 Batch::Hooks Attempt::Hooks()
 {
-    return {[this](const std::vector<const StagedFile*>& ready) { return Commit(ready); },
+    return {[this](const std::vector<const StagedCopy*>& ready) { return Commit(ready); },
             [this] {
                 const QString whom = journal.Living(job.cloudFolder).join(QStringLiteral(", "));
                 control.Tell([&](IJobObserver& observer) {
                     observer.Waiting(whom.isEmpty() ? QStringLiteral("another import") : whom);
                 });
             },
-            [this] {
-                job.cancelled = control.IsCancelRequested();
-                return !job.cancelled;
-            },
-            [this](const StagedFile& staged) {
+            [this] { return !control.IsCancelRequested(); },
+            [this](const StagedCopy& staged) {
                 Note(*staged.file);
                 results.Tell(*staged.file);
             }};
 }
 
+bool Attempt::Rewrite(JobFile& file, Batch& batch, FileMaker& maker)
+{
+    using Made = FileMaker::Made;
+    control.BeginFile(0);
+    const bool isMeant = file.deed == Deed::Relink;
+    Made made = isMeant ? maker.Relink(file) : Made::Now;
+    if (made == Made::Full)
+        made = batch.Complete(Hooks()) ? maker.Relink(file) : Made::Stopped;
+    if (made == Made::Stopped)
+        return false;
+    if (file.deed == Deed::Nothing && isMeant)
+        Note(file);
+    if (file.deed == Deed::Nothing)
+        results.Tell(file);
+    control.EndFile();
+    return !batch.IsFull() || batch.Complete(Hooks());
+}
+
 void Attempt::RewriteIn(Batch& batch, FileMaker& maker)
 {
-    const Batch::Hooks hooks = Hooks();
-    for (JobFile& file : job.files) {
-        if (!hooks.mayGoOn())
+    for (JobFile& file : job.files)
+        if (control.IsCancelRequested() || !Rewrite(file, batch, maker))
             break;
-        const bool isMeant = file.deed == Deed::Relink;
-        if (isMeant && !maker.Relink(file) && batch.Complete(hooks))
-            static_cast<void>(maker.Relink(file));
-        if (file.deed == Deed::Nothing && isMeant)
-            Note(file);
-        if (file.deed == Deed::Nothing)
-            results.Tell(file);
-        control.Step(0);
-        if (batch.IsFull() && !batch.Complete(hooks))
-            break;
-    }
-    static_cast<void>(batch.Complete(hooks));
+    static_cast<void>(batch.Complete(Hooks()));
+    job.cancelled = control.StoppedJob();
 }
 
 void Attempt::RewriteAll()
@@ -206,6 +213,8 @@ void Attempt::RewriteAll()
     FileMaker maker(job, control, reader, cloud, staging, batch);
     control.BeginPhase(Phase::RewritingLinks, job.files.Size());
     RewriteIn(batch, maker);
+    // What was done is recorded also when the job was cancelled.
+    control.GoOn();
     if (const Base::FileResult flushed = flush.Run(); !flushed) {
         control.Report({FileLink::Stage::RepathFiles,
                         FileLink::ProblemKind::LinksNotRewritten,
@@ -240,13 +249,14 @@ JobResult RetryRewrites(const Session& session, const QString& folder, IJobObser
     FileLink::FileLinkImporter importer(control);
     importer.SetProblemSink(control);
     LinkReader reader(importer);
+    const Base::WorkWatch::Scope watched(*control);
     const std::unique_ptr<Ledger> ledger = OpenLedger();
     Journal journal(*ledger);
     QList<CopyRecord> taken;
     const QList<InterruptedRun> interrupted = journal.FindInterrupted(job.cloudFolder, taken);
     QList<CopyRecord> records = WithTaken(ledger->ReadAll(job.cloudFolder), taken);
     records.removeIf([&](const CopyRecord& record) { return !LiesIn(record.target, below); });
-    TakePending(records, job);
+    TakePending(records, job, *control);
     job.target = below;
     Results results(job, *control);
     if (job.files.Size() > 0)

@@ -32,7 +32,9 @@ public:
     /// Empty when there is none.
     std::filesystem::path PlaceToWait();
     /// The same as the first beside a target below the cloud folder, whose folder exists: some
-    /// formats store paths that depend on where the file lies. One at a time.
+    /// formats store paths that depend on where the file lies. What is left of it when the job ends
+    /// goes, and whatever a plug-in has put beside it under a name that begins with its own. Empty
+    /// when that cannot be noted for whoever cleans up.
     std::filesystem::path PlaceBeside(const std::filesystem::path& target) const;
     /// The same for a copy that lies on the disk of its target, which is another one, and is not
     /// alone there. Empty when there is none.
@@ -53,7 +55,7 @@ private:
     bool Clear(const std::filesystem::path& folder) const;
     bool ClearReady(const std::filesystem::path& folder) const;
     bool RemoveBeside(const std::filesystem::path& folder) const;
-    bool NoteBeside(const std::filesystem::path& place) const;
+    bool NoteFolder(const std::filesystem::path& folder) const;
 
     const Base::RootedFolder& m_cloud;
     std::filesystem::path m_folder;

@@ -68,6 +68,8 @@ enum class Remark
     LinkToNothing,
     /// Skipped: neither a file nor a folder.
     NoFile,
+    /// Failed: a source that was given, and is neither a file nor a folder.
+    SourceNoFile,
     /// Skipped: a pattern excludes it.
     Excluded,
     /// Skipped: the sync database or the base store, in a source folder.
@@ -132,6 +134,9 @@ enum class Remark
     LinkSetAside,
     /// Orphaned: it is not pruned, because another copy links it.
     StillLinked,
+    /// Failed: the file that stands at the target is read-only. Or in place, with links that are to
+    /// be rewritten, and cannot be for that reason.
+    TargetReadOnly,
 };
 
 /// Why the source of a file stays that a move was to delete.
@@ -312,7 +317,8 @@ struct LeftOutItem
     bool IsFailure() const
     {
         return remark == Remark::ColonInName || remark == Remark::NotReadable ||
-               remark == Remark::NameNotText || remark == Remark::Vanished;
+               remark == Remark::NameNotText || remark == Remark::Vanished ||
+               remark == Remark::SourceNoFile;
     }
 };
 
