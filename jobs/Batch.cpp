@@ -5,7 +5,9 @@
 #include "Turn.h"
 
 #include "base/NativePath.h"
+#include "base/Space.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Halvern::Jobs {
@@ -17,12 +19,23 @@ constexpr std::size_t MostFiles = 2000;
 constexpr qint64 MostBytes = qint64(256) << 20;
 constexpr qint64 LongestWait = 2000;
 
+/// What waits must leave room for what is kept of the files that it replaces.
+qint64 BytesThatMayWait(const std::filesystem::path& folder)
+{
+    Base::Space space;
+    if (!Base::ReadSpace(folder, space) || !space.freeBytes)
+        return MostBytes;
+    return qint64(std::min(std::uint64_t(MostBytes), std::uint64_t(*space.freeBytes) / 4));
+}
+
 } // namespace
 
 void Batch::Add(StagedCopy staged)
 {
-    if (m_files.empty())
+    if (m_files.empty()) {
         m_sinceFirst.start();
+        m_mostBytes = BytesThatMayWait(m_cloud.Path());
+    }
     // The next one is made ready alone, too: plug-ins look at what lies beside a file.
     const std::filesystem::path aside =
         staged.isAside ? staged.place : m_staging.SetAside(staged.place);
@@ -38,8 +51,9 @@ void Batch::Add(StagedCopy staged)
 
 bool Batch::IsFull() const
 {
-    return m_cannotWait || m_files.size() >= MostFiles || m_bytes >= MostBytes ||
-           (!m_files.empty() && m_sinceFirst.hasExpired(LongestWait));
+    return !m_files.empty() &&
+           (m_cannotWait || m_files.size() >= MostFiles || m_bytes >= m_mostBytes ||
+            m_sinceFirst.hasExpired(LongestWait));
 }
 
 bool Batch::Complete(const Hooks& hooks)

@@ -72,6 +72,7 @@ private:
     FilePlacer m_placer;
     std::vector<StagedCopy> m_files;
     qint64 m_bytes = 0;
+    qint64 m_mostBytes = 0;
     bool m_cannotWait = false;
     QElapsedTimer m_sinceFirst;
 };

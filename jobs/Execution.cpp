@@ -16,6 +16,9 @@ using Round = FileMaker::Round;
 
 namespace {
 
+/// Those that are ready do not wait for so large a file: it takes its time, and may be stopped.
+constexpr qint64 Large = qint64(16) << 20;
+
 /// As it was when the job was planned.
 qint64 SizeOf(const JobFile& file)
 {
@@ -113,7 +116,7 @@ bool Execution::MakeLast(const QList<qsizetype>& places)
 
 Made Execution::MakeFile(JobFile& file, Round round)
 {
-    if (IsStopped())
+    if (IsStopped() || (SizeOf(file) >= Large && !CompleteBatch()))
         return Made::Stopped;
     // Its bytes count once.
     m_control.BeginFile(round == Round::First ? SizeOf(file) : 0);

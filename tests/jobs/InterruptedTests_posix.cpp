@@ -8,7 +8,9 @@
 
 #include <QtCore/QDir>
 
+#include <algorithm>
 #include <functional>
+#include <string>
 
 #include <csignal>
 #include <sys/wait.h>
@@ -50,7 +52,32 @@ protected:
         if (m_child > 0)
             EndChild();
     }
-    ImportRequest Wanted() const { return Request({u"proj"_s}); }
+    ImportRequest Wanted() const
+    {
+        ImportRequest request = Request({u"proj"_s});
+        request.selectedCollisions = collisions;
+        request.move = isMove;
+        return request;
+    }
+    /// Everything has come to its copy, without a question.
+    void ExpectToGoOn(const QByteArray& content = {})
+    {
+        Begin();
+        const JobResult result = Import(Wanted());
+        EXPECT_EQ(result.summary.conflicts, 0);
+        EXPECT_EQ(result.summary.filesWithProblems, 0);
+        EXPECT_EQ(result.summary.interrupted.size(), 1);
+        for (const char name : {'a', 'b', 'c', 'd'}) {
+            const QString file = u"proj/%1.txt"_s.arg(QLatin1Char(name));
+            EXPECT_EQ(tree.Read(u"cloud/"_s + file), content + name);
+            EXPECT_NE(tree.Exists(u"work/"_s + file), isMove);
+        }
+        EXPECT_EQ(Hidden(), QStringList());
+        EXPECT_EQ(Ask("SELECT count(*) FROM ledger_copies WHERE moved = " +
+                      std::to_string(isMove ? 1 : 0)),
+                  "4");
+        EXPECT_EQ(Ask("PRAGMA integrity_check"), "ok");
+    }
 
     /// Imports in a process of its own, which does something when some files are done.
     void Start(int files, const std::function<void()>& action)
@@ -101,8 +128,19 @@ protected:
         return database.execAndGet(query).getString();
     }
 
+    CollisionPolicy collisions = CollisionPolicy::Stop;
+    bool isMove = false;
+
+private:
     pid_t m_child = -1;
 };
+
+/// Killed when so many files are told.
+class InterruptedAtAnyFile : public InterruptedJobs, public ::testing::WithParamInterface<int>
+{};
+
+class InterruptedMoveAtAnyFile : public InterruptedAtAnyFile
+{};
 
 } // namespace
 
@@ -179,5 +217,51 @@ TEST_F(InterruptedJobs, AreNotThoseWhoseProcessLives)
     EXPECT_EQ(Import(Wanted()).summary.interrupted.size(), 1);
     EXPECT_EQ(Hidden(), QStringList());
 }
+
+TEST_P(InterruptedAtAnyFile, GoesOnWithCopies)
+{
+    StartAndKill(GetParam());
+    ExpectToGoOn();
+}
+
+TEST_P(InterruptedAtAnyFile, GoesOnWithUpdates)
+{
+    Begin();
+    Import(Wanted());
+    for (const char name : {'a', 'b', 'c', 'd'})
+        tree.File(u"work/proj/%1.txt"_s.arg(QLatin1Char(name)), QByteArray("new ") + name);
+    StartAndKill(GetParam());
+    ExpectToGoOn("new ");
+}
+
+TEST_P(InterruptedAtAnyFile, GoesOnReplacingAndKeepsWhatStoodThere)
+{
+    collisions = CollisionPolicy::Replace;
+    for (const char name : {'a', 'b', 'c', 'd'})
+        tree.File(u"cloud/proj/%1.txt"_s.arg(QLatin1Char(name)), QByteArray("theirs ") + name);
+    StartAndKill(GetParam());
+    ExpectToGoOn();
+    QByteArrayList kept;
+    const QDir store(tree.Path(u"sync.db.base"_s));
+    for (const QString& version : store.entryList({u"*.txt"_s}, QDir::Files))
+        kept.append(tree.Read(u"sync.db.base/"_s + version));
+    std::sort(kept.begin(), kept.end());
+    EXPECT_EQ(kept, (QByteArrayList{"theirs a", "theirs b", "theirs c", "theirs d"}));
+}
+
+TEST_P(InterruptedMoveAtAnyFile, GoesOnAndHasEachFileInOneOfItsPlacesMeanwhile)
+{
+    isMove = true;
+    StartAndKill(GetParam());
+    for (const char name : {'a', 'b', 'c', 'd'}) {
+        const QString file = u"proj/%1.txt"_s.arg(QLatin1Char(name));
+        EXPECT_TRUE(tree.Exists(u"work/"_s + file) || tree.Exists(u"cloud/"_s + file));
+    }
+    ExpectToGoOn();
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, InterruptedAtAnyFile, ::testing::Range(1, 4));
+// Each file is told when it has its copy, and again when its source is gone.
+INSTANTIATE_TEST_SUITE_P(Files, InterruptedMoveAtAnyFile, ::testing::Range(1, 8));
 
 } // namespace Halvern::Test
