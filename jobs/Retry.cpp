@@ -24,6 +24,8 @@
 #include "syncservices/FolderManager.h"
 #include "syncservices/SyncManager.h"
 
+#include <utility>
+
 namespace Halvern::Jobs {
 
 namespace {
@@ -64,13 +66,17 @@ JobFile UnreadFile(const CopyRecord& record)
 
 void TakePending(const QList<CopyRecord>& records, JobState& job, const JobControl& control)
 {
-    for (const CopyRecord& record : records)
-        if (control.StoppedJob())
-            return;
-        else if (record.isRewritePending)
-            job.files.Add(PendingFile(record));
-        else if (record.linksState == LinksState::Failed && ExistsOnDisk(record.target))
+    for (const CopyRecord& record : records) {
+        if (record.isRewritePending) {
+            JobFile file = PendingFile(record);
+            // A look at the copy that was cut short tells nothing of it.
+            if (control.StoppedJob())
+                return;
+            job.files.Add(std::move(file));
+        } else if (record.linksState == LinksState::Failed && ExistsOnDisk(record.target)) {
             job.files.Add(UnreadFile(record));
+        }
+    }
 }
 
 bool LiesIn(const QString& path, const QString& folder)
@@ -249,14 +255,15 @@ JobResult RetryRewrites(const Session& session, const QString& folder, IJobObser
     FileLink::FileLinkImporter importer(control);
     importer.SetProblemSink(control);
     LinkReader reader(importer);
-    const Base::WorkWatch::Scope watched(*control);
     const std::unique_ptr<Ledger> ledger = OpenLedger();
     Journal journal(*ledger);
     QList<CopyRecord> taken;
     const QList<InterruptedRun> interrupted = journal.FindInterrupted(job.cloudFolder, taken);
     QList<CopyRecord> records = WithTaken(ledger->ReadAll(job.cloudFolder), taken);
     records.removeIf([&](const CopyRecord& record) { return !LiesIn(record.target, below); });
+    const Base::WorkWatch::Scope watched(*control);
     TakePending(records, job, *control);
+    job.cancelled = control->StoppedJob();
     job.target = below;
     Results results(job, *control);
     if (job.files.Size() > 0)
