@@ -51,9 +51,8 @@ void Batch::Add(StagedCopy staged)
 
 bool Batch::IsFull() const
 {
-    return !m_files.empty() &&
-           (m_cannotWait || m_files.size() >= MostFiles || m_bytes >= m_mostBytes ||
-            m_sinceFirst.hasExpired(LongestWait));
+    return !m_files.empty() && (m_cannotWait || m_files.size() >= MostFiles ||
+                                m_bytes >= m_mostBytes || m_sinceFirst.hasExpired(LongestWait));
 }
 
 bool Batch::Complete(const Hooks& hooks)

@@ -119,8 +119,8 @@ bool FilePlacer::Move(StagedCopy& staged)
         return true;
     }
     if (isLink)
-        static_cast<void>(m_cloud.Move(BelowCloudFolder(file.detail, m_job), target,
-                                       Base::Existing::Keep));
+        static_cast<void>(
+            m_cloud.Move(BelowCloudFolder(file.detail, m_job), target, Base::Existing::Keep));
     Base::FileStatus now;
     const bool isTaken = result.Problem() == FileProblem::NameTaken ||
                          result.Problem() == FileProblem::Changed ||

@@ -109,7 +109,8 @@ void JobRun::Plan(const Sources& sources, const QList<LeftOutItem>& gone, const 
     m_state.leftOut = gone;
     m_state.target = target;
     const Base::WorkWatch::Scope watched(*m_control);
-    if (IsStopped() || !TakeSelection(m_state, *m_control, sources) || !FindLinkedFiles(sources.outermost))
+    if (IsStopped() || !TakeSelection(m_state, *m_control, sources) ||
+        !FindLinkedFiles(sources.outermost))
         return;
     m_control->BeginPhase(Phase::LayingOut, 0);
     if (!m_layout.Assign()) {

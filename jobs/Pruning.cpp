@@ -65,9 +65,9 @@ void Pruning::Prune(const Base::RootedFolder& cloud, DiskFlush& flush, Records& 
     for (qsizetype place = 0; place < all.size(); ++place) {
         const Kept& kept = all.at(place);
         if (!mayGo) {
-            m_job.notPruned.insert(kept.record.target, flushed
-                                                           ? QStringLiteral("it could not be recorded")
-                                                           : QString::fromStdString(flushed.Text()));
+            m_job.notPruned.insert(kept.record.target,
+                                   flushed ? QStringLiteral("it could not be recorded")
+                                           : QString::fromStdString(flushed.Text()));
         } else if (TakeOut(cloud, kept)) {
             m_job.pruned.append(kept.record.target);
             records.NotePruned(place);
