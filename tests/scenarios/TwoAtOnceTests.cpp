@@ -125,6 +125,7 @@ TEST_F(TwoAtOnce, AnUntouchedCopyOfTheSourceIsNotTakenForOneWithItsLinksRewritte
 
 TEST_F(TwoAtOnce, WhoeverPlacesFilesIsWaitedForAndNamedButNotForEver)
 {
+    tree.Folder(u"cloud"_s);
     const std::filesystem::path cloud = tree.Path(u"cloud"_s).toStdU16String();
     Base::HeldFile turn;
     ASSERT_TRUE(turn.HoldFolder(cloud));
