@@ -143,7 +143,9 @@ bool Attempt::Begin(const QString& staging)
 
 void Attempt::Note(const JobFile& file)
 {
-    records.append(RecordAfter(file));
+    // Otherwise the links are still to be written, and the record says so.
+    if (file.isDone)
+        records.append(RecordAfter(file));
     settled.append({job.files.PlaceOf(file), static_cast<int>(OutcomeNow(file, job)), false,
                     file.targetStamp});
 }

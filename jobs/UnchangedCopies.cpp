@@ -31,7 +31,7 @@ bool AreSound(const JobFile& file, const CopyRecord& record)
 
 bool IsRead(const JobFile& file, const CopyRecord& record, const JobState& job)
 {
-    return record.origin == OriginOf(file, job) &&
+    return record.origin == OriginOf(file, job) && record.isRewritePending == file.isPending &&
            (!file.linksKnown ||
             (record.readers == file.readers && record.linksState == file.linksState));
 }
