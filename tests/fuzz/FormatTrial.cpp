@@ -3,7 +3,6 @@
 #include "FormatTrial.h"
 
 #include "Difference.h"
-#include "NewPaths.h"
 #include "ResolverCalls.h"
 #include "Scratch.h"
 
@@ -46,6 +45,7 @@ public:
 
 private:
     void RequireDistinctIds() const;
+    bool MayAsk(const std::string& id, const std::string& path) const;
     void RequireWritten(const Paths& wanted);
     void RequireLinks(const Paths& wanted);
     void RequirePlaces(const Paths& wanted);
@@ -73,7 +73,8 @@ void FormatTrial::Run()
         return;
     m_links = std::move(*links);
     RequireDistinctIds();
-    const Paths wanted = ChoosePaths(m_links, m_choices);
+    Paths wanted = ChoosePaths(m_links, m_choices);
+    std::erase_if(wanted, [&](const auto& asked) { return !MayAsk(asked.first, asked.second); });
     if (wanted.empty() || std::any_of(wanted.begin(), wanted.end(), [](const auto& path) {
             return PluginKit::ToUtf16(path.second)->size() > PluginKit::MaxLinkUnits;
         }))
@@ -88,6 +89,13 @@ void FormatTrial::RequireDistinctIds() const
     std::set<std::string_view> ids;
     for (const Link& link : m_links)
         Require(ids.insert(link.id).second, "two links have the id " + link.id);
+}
+
+bool FormatTrial::MayAsk(const std::string& id, const std::string& path) const
+{
+    const auto link = std::find_if(m_links.begin(), m_links.end(),
+                                   [&](const Link& known) { return known.id == id; });
+    return !m_format.mayAsk || m_format.mayAsk(*link, path);
 }
 
 void FormatTrial::RequireWritten(const Paths& wanted)

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "NewPaths.h"
+
 #include "pluginkit/Document.h"
 #include "syncplugin/IFileLinkResolver.h"
 
@@ -28,6 +30,8 @@ struct Format
     /// A new path can change the ids of other links, or how many there are: then links are told
     /// apart by where they lead, as an import does.
     bool areIdsVague = false;
+    /// Whether a layout may ask this of the link; null for any path.
+    bool (*mayAsk)(const Link& link, const std::string& path) = nullptr;
 };
 
 /// Reads the links of a file and gives some of them other paths, as an import does: afterwards

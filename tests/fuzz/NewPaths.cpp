@@ -10,39 +10,35 @@ namespace Halvern::Fuzz {
 
 namespace {
 
+/// Without the extension: what kind of file a link leads to stays.
 constexpr const char* Names[] = {
-    "x.png",
-    "Größe 木 (2).png",
-    "it's \"quoted\".png",
-    "a & b <c> d.png",
-    "100%.png",
-    "a%20b.png",
-    "#1 ~ $x {y} [z].png",
-    "${KIPRJMOD}.png",
-    "semi;colon,comma=1.png",
-    "/* no comment */.png",
-    "// nor this.png",
+    "x",
+    "Größe 木 (2)",
+    "it's \"quoted\"",
+    "a & b <c> d",
+    "100%",
+    "a%20b",
+    "#1 ~ $x {y} [z]",
+    "${KIPRJMOD}",
+    "semi;colon,comma=1",
+    "/* no comment */",
+    "// nor this",
     " blanks around ",
-    "-o 1 2.png",
-    "two\nlines.png",
-    "tab\tulator.png",
-    "(brackets) and ) .png",
-    "]]>.png",
-    "&amp;&#65;.png",
-    "no extension",
+    "-o 1 2",
+    "two\nlines",
+    "tab\tulator",
+    "(brackets) and ) ",
+    "]]>",
+    "&amp;&#65;",
     ".hidden",
-    "frame_0001.png",
-    "tile.1001.png",
-    "\xF0\x9F\x8C\xB3 \xC2\xA0\xE2\x80\xA8.png",
-    "ends with dot.",
-    "url(x).png",
-    "\\X2\\00E4\\X0\\.png",
-    "q?x=1.png",
-    "x.mtl",
-    "x.kicad_sch",
-    "x.lib",
-    "x.scad",
-    "x.wrl",
+    "frame_0001",
+    "tile.1001",
+    "\xF0\x9F\x8C\xB3 \xC2\xA0\xE2\x80\xA8",
+    "several.dots.",
+    "url(x)",
+    "q?x=1",
+    "a.png",
+    "1",
 };
 
 constexpr const char* Folders[] = {
@@ -71,6 +67,13 @@ std::string NameIn(const std::string& path)
     return path.substr(path.rfind('/') + 1);
 }
 
+std::string ExtensionOf(const std::string& path)
+{
+    const std::string name = NameIn(path);
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string::npos || dot == 0 ? std::string() : name.substr(dot);
+}
+
 std::string SetOf(const std::string& id)
 {
     return id.substr(0, id.rfind('#'));
@@ -91,12 +94,12 @@ std::string ChoosePath(const Link& link, const Links& links, Choices& choices)
         return link.path;
     case 1: {
         const Link& other = links[choices.Below(links.size())];
-        return IsCompanion(other.id) ? link.path : other.path;
+        return ExtensionOf(other.path) == ExtensionOf(own) ? other.path : link.path;
     }
     case 2:
-        return folder + OneOf(Names, choices);
+        return folder + OneOf(Names, choices) + ExtensionOf(own);
     default:
-        return folder + (IsUsable(own) ? own : OneOf(Names, choices));
+        return folder + (IsUsable(own) ? own : "x");
     }
 }
 

@@ -18,11 +18,11 @@ using namespace PluginKit;
 
 constexpr std::uint64_t MaxEntry = std::uint64_t(256) << 20;
 
-std::string Number(std::uint32_t value, int size)
+std::string Number(std::uint64_t value, int size)
 {
     std::string bytes;
     for (int i = 0; i < size; ++i)
-        bytes += static_cast<char>(value >> (8 * i));
+        bytes += static_cast<char>(i < 8 ? value >> (8 * i) : 0);
     return bytes;
 }
 

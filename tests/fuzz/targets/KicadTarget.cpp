@@ -11,13 +11,20 @@ namespace Halvern::Fuzz {
 
 namespace {
 
+/// Data sheets are links below the project alone; an absolute path is written, and is none.
+bool IsLinkAfterwards(const Link& link, const std::string& path)
+{
+    return !path.starts_with('/') || !link.id.ends_with("datasheet");
+}
+
 void Try(const char* fileName, std::string_view input)
 {
     static Formats::Kicad::KicadResolver resolver;
     TryFormat({.fileName = fileName,
                .resolver = resolver,
                .open = OpenDocument<Formats::Kicad::KicadDocument>,
-               .content = ReadFile},
+               .content = ReadFile,
+               .mayAsk = IsLinkAfterwards},
               input);
 }
 

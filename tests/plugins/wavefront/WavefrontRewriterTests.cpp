@@ -104,6 +104,14 @@ TEST_F(WavefrontRewriter, ANameInLatin1StaysInLatin1WhereItCan)
               "mtllib 木/Höhe.mtl\n");
 }
 
+TEST_F(WavefrontRewriter, ANameIsNotWrittenInLatin1WhereThatWouldBeReadAsUtf8)
+{
+    // In Latin-1 these are the bytes of "ö".
+    const Links links = {LinkTo(u"mtllib 1", u"\u00C3\u00B6.mtl")};
+    EXPECT_EQ(Object("mtllib H\xF6he.mtl\n", links), "mtllib \xC3\x83\xC2\xB6.mtl\n");
+    EXPECT_EQ(Read(m_object), links);
+}
+
 TEST_F(WavefrontRewriter, JoinedLinesAreReplacedWhole)
 {
     EXPECT_EQ(Object("mtllib \\\r\na.mtl \\\r\nb.mtl\r\nv 0 0 0\r\n",
