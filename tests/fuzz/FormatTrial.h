@@ -25,6 +25,9 @@ struct Format
     std::string (*content)(const std::filesystem::path& file);
     /// How many bytes a rewrite may change beside those of links: lengths, padding.
     std::size_t furtherBytes = 0;
+    /// Characters of which a link's text may hold any number that its path does not show, such as
+    /// the "#" of a fragment that a rewrite leaves out. A file with one is not measured.
+    const char* unseen = "";
     /// How often a link's path may stand in the file.
     std::size_t placesOfLink = 1;
     /// A new path can change the ids of other links, or how many there are: then links are told

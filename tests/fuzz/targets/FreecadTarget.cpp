@@ -17,7 +17,8 @@ void Try(std::string_view input)
     TryFormat({.fileName = "main.FCStd",
                .resolver = resolver,
                .open = OpenDocument<Formats::Freecad::FreecadDocument>,
-               .content = ZipContent},
+               .content = ZipContent,
+               .unseen = "#"},
               input);
 }
 

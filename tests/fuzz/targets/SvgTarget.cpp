@@ -28,6 +28,7 @@ void TryDrawing(std::string_view input)
                         .resolver = resolver,
                         .open = Open<false>,
                         .content = UnpackedContent,
+                        .unseen = "#\\",
                         .placesOfLink = 2};
     if (Choices(input).OneIn(8))
         TryFormat(format, PluginKit::Compressed(PluginKit::Compression::Gzip, input));
@@ -41,7 +42,8 @@ void TryStyleSheet(std::string_view input)
     TryFormat({.fileName = "main.css",
                .resolver = resolver,
                .open = Open<true>,
-               .content = UnpackedContent},
+               .content = UnpackedContent,
+               .unseen = "#\\"},
               input);
 }
 
