@@ -54,6 +54,6 @@ TEST(FuzzTargets, HaveACorpusEachAndEveryCorpusHasATarget)
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, FuzzCorpus, ::testing::ValuesIn(Targets()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& target) { return std::string(target.param.name); });
 
 } // namespace Halvern::Fuzz
