@@ -191,9 +191,7 @@ std::string KicadDocument::TextFor(const StoredPath& stored, const std::string& 
 {
     StoredPath next = stored;
     next.text = m_paths.TextFor(stored, path);
-    const std::optional<std::string> read = m_paths.PathOf(next);
-    if (!IsAbsoluteText(path) &&
-        (!read || NormalPath(PathFromUtf8(*read)) != NormalPath(PathFromUtf8(path))))
+    if (!IsAbsoluteText(path) && !m_paths.PathOf(next))
         throw FormatError("KiCad would not take " + next.text + " for the path " + path);
     return next.text;
 }
