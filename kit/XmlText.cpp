@@ -2,6 +2,9 @@
 
 #include "pluginkit/Xml.h"
 
+#include "pluginkit/FormatError.h"
+
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <utility>
@@ -138,6 +141,16 @@ private:
     XmlText m_result;
 };
 
+/// Control characters and two that are none have no place in a document, numbered or not.
+bool IsXmlText(std::string_view text)
+{
+    const bool hasControl = std::any_of(text.begin(), text.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+    });
+    return !hasControl && text.find("\xEF\xBF\xBE") == std::string_view::npos &&
+           text.find("\xEF\xBF\xBF") == std::string_view::npos;
+}
+
 } // namespace
 
 XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t end)
@@ -147,6 +160,8 @@ XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t 
 
 std::string EscapeXmlAttribute(std::string_view text)
 {
+    if (!IsXmlText(text))
+        throw FormatError("XML has no way to write " + std::string(text));
     std::string escaped;
     escaped.reserve(text.size());
     for (const char c : text) {

@@ -67,7 +67,7 @@ void ReadXml(std::string_view text, XmlVisitor& visitor);
 void ReadConvertedXml(std::string_view text, XmlVisitor& visitor);
 
 /// The encoding of a document, as its first bytes show it or its declaration announces it: a name
-/// for EncodedText. "UTF-8" without any, and for pure ASCII of whatever name.
+/// for EncodedText. "UTF-8" without any, and "US-ASCII" for pure ASCII of whatever other name.
 std::string XmlEncodingOf(std::string_view document);
 
 inline constexpr std::size_t MaxXmlNesting = 512;
@@ -90,7 +90,8 @@ struct XmlText
 /// of the document stay as they are written.
 XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t end);
 
-/// Text as the value of an attribute, whichever quotation marks surround it.
+/// Text as the value of an attribute, whichever quotation marks surround it. FormatError for
+/// control characters and what else XML has no way to write.
 std::string EscapeXmlAttribute(std::string_view text);
 
 } // namespace Halvern::PluginKit

@@ -245,4 +245,20 @@ TEST(XmlText, EscapesWhatAnAttributeCannotHold)
               "+a[<a b=\"" + escaped + "\"/>] b=" + text + '{' + escaped + "}\n-a[]\n");
 }
 
+TEST(XmlText, ThatNoDocumentCanHoldIsRefused)
+{
+    for (const char* text : {"a\x10"
+                             "b",
+                             "a\x1F", "\uFFFE",
+                             "a\uFFFF"
+                             "b"}) {
+        EXPECT_TRUE(Log(std::string("<a b=\"") + text + "\"/>").starts_with("not well-formed"))
+            << text;
+        EXPECT_THROW(EscapeXmlAttribute(text), FormatError) << text;
+    }
+    for (const char* text : {"\x7F", "\uFFFD", "\U0001F333"})
+        EXPECT_EQ(Log("<a b=\"" + EscapeXmlAttribute(text) + "\"/>"),
+                  Log(std::string("<a b=\"") + text + "\"/>"));
+}
+
 } // namespace Halvern::Test

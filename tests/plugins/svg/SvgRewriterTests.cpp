@@ -93,6 +93,16 @@ TEST_F(SvgRewriter, TheAbsoluteNameOfALinkThatIsWrittenForOldAndNewReadersFollow
             rest);
 }
 
+TEST_F(SvgRewriter, AnAbsoluteNameThatXmlCannotHoldLeavesTheDrawingAsItIs)
+{
+    const QByteArray rest = " xmlns:sodipodi='s'/>";
+    const Links links = {L(u"image/href", u"a\020b.png")};
+    EXPECT_TRUE(RewriteFailure(
+                    m_file, Svg("<image href='a.png' sodipodi:absref='/gone/a.png'" + rest), links)
+                    .startsWith(u"XML has no way to write "_s));
+    EXPECT_EQ(Rewritten("<image href='a.png'" + rest, links), "<image href='a%10b.png'" + rest);
+}
+
 TEST_F(SvgRewriter, AnAbsolutePathBecomesAFileUri)
 {
     EXPECT_EQ(Rewritten("<image href='a.png'/>", {L(u"image/href", u"D:/x y/a.png")}),
