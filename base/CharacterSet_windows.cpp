@@ -15,10 +15,10 @@ namespace {
 /// Names of XML that tell no number. EUC-KR is the part of 949 that old files use, and not every
 /// system has a page of its own for it.
 constexpr std::pair<std::string_view, UINT> CodePages[] = {
-    {"BIG5", 950},     {"EUC-JP", 20932},    {"EUC-KR", 949},     {"GB18030", 54936},
-    {"GB2312", 936},   {"GBK", 936},         {"KOI8-R", 20866},   {"KOI8-U", 21866},
-    {"LATIN1", 28591}, {"MACINTOSH", 10000}, {"SHIFT_JIS", 932},  {"SHIFT-JIS", 932},
-    {"TIS-620", 874},  {"US-ASCII", 20127},  {"WINDOWS-31J", 932}};
+    {"BIG5", 950},     {"EUC-JP", 20932},    {"EUC-KR", 949},    {"GB18030", 54936},
+    {"GB2312", 936},   {"GBK", 936},         {"KOI8-R", 20866},  {"KOI8-U", 21866},
+    {"LATIN1", 28591}, {"MACINTOSH", 10000}, {"SHIFT_JIS", 932}, {"SHIFT-JIS", 932},
+    {"TIS-620", 874},  {"WINDOWS-31J", 932}};
 
 /// Nothing when the rest of the name is no number from 1 on.
 std::optional<UINT> NumberAfter(std::string_view name, std::string_view start)
