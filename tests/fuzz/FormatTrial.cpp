@@ -138,19 +138,18 @@ void FormatTrial::RequirePath(const std::string& id, const std::string& path, co
 
 void FormatTrial::RequireLinks(const Paths& wanted)
 {
-    const std::optional<Links> after = ReadLinks(m_format.resolver, m_file);
-    Require(after.has_value(), "the rewritten file cannot be read");
+    const Links after = RequireReadable(m_format.resolver, m_file);
     std::set<std::string> before;
     for (const Link& link : m_links) {
         before.insert(link.id);
         const auto asked = wanted.find(link.id);
         // What goes by a name depends on what is beside the file.
         if (asked != wanted.end())
-            RequirePath(link.id, asked->second, *after);
+            RequirePath(link.id, asked->second, after);
         else if (!IsCompanion(link.id) && !IsInSet(link.id))
-            RequirePath(link.id, link.path, *after);
+            RequirePath(link.id, link.path, after);
     }
-    for (const Link& link : *after)
+    for (const Link& link : after)
         Require(before.contains(link.id) || IsCompanion(link.id) || IsInSet(link.id) ||
                     m_format.open(m_file)->UnlistedPathOf(link.id),
                 "a link that was not there: " + link.id);
@@ -158,11 +157,10 @@ void FormatTrial::RequireLinks(const Paths& wanted)
 
 void FormatTrial::RequirePlaces(const Paths& wanted)
 {
-    const std::optional<Links> after = ReadLinks(m_format.resolver, m_file);
-    Require(after.has_value(), "the rewritten file cannot be read");
+    const Links after = RequireReadable(m_format.resolver, m_file);
     std::set<fs::path> found;
     std::set<fs::path> due;
-    for (const Link& link : *after)
+    for (const Link& link : after)
         found.insert(Place(link.path));
     for (const Link& link : m_links) {
         const auto asked = wanted.find(link.id);

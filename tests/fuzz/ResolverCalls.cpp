@@ -29,10 +29,12 @@ public:
     void LogDebug(const WideChar*) override {}
     void LogTrace(const WideChar*) override {}
 
+    std::string Error() const { return ToUtf8Lossy(m_error); }
+
     /// The reasons that the standard library gives for what a resolver should not have done.
     void RequireReason(const std::filesystem::path& file) const
     {
-        const std::string text = ToUtf8Lossy(m_error);
+        const std::string text = Error();
         const std::size_t end = text.find(PathToUtf8(file));
         Require(end != std::string::npos, "a failure without a word: " + text);
         const std::string_view reason = std::string_view(text).substr(end + file.native().size());
@@ -68,25 +70,40 @@ FileLinkInfo RecordOf(const std::string& id, const std::string& path)
     return record;
 }
 
-} // namespace
-
-std::optional<Links> ReadLinks(SyncPlugin::IFileLinkResolver& resolver,
-                               const std::filesystem::path& file)
+std::optional<Links> LinksOf(SyncPlugin::IFileLinkResolver& resolver,
+                             const std::filesystem::path& file, Context& context)
 {
-    Context context;
     FileLinkInfo* records = nullptr;
     int count = -1;
     const WideString name = ToUtf16Lossy(PathToUtf8(file));
-    if (!resolver.GetFileLinks(name.c_str(), &records, &count, &context)) {
-        context.RequireReason(file);
+    if (!resolver.GetFileLinks(name.c_str(), &records, &count, &context))
         return std::nullopt;
-    }
     const std::unique_ptr<FileLinkInfo[]> owned(records);
     Require(count >= 0 && (count == 0 || records), "a count without records");
     Links links;
     for (const FileLinkInfo& record : std::span(records, static_cast<std::size_t>(count)))
         links.push_back({Text(record.referenceId), Text(record.path)});
     return links;
+}
+
+} // namespace
+
+std::optional<Links> ReadLinks(SyncPlugin::IFileLinkResolver& resolver,
+                               const std::filesystem::path& file)
+{
+    Context context;
+    std::optional<Links> links = LinksOf(resolver, file, context);
+    if (!links)
+        context.RequireReason(file);
+    return links;
+}
+
+Links RequireReadable(SyncPlugin::IFileLinkResolver& resolver, const std::filesystem::path& file)
+{
+    Context context;
+    std::optional<Links> links = LinksOf(resolver, file, context);
+    Require(links.has_value(), "the rewritten file cannot be read: " + context.Error());
+    return std::move(*links);
 }
 
 bool RewriteLinks(SyncPlugin::IFileLinkResolver& resolver, const std::filesystem::path& file,

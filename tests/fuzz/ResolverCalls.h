@@ -16,6 +16,9 @@ namespace Halvern::Fuzz {
 std::optional<Links> ReadLinks(SyncPlugin::IFileLinkResolver& resolver,
                                const std::filesystem::path& file);
 
+/// The same where a failure is a violation.
+Links RequireReadable(SyncPlugin::IFileLinkResolver& resolver, const std::filesystem::path& file);
+
 /// True when the resolver says that the links have these paths now.
 bool RewriteLinks(SyncPlugin::IFileLinkResolver& resolver, const std::filesystem::path& file,
                   const Paths& paths);
