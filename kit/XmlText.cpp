@@ -107,17 +107,22 @@ private:
 
     void SkipTo(std::string_view mark)
     {
+        MarkBreak();
         m_at = std::min(Find(mark) + mark.size(), m_document.size());
     }
 
     void OpenSection()
     {
+        MarkBreak();
         m_at += 9;
         const std::size_t end = Find("]]>");
         while (m_at < end)
             Take(m_document.substr(m_at, 1), 1);
         SkipTo("]]>");
     }
+
+    /// What is not text begins here.
+    void MarkBreak() { m_result.breaks.try_emplace(m_result.text.size(), m_at); }
 
     bool Entity()
     {
@@ -152,6 +157,12 @@ bool IsXmlText(std::string_view text)
 }
 
 } // namespace
+
+std::size_t XmlText::EndOf(std::size_t position) const
+{
+    const auto found = breaks.find(position);
+    return found == breaks.end() ? places[position] : found->second;
+}
 
 XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t end)
 {

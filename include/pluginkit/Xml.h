@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -83,6 +84,12 @@ struct XmlText
     std::string text;
     /// places[i] is where the byte i of `text` comes from; one more place tells where it ends.
     std::vector<std::size_t> places;
+    /// Where in `text` something else stands in the document, such as the end of a CDATA section,
+    /// and where that begins.
+    std::map<std::size_t, std::size_t> breaks = {};
+
+    /// Where the byte before `position` ends in the document.
+    std::size_t EndOf(std::size_t position) const;
 };
 
 /// The bytes [begin, end) of a document that ReadXml found well-formed, decoded: predefined and

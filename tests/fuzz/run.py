@@ -108,6 +108,11 @@ class Run:
             names = [name for name in ("Document.xml", "GuiDocument.xml") if name in archive.namelist()]
             return b"\0".join(archive.read(name) for name in names)
 
+    def dictionary(self):
+        """What is packed has the words of what is not."""
+        own = HERE / "dictionaries" / f"{self.name}.dict"
+        return own if own.exists() else own.with_name(self.name.split("_")[0] + ".dict")
+
     def command(self, scratch, options):
         return ["nice", "-n", "15", str(self.program), f"-max_len={TARGETS[self.name][0]}",
                 f"-timeout={SECONDS_PER_INPUT}", f"-rss_limit_mb={OWN_MEMORY_MIB + MEMORY_MIB}",
@@ -123,7 +128,7 @@ class Run:
         self.make_seeds()
         self.retry_findings()
         options = [f"-max_total_time={max(1, round(seconds))}", "-print_final_stats=1", "-reload=0",
-                   f"-dict={HERE / 'dictionaries' / self.name}.dict",
+                   f"-dict={self.dictionary()}",
                    str(self.found), str(self.corpus), str(self.seeds)]
         command, environment = self.command(scratch, options)
         before = resource.getrusage(resource.RUSAGE_CHILDREN)

@@ -235,6 +235,16 @@ TEST(XmlText, IsDecodedWithThePlaceOfEveryByte)
     EXPECT_EQ(document.substr(text.places.back()), "</s>");
 }
 
+TEST(XmlText, EndsWhereSomethingElseBegins)
+{
+    const std::string document = "<s>a<!-- x --><![CDATA[bc]]></s>";
+    const XmlText text = DecodeXmlText(document, 3, document.size() - 4);
+    EXPECT_EQ(text.text, "abc");
+    EXPECT_EQ(document.substr(text.EndOf(1), 4), "<!--");
+    EXPECT_EQ(document.substr(text.EndOf(2), 1), "c");
+    EXPECT_EQ(document.substr(text.EndOf(3)), "]]></s>");
+}
+
 TEST(XmlText, EscapesWhatAnAttributeCannotHold)
 {
     const std::string text = "<Träger> & \"Maße\"\t'1'";

@@ -44,6 +44,18 @@ TEST_F(SvgRewriter, AddressesInStylesAreRewrittenWhereverTheyStand)
         EXPECT_TRUE(Read(m_file).contains(link)) << link.first.toStdString();
 }
 
+TEST_F(SvgRewriter, AnAddressThatEndsWithItsSectionLeavesTheSectionClosed)
+{
+    for (const char* address : {"@import url(%1", "@import '%1", "a { fill: url(\"%1"}) {
+        const QByteArray text = "<style><![CDATA[" + QByteArray(address) + "]]></style><style>" +
+                                QByteArray(address) + "<!-- x --></style>";
+        const QString id = text.contains("import") ? u"style/@import"_s : u"style/url"_s;
+        EXPECT_EQ(Rewritten(QByteArray(text).replace("%1", "o.css"),
+                            {{id, u"n.css"_s}, {id + u"#2"_s, u"m.css"_s}}),
+                  QByteArray(text).replace(text.indexOf("%1"), 2, "n.css").replace("%1", "m.css"));
+    }
+}
+
 TEST_F(SvgRewriter, BlanksBeforeAFragmentDoNotBecomePartOfTheName)
 {
     EXPECT_EQ(
