@@ -95,7 +95,8 @@ bool FormatTrial::MayAsk(const std::string& id, const std::string& path) const
 {
     const auto link = std::find_if(m_links.begin(), m_links.end(),
                                    [&](const Link& known) { return known.id == id; });
-    return !m_format.mayAsk || m_format.mayAsk(*link, path);
+    return (!m_format.isPath || m_format.isPath(*link)) &&
+           (!m_format.mayAsk || m_format.mayAsk(*link, path));
 }
 
 void FormatTrial::RequireWritten(const Paths& wanted)
@@ -146,7 +147,8 @@ void FormatTrial::RequireLinks(const Paths& wanted)
         // What goes by a name depends on what is beside the file.
         if (asked != wanted.end())
             RequirePath(link.id, asked->second, after);
-        else if (!IsCompanion(link.id) && !IsInSet(link.id))
+        else if (!IsCompanion(link.id) && !IsInSet(link.id) &&
+                 (!m_format.isPath || m_format.isPath(link)))
             RequirePath(link.id, link.path, after);
     }
     for (const Link& link : after)

@@ -35,6 +35,9 @@ struct Format
     bool areIdsVague = false;
     /// Whether a layout may ask this of the link; null for any path.
     bool (*mayAsk)(const Link& link, const std::string& path) = nullptr;
+    /// Whether the link is one: others only show something, which a rewrite may change. Null where
+    /// all are.
+    bool (*isPath)(const Link& link) = nullptr;
 };
 
 /// Reads the links of a file and gives some of them other paths, as an import does: afterwards

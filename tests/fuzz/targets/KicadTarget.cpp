@@ -11,9 +11,14 @@ namespace Halvern::Fuzz {
 
 namespace {
 
-/// Data sheets are links below the project alone; an absolute path is written, and is none.
+/// Libraries that are not where a project says are looked for in other folders of it: a layout puts
+/// them where it says. Data sheets are links below the project alone; an absolute path is written,
+/// and is none.
 bool IsLinkAfterwards(const Link& link, const std::string& path)
 {
+    std::error_code ignored;
+    if (link.id.find("LibName") != std::string::npos && path.ends_with("own.lib"))
+        return std::filesystem::exists(ScratchFolder() / path, ignored);
     return !path.starts_with('/') || !link.id.ends_with("datasheet");
 }
 

@@ -12,7 +12,7 @@ namespace Halvern::Fuzz {
 namespace {
 
 /// A name that is known only when the model runs is listed as the call that yields it, to be seen.
-bool IsWritten(const Link& link, const std::string&)
+bool IsWritten(const Link& link)
 {
     return !link.path.ends_with(')') && !link.path.ends_with("...");
 }
@@ -24,7 +24,7 @@ void Try(std::string_view input)
                .resolver = resolver,
                .open = OpenDocument<Formats::OpenScad::ScadDocument>,
                .content = ReadFile,
-               .mayAsk = IsWritten},
+               .isPath = IsWritten},
               input);
 }
 

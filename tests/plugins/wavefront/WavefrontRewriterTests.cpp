@@ -95,6 +95,14 @@ TEST_F(WavefrontRewriter, QuotationMarksStay)
               "mtllib \"c/d.mtl\"\n");
 }
 
+TEST_F(WavefrontRewriter, ANameWithABlankBeforeItsExtensionEndsThere)
+{
+    EXPECT_EQ(Object("mtllib a.mtl b c.mtl\n", {LinkTo(u"mtllib 1 words 1-1", u"x .mtl")}),
+              "mtllib x .mtl b c.mtl\n");
+    EXPECT_EQ(Read(m_object), (Links{LinkTo(u"mtllib 1 words 1-2", u"x .mtl"),
+                                     LinkTo(u"mtllib 1 words 3-4", u"b c.mtl")}));
+}
+
 TEST_F(WavefrontRewriter, ANameInLatin1StaysInLatin1WhereItCan)
 {
     EXPECT_EQ(Object("mtllib H\xF6he.mtl\n", {LinkTo(u"mtllib 1", u"Größe/Höhe.mtl")}),
