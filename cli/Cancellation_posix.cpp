@@ -48,8 +48,7 @@ constexpr long OneWish = 500;
 bool IsTheSameWish(int signal)
 {
     timespec now = {};
-    if (signal == SIGINT || firstSignal == SIGINT ||
-        ::clock_gettime(CLOCK_MONOTONIC, &now) != 0)
+    if (signal == SIGINT || firstSignal == SIGINT || ::clock_gettime(CLOCK_MONOTONIC, &now) != 0)
         return false;
     const long passed =
         (now.tv_sec - firstTime.tv_sec) * 1000 + (now.tv_nsec - firstTime.tv_nsec) / 1'000'000;

@@ -53,9 +53,9 @@ ExitCode CodeOf(const Jobs::Symptom& symptom)
 
 void Print(const Jobs::Symptom& symptom, Console& console)
 {
-    QString line = (symptom.isFault ? QStringLiteral("fault") : QStringLiteral("note"))
-                       .leftJustified(7) +
-                   WordOf(symptom.where) + QStringLiteral(": ");
+    QString line =
+        (symptom.isFault ? QStringLiteral("fault") : QStringLiteral("note")).leftJustified(7) +
+        WordOf(symptom.where) + QStringLiteral(": ");
     if (!symptom.subject.isEmpty())
         line += QDir::toNativeSeparators(symptom.subject) + QStringLiteral(": ");
     line += symptom.text;
@@ -100,9 +100,9 @@ ExitCode RunDoctor(const DoctorOptions& options, const CommonOptions& common,
     const qsizetype faults =
         std::count_if(found.symptoms.begin(), found.symptoms.end(),
                       [](const Jobs::Symptom& symptom) { return symptom.isFault; });
-    const QString result =
-        faults == 0 ? QStringLiteral("no fault found")
-                    : Counted(faults, QStringLiteral("fault"), QStringLiteral("faults"));
+    const QString result = faults == 0
+                               ? QStringLiteral("no fault found")
+                               : Counted(faults, QStringLiteral("fault"), QStringLiteral("faults"));
     console.Line(result + QStringLiteral("; ") +
                  Counted(found.copies, QStringLiteral("copy is recorded"),
                          QStringLiteral("copies are recorded")));

@@ -79,7 +79,8 @@ private:
                   QStringLiteral("%1 is the name of no setting, and has no effect").arg(key),
                   QStringLiteral("correct the name, or delete the line"));
         if (!m_settings.loggedIn)
-            Note(Examined::Settings, file, QStringLiteral("nobody is logged in: nothing is imported"),
+            Note(Examined::Settings, file,
+                 QStringLiteral("nobody is logged in: nothing is imported"),
                  QStringLiteral("set loggedIn to true"));
         if (!m_settings.cloudCacheFolderSyncEnabled)
             Note(Examined::Settings, file,
@@ -105,9 +106,8 @@ private:
                   QStringLiteral("change its permissions"));
         for (const QString& left : ListLeftovers(folder, m_goesOn))
             Note(Examined::CloudFolder, left, QStringLiteral("was left by a job that was killed"),
-                 QFileInfo(left).isDir()
-                     ? QStringLiteral("the next import removes it")
-                     : QStringLiteral("delete it, if no import is running"));
+                 QFileInfo(left).isDir() ? QStringLiteral("the next import removes it")
+                                         : QStringLiteral("delete it, if no import is running"));
     }
 
     void LookAtDatabase()

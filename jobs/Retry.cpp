@@ -97,7 +97,7 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
     if (!begun)
         throw JobError(JobErrorKind::NoCloudFolder, QString::fromStdString(begun.Text()));
     const SyncServices::BaseStoreRun run;
-    FileMaker maker(job, control, reader, cloud, staging);
+    FileMaker maker(job, control, reader, cloud, staging, nullptr);
     control.BeginPhase(Phase::RewritingLinks, job.files.Size());
     for (JobFile& file : job.files) {
         job.cancelled = control.IsCancelRequested();

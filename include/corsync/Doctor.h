@@ -47,9 +47,9 @@ struct Examination
 };
 
 /// Looks at everything that an import relies on: the settings, the cloud cache folder with what
-/// interrupted jobs left in it, the whole sync database, the recorded copies, the base store and the
-/// plug-ins, each of which is loaded. Changes nothing, and goes on after what is broken. The time
-/// is that of reading the database and of one look at each entry of the cloud cache folder.
+/// interrupted jobs left in it, the whole sync database, the recorded copies, the base store and
+/// the plug-ins, each of which is loaded. Changes nothing, and goes on after what is broken. The
+/// time is that of reading the database and of one look at each entry of the cloud cache folder.
 ///
 /// Requires: no session in this process. Throws JobError: SessionTaken, PluginFolderMissing.
 CORSYNCJOBS_EXPORT Examination Examine(const Places& places, const QStringList& pluginFolders = {},

@@ -31,7 +31,8 @@ protected:
 
 TEST_F(FoundBeside, AFileIsNamedByTheCopyAsItIs)
 {
-    for (const QByteArray& picture : {QByteArray("..\\doc\\x.png"), QByteArray("C:\\Pics\\x.png")}) {
+    for (const QByteArray& picture :
+         {QByteArray("..\\doc\\x.png"), QByteArray("C:\\Pics\\x.png")}) {
         Draw(u"work/p/doc/two.dxf"_s, picture);
         const ImportReport report = Report({u"p/doc/two.dxf"_s, u"--to"_s, u"Demo"_s});
         EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
