@@ -2,11 +2,13 @@
 
 #pragma once
 
+#include "Boundary.h"
 #include "CopyLinks.h"
 #include "FilePlacer.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
+#include "RealFiles.h"
 #include "StagedCopy.h"
 #include "Staging.h"
 
@@ -36,10 +38,12 @@ public:
         Stopped,
     };
 
+    /// `boundary` judges sources that are not what they were when the job was planned; it may be
+    /// null where none is copied.
     FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
-              const Base::RootedFolder& cloud, const Staging& staging)
+              const Base::RootedFolder& cloud, const Staging& staging, Boundary* boundary)
         : m_control(control), m_reader(reader), m_links(job, control, reader), m_cloud(cloud),
-          m_staging(staging), m_placer(job, control, cloud, staging)
+          m_staging(staging), m_placer(job, control, cloud, staging), m_boundary(boundary)
     {}
 
     bool MakeFolder(const JobFile& file);
@@ -57,6 +61,7 @@ private:
     bool IsStopped() { return m_placer.IsStopped(); }
     void NamePlace(JobFile& file, StagedCopy& staged) const;
     bool Take(JobFile& file, StagedCopy& staged);
+    bool MayBeTaken(const JobFile& file, const Base::FileStatus& taken);
     bool MakeFolderOf(JobFile& file);
     bool DependsOnPlace(const JobFile& file, const StagedCopy& staged);
     bool GiveLinks(JobFile& file, StagedCopy& staged, Turn turn);
@@ -75,6 +80,8 @@ private:
     const Base::RootedFolder& m_cloud;
     const Staging& m_staging;
     FilePlacer m_placer;
+    Boundary* m_boundary;
+    RealFiles m_realFiles;
 };
 
 } // namespace Halvern::Jobs

@@ -167,10 +167,11 @@ bool JobRun::TakeSelection(const Sources& sources)
 bool JobRun::FindLinkedFiles(const QStringList& sources)
 {
     m_control->BeginPhase(Phase::ReadingLinks, 0);
-    Boundary boundary(sources, {m_state.request.within,
-                                FolderManager::GetInstance()->GetSettings().allowedFolders,
-                                m_state.cloudFolder});
-    m_state.cancelled = !Closure(m_state, *m_control, m_reader, boundary, m_copies).Find();
+    m_boundary.emplace(sources,
+                       BoundaryFolders{m_state.request.within,
+                                       FolderManager::GetInstance()->GetSettings().allowedFolders,
+                                       m_state.cloudFolder});
+    m_state.cancelled = !Closure(m_state, *m_control, m_reader, *m_boundary, m_copies).Find();
     return !m_state.cancelled;
 }
 
@@ -235,7 +236,7 @@ void JobRun::Execute(Results& results)
     if (!m_state.lostCopies.isEmpty())
         static_cast<void>(m_ledger->NoteLinkedNoMore(m_state.lostCopies));
     const SyncServices::BaseStoreRun run;
-    FileMaker maker(m_state, *m_control, m_reader, cloud, staging);
+    FileMaker maker(m_state, *m_control, m_reader, cloud, staging, &*m_boundary);
     m_maker = &maker;
     MakeFolders();
     const bool copied = MakeFiles(results, Deed::Copy);
@@ -363,7 +364,8 @@ void JobRun::NoteUnchanged()
             continue;
         // What was adopted is not in the ledger yet.
         const CopyRecord* record = file.record && file.record->id >= 0 ? &*file.record : nullptr;
-        const bool isAsBefore = record && record->origin == OriginOf(file, m_state);
+        const bool isAsBefore = record && record->origin == OriginOf(file, m_state) &&
+                                record->isRewritePending == file.isPending;
         const bool isRead =
             isAsBefore && (!file.linksKnown || (record->readers == file.readers &&
                                                 record->linksState == file.linksState));

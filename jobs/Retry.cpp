@@ -97,7 +97,7 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
     if (!begun)
         throw JobError(JobErrorKind::NoCloudFolder, QString::fromStdString(begun.Text()));
     const SyncServices::BaseStoreRun run;
-    FileMaker maker(job, control, reader, cloud, staging);
+    FileMaker maker(job, control, reader, cloud, staging, nullptr);
     control.BeginPhase(Phase::RewritingLinks, job.files.Size());
     for (JobFile& file : job.files) {
         job.cancelled = control.IsCancelRequested();
@@ -108,8 +108,11 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
             job.cancelled = !maker.Relink(file);
             if (job.cancelled)
                 return;
-            QList<CopyRecord> records{RecordAfter(file)};
-            static_cast<void>(ledger.Write(records));
+            // Otherwise the links are still to be written, and the record says so.
+            if (file.isDone) {
+                QList<CopyRecord> records{RecordAfter(file)};
+                static_cast<void>(ledger.Write(records));
+            }
         }
         results.Tell(file);
         control.EndFile();
