@@ -70,6 +70,22 @@ private:
     bool m_isBigEndian;
 };
 
+/// Converters of some systems take further bytes for letters of it.
+class Ascii : public CharacterSet
+{
+public:
+    Character Decode(std::string_view bytes) const override
+    {
+        const auto byte = static_cast<unsigned char>(bytes.front());
+        return byte < 0x80 ? Character{byte, 1} : Character();
+    }
+
+    std::optional<std::string> Encode(char32_t code) const override
+    {
+        return code < 0x80 ? std::optional(std::string(1, static_cast<char>(code))) : std::nullopt;
+    }
+};
+
 bool IsNameCharacter(char c)
 {
     return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
@@ -120,6 +136,8 @@ std::unique_ptr<CharacterSet> CharacterSetOf(std::string_view given)
         return std::make_unique<UnicodeForm>(2, name.ends_with("BE"));
     if (name == "UTF-32LE" || name == "UTF-32BE")
         return std::make_unique<UnicodeForm>(4, name.ends_with("BE"));
+    if (name == "US-ASCII")
+        return std::make_unique<Ascii>();
     if (name.empty() || name.size() > LongestName || HasStates(name) ||
         !std::all_of(name.begin(), name.end(), IsNameCharacter))
         return nullptr;

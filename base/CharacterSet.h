@@ -48,8 +48,8 @@ private:
     std::array<Character, 256> m_single;
 };
 
-/// Those of Unicode, and others that the system knows. Null for a name that is not known, and for
-/// an encoding in which ASCII is something else.
+/// Those of Unicode, ASCII, and others that the system knows. Null for a name that is not known,
+/// and for an encoding in which ASCII is something else.
 std::unique_ptr<CharacterSet> CharacterSetOf(std::string_view name);
 
 /// What the system converts. Null for a name that it does not know. The name consists of letters,

@@ -3,6 +3,7 @@
 
 option(CORSYNC_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 option(CORSYNC_COVERAGE "Instrument for coverage" OFF)
+option(CORSYNC_FUZZ "Build libFuzzer programs, with clang, in place of the other tests" OFF)
 set(CORSYNC_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize=")
 
 add_library(corsync_build INTERFACE)

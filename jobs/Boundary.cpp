@@ -102,6 +102,11 @@ Boundary::Answer Boundary::Check(const QString& path)
     return {allowed, refusal, allowed && !(marks & OwnWork)};
 }
 
+QString Boundary::RealPathOf(const QString& path)
+{
+    return m_real.OfFile(AbsolutePath(path));
+}
+
 /// Both as it is written and where it leads: the disk may have changed since somebody looked.
 void Boundary::Mark(const QString& path, PlaceMark mark)
 {

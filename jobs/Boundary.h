@@ -75,6 +75,8 @@ public:
 
     /// Of the absolute path of a file that exists.
     Answer Check(const QString& path);
+    /// Where Check takes the file to lie.
+    QString RealPathOf(const QString& path);
 
 private:
     void Mark(const QString& path, PlaceMark mark);

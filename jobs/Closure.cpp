@@ -85,7 +85,17 @@ void Closure::CheckGivenLinks()
         file.outside = answer.outside;
         if (!answer.allowed)
             file.End(Outcome::Refused, answer.remark);
+        else if (!IsWhereItWasJudged(file))
+            file.End(Outcome::Failed, Remark::ChangedWhileCopied);
     }
+}
+
+/// The file that is going to be copied is known by its status; a link set in between would have it
+/// be another one than what was judged.
+bool Closure::IsWhereItWasJudged(const JobFile& file)
+{
+    return file.status.kind != Base::FileKind::File ||
+           m_realFiles.IsAt(m_boundary.RealPathOf(file.source), file.status);
 }
 
 bool Closure::IsOpened(qsizetype place, qsizetype selected) const
@@ -202,6 +212,8 @@ JobFile Closure::Linked(const QString& path)
         file.End(Outcome::Refused, verdict.remark);
     else if (file.status.kind != Base::FileKind::File)
         file.End(Outcome::Skipped, Remark::NoFile);
+    else if (!IsWhereItWasJudged(file))
+        file.End(Outcome::Failed, Remark::ChangedWhileCopied);
     else if (const LeftOutItem* item = ExcludedBy(path))
         file.End(Outcome::Skipped, item->remark, item->detail);
     return file;

@@ -7,6 +7,7 @@
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
+#include "RealFiles.h"
 
 namespace Halvern::Jobs {
 
@@ -26,6 +27,7 @@ public:
 
 private:
     void CheckGivenLinks();
+    bool IsWhereItWasJudged(const JobFile& file);
     bool IsOpened(qsizetype place, qsizetype selected) const;
     void TakeLinks(JobFile& file);
     bool Restore(JobFile& file) const;
@@ -42,6 +44,7 @@ private:
     JobControl& m_control;
     LinkReader& m_reader;
     Boundary& m_boundary;
+    RealFiles m_realFiles;
     const CopyIndex& m_copies;
     QHash<QString, qsizetype> m_excluded;
 };

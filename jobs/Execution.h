@@ -28,6 +28,7 @@ struct JobMeans
     Journal& journal;
     Records& records;
     Results& results;
+    Boundary& boundary;
 };
 
 /// Makes folders and copies: batch by batch those that nothing keeps from it, then, each in a batch
@@ -41,7 +42,7 @@ public:
         : m_job(means.job), m_control(means.control), m_journal(means.journal),
           m_records(means.records), m_results(means.results), m_flush(flush),
           m_batch(m_job, m_control, cloud, staging, flush),
-          m_maker(m_job, m_control, means.reader, cloud, staging, m_batch)
+          m_maker(m_job, m_control, means.reader, cloud, staging, m_batch, &means.boundary)
     {}
 
     void Run();

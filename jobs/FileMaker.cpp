@@ -118,6 +118,16 @@ void FileMaker::NamePlace(StagedCopy& staged) const
     staged.text = QStringView(Base::PathText(staged.path)).toString();
 }
 
+/// A source that was saved anew is another file under its name, and so is what a link leads to that
+/// somebody put in its place: that one may be none that may come along.
+bool FileMaker::MayBeTaken(const JobFile& file, const Base::FileStatus& taken)
+{
+    if (taken.device == file.status.device && taken.index == file.status.index)
+        return true;
+    const QString real = RealPath(file.source);
+    return m_boundary && m_boundary->Check(real).allowed && m_realFiles.IsAt(real, taken);
+}
+
 /// Copies the source to the staging folder.
 bool FileMaker::Take(StagedCopy& staged)
 {
@@ -132,6 +142,10 @@ bool FileMaker::Take(StagedCopy& staged)
     if (!copied) {
         if (!IsStopped())
             FailToCopy(file, copied);
+        return false;
+    }
+    if (!MayBeTaken(file, staged.source)) {
+        file.End(Outcome::Failed, Remark::ChangedWhileCopied);
         return false;
     }
     // Its links were read before.

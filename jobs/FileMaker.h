@@ -3,10 +3,12 @@
 #pragma once
 
 #include "Batch.h"
+#include "Boundary.h"
 #include "CopyLinks.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
+#include "RealFiles.h"
 #include "StagedCopy.h"
 #include "Staging.h"
 
@@ -41,10 +43,12 @@ public:
         Stopped,
     };
 
+    /// `boundary` judges sources that are not what they were when the job was planned; it may be
+    /// null where none is copied.
     FileMaker(const JobState& job, JobControl& control, LinkReader& reader,
-              const Base::RootedFolder& cloud, Staging& staging, Batch& batch)
+              const Base::RootedFolder& cloud, Staging& staging, Batch& batch, Boundary* boundary)
         : m_job(job), m_control(control), m_reader(reader), m_links(job, control, reader),
-          m_cloud(cloud), m_staging(staging), m_batch(batch)
+          m_cloud(cloud), m_staging(staging), m_batch(batch), m_boundary(boundary)
     {}
 
     /// `made` gets those that were not there.
@@ -72,6 +76,7 @@ private:
     bool IsFull(const Base::FileResult& copied);
     void NamePlace(StagedCopy& staged) const;
     bool Take(StagedCopy& staged);
+    bool MayBeTaken(const JobFile& file, const Base::FileStatus& taken);
     bool MakeFolderOf(JobFile& file);
     bool DependsOnPlace(const StagedCopy& staged);
     bool GiveLinks(StagedCopy& staged, Round round);
@@ -96,6 +101,8 @@ private:
     /// Of the file that is being made.
     bool m_isStopped = false;
     bool m_isFull = false;
+    Boundary* m_boundary;
+    RealFiles m_realFiles;
 };
 
 } // namespace Halvern::Jobs

@@ -127,10 +127,11 @@ void JobRun::Plan(const Sources& sources, const QList<LeftOutItem>& gone, const 
 bool JobRun::FindLinkedFiles(const QStringList& sources)
 {
     m_control->BeginPhase(Phase::ReadingLinks, 0);
-    Boundary boundary(sources, {m_state.request.within,
-                                FolderManager::GetInstance()->GetSettings().allowedFolders,
-                                m_state.cloudFolder});
-    m_state.cancelled = !Closure(m_state, *m_control, m_reader, boundary, m_copies).Find();
+    m_boundary.emplace(sources,
+                       BoundaryFolders{m_state.request.within,
+                                       FolderManager::GetInstance()->GetSettings().allowedFolders,
+                                       m_state.cloudFolder});
+    m_state.cancelled = !Closure(m_state, *m_control, m_reader, *m_boundary, m_copies).Find();
     return !m_state.cancelled;
 }
 
@@ -202,7 +203,7 @@ void JobRun::Execute(Results& results)
         static_cast<void>(m_ledger->NoteLinkedNoMore(m_state.lostCopies));
     const SyncServices::BaseStoreRun run;
     DiskFlush flush(cloud, m_state.request.flush);
-    const JobMeans means{m_state, *m_control, m_reader, m_journal, m_records, results};
+    const JobMeans means{m_state, *m_control, m_reader, m_journal, m_records, results, *m_boundary};
     Execution(means, cloud, staging, flush).Run();
     Conclusion(means, m_copies, cloud, flush).Draw([this] { return DatabaseError(); });
 }

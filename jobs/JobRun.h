@@ -78,6 +78,7 @@ private:
     void FailUnrecorded();
 
     JobState m_state;
+    std::optional<Boundary> m_boundary;
     std::shared_ptr<JobControl> m_control;
     std::shared_ptr<JobDatabase> m_database;
     std::unique_ptr<FileLink::FileLinkImporter> m_importer;

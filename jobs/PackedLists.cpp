@@ -108,6 +108,14 @@ void AppendHalf(QByteArray& bytes, QChar half)
     bytes.append(static_cast<char>(0x80 | (unit & 0x3F)));
 }
 
+/// Qt leaves out a first U+FEFF, which it takes for a mark.
+QString FromUtf8(QByteArrayView bytes)
+{
+    const QByteArray mark = QByteArrayLiteral("\xEF\xBB\xBF");
+    return bytes.startsWith(mark) ? QString::fromUtf8(mark + bytes.toByteArray())
+                                  : QString::fromUtf8(bytes);
+}
+
 } // namespace
 
 QByteArray TextToBytes(const QString& text)
@@ -130,15 +138,15 @@ QString TextFromBytes(QByteArrayView bytes)
 {
     qsizetype half = FindHalf(bytes, 0);
     if (half < 0)
-        return QString::fromUtf8(bytes);
+        return FromUtf8(bytes);
     QString text;
     qsizetype done = 0;
     for (; half >= 0; half = FindHalf(bytes, done)) {
-        text += QString::fromUtf8(bytes.sliced(done, half - done));
+        text += FromUtf8(bytes.sliced(done, half - done));
         text += HalfAt(bytes, half);
         done = half + 3;
     }
-    return text + QString::fromUtf8(bytes.sliced(done));
+    return text + FromUtf8(bytes.sliced(done));
 }
 
 QByteArray PackLinks(const QList<FileLink>& links)

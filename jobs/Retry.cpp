@@ -218,7 +218,7 @@ void Attempt::RewriteAll()
     const SyncServices::BaseStoreRun run;
     DiskFlush flush(cloud, true);
     Batch batch(job, control, cloud, staging, flush);
-    FileMaker maker(job, control, reader, cloud, staging, batch);
+    FileMaker maker(job, control, reader, cloud, staging, batch, nullptr);
     control.BeginPhase(Phase::RewritingLinks, job.files.Size());
     RewriteIn(batch, maker);
     // What was done is recorded also when the job was cancelled.

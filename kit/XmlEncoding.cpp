@@ -27,6 +27,11 @@ std::string_view AnnouncedEncoding(std::string_view document)
     return declaration.substr(open + 1, close == std::string_view::npos ? 0 : close - open - 1);
 }
 
+bool IsUtf8(std::string_view name)
+{
+    return name == "UTF-8" || name == "utf-8" || name == "UTF8" || name == "utf8";
+}
+
 } // namespace
 
 std::string XmlEncodingOf(std::string_view document)
@@ -37,8 +42,11 @@ std::string XmlEncodingOf(std::string_view document)
     const std::string_view announced = AnnouncedEncoding(document);
     const bool isAscii = std::all_of(document.begin(), document.end(),
                                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-    // Letters of ASCII are the same ones under the name of any encoding that could be read so far.
-    return announced.empty() || isAscii ? "UTF-8" : std::string(announced);
+    if (announced.empty() || IsUtf8(announced))
+        return "UTF-8";
+    // Letters of ASCII are the same ones under the name of any encoding that could be read so far;
+    // others would not be, and have to be written as numbers.
+    return isAscii ? "US-ASCII" : std::string(announced);
 }
 
 } // namespace Halvern::PluginKit

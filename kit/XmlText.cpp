@@ -2,6 +2,9 @@
 
 #include "pluginkit/Xml.h"
 
+#include "pluginkit/FormatError.h"
+
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <utility>
@@ -104,17 +107,22 @@ private:
 
     void SkipTo(std::string_view mark)
     {
+        MarkBreak();
         m_at = std::min(Find(mark) + mark.size(), m_document.size());
     }
 
     void OpenSection()
     {
+        MarkBreak();
         m_at += 9;
         const std::size_t end = Find("]]>");
         while (m_at < end)
             Take(m_document.substr(m_at, 1), 1);
         SkipTo("]]>");
     }
+
+    /// What is not text begins here.
+    void MarkBreak() { m_result.breaks.try_emplace(m_result.text.size(), m_at); }
 
     bool Entity()
     {
@@ -138,7 +146,23 @@ private:
     XmlText m_result;
 };
 
+/// Control characters and two that are none have no place in a document, numbered or not.
+bool IsXmlText(std::string_view text)
+{
+    const bool hasControl = std::any_of(text.begin(), text.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+    });
+    return !hasControl && text.find("\xEF\xBF\xBE") == std::string_view::npos &&
+           text.find("\xEF\xBF\xBF") == std::string_view::npos;
+}
+
 } // namespace
+
+std::size_t XmlText::EndOf(std::size_t position) const
+{
+    const auto found = breaks.find(position);
+    return found == breaks.end() ? places[position] : found->second;
+}
 
 XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t end)
 {
@@ -147,6 +171,8 @@ XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t 
 
 std::string EscapeXmlAttribute(std::string_view text)
 {
+    if (!IsXmlText(text))
+        throw FormatError("XML has no way to write " + std::string(text));
     std::string escaped;
     escaped.reserve(text.size());
     for (const char c : text) {

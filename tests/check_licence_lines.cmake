@@ -12,7 +12,7 @@ if(NOT sources)
   list(FILTER sources EXCLUDE REGEX "^(build|dist|[.]git)/")
 endif()
 # What tests read is data, whatever it is called.
-list(FILTER sources EXCLUDE REGEX "/data/")
+list(FILTER sources EXCLUDE REGEX "/data/|^tests/fuzz/corpus/")
 
 set(checked 0)
 set(missing "")

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,7 +68,7 @@ void ReadXml(std::string_view text, XmlVisitor& visitor);
 void ReadConvertedXml(std::string_view text, XmlVisitor& visitor);
 
 /// The encoding of a document, as its first bytes show it or its declaration announces it: a name
-/// for EncodedText. "UTF-8" without any, and for pure ASCII of whatever name.
+/// for EncodedText. "UTF-8" without any, and "US-ASCII" for pure ASCII of whatever other name.
 std::string XmlEncodingOf(std::string_view document);
 
 inline constexpr std::size_t MaxXmlNesting = 512;
@@ -83,6 +84,12 @@ struct XmlText
     std::string text;
     /// places[i] is where the byte i of `text` comes from; one more place tells where it ends.
     std::vector<std::size_t> places;
+    /// Where in `text` something else stands in the document, such as the end of a CDATA section,
+    /// and where that begins.
+    std::map<std::size_t, std::size_t> breaks = {};
+
+    /// Where the byte before `position` ends in the document.
+    std::size_t EndOf(std::size_t position) const;
 };
 
 /// The bytes [begin, end) of a document that ReadXml found well-formed, decoded: predefined and
@@ -90,7 +97,8 @@ struct XmlText
 /// of the document stay as they are written.
 XmlText DecodeXmlText(std::string_view document, std::size_t begin, std::size_t end);
 
-/// Text as the value of an attribute, whichever quotation marks surround it.
+/// Text as the value of an attribute, whichever quotation marks surround it. FormatError for
+/// control characters and what else XML has no way to write.
 std::string EscapeXmlAttribute(std::string_view text);
 
 } // namespace Halvern::PluginKit

@@ -186,6 +186,16 @@ void KicadDocument::RequireNamesFit(const NewPaths& paths) const
     }
 }
 
+/// A name such as "a${x}.step" cannot be had: KiCad would look for another one.
+std::string KicadDocument::TextFor(const StoredPath& stored, const std::string& path)
+{
+    StoredPath next = stored;
+    next.text = m_paths.TextFor(stored, path);
+    if (!IsAbsoluteText(path) && !m_paths.PathOf(next))
+        throw FormatError("KiCad would not take " + next.text + " for the path " + path);
+    return next.text;
+}
+
 void KicadDocument::Rewrite(const NewPaths& paths)
 {
     RequireNamesFit(paths);
@@ -194,8 +204,8 @@ void KicadDocument::Rewrite(const NewPaths& paths)
         const auto wanted = paths.find(stored.id);
         if (wanted == paths.end())
             continue;
-        edits.push_back({stored.begin, stored.end,
-                         Written(stored.notation, m_paths.TextFor(stored, wanted->second))});
+        edits.push_back(
+            {stored.begin, stored.end, Written(stored.notation, TextFor(stored, wanted->second))});
     }
     if (!edits.empty())
         ReplaceSpans(m_file, std::move(edits));

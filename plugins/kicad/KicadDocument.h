@@ -45,6 +45,7 @@ private:
     void AddStored(StoredPath stored);
     void AddMain(StoredPath& stored, const std::string& path, bool isThere,
                  const std::vector<std::string>& others);
+    std::string TextFor(const StoredPath& stored, const std::string& path);
     void RequireNamesFit(const NewPaths& paths) const;
 
     InputFile m_file;

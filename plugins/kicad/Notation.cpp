@@ -27,6 +27,11 @@ std::string Escaped(std::string_view text)
 /// A path of the simulator has no escapes.
 std::string DirectiveString(std::string_view text)
 {
+    constexpr std::string_view project = "${KIPRJMOD}/";
+    const std::string_view name =
+        text.substr(text.starts_with(project) ? project.size() : std::size_t(0));
+    if (text.starts_with('~') || name.find('$') != std::string_view::npos)
+        throw FormatError("the simulator would look elsewhere for " + std::string(text));
     for (const char quote : {'"', '\''})
         if (text.find(quote) == std::string_view::npos)
             return quote + std::string(text) + quote;

@@ -132,7 +132,7 @@ public:
                 continue;
             UriReference& reference = Add(name, path, css.places[link.begin]);
             reference.place = UriReference::Place::StyleSheet;
-            reference.span = {css.places[link.begin], css.places[link.end]};
+            reference.span = {css.places[link.begin], css.EndOf(link.end)};
             reference.suffix = SuffixOf(link.uri);
         }
     }

@@ -108,7 +108,9 @@ FileEdit NamingStatement::EditOf(NameSpan span, std::string_view path) const
     const std::uint64_t begin = m_statement.PlaceOf(m_words[span.first].begin + quote);
     const std::uint64_t end = m_statement.PlaceOf(m_words[span.end - 1].end - quote);
     const std::optional<std::string> latin1 = IsUtf8(Raw(span)) ? std::nullopt : Latin1Of(path);
-    return {begin, end, latin1 ? *latin1 : InForm(path, m_statement.form)};
+    // Bytes of Latin-1 may happen to be UTF-8, and would be read as such.
+    const bool isLatin1 = latin1 && !IsUtf8(*latin1);
+    return {begin, end, isLatin1 ? *latin1 : InForm(path, m_statement.form)};
 }
 
 } // namespace Halvern::Formats::Wavefront

@@ -29,7 +29,8 @@ bool EndsName(std::string_view word)
     if (word.ends_with('"'))
         word.remove_suffix(1);
     const auto same = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; };
-    return word.size() > extension.size() &&
+    // The word is the extension alone where a blank is in front of it.
+    return word.size() >= extension.size() &&
            std::equal(extension.begin(), extension.end(), word.end() - extension.size(),
                       [&](char e, char w) { return same(w, e); });
 }

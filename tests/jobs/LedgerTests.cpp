@@ -117,6 +117,9 @@ TEST_F(LedgerOfCopies, KeepsEveryCharacterOfNames)
         {u"half before a pair"_s, QString(high) + high + low},
         {u"half before a Korean letter"_s, high + u"\uD7A3"_s},
         {u"half at the end"_s, u"\U0001F600"_s + high},
+        {u"byte order mark"_s, u"\uFEFFa"_s},
+        {u"byte order marks"_s, u"\uFEFF\uFEFF"_s},
+        {u"byte order mark after a half"_s, high + u"\uFEFF"_s},
     };
     Records written;
     for (const QString& name : names) {

@@ -122,13 +122,26 @@ TEST(EncodedText, OfXmlTheFirstBytesOrTheDeclarationTell)
         {"<\0\0\0"s, "UTF-32LE"},
         {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xF6</a>", "ISO-8859-1"},
         {"\xEF\xBB\xBF<?xml version=\"1.0\" encoding = \"UTF-8\" ?><a>ö</a>", "UTF-8"},
-        {"<?xml version='1.0' encoding='ISO-8859-1'?><a/>", "UTF-8"},
+        {"<?xml version='1.0' encoding='ISO-8859-1'?><a/>", "US-ASCII"},
+        {"<?xml version='1.0' encoding='UTF-16'?><a/>", "US-ASCII"},
+        {"<?xml version='1.0' encoding='x'?><a/>", "US-ASCII"},
+        {"<?xml version='1.0' encoding='utf-8'?><a/>", "UTF-8"},
         {"<?xml version='1.0'?><a encoding='x'>ö</a>", "UTF-8"},
         {"<?xml version='1.0' encoding='x?><a>ö</a>", "UTF-8"},
         {"<?xml version='1.0' encoding", "UTF-8"},
     };
     for (const auto& [bytes, encoding] : rows)
         EXPECT_EQ(XmlEncodingOf(bytes), encoding) << bytes;
+}
+
+TEST(EncodedText, OfAsciiTakesNoOtherCharacter)
+{
+    const EncodedText text("ab", "US-ASCII", 10);
+    EXPECT_EQ(text.Utf8(), "ab");
+    const auto numbered = [](char32_t code) { return '<' + std::to_string(code) + '>'; };
+    EXPECT_EQ(text.WithEdits({{1, 2, "xö木"}}, numbered), "ax<246><26408>");
+    EXPECT_EQ(FailureOf("a\xF6", "US-ASCII"),
+              "bytes that are no character in the text's encoding @1");
 }
 
 } // namespace Halvern::Test

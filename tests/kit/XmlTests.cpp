@@ -235,6 +235,16 @@ TEST(XmlText, IsDecodedWithThePlaceOfEveryByte)
     EXPECT_EQ(document.substr(text.places.back()), "</s>");
 }
 
+TEST(XmlText, EndsWhereSomethingElseBegins)
+{
+    const std::string document = "<s>a<!-- x --><![CDATA[bc]]></s>";
+    const XmlText text = DecodeXmlText(document, 3, document.size() - 4);
+    EXPECT_EQ(text.text, "abc");
+    EXPECT_EQ(document.substr(text.EndOf(1), 4), "<!--");
+    EXPECT_EQ(document.substr(text.EndOf(2), 1), "c");
+    EXPECT_EQ(document.substr(text.EndOf(3)), "]]></s>");
+}
+
 TEST(XmlText, EscapesWhatAnAttributeCannotHold)
 {
     const std::string text = "<Träger> & \"Maße\"\t'1'";
@@ -243,6 +253,22 @@ TEST(XmlText, EscapesWhatAnAttributeCannotHold)
     EXPECT_EQ(DecodeXmlText(escaped, 0, escaped.size()).text, text);
     EXPECT_EQ(Log("<a b=\"" + escaped + "\"/>"),
               "+a[<a b=\"" + escaped + "\"/>] b=" + text + '{' + escaped + "}\n-a[]\n");
+}
+
+TEST(XmlText, ThatNoDocumentCanHoldIsRefused)
+{
+    for (const char* text : {"a\x10"
+                             "b",
+                             "a\x1F", "\uFFFE",
+                             "a\uFFFF"
+                             "b"}) {
+        EXPECT_TRUE(Log(std::string("<a b=\"") + text + "\"/>").starts_with("not well-formed"))
+            << text;
+        EXPECT_THROW(EscapeXmlAttribute(text), FormatError) << text;
+    }
+    for (const char* text : {"\x7F", "\uFFFD", "\U0001F333"})
+        EXPECT_EQ(Log("<a b=\"" + EscapeXmlAttribute(text) + "\"/>"),
+                  Log(std::string("<a b=\"") + text + "\"/>"));
 }
 
 } // namespace Halvern::Test

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A source folder that is swapped for a symbolic link while the job runs: what the link leads to is
-// not deleted.
+// A source or its folder that is swapped for a symbolic link while the job runs: what the link
+// leads to is neither copied where it may not be nor deleted.
 
 #include "FileStamp.h"
 #include "FileTree.h"
+#include "TestPlugins.h"
 
 #include "corsync/ImportJob.h"
 
@@ -12,6 +13,10 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
 
 #include <unistd.h>
 
@@ -39,7 +44,104 @@ private:
     FileTree& m_tree;
 };
 
+/// Does something once the plan is made, before the first file is copied.
+class BeforeTheCopies : public IJobObserver
+{
+public:
+    explicit BeforeTheCopies(std::function<void()> action) : m_action(std::move(action)) {}
+    void PhaseBegun(Phase phase, qint64) override
+    {
+        if (phase == Phase::Copying)
+            m_action();
+    }
+
+private:
+    std::function<void()> m_action;
+};
+
+/// work/proj/top.tlk links work/lib/part.tlk; what lies in "secret" may not come along.
+class ASwappedSource : public ::testing::Test
+{
+protected:
+    ASwappedSource()
+    {
+        tree.File(u"work/proj/top.tlk"_s, "link 1 ../lib/part.tlk\n")
+            .File(u"work/lib/part.tlk"_s, "part")
+            .File(u"secret/part.tlk"_s, "key");
+        RegisterTestResolver(tree, u"plugins"_s);
+    }
+    JobResult Import(const std::function<void()>& swap)
+    {
+        SyncServices::ServicesSettings settings;
+        settings.cloudCacheFolder = tree.Path(u"cloud"_s);
+        settings.databaseFile = tree.Path(u"sync.db"_s);
+        settings.isolatePlugins = u"never"_s;
+        const Session session(settings, {tree.Path(u"plugins"_s), TestPluginFolder()});
+        ImportRequest request;
+        request.sources = {tree.Path(u"work/proj"_s)};
+        request.within = {tree.Path(u"work"_s)};
+        BeforeTheCopies observer(swap);
+        ImportJob job(session, request, &observer);
+        job.MakePlan();
+        return job.Execute();
+    }
+    bool CloudHoldsTheKey() const
+    {
+        const FileTree::Snapshot files = tree.Contents(u"cloud"_s);
+        return std::any_of(files.begin(), files.end(),
+                           [](const QByteArray& bytes) { return bytes.contains("key"); });
+    }
+
+    FileTree tree;
+};
+
 } // namespace
+
+TEST_F(ASwappedSource, IsNotCopiedFromWhereItMayNotBeTaken)
+{
+    const JobResult result = Import([&] {
+        tree.Remove(u"work/lib/part.tlk"_s);
+        ASSERT_TRUE(
+            QFile::link(tree.Path(u"secret/part.tlk"_s), tree.Path(u"work/lib/part.tlk"_s)));
+    });
+    EXPECT_FALSE(CloudHoldsTheKey());
+    EXPECT_GT(result.summary.filesWithProblems, 0);
+}
+
+TEST_F(ASwappedSource, OfASwappedFolderIsNotCopiedEither)
+{
+    const JobResult result = Import([&] {
+        ASSERT_TRUE(QDir().rename(tree.Path(u"work/lib"_s), tree.Path(u"work/aside"_s)));
+        ASSERT_TRUE(QFile::link(tree.Path(u"secret"_s), tree.Path(u"work/lib"_s)));
+    });
+    EXPECT_FALSE(CloudHoldsTheKey());
+    EXPECT_GT(result.summary.filesWithProblems, 0);
+}
+
+TEST_F(ASwappedSource, ThatIsOfTheSelectionIsNotCopiedEither)
+{
+    tree.File(u"work/proj/own.txt"_s, "own");
+    const JobResult result = Import([&] {
+        tree.Remove(u"work/proj/own.txt"_s);
+        ASSERT_TRUE(
+            QFile::link(tree.Path(u"secret/part.tlk"_s), tree.Path(u"work/proj/own.txt"_s)));
+    });
+    EXPECT_FALSE(CloudHoldsTheKey());
+    EXPECT_GT(result.summary.filesWithProblems, 0);
+}
+
+TEST_F(ASwappedSource, IsCopiedWhenAProgramHasSavedItAnew)
+{
+    tree.File(u"work/proj/own.txt"_s, "own");
+    const JobResult result = Import([&] {
+        tree.File(u"work/proj/new.txt"_s, "saved anew");
+        ASSERT_EQ(::rename(QFile::encodeName(tree.Path(u"work/proj/new.txt"_s)).constData(),
+                           QFile::encodeName(tree.Path(u"work/proj/own.txt"_s)).constData()),
+                  0);
+    });
+    EXPECT_EQ(result.summary.filesWithProblems, 0);
+    EXPECT_EQ(tree.Read(u"cloud/proj/own.txt"_s), "saved anew");
+}
 
 TEST(ASwappedSourceFolder, LeadsNoDeletionElsewhere)
 {

@@ -54,6 +54,14 @@ TEST_F(KicadRewriter, WritesAModelsPathInTheMannerOfTheOldOne)
     }
 }
 
+TEST_F(KicadRewriter, RefusesANameThatKicadWouldTakeForAnother)
+{
+    const QByteArray text = Board(Footprint("1-1", Model("\"a.step\"")));
+    for (const QString& path : {u"a${x}.step"_s, u"lib/$(x).step"_s})
+        EXPECT_EQ(RewriteFailure(BoardFile, text, {{u"1-1 model"_s, path}}),
+                  u"KiCad would not take %1 for the path %1"_s.arg(path));
+}
+
 TEST_F(KicadRewriter, ChangesTheLinksThatItIsGivenAndNoOtherByte)
 {
     const QByteArray text =

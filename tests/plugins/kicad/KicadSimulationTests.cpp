@@ -155,6 +155,9 @@ TEST_F(KicadSimulation, APathThatCannotBeWrittenLeavesTheFileAsItIs)
 {
     EXPECT_EQ(RewriteFailure(Models, ".inc x", {{u"include"_s, u"a\"'b"_s}}),
               u"the simulator cannot read both kinds of quotation marks in one path: a\"'b"_s);
+    for (const QString& path : {u"a$b.lib"_s, u"~a.lib"_s})
+        EXPECT_EQ(RewriteFailure(Models, ".inc x", {{u"include"_s, path}}),
+                  u"the simulator would look elsewhere for "_s + path);
     EXPECT_EQ(RewriteFailure(Models, ".inc x", {{u"include"_s, u"a\nb"_s}}),
               u"a path in a line of text cannot hold a line end: a\nb"_s);
     EXPECT_EQ(RewriteFailure(Models, ".inc x", {{u"include 2"_s, u"a"_s}}),

@@ -44,6 +44,24 @@ TEST_F(ScribusRewriter, ACompressedDocumentStaysOne)
     EXPECT_EQ(Read(name), (Links{LinkTo(u"PAGEOBJECT 1/PFILE", u"b/a.png")}));
 }
 
+TEST_F(ScribusRewriter, ADocumentOfAsciiInAnotherEncodingGetsOtherLettersAsNumbers)
+{
+    for (const char* encoding : {"ISO-8859-1", "windows-1251", "x-unknown"}) {
+        const QByteArray text = File(Picture("1", "a.png")).replace("UTF-8", encoding);
+        const Links links = {LinkTo(u"PAGEOBJECT 1/PFILE", u"Größe 木.png")};
+        EXPECT_EQ(Rewritten(m_name, text, links),
+                  QByteArray(text).replace("a.png", "Gr&#246;&#223;e &#26408;.png"));
+        EXPECT_EQ(Read(m_name), links);
+    }
+}
+
+TEST_F(ScribusRewriter, APathThatXmlCannotHoldLeavesTheDocumentAsItIs)
+{
+    EXPECT_EQ(RewriteFailure(m_name, File(Picture("1", "a.png")),
+                             {LinkTo(u"PAGEOBJECT 1/PFILE", u"a\020b.png")}),
+              u"XML has no way to write a\020b.png"_s);
+}
+
 TEST_F(ScribusRewriter, ANameThatIsRightAlreadyKeepsItsBytes)
 {
     const QDateTime time = QDateTime::fromSecsSinceEpoch(1'000'000'000);

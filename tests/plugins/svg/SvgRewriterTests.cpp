@@ -44,6 +44,18 @@ TEST_F(SvgRewriter, AddressesInStylesAreRewrittenWhereverTheyStand)
         EXPECT_TRUE(Read(m_file).contains(link)) << link.first.toStdString();
 }
 
+TEST_F(SvgRewriter, AnAddressThatEndsWithItsSectionLeavesTheSectionClosed)
+{
+    for (const char* address : {"@import url(%1", "@import '%1", "a { fill: url(\"%1"}) {
+        const QByteArray text = "<style><![CDATA[" + QByteArray(address) + "]]></style><style>" +
+                                QByteArray(address) + "<!-- x --></style>";
+        const QString id = text.contains("import") ? u"style/@import"_s : u"style/url"_s;
+        EXPECT_EQ(Rewritten(QByteArray(text).replace("%1", "o.css"),
+                            {{id, u"n.css"_s}, {id + u"#2"_s, u"m.css"_s}}),
+                  QByteArray(text).replace(text.indexOf("%1"), 2, "n.css").replace("%1", "m.css"));
+    }
+}
+
 TEST_F(SvgRewriter, BlanksBeforeAFragmentDoNotBecomePartOfTheName)
 {
     EXPECT_EQ(
@@ -91,6 +103,16 @@ TEST_F(SvgRewriter, TheAbsoluteNameOfALinkThatIsWrittenForOldAndNewReadersFollow
                   {L(u"image/href", u"../neu/a.png"), L(u"image/xlink:href", u"../neu/a.png")}),
         "<image href='../neu/a.png' xlink:href='../neu/a.png' sodipodi:absref='" + absolute + "'" +
             rest);
+}
+
+TEST_F(SvgRewriter, AnAbsoluteNameThatXmlCannotHoldLeavesTheDrawingAsItIs)
+{
+    const QByteArray rest = " xmlns:sodipodi='s'/>";
+    const Links links = {L(u"image/href", u"a\020b.png")};
+    EXPECT_TRUE(RewriteFailure(
+                    m_file, Svg("<image href='a.png' sodipodi:absref='/gone/a.png'" + rest), links)
+                    .startsWith(u"XML has no way to write "_s));
+    EXPECT_EQ(Rewritten("<image href='a.png'" + rest, links), "<image href='a%10b.png'" + rest);
 }
 
 TEST_F(SvgRewriter, AnAbsolutePathBecomesAFileUri)

@@ -95,6 +95,14 @@ TEST_F(WavefrontRewriter, QuotationMarksStay)
               "mtllib \"c/d.mtl\"\n");
 }
 
+TEST_F(WavefrontRewriter, ANameWithABlankBeforeItsExtensionEndsThere)
+{
+    EXPECT_EQ(Object("mtllib a.mtl b c.mtl\n", {LinkTo(u"mtllib 1 words 1-1", u"x .mtl")}),
+              "mtllib x .mtl b c.mtl\n");
+    EXPECT_EQ(Read(m_object), (Links{LinkTo(u"mtllib 1 words 1-2", u"x .mtl"),
+                                     LinkTo(u"mtllib 1 words 3-4", u"b c.mtl")}));
+}
+
 TEST_F(WavefrontRewriter, ANameInLatin1StaysInLatin1WhereItCan)
 {
     EXPECT_EQ(Object("mtllib H\xF6he.mtl\n", {LinkTo(u"mtllib 1", u"Größe/Höhe.mtl")}),
@@ -102,6 +110,14 @@ TEST_F(WavefrontRewriter, ANameInLatin1StaysInLatin1WhereItCan)
               "e/H\xF6he.mtl\n");
     EXPECT_EQ(Object("mtllib H\xF6he.mtl\n", {LinkTo(u"mtllib 1", u"木/Höhe.mtl")}),
               "mtllib 木/Höhe.mtl\n");
+}
+
+TEST_F(WavefrontRewriter, ANameIsNotWrittenInLatin1WhereThatWouldBeReadAsUtf8)
+{
+    // In Latin-1 these are the bytes of "ö".
+    const Links links = {LinkTo(u"mtllib 1", u"\u00C3\u00B6.mtl")};
+    EXPECT_EQ(Object("mtllib H\xF6he.mtl\n", links), "mtllib \xC3\x83\xC2\xB6.mtl\n");
+    EXPECT_EQ(Read(m_object), links);
 }
 
 TEST_F(WavefrontRewriter, JoinedLinesAreReplacedWhole)
