@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A source or its folder that is swapped for a symbolic link while the job runs: what the link leads
-// to is neither copied where it may not be nor deleted.
+// A source or its folder that is swapped for a symbolic link while the job runs: what the link
+// leads to is neither copied where it may not be nor deleted.
 
 #include "FileStamp.h"
 #include "FileTree.h"
@@ -101,7 +101,8 @@ TEST_F(ASwappedSource, IsNotCopiedFromWhereItMayNotBeTaken)
 {
     const JobResult result = Import([&] {
         tree.Remove(u"work/lib/part.tlk"_s);
-        ASSERT_TRUE(QFile::link(tree.Path(u"secret/part.tlk"_s), tree.Path(u"work/lib/part.tlk"_s)));
+        ASSERT_TRUE(
+            QFile::link(tree.Path(u"secret/part.tlk"_s), tree.Path(u"work/lib/part.tlk"_s)));
     });
     EXPECT_FALSE(CloudHoldsTheKey());
     EXPECT_GT(result.summary.filesWithProblems, 0);
@@ -122,7 +123,8 @@ TEST_F(ASwappedSource, ThatIsOfTheSelectionIsNotCopiedEither)
     tree.File(u"work/proj/own.txt"_s, "own");
     const JobResult result = Import([&] {
         tree.Remove(u"work/proj/own.txt"_s);
-        ASSERT_TRUE(QFile::link(tree.Path(u"secret/part.tlk"_s), tree.Path(u"work/proj/own.txt"_s)));
+        ASSERT_TRUE(
+            QFile::link(tree.Path(u"secret/part.tlk"_s), tree.Path(u"work/proj/own.txt"_s)));
     });
     EXPECT_FALSE(CloudHoldsTheKey());
     EXPECT_GT(result.summary.filesWithProblems, 0);
