@@ -9,6 +9,7 @@
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/LinkPaths.h"
+#include "pluginkit/PercentCoding.h"
 
 namespace Halvern::Formats::Scenes {
 
@@ -29,6 +30,62 @@ std::string ContentUri(std::string_view path)
             safe += c;
     }
     return safe;
+}
+
+bool IsHexDigit(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+/// True where a "%" stands for another byte.
+bool IsEncodedAt(std::string_view text, std::size_t at)
+{
+    return text[at] == '%' && at + 2 < text.size() && IsHexDigit(text[at + 1]) &&
+           IsHexDigit(text[at + 2]);
+}
+
+bool IsEncoded(std::string_view address)
+{
+    for (std::size_t at = 0; at < address.size(); ++at)
+        if (IsEncodedAt(address, at))
+            return true;
+    return false;
+}
+
+/// True for what means something else where it stands as it is.
+bool NeedsEncoding(char c, std::string_view next)
+{
+    constexpr std::string_view special = "#?\"\\";
+    if (c == '%')
+        return next.size() > 1 && IsHexDigit(next[0]) && IsHexDigit(next[1]);
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < ' ' || byte == 0x7F || special.find(c) != std::string_view::npos;
+}
+
+/// The URI for a path with no more encoded than has to be.
+std::string PlainUri(std::string_view path)
+{
+    const std::string uri = UriOfPath(path);
+    std::string plain;
+    for (std::size_t at = 0; at < uri.size(); ++at) {
+        if (!IsEncodedAt(uri, at)) {
+            plain += uri[at];
+            continue;
+        }
+        const std::string_view encoded = std::string_view(uri).substr(at, 3);
+        const std::string decoded = PercentDecode(encoded);
+        if (NeedsEncoding(decoded.front(), std::string_view(uri).substr(at + 3)))
+            plain += encoded;
+        else
+            plain += decoded;
+        at += 2;
+    }
+    return plain;
+}
+
+std::string UriLike(const Reference& reference, std::string_view path)
+{
+    return IsEncoded(reference.address) ? UriOfPath(path) : PlainUri(path);
 }
 
 } // namespace
@@ -117,15 +174,17 @@ std::string Written(const Reference& reference, std::string_view path)
     switch (reference.notation) {
     case Notation::XmlUri:
         return EscapeXmlAttribute(UriOfPath(path));
+    case Notation::XmlListedUri:
+        return EscapeXmlAttribute(UriLike(reference, path));
     case Notation::XmlContentUri:
     case Notation::XmlPictureUri:
         return ContentUri(path);
     case Notation::XmlPath:
         return EscapeXmlAttribute(path);
     case Notation::VrmlString:
-        return UriOfPath(path);
+        return UriLike(reference, path);
     case Notation::VrmlWord:
-        return '"' + UriOfPath(path) + '"';
+        return '"' + UriLike(reference, path) + '"';
     }
     return {};
 }

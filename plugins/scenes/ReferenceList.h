@@ -22,6 +22,9 @@ enum class Notation
 {
     /// A URI in an attribute.
     XmlUri,
+    /// One of a list of URIs in an attribute. Few programs that read those take off an encoding:
+    /// what is not encoded does not get to be.
+    XmlListedUri,
     /// A URI as the content of an element, which may be a section of plain text.
     XmlContentUri,
     /// The same of a picture, of which there are no parts: a "#" that stands there belongs to the
@@ -29,7 +32,7 @@ enum class Notation
     XmlPictureUri,
     /// A plain path in an attribute.
     XmlPath,
-    /// A URI between quotation marks, or in VRML 1.0 a mere word.
+    /// The same between quotation marks, or in VRML 1.0 a mere word.
     VrmlString,
     VrmlWord
 };

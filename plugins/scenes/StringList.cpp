@@ -61,6 +61,7 @@ std::optional<Reference> AddressIn(const ListedString& string)
         return std::nullopt;
     Reference reference;
     reference.address = Utf8OrLatin1(address);
+    reference.notation = Notation::XmlListedUri;
     // Escapes make it longer than it is.
     const bool isPlain = string.value.size() == string.span.end - string.span.begin;
     reference.span = isPlain ? Span{string.span.begin + path.begin, string.span.begin + path.end}

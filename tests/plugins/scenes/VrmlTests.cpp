@@ -49,7 +49,7 @@ TEST_F(VrmlScenes, OnlyTheBytesOfTheAddressChange)
     EXPECT_EQ(Rewritten(File, text,
                         {L(u"Inline/url#2", u"../n m/\"q\".wrl"), L(u"#I/url", u"b.wrl")}),
               QByteArray(text)
-                  .replace("a.wrl#x", "../n%20m/%22q%22.wrl#x")
+                  .replace("a.wrl#x", "../n m/%22q%22.wrl#x")
                   .replace("t\\\\a\\\"b.wrl", "b.wrl"));
     EXPECT_EQ(Read(File), (Links{L(u"Inline/url", u"a.wrl"), L(u"Inline/url#2", u"../n m/\"q\".wrl"),
                                  L(u"#I/url", u"b.wrl")}));
@@ -67,7 +67,7 @@ TEST_F(VrmlScenes, TheFirstVersionNamesFilesInFieldsOfItsOwn)
                      L(u"Texture2/filename", u"bare.png"), L(u"File/name", u"iv/x.iv")}));
     EXPECT_EQ(Rewritten(File, text, {L(u"Texture2/filename", u"a b.png"),
                                      L(u"WWWInline/name", u"j.wrl")}),
-              QByteArray(text).replace("bare.png", "\"a%20b.png\"").replace("i.wrl", "j.wrl"));
+              QByteArray(text).replace("bare.png", "\"a b.png\"").replace("i.wrl", "j.wrl"));
 }
 
 TEST_F(VrmlScenes, TheClassicEncodingOfX3dIsRead)

@@ -48,11 +48,21 @@ TEST_F(X3dScenes, OnlyTheBytesOfTheAddressChange)
     EXPECT_EQ(Rewritten(File, text,
                         {L(u"#T/url#2", u"../n & m/\"q\" 'r'.png"), L(u"ImageTexture/url", u"b.png")}),
               QByteArray(text)
-                  .replace("\"a.png#x\"", "\"../n%20&amp;%20m/%22q%22%20&apos;r&apos;.png#x\"")
+                  .replace("\"a.png#x\"", "\"../n &amp; m/%22q%22 &apos;r&apos;.png#x\"")
                   .replace("&quot;a.png&quot;", "&quot;b.png&quot;"));
     EXPECT_EQ(Read(File),
               (Links{L(u"#T/url", u"a.png"), L(u"#T/url#2", u"../n & m/\"q\" 'r'.png"),
                      L(u"ImageTexture/url", u"b.png")}));
+}
+
+TEST_F(X3dScenes, AnAddressIsEncodedWhereItWas)
+{
+    const QByteArray text = X3d("<Inline url='\"a%20b.x3d\" \"c.x3d\"'/>");
+    const auto* const path = u"ä ö/50% %25 #1.x3d";
+    EXPECT_EQ(Rewritten(File, text, {L(u"Inline/url", path), L(u"Inline/url#2", path)}),
+              X3d("<Inline url='\"%C3%A4%20%C3%B6/50%25%20%2525%20%231.x3d\" "
+                  "\"ä ö/50% %2525 %231.x3d\"'/>"));
+    EXPECT_EQ(Read(File), (Links{L(u"Inline/url", path), L(u"Inline/url#2", path)}));
 }
 
 TEST_F(X3dScenes, AShaderOrAPictureInsideOfTheSceneIsNoLink)

@@ -53,7 +53,8 @@ def spread(out):
     pictures = iter(PICTURES.values())
 
     def with_picture(match):
-        address = urllib.parse.quote(f"Bilder für alle/{next(pictures)}")
+        # Blender takes no encoded names, but a plain "#" would begin a part of the picture.
+        address = f"Bilder für alle/{next(pictures)}".replace("#", "%23")
         return f"{match[0]}\n<ImageTexture url='\"verloren.png\" \"{address}\"'/>"
 
     text = re.sub(r"<Material DEF=[^>]*/>", with_picture, scene.read_text(encoding="utf-8"))
