@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # One folder of the module CorsyncFileLink, compiled once for the library and for the tests.
 set(CORSYNC_MODULE_OPTIONS "" CACHE STRING "Further compiler options of the module's sources and of base/")
-option(CORSYNC_MODULE_PRECOMPILE "Precompile the headers of libraries for the module's sources")
 function(corsync_module_folder name)
   set(target corsync_${name}_objects)
   add_library(${target} OBJECT ${ARGN})
@@ -10,11 +9,6 @@ function(corsync_module_folder name)
   target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${target} PRIVATE corsync_build
                                   PUBLIC corsync_base Qt6::Core Qt6::Xml log4cplus::log4cplus CorsyncServices)
-  if(CORSYNC_MODULE_PRECOMPILE)
-    target_precompile_headers(${target} PRIVATE
-      <QtCore/QDateTime> <QtCore/QDir> <QtCore/QFile> <QtCore/QFileInfo> <QtCore/QHash>
-      <QtCore/QMap> <QtCore/QObject> <QtCore/QRegularExpression> <QtCore/QSet>
-      <QtCore/QStringList> <QtXml/QDomDocument> <log4cplus/logger.h> <log4cplus/loggingmacros.h>
-      <algorithm> <functional> <memory>)
-  endif()
+  corsync_precompile_qt(${target} <QtCore/QRegularExpression> <QtXml/QDomDocument> <log4cplus/logger.h>
+                        <log4cplus/loggingmacros.h>)
 endfunction()

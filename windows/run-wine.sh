@@ -8,6 +8,7 @@
 # FOLDER holds the DLLs that are not beside PROGRAM. With --terminal the program has the caller's terminal
 # as its console.
 # The prefix is $CORSYNC_WINE_PREFIX, or build/wine; the limit $CORSYNC_WINE_TIMEOUT seconds, or 300.
+# With CORSYNC_WINE_BRIEF set, tests that passed are left out of what a test program printed.
 # The exit code is the program's, or 124 when the time was up.
 set -euo pipefail
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
@@ -66,6 +67,16 @@ trap 'rm -rf "$output"' EXIT
 code=0
 timeout --kill-after=10 "$limit" "$wine" "$@" >"$output/out" 2>"$output/err" ||
     code=$?
-cat "$output/out"
+if [ -n "${CORSYNC_WINE_BRIEF:-}" ]; then
+    # Whoever reads the log of a failure sees that test first, and of a crash the test that ran.
+    awk '/^\[ RUN      \]/ { held = $0; next }
+         /^\[       OK \]/ { held = ""; next }
+         /^\[-+\]/ { next }
+         held != "" { print held; held = "" }
+         { print }
+         END { if (held != "") print held }' "$output/out"
+else
+    cat "$output/out"
+fi
 cat "$output/err" >&2
 exit "$code"

@@ -39,8 +39,8 @@ void ReadDirectXText(const InputFile& file, std::uint64_t begin, DirectXVisitor&
 void ReadDirectXBinary(const InputFile& file, std::uint64_t begin, std::size_t floatSize,
                        DirectXVisitor& visitor);
 
-/// A mesh of DirectX (.x), as text or binary: pictures of materials and effects. Compressed ones are
-/// refused.
+/// A mesh of DirectX (.x), as text or binary: pictures of materials and effects. Compressed ones
+/// are refused.
 class DirectXDocument : public MeshDocument, private DirectXVisitor
 {
 public:

@@ -117,8 +117,8 @@ void LightWaveDocument::AddName(const Chunk& inner, const Chunk& outer, std::uin
         m_formLength = AddLength(m_form);
     if (m_outerBegin != outer.begin) {
         m_outerBegin = outer.begin;
-        m_outerLength = AddLength(
-            {outer.begin + KindSize, 4, true, outer.end - outer.content, m_formLength});
+        m_outerLength =
+            AddLength({outer.begin + KindSize, 4, true, outer.end - outer.content, m_formLength});
     }
     name.length =
         AddLength({inner.begin + KindSize, 2, true, inner.end - inner.content, m_outerLength});

@@ -27,10 +27,9 @@ std::string_view TakeWord(std::string_view& line)
 bool IsPictureKeyword(std::string_view word)
 {
     constexpr std::string_view keyword = "texturefile";
-    return std::equal(word.begin(), word.end(), keyword.begin(), keyword.end(),
-                      [](char a, char b) {
-                          return a == b || (a >= 'A' && a <= 'Z' && a + 32 == b);
-                      });
+    return std::equal(word.begin(), word.end(), keyword.begin(), keyword.end(), [](char a, char b) {
+        return a == b || (a >= 'A' && a <= 'Z' && a + 32 == b);
+    });
 }
 
 } // namespace

@@ -151,8 +151,8 @@ void ThreeDsDocument::AddName(const Chunk& chunk, const std::string& id)
     if (name.raw.empty())
         return;
     name.end = name.begin + name.raw.size() + 1;
-    name.length = AddLength({chunk.begin + 2, 4, false, chunk.end - chunk.begin,
-                             LengthOf(m_open.size() - 1)});
+    name.length = AddLength(
+        {chunk.begin + 2, 4, false, chunk.end - chunk.begin, LengthOf(m_open.size() - 1)});
     Add(std::move(name));
 }
 

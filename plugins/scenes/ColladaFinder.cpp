@@ -54,7 +54,8 @@ public:
             Root(element, name);
         m_content = HoldsContentAddress(name) ? std::optional(element.end) : std::nullopt;
         const std::string_view id = element.Value("id");
-        m_open.push_back({std::string(name), NameForId(id, m_open.empty() ? "" : m_open.back().owner)});
+        m_open.push_back(
+            {std::string(name), NameForId(id, m_open.empty() ? "" : m_open.back().owner)});
         // What programs note for themselves has words of its own.
         if (name == "extra" && m_extra == 0)
             m_extra = m_open.size();

@@ -62,9 +62,10 @@ private:
                 entered.place = own;
         }
         if (const XmlAttribute* prefix = element.Find("fileprefix"))
-            entered.prefix = m_list.AddPrefix(
-                {std::string(prefix->value), {prefix->begin, prefix->end},
-                 !prefix->value.empty() && !IsLinkUri(prefix->value)});
+            entered.prefix =
+                m_list.AddPrefix({std::string(prefix->value),
+                                  {prefix->begin, prefix->end},
+                                  !prefix->value.empty() && !IsLinkUri(prefix->value)});
         m_open.push_back(std::move(entered));
     }
 
@@ -75,8 +76,8 @@ private:
         if (!found)
             return nullptr;
         const std::string id = m_open.back().place + '/' + std::string(attribute);
-        Reference* reference = m_list.AddXml(id, m_xml, {found->begin, found->end}, found->value,
-                                             Notation::XmlPath);
+        Reference* reference =
+            m_list.AddXml(id, m_xml, {found->begin, found->end}, found->value, Notation::XmlPath);
         if (reference)
             reference->prefix = prefix;
         return reference;

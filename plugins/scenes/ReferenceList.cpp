@@ -120,8 +120,7 @@ Reference* ReferenceList::AddXml(const std::string& id, std::string_view xml, Sp
         notation == Notation::XmlContentUri || notation == Notation::XmlPictureUri;
     const XmlText text =
         isContent ? DecodeXmlText(xml, span.begin, span.end) : DecodeXmlAttribute(xml, span);
-    const std::optional<Span> place =
-        text.text == value ? PlaceOf(xml, text, part) : std::nullopt;
+    const std::optional<Span> place = text.text == value ? PlaceOf(xml, text, part) : std::nullopt;
     Reference reference;
     reference.id = name;
     reference.address = address;

@@ -72,12 +72,11 @@ void SceneDocument::Rewrite(const NewPaths& paths)
         const auto wanted = paths.find(reference.id);
         if (wanted == paths.end() && !isFreed)
             continue;
-        std::string path = wanted == paths.end() ? m_list.PathOf(reference, m_text.Folder())
-                                                 : wanted->second;
+        std::string path =
+            wanted == paths.end() ? m_list.PathOf(reference, m_text.Folder()) : wanted->second;
         if (reference.prefix && !isFreed)
             path.erase(0, m_list.Prefixes()[*reference.prefix].text.size());
-        edits.push_back(
-            {reference.span.begin, reference.span.end, Written(reference, path)});
+        edits.push_back({reference.span.begin, reference.span.end, Written(reference, path)});
     }
     for (std::size_t i = 0; i < inTheWay.size(); ++i) {
         const Span& span = m_list.Prefixes()[i].span;

@@ -61,8 +61,7 @@ void SceneText::Read(const std::function<void(std::string_view text)>& read) con
     } catch (const FormatError& error) {
         if (!error.Position())
             throw;
-        const std::uint64_t place =
-            m_text.PlaceOf(static_cast<std::size_t>(*error.Position()));
+        const std::uint64_t place = m_text.PlaceOf(static_cast<std::size_t>(*error.Position()));
         if (m_compression == Compression::None)
             throw FormatError(error.what(), place);
         throw FormatError(error.what() + (" at byte " + std::to_string(place)) +

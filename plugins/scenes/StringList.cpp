@@ -64,8 +64,8 @@ std::optional<Reference> AddressIn(const ListedString& string)
     reference.notation = Notation::XmlListedUri;
     // Escapes make it longer than it is.
     const bool isPlain = string.value.size() == string.span.end - string.span.begin;
-    reference.span = isPlain ? Span{string.span.begin + path.begin, string.span.begin + path.end}
-                             : string.span;
+    reference.span =
+        isPlain ? Span{string.span.begin + path.begin, string.span.begin + path.end} : string.span;
     return reference;
 }
 

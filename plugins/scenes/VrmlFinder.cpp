@@ -130,10 +130,9 @@ private:
         const std::string id = m_list.NextId(Place());
         if (!m_isList)
             m_field = {};
-        std::optional<Reference> reference =
-            AddressIn({notation == Notation::VrmlWord ? std::string(token.text)
-                                                      : Unescaped(token.text),
-                       token.span});
+        std::optional<Reference> reference = AddressIn(
+            {notation == Notation::VrmlWord ? std::string(token.text) : Unescaped(token.text),
+             token.span});
         if (!reference)
             return;
         reference->id = id;

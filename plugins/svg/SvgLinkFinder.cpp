@@ -4,6 +4,7 @@
 
 #include "CssLinks.h"
 
+#include "IdCounter.h"
 #include "KitNames.h"
 #include "pluginkit/FileUri.h"
 #include "pluginkit/FormatError.h"

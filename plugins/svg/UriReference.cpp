@@ -54,12 +54,6 @@ std::string_view SuffixOf(std::string_view uri)
     return suffix.substr(0, suffix.find_last_not_of(Blanks) + 1);
 }
 
-std::string IdCounter::Next(const std::string& id)
-{
-    const std::size_t count = ++m_counts[id];
-    return count == 1 ? id : id + '#' + std::to_string(count);
-}
-
 std::optional<std::string> PathOf(const UriReference& reference,
                                   const std::filesystem::path& folder)
 {

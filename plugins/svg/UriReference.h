@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -53,18 +52,6 @@ bool IsWholePath(std::string_view path);
 
 /// The query and the fragment of an address, with their marks; empty when it has none.
 std::string_view SuffixOf(std::string_view uri);
-
-/// Numbers the references that would have equal ids: "image/href", "image/href#2".
-class IdCounter
-{
-public:
-    std::string Next(const std::string& id);
-    /// How many ids it knows.
-    std::size_t Size() const { return m_counts.size(); }
-
-private:
-    std::map<std::string, std::size_t> m_counts;
-};
 
 /// The path of the file, for a document in `folder`; nothing when the reference is none to a file.
 /// A document that names itself by its file name is one: its copy may get another name.

@@ -43,7 +43,7 @@ class Room:
 MODULE = ("include/filelink", "include/syncplugin", "include/syncservices", "base")
 PLUGIN = ("include/syncplugin", "include/pluginkit", "base")
 PLUGINS = {"blender": (), "freecad": (), "gltf": ("RapidJSON",), "kicad": ("RapidJSON",), "layout": (), "meshes": (),
-           "openscad": (), "scenes": (), "step": (), "svg": (), "wavefront": ()}
+           "openscad": (), "scenes": (), "solvespace": (), "step": (), "svg": (), "wavefront": ()}
 ALL = {"knows": ("*",), "libraries": ("*",), "asks_for_the_system": ("*",), "with_folders_below": True,
        "knows_the_system": True}
 

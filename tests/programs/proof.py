@@ -12,6 +12,7 @@ import sys
 import tempfile
 
 TIMEOUT = 300
+FOLDER = "Demo Größe"
 TESTS = pathlib.Path(__file__).resolve().parent.parent
 
 
@@ -58,13 +59,13 @@ def run_blender(*arguments):
 
 
 class Corsync:
-    """The command with a cloud folder and a database of its own."""
+    """The command of one machine: a database of its own, and a cloud folder."""
 
-    def __init__(self, program, work):
+    def __init__(self, program, work, machine="sync"):
         self.program = program
         self.cloud = work / "cloud"
-        self.cloud.mkdir()
-        self._common = ["--cloud-folder", self.cloud, "--database", work / "sync.db"]
+        self.cloud.mkdir(exist_ok=True)
+        self._common = ["--cloud-folder", self.cloud, "--database", work / f"{machine}.db"]
 
     def import_files(self, *arguments, expect=(0,)):
         """The events of `corsync import --json`."""
@@ -98,11 +99,45 @@ def target_of(events, source):
     return pathlib.Path(event_of(events, source)["target"])
 
 
-def age(files, seconds):
-    """Gives files another time: the next import takes them for changed."""
-    for file in files:
-        state = file.stat()
-        os.utime(file, (state.st_atime, state.st_mtime - seconds))
+def check_outcomes(label, events, wanted):
+    """Each file that there is has the outcome wanted(source); the result are all of these outcomes."""
+    files = [event for event in events if event["event"] == "file" and event["status"] != "missing"]
+    for event in files:
+        source = pathlib.Path(event["source"])
+        check(event["status"] == wanted(source), f"{label}: {wanted(source)} was to be seen: {event}")
+    return [event["status"] for event in files]
+
+
+def replace_in(file, *changes):
+    """Replaces the one occurrence of each text, bytes around it untouched."""
+    data = file.read_bytes()
+    for old, new in changes:
+        check(data.count(old.encode()) == 1, f"{file.name}: {old!r} stands there {data.count(old.encode())} times")
+        data = data.replace(old.encode(), new.encode())
+    file.write_bytes(data)
+
+
+def exchange(a, b):
+    """Two parts that the program tells apart get each other's content."""
+    content = a.read_bytes(), b.read_bytes()
+    check(content[0] != content[1], f"{a.name} and {b.name} are equal")
+    a.write_bytes(content[1])
+    b.write_bytes(content[0])
+    return [a, b]
+
+
+def stand_in_the_way(files):
+    """Puts somebody else's content at targets; the result is to be found there after an import."""
+    contents = {}
+    for number, file in enumerate(files):
+        contents[file] = f"somebody else's file {number}".encode()
+        file.write_bytes(contents[file])
+    return contents
+
+
+def check_untouched(contents):
+    for file, content in contents.items():
+        check(file.read_bytes() == content, f"{file} is not what somebody put there")
 
 
 def compare(label, before, after, inside, missing):
@@ -143,10 +178,10 @@ class Proof:
         self.source.mkdir()
         self.inspect = inspect
 
-    def corsync_in(self, name, program=None):
+    def corsync_in(self, name, program=None, machine="sync"):
         place = self.work / name
         place.mkdir(exist_ok=True)
-        return Corsync(program or self.program, place)
+        return Corsync(program or self.program, place, machine)
 
     def compare_copy(self, label, before, copy, corsync, lacks):
         """What the copy leads to while the source has another name."""
@@ -163,29 +198,54 @@ class Proof:
         compare(f"{top}, original", before, before, self.source, lacks)
         return before
 
-    def import_three_times(self, top, before, lacks, codes):
-        """Into an empty folder, with the file itself changed, and with every file changed."""
+    def import_four_times(self, top, before, lacks, codes, edit):
+        """Into an empty folder; again, when files were edited; and from two more machines, which know nothing of
+        that, when other files stand where the file would go, and where all would."""
         file = self.source / top
-        corsync = self.corsync_in(f"job {pathlib.PurePath(top).name}")
-        earlier = set()
-        everything = [found for found in self.source.rglob("*") if found.is_file()]
-        for label, changed in (("copy", []), ("renamed copy", [file]), ("all renamed", everything)):
-            age(changed, 10)
-            options = ("--collisions", "rename") if changed else ()
-            events = corsync.import_files(file, "--to", "Demo Größe", *options, expect=codes)
-            check(event_of(events, file)["status"] == ("renamed" if changed else "copied"),
-                  f"{label}: {event_of(events, file)}")
-            found = self.compare_copy(f"{top}, {label}", before, target_of(events, file), corsync, lacks)
-            files = set(found.values())
-            if changed == everything:
-                check(not files & earlier, f"{label}: {sorted(files & earlier)} are of an earlier import")
-            earlier |= files
+        job = f"job {pathlib.PurePath(top).name}"
+        corsync = self.corsync_in(job)
+
+        def look(label, events, references):
+            return set(self.compare_copy(f"{top}, {label}", references, target_of(events, file), corsync,
+                                         lacks).values())
+
+        def bring(machine, *options):
+            return machine.import_files(file, "--to", FOLDER, *options, expect=codes)
+
+        events = bring(corsync)
+        check_outcomes("copy", events, lambda source: "copied")
+        look("copy", events, before)
+
+        originals = {found: found.read_bytes() for found in self.source.rglob("*") if found.is_file()}
+        edited = edit(file)
+        after = self.look_at_original(top, lacks)
+        check(len(after) == len(before), f"{top}: the edit changed what is linked")
+        events = bring(corsync)
+        outcomes = check_outcomes("updated copy", events, lambda source: "updated" if source in edited else "unchanged")
+        files = look("updated copy", events, after)
+
+        foreign = stand_in_the_way([target_of(events, file)])
+        events = bring(self.corsync_in(job, machine="second"), "--collisions", "rename")
+        check(event_of(events, file)["status"] == "renamed", f"renamed copy: {event_of(events, file)}")
+        files |= look("renamed copy", events, after)
+        check_untouched(foreign)
+
+        foreign = stand_in_the_way([found for found in corsync.cloud.rglob("*") if found.is_file()])
+        check(files <= {os.path.realpath(found) for found in foreign}, f"{files} are not all in {corsync.cloud}")
+        events = bring(self.corsync_in(job, machine="third"), "--collisions", "rename")
+        check_outcomes("all renamed", events, lambda source: "renamed")
+        both = look("all renamed", events, after) & files
+        check(not both, f"all renamed: {sorted(both)} are of an earlier import")
+        check_untouched(foreign)
+        print(f"{top}: {outcomes.count('updated')} of {len(outcomes)} files updated, then one renamed, then all")
+        for found in edited:
+            found.write_bytes(originals[found])
 
     def import_without_layout_plugin(self, top, before, lacks, codes):
         name = f"default layout of {pathlib.PurePath(top).name}"
         (self.work / name).mkdir()
         corsync = self.corsync_in(name, without_layout_plugin(self.program, self.work / name / "bin"))
-        events = corsync.import_files(self.source / top, "--to", "Demo Größe", expect=codes)
+        events = corsync.import_files(self.source / top, "--to", FOLDER, expect=codes)
         self.compare_copy(f"{top}, default layout", before, target_of(events, self.source / top), corsync, lacks)
 
     def import_into_one_cloud(self, originals, missing, exit_codes, folder):
@@ -212,13 +272,15 @@ class Proof:
         print(f"together: {shared} files are shared, each has one copy")
 
 
-def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), plain_exit_codes=None,
-          folder="Demo Größe"):
+def prove(program, make_project, inspect, tops, edit, *, missing=(), exit_codes=(0,), plain_exit_codes=None,
+          folder=FOLDER):
     """The whole sequence. What is marked with * may be a function of the top file.
 
     make_project(folder)  puts the project, as the owning program made it, into the empty folder
     inspect(file)         the References that the owning program resolves when it opens the file
     tops                  files of the project, relative to its folder, each imported on its own
+    edit(top)             changes that file, or what it links, in a way that the owning program might, without
+                          changing what is linked; the result are the files that changed
     missing*              names of references that the original lacks on purpose
     exit_codes*           what the imports may end with: (4,) when a linked file is missing
     plain_exit_codes*     the same without the layout plug-in, where that differs
@@ -232,7 +294,7 @@ def prove(program, make_project, inspect, tops, *, missing=(), exit_codes=(0,), 
         for top in tops:
             lacks, codes = set(value_for(top, missing)), value_for(top, exit_codes)
             before = originals[top] = proof.look_at_original(top, lacks)
-            proof.import_three_times(top, before, lacks, codes)
+            proof.import_four_times(top, before, lacks, codes, edit)
             proof.import_without_layout_plugin(top, before, lacks, value_for(top, plain_exit_codes) or codes)
         if len(originals) > 1:
             proof.import_into_one_cloud(originals, missing, exit_codes, folder)

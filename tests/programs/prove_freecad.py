@@ -22,8 +22,7 @@ def run_in_freecad(script, **variables):
         return proof.run(["freecadcmd", script], env=environment, cwd=home).stdout
 
 
-def make_absolute(file, old, new):
-    """FreeCAD writes absolute names for documents on another drive; there is but one here."""
+def replace_in_document(file, old, new):
     with zipfile.ZipFile(file) as archive:
         entries = [(info, archive.read(info)) for info in archive.infolist()]
         comment = archive.comment
@@ -31,7 +30,7 @@ def make_absolute(file, old, new):
         archive.comment = comment
         for info, content in entries:
             if info.filename == "Document.xml":
-                proof.check(old.encode() in content, f"{file} does not link {old}")
+                proof.check(old.encode() in content, f"{file} does not hold {old}")
                 content = content.replace(old.encode(), new.encode())
             archive.writestr(info, content)
 
@@ -40,8 +39,17 @@ def make_project(folder):
     script = proof.TESTS / "plugins/freecad/corpus/make-corpus.py"
     output = run_in_freecad(script, CORSYNC_PROJECT=str(folder), CORSYNC_PROJECT_FULL="1")
     proof.check((folder / SUB).exists(), f"FreeCAD made no project:\n{output}")
-    make_absolute(folder / SUB, 'file="../Teile/', f'file="{folder}/Teile/')
-    make_absolute(folder / TOP, 'file="../Tabellen/', f'file="{folder}/Tabellen/')
+    # FreeCAD writes absolute names for documents on another drive; there is but one here.
+    replace_in_document(folder / SUB, 'file="../Teile/', f'file="{folder}/Teile/')
+    replace_in_document(folder / TOP, 'file="../Tabellen/', f'file="{folder}/Tabellen/')
+
+
+def edit(file):
+    """Somebody says that the document is theirs, and a picture was painted over."""
+    creator = '<Property name="CreatedBy" type="App::PropertyString">\n            <String value="'
+    replace_in_document(file, creator, creator + "Ann")
+    pictures = file.parent.parent / "Zutaten & Bilder"
+    return [file, *proof.exchange(pictures / "Foto 1.png", pictures / "Foto 2.png")]
 
 
 def inspect(file):
@@ -57,7 +65,7 @@ def inspect(file):
 
 
 def prove(corsync):
-    proof.prove(corsync, make_project, inspect, [TOP, SUB], missing=MISSING.get, exit_codes=(4,))
+    proof.prove(corsync, make_project, inspect, [TOP, SUB], edit, missing=MISSING.get, exit_codes=(4,))
 
 
 proof.main(prove)

@@ -10,7 +10,7 @@ import pathlib
 import tempfile
 import urllib.parse
 
-from proof import Reference, TESTS, check, digest, main, prove, run, run_blender
+from proof import Reference, TESTS, check, digest, exchange, main, prove, run, run_blender
 
 HERE = pathlib.Path(__file__).resolve().parent
 MODULES = pathlib.Path(os.environ.get("GLTF_VALIDATOR_MODULES", TESTS.parent / "build/programs/node_modules"))
@@ -21,6 +21,27 @@ EXTENSION = "Python: /extensions/EXT_lights_ies/lights/0/uri"
 
 def make_project(folder):
     run_blender("-P", HERE / "make_gltf_project.py", "--", folder)
+
+
+def edit(file):
+    """The scene gets a name, and a picture was painted over."""
+    content = file.read_bytes()
+    if file.suffix == ".gltf":
+        file.write_bytes(with_name(content))
+    else:
+        size = int.from_bytes(content[12:16], "little")
+        scene = with_name(content[20:20 + size])
+        scene += b" " * (-len(scene) % 4)
+        content = content[:12] + len(scene).to_bytes(4, "little") + content[16:20] + scene + content[20 + size:]
+        file.write_bytes(content[:8] + len(content).to_bytes(4, "little") + content[12:])
+    pictures = next(folder for folder in (file.parent / "Bilder", file.parent.parent / "Bilder") if folder.exists())
+    return [file, *exchange(pictures / "50% grün.png", pictures / "木目.png")]
+
+
+def with_name(text):
+    scene = json.loads(text)
+    scene["scenes"][0]["name"] = "Neu"
+    return json.dumps(scene, ensure_ascii=False).encode()
 
 
 def by_validator(file):
@@ -71,7 +92,7 @@ def exit_codes(top):
 
 def proof(corsync):
     check((MODULES / "gltf-validator").is_dir(), f"gltf-validator is not in {MODULES}")
-    prove(corsync, make_project, inspect, TOPS, missing=lost, exit_codes=exit_codes)
+    prove(corsync, make_project, inspect, TOPS, edit, missing=lost, exit_codes=exit_codes)
 
 
 if __name__ == "__main__":

@@ -205,7 +205,21 @@ def inspect(display, top):
     return references + models(display, board)
 
 
+def edit(file):
+    """Larger paper, or another variable of the project."""
+    if file.suffix == ".kicad_pro":
+        proof.replace_in(file, ('"text_variables": {}', '"text_variables": {"NEU": "1"}'))
+    else:
+        proof.replace_in(file, ('(paper "A4")', '(paper "A3")'))
+    return [file]
+
+
 MISSING = {}
+ORIGINALS = {}  # what was seen before anything was changed
+
+
+def look(display, top):
+    return ORIGINALS.pop(top, None) or inspect(display, top)
 
 
 def prove(program):
@@ -214,12 +228,12 @@ def prove(program):
             proof.run([PYTHON, MAKER, folder, folder, MODELS], timeout=120)
             shutil.rmtree(MAKER.parent / "__pycache__", ignore_errors=True)
             for top in TOPS:
-                MISSING[top] = {reference.name for reference in inspect(display, folder / top)
-                                if reference.path is None}
+                ORIGINALS[folder / top] = inspect(display, folder / top)
+                MISSING[top] = {reference.name for reference in ORIGINALS[folder / top] if reference.path is None}
                 print(f"{top}: missing in the original: {sorted(MISSING[top])}")
             proof.check(len(MISSING[TOPS[0]]) == 3, "one sheet and two models are missing on purpose")
 
-        proof.prove(program, make, functools.partial(inspect, display), TOPS, missing=lambda top: MISSING[top],
+        proof.prove(program, make, functools.partial(look, display), TOPS, edit, missing=lambda top: MISSING[top],
                     exit_codes=lambda top: (0,) if top == TOPS[2] else (4,),
                     # Projects in one folder have their library tables in common.
                     folder=lambda top: pathlib.PurePath(top).parent.name,

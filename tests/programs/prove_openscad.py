@@ -11,14 +11,6 @@ import proof
 MAKE = proof.TESTS / "plugins" / "openscad" / "corpus" / "make-corpus.py"
 
 
-def edit(file, *changes):
-    text = file.read_text()
-    for old, new in changes:
-        proof.check(text.count(old) == 1, f"{file.name}: {old!r} stands there {text.count(old)} times")
-        text = text.replace(old, new)
-    file.write_text(text)
-
-
 def make_project(folder):
     """The exported parts and their models, with an absolute link of each kind and one way out and back in."""
     proof.run([sys.executable, MAKE, folder / "Gehäuse"])
@@ -26,9 +18,18 @@ def make_project(folder):
     far = folder / "Normteile & Co"
     far.mkdir()
     (work / "Teile" / "Platte 2.stl").rename(far / "Platte 2.stl")
-    edit(work / "Teile" / "Deckel ü.scad", ("Platte 2.stl", f"{far}/Platte 2.stl"))
-    edit(work / "Halter" / "Halter.scad", ("<../gemeinsam/Schraube M3.scad>", f"<{work}/gemeinsam/Schraube M3.scad>"))
-    edit(work / "Gehäuse 木.scad", ("Teile/Umriss.dxf", "../Gehäuse/Teile/Umriss.dxf"))
+    proof.replace_in(work / "Teile" / "Deckel ü.scad", ("Platte 2.stl", f"{far}/Platte 2.stl"))
+    proof.replace_in(work / "Halter" / "Halter.scad",
+                     ("<../gemeinsam/Schraube M3.scad>", f"<{work}/gemeinsam/Schraube M3.scad>"))
+    proof.replace_in(work / "Gehäuse 木.scad", ("Teile/Umriss.dxf", "../Gehäuse/Teile/Umriss.dxf"))
+
+
+def edit(file):
+    """The body gets another part, and one that is used another size."""
+    file.write_text(file.read_text() + "translate([0, 0, 70]) cube(3);\n")
+    screw = next(file.parents[1].rglob("Schraube M3.scad"))
+    proof.replace_in(screw, ("cube([3, 3, 9])", "cube([4, 4, 9])"))
+    return [file, screw]
 
 
 def opened(depends):
@@ -64,7 +65,7 @@ def missing(top):
 
 
 def prove(corsync):
-    proof.prove(corsync, make_project, inspect, ["Gehäuse/Gehäuse 木.scad", "Gehäuse/Halter/Halter.scad"],
+    proof.prove(corsync, make_project, inspect, ["Gehäuse/Gehäuse 木.scad", "Gehäuse/Halter/Halter.scad"], edit,
                 missing=missing, exit_codes=lambda top: (4,) if missing(top) else (0,))
 
 

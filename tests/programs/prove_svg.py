@@ -5,6 +5,7 @@ Every file of the project has a colour of its own, every reference a cell of the
 a cell tells which file it took, and the system calls tell which files it opened.
 """
 import ast
+import gzip
 import pathlib
 import re
 import struct
@@ -105,8 +106,18 @@ def make_project(folder):
     proof.run([sys.executable, proof.TESTS / "plugins/svg/corpus/make-corpus.py", folder, "--full"])
 
 
+def edit(file):
+    """The drawing gets a comment, and pictures were painted over."""
+    is_packed = file.suffix == ".svgz"
+    text = gzip.decompress(file.read_bytes()) if is_packed else file.read_bytes()
+    text = text.replace(b"</svg>", b"<!-- edited --></svg>")
+    file.write_bytes(gzip.compress(text) if is_packed else text)
+    pictures = file.parent.parent / "Fern"
+    return [file, *proof.exchange(pictures / "Oliv.png", pictures / "Orange (1).png")]
+
+
 def prove(corsync):
-    proof.prove(corsync, make_project, inspect, INKSCAPE + RSVG,
+    proof.prove(corsync, make_project, inspect, INKSCAPE + RSVG, edit,
                 missing=lambda top: [MISSING[kind_of(top)]] if kind_of(top) in MISSING else [], exit_codes=(4,))
 
 

@@ -14,24 +14,27 @@ const QString File = u"a.lwo"_s;
 
 TEST_F(LightWaveObjects, PicturesAndFilmsOfClipsAreLinks)
 {
-    EXPECT_EQ(LinksOf(File, LightWave("LWO2", Part("PNTS", "abc", 4) +
-                                                  Clip(1, Part("STIL", Name("Images/a.tga"), 2) +
-                                                              Part("CONT", "abcd", 2)) +
-                                                  Clip(2, Part("STIL", Name("C:img/b.png"), 2)) +
-                                                  Clip(2, Part("STIL", Name("b.png"), 2)) +
-                                                  Clip(3, Part("ANIM", Name("f.avi") + Name("s") + "xy", 2)) +
-                                                  Clip(4, Part("STCC", "abcd" + Name("c.iff"), 2)))),
-              (Links{L(u"clip 1/STIL", u"Images/a.tga"), L(u"clip 2/STIL", u"C:/img/b.png"),
-                     L(u"clip 2/STIL#2", u"b.png"), L(u"clip 3/ANIM", u"f.avi"),
-                     L(u"clip 4/STCC", u"c.iff")}));
+    EXPECT_EQ(
+        LinksOf(File,
+                LightWave("LWO2", Part("PNTS", "abc", 4) +
+                                      Clip(1, Part("STIL", Name("Images/a.tga"), 2) +
+                                                  Part("CONT", "abcd", 2)) +
+                                      Clip(2, Part("STIL", Name("C:img/b.png"), 2)) +
+                                      Clip(2, Part("STIL", Name("b.png"), 2)) +
+                                      Clip(3, Part("ANIM", Name("f.avi") + Name("s") + "xy", 2)) +
+                                      Clip(4, Part("STCC", "abcd" + Name("c.iff"), 2)))),
+        (Links{L(u"clip 1/STIL", u"Images/a.tga"), L(u"clip 2/STIL", u"C:/img/b.png"),
+               L(u"clip 2/STIL#2", u"b.png"), L(u"clip 3/ANIM", u"f.avi"),
+               L(u"clip 4/STCC", u"c.iff")}));
 }
 
 TEST_F(LightWaveObjects, PicturesOfOldSurfacesAreLinks)
 {
     const auto surface = [](const QByteArray& name, const QByteArray& a, const QByteArray& b) {
-        return Part("SURF", Name(name) + Part("COLR", "abcd", 2) + Part("CTEX", Name("Planar"), 2) +
-                                Part("TIMG", Name(a), 2) + Part("BTEX", Name("Planar"), 2) +
-                                Part("TIMG", Name(b), 2) + Part("RIMG", Name("(none)"), 2),
+        return Part("SURF",
+                    Name(name) + Part("COLR", "abcd", 2) + Part("CTEX", Name("Planar"), 2) +
+                        Part("TIMG", Name(a), 2) + Part("BTEX", Name("Planar"), 2) +
+                        Part("TIMG", Name(b), 2) + Part("RIMG", Name("(none)"), 2),
                     4);
     };
     const QByteArray before = LightWave("LWOB", surface("Oak", "a.iff", "b.iff") +

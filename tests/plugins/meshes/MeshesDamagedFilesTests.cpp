@@ -148,8 +148,7 @@ TEST_F(DamagedMeshes, ALinkThatIsNotThereIsNotRewritten)
     for (const Good& good : GoodFiles()) {
         const QString name = QString::fromUtf16(good.name);
         EXPECT_EQ(LinksOf(name, good.content), (Links{{good.id, u"a.png"_s}}));
-        EXPECT_EQ(RewriteFailure(name, good.content, {L(u"x", u"y")}),
-                  u"the file has no link x"_s);
+        EXPECT_EQ(RewriteFailure(name, good.content, {L(u"x", u"y")}), u"the file has no link x"_s);
     }
 }
 
@@ -158,10 +157,10 @@ TEST_F(DamagedMeshes, APartThatWouldBeLongerThanItCanBeIsNotWritten)
     const QByteArray rest = Part("STIL", Name("a.png") + QByteArray(65'000, 'x'), 2);
     tree.File(u"a.lwo"_s, LightWave("LWO2", Clip(1, rest)));
     const QString path(259, u'木');
-    EXPECT_EQ(RewriteFailure(u"a.lwo"_s, LightWave("LWO2", Clip(1, rest)),
-                             {{u"clip 1/STIL"_s, path}})
-                  .toStdString(),
-              "the new paths make a part of the file longer than it can be (byte 28)");
+    EXPECT_EQ(
+        RewriteFailure(u"a.lwo"_s, LightWave("LWO2", Clip(1, rest)), {{u"clip 1/STIL"_s, path}})
+            .toStdString(),
+        "the new paths make a part of the file longer than it can be (byte 28)");
 }
 
 } // namespace Halvern::Test

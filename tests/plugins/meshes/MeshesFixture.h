@@ -30,7 +30,8 @@ protected:
     {
         QByteArray bytes;
         for (int i = 0; i < size; ++i)
-            bytes.append(static_cast<char>((number >> (8 * (isBigEndian ? size - 1 - i : i))) & 0xFF));
+            bytes.append(
+                static_cast<char>((number >> (8 * (isBigEndian ? size - 1 - i : i))) & 0xFF));
         return bytes;
     }
     static QByteArray Text(const QByteArray& text) { return text + '\0'; }

@@ -10,8 +10,8 @@ namespace {
 
 QByteArray Ply(const QByteArray& comments, const QByteArray& end = "\n")
 {
-    return "ply" + end + "format binary_little_endian 1.0" + end + comments +
-           "element vertex 1" + end + "property float x" + end + "end_header" + end +
+    return "ply" + end + "format binary_little_endian 1.0" + end + comments + "element vertex 1" +
+           end + "property float x" + end + "end_header" + end +
            QByteArray("\0\0comment TextureFile body.png\n", 31);
 }
 
@@ -19,11 +19,12 @@ QByteArray Ply(const QByteArray& comments, const QByteArray& end = "\n")
 
 TEST_F(PlyFiles, CommentsOfTheHeaderNamePictures)
 {
-    EXPECT_EQ(LinksOf(u"a.ply"_s, Ply("comment VCGLIB generated\ncomment TextureFile a b.png\n"
-                                      "comment TextureFile a b.png \ncomment texturefile\ttex\\c.png\n"
-                                      "comment TextureFile\nobj_info TextureFile d.png\n")),
-              (Links{L(u"TextureFile", u"a b.png"), L(u"TextureFile#2", u"a b.png"),
-                     L(u"TextureFile#3", u"tex/c.png")}));
+    EXPECT_EQ(
+        LinksOf(u"a.ply"_s, Ply("comment VCGLIB generated\ncomment TextureFile a b.png\n"
+                                "comment TextureFile a b.png \ncomment texturefile\ttex\\c.png\n"
+                                "comment TextureFile\nobj_info TextureFile d.png\n")),
+        (Links{L(u"TextureFile", u"a b.png"), L(u"TextureFile#2", u"a b.png"),
+               L(u"TextureFile#3", u"tex/c.png")}));
 }
 
 TEST_F(PlyFiles, OnlyTheNameChangesWhateverEndsALine)

@@ -8,15 +8,15 @@ using ThreeDsFiles = MeshesFixture;
 
 TEST_F(ThreeDsFiles, PicturesOfMaterialsTheBackgroundAndProjectorsAreLinks)
 {
-    const QByteArray lamp =
-        Chunk(0x4000, Text("Lamp") + Chunk(0x4600, QByteArray(12, 'p') +
-                                                       Chunk(0x4610, QByteArray(20, 't') +
-                                                                         Chunk(0x4653, Text("p.tga")))));
-    EXPECT_EQ(LinksOf(u"a.3ds"_s, ThreeDs(Chunk(0x1100, Text("sky.bmp")) +
-                                          Material("Oak", 0xA200, "OAK.JPG") +
-                                          Material("Oak", 0xA200, "OAK.JPG") +
-                                          Material("H\xF6he", 0xA230, "tex\\H\xF6he.png") +
-                                          Material("None", 0xA200, "") + lamp)),
+    const QByteArray lamp = Chunk(
+        0x4000, Text("Lamp") + Chunk(0x4600, QByteArray(12, 'p') +
+                                                 Chunk(0x4610, QByteArray(20, 't') +
+                                                                   Chunk(0x4653, Text("p.tga")))));
+    EXPECT_EQ(LinksOf(u"a.3ds"_s,
+                      ThreeDs(Chunk(0x1100, Text("sky.bmp")) + Material("Oak", 0xA200, "OAK.JPG") +
+                              Material("Oak", 0xA200, "OAK.JPG") +
+                              Material("H\xF6he", 0xA230, "tex\\H\xF6he.png") +
+                              Material("None", 0xA200, "") + lamp)),
               (Links{L(u"background", u"sky.bmp"), L(u"Oak/texture", u"OAK.JPG"),
                      L(u"Oak/texture#2", u"OAK.JPG"), L(u"Höhe/bump", u"tex/Höhe.png"),
                      L(u"Lamp/projector", u"p.tga")}));

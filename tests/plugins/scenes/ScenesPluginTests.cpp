@@ -45,10 +45,10 @@ TEST_F(ScenesPlugin, FindsThePicturesOfACollada)
 
 TEST_F(ScenesPlugin, FindsThePicturesOfAScene)
 {
-    const Links expected{L(u"ImageTexture/url", u"verloren.png"), L(u"ImageTexture/url#2", Oak),
-                         L(u"ImageTexture/url#3", u"verloren.png"),
-                         L(u"ImageTexture/url#4", Height),
-                         L(u"ImageTexture/url#5", u"verloren.png"), L(u"ImageTexture/url#6", Wood)};
+    const Links expected{
+        L(u"ImageTexture/url", u"verloren.png"),   L(u"ImageTexture/url#2", Oak),
+        L(u"ImageTexture/url#3", u"verloren.png"), L(u"ImageTexture/url#4", Height),
+        L(u"ImageTexture/url#5", u"verloren.png"), L(u"ImageTexture/url#6", Wood)};
     EXPECT_EQ(Read(u"möbel/Stuhl grün.x3d"_s), expected);
     EXPECT_EQ(Read(u"möbel/Tisch 木.x3dz"_s).at(5), expected.at(5));
 }

@@ -44,29 +44,29 @@ TEST_F(VrmlScenes, PrototypesAndScriptsAreLinksUnlessTheyAreInside)
 
 TEST_F(VrmlScenes, OnlyTheBytesOfTheAddressChange)
 {
-    const QByteArray text =
-        Vrml("Inline {url[\"a.wrl\"  \"a.wrl#x\"]}#a.wrl\r\nDEF I Inline { url \"t\\\\a\\\"b.wrl\" }");
-    EXPECT_EQ(Rewritten(File, text,
-                        {L(u"Inline/url#2", u"../n m/\"q\".wrl"), L(u"#I/url", u"b.wrl")}),
-              QByteArray(text)
-                  .replace("a.wrl#x", "../n m/%22q%22.wrl#x")
-                  .replace("t\\\\a\\\"b.wrl", "b.wrl"));
-    EXPECT_EQ(Read(File), (Links{L(u"Inline/url", u"a.wrl"), L(u"Inline/url#2", u"../n m/\"q\".wrl"),
-                                 L(u"#I/url", u"b.wrl")}));
+    const QByteArray text = Vrml(
+        "Inline {url[\"a.wrl\"  \"a.wrl#x\"]}#a.wrl\r\nDEF I Inline { url \"t\\\\a\\\"b.wrl\" }");
+    EXPECT_EQ(
+        Rewritten(File, text, {L(u"Inline/url#2", u"../n m/\"q\".wrl"), L(u"#I/url", u"b.wrl")}),
+        QByteArray(text)
+            .replace("a.wrl#x", "../n m/%22q%22.wrl#x")
+            .replace("t\\\\a\\\"b.wrl", "b.wrl"));
+    EXPECT_EQ(Read(File), (Links{L(u"Inline/url", u"a.wrl"),
+                                 L(u"Inline/url#2", u"../n m/\"q\".wrl"), L(u"#I/url", u"b.wrl")}));
 }
 
 TEST_F(VrmlScenes, TheFirstVersionNamesFilesInFieldsOfItsOwn)
 {
-    const QByteArray text =
-        OldVrml("DEF Top Separator { WWWInline { name \"i.wrl\" bboxSize 1 1 1 } DEF Wood Texture2 { "
-                "filename \"w.png\" } Texture2 { filename bare.png wrapS CLAMP } WWWAnchor { name "
-                "\"http://x/\" Info { string \"name.png\" } } File { name iv/x.iv } Info { name "
-                "\"no.png\" } }");
+    const QByteArray text = OldVrml(
+        "DEF Top Separator { WWWInline { name \"i.wrl\" bboxSize 1 1 1 } DEF Wood Texture2 { "
+        "filename \"w.png\" } Texture2 { filename bare.png wrapS CLAMP } WWWAnchor { name "
+        "\"http://x/\" Info { string \"name.png\" } } File { name iv/x.iv } Info { name "
+        "\"no.png\" } }");
     EXPECT_EQ(LinksOf(File, text),
               (Links{L(u"WWWInline/name", u"i.wrl"), L(u"#Wood/filename", u"w.png"),
                      L(u"Texture2/filename", u"bare.png"), L(u"File/name", u"iv/x.iv")}));
-    EXPECT_EQ(Rewritten(File, text, {L(u"Texture2/filename", u"a b.png"),
-                                     L(u"WWWInline/name", u"j.wrl")}),
+    EXPECT_EQ(Rewritten(File, text,
+                        {L(u"Texture2/filename", u"a b.png"), L(u"WWWInline/name", u"j.wrl")}),
               QByteArray(text).replace("bare.png", "\"a b.png\"").replace("i.wrl", "j.wrl"));
 }
 
@@ -84,9 +84,9 @@ TEST_F(VrmlScenes, TheClassicEncodingOfX3dIsRead)
 TEST_F(VrmlScenes, ACompressedSceneStaysCompressed)
 {
     for (const QString& name : {u"a.wrl"_s, u"a.wrz"_s, u"a.wrl.gz"_s})
-        EXPECT_EQ(Rewritten(name, Packed(Vrml("Inline { url \"a.wrl\" }")),
-                            {L(u"Inline/url", u"b.wrl")}),
-                  Packed(Vrml("Inline { url \"b.wrl\" }")));
+        EXPECT_EQ(
+            Rewritten(name, Packed(Vrml("Inline { url \"a.wrl\" }")), {L(u"Inline/url", u"b.wrl")}),
+            Packed(Vrml("Inline { url \"b.wrl\" }")));
 }
 
 TEST_F(VrmlScenes, NamesThatAreNoUtf8AreReadAsLatin1)

@@ -14,14 +14,15 @@ const QString File = u"plan/a.x3d"_s;
 
 TEST_F(X3dScenes, EveryAddressOfAListIsALinkUnlessItIsOnTheWeb)
 {
-    EXPECT_EQ(LinksOf(File, X3d("<Inline DEF='Kitchen' url='\"k.x3d#View\"\n \"../far/k.x3d\","
-                                "\"https://x.org/k.x3d\"'/>"
-                                "<ImageTexture url='&quot;H%C3%B6he &amp; 1.png&quot;'/>"
-                                "<ImageTexture url='plain.png'/>"
-                                "<Background frontUrl='\"f.png\"' backUrl='\"f.png\"'/>")),
-              (Links{L(u"#Kitchen/url", u"k.x3d"), L(u"#Kitchen/url#2", u"../far/k.x3d"),
-                     L(u"ImageTexture/url", u"Höhe & 1.png"), L(u"ImageTexture/url#2", u"plain.png"),
-                     L(u"Background/frontUrl", u"f.png"), L(u"Background/backUrl", u"f.png")}));
+    EXPECT_EQ(
+        LinksOf(File, X3d("<Inline DEF='Kitchen' url='\"k.x3d#View\"\n \"../far/k.x3d\","
+                          "\"https://x.org/k.x3d\"'/>"
+                          "<ImageTexture url='&quot;H%C3%B6he &amp; 1.png&quot;'/>"
+                          "<ImageTexture url='plain.png'/>"
+                          "<Background frontUrl='\"f.png\"' backUrl='\"f.png\"'/>")),
+        (Links{L(u"#Kitchen/url", u"k.x3d"), L(u"#Kitchen/url#2", u"../far/k.x3d"),
+               L(u"ImageTexture/url", u"Höhe & 1.png"), L(u"ImageTexture/url#2", u"plain.png"),
+               L(u"Background/frontUrl", u"f.png"), L(u"Background/backUrl", u"f.png")}));
 }
 
 TEST_F(X3dScenes, FilmsSoundsPrototypesScriptsAndShadersAreLinks)
@@ -45,14 +46,14 @@ TEST_F(X3dScenes, OnlyTheBytesOfTheAddressChange)
     const QByteArray text =
         X3d("<ImageTexture  DEF='T' url = '\"a.png\"\r\n\t\"a.png#x\" \"http://x/a.png\"'/>"
             "<ImageTexture url=\"&quot;a.png&quot;\"/><!-- a.png -->");
-    EXPECT_EQ(Rewritten(File, text,
-                        {L(u"#T/url#2", u"../n & m/\"q\" 'r'.png"), L(u"ImageTexture/url", u"b.png")}),
-              QByteArray(text)
-                  .replace("\"a.png#x\"", "\"../n &amp; m/%22q%22 &apos;r&apos;.png#x\"")
-                  .replace("&quot;a.png&quot;", "&quot;b.png&quot;"));
-    EXPECT_EQ(Read(File),
-              (Links{L(u"#T/url", u"a.png"), L(u"#T/url#2", u"../n & m/\"q\" 'r'.png"),
-                     L(u"ImageTexture/url", u"b.png")}));
+    EXPECT_EQ(
+        Rewritten(File, text,
+                  {L(u"#T/url#2", u"../n & m/\"q\" 'r'.png"), L(u"ImageTexture/url", u"b.png")}),
+        QByteArray(text)
+            .replace("\"a.png#x\"", "\"../n &amp; m/%22q%22 &apos;r&apos;.png#x\"")
+            .replace("&quot;a.png&quot;", "&quot;b.png&quot;"));
+    EXPECT_EQ(Read(File), (Links{L(u"#T/url", u"a.png"), L(u"#T/url#2", u"../n & m/\"q\" 'r'.png"),
+                                 L(u"ImageTexture/url", u"b.png")}));
 }
 
 TEST_F(X3dScenes, AnAddressIsEncodedWhereItWas)
