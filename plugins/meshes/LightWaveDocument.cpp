@@ -129,7 +129,7 @@ std::string LightWaveDocument::PathOf(std::string_view raw) const
 {
     std::string path = Utf8OrLatin1(raw);
     if (Base::HasDrive(path) && path.size() > 2 && path[2] != '/' && path[2] != '\\')
-        path.insert(2, "/");
+        path.insert(2, 1, '/');
     return path;
 }
 
