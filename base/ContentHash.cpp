@@ -2,6 +2,8 @@
 
 #include "base/ContentHash.h"
 
+#include "base/ContentReader.h"
+
 #define XXH_INLINE_ALL // so that nothing has to be linked
 #include <xxhash.h>
 
@@ -11,7 +13,9 @@ namespace Halvern::Base {
 
 namespace {
 
-constexpr std::size_t BufferSize = std::size_t(256) * 1024;
+/// Small enough to stay near the processor.
+constexpr std::size_t ZerosSize = std::size_t(16) * 1024;
+constexpr char Zeros[ZerosSize] = {};
 constexpr std::string_view Digits = "0123456789abcdef";
 
 } // namespace
@@ -31,6 +35,13 @@ ContentHasher::~ContentHasher() = default;
 void ContentHasher::Add(std::string_view bytes) noexcept
 {
     XXH3_128bits_update(&m_state->state, bytes.data(), bytes.size());
+}
+
+void ContentHasher::AddZeros(std::uint64_t count) noexcept
+{
+    for (; count > ZerosSize; count -= ZerosSize)
+        Add({Zeros, ZerosSize});
+    Add({Zeros, static_cast<std::size_t>(count)});
 }
 
 ContentHash ContentHasher::Result() const noexcept
@@ -81,12 +92,16 @@ FileResult HashContent(const std::filesystem::path& file, ContentHash& hash)
 FileResult HashContent(Handle file, ContentHash& hash)
 {
     ContentHasher hasher;
-    const auto buffer = std::make_unique<char[]>(BufferSize);
-    std::uint64_t offset = 0;
-    for (std::size_t got = 1; got > 0; offset += got) {
-        if (FileResult read = ReadSome(file, offset, buffer.get(), BufferSize, got); !read)
+    ContentReader reader(file);
+    for (ContentReader::Piece piece;;) {
+        if (FileResult read = reader.Next(piece); !read)
             return read;
-        hasher.Add({buffer.get(), got});
+        if (piece.size == 0)
+            break;
+        if (piece.IsHole())
+            hasher.AddZeros(piece.size);
+        else
+            hasher.Add(piece.bytes);
     }
     hash = hasher.Result();
     return {};

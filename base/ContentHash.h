@@ -40,6 +40,8 @@ public:
     ContentHasher& operator=(const ContentHasher&) = delete;
 
     void Add(std::string_view bytes) noexcept;
+    /// As if they were bytes: what a hole of a file reads as.
+    void AddZeros(std::uint64_t count) noexcept;
     /// Of all bytes so far.
     ContentHash Result() const noexcept;
 
@@ -49,7 +51,7 @@ private:
 };
 
 /// Of a regular file that symbolic links may lead to. `hash` stays as it was when the file cannot
-/// be read.
+/// be read, or the thread's WorkWatch stops it.
 FileResult HashContent(const std::filesystem::path& file, ContentHash& hash);
 /// Of an open file from its first byte to its last, wherever somebody has read to.
 FileResult HashContent(Handle file, ContentHash& hash);

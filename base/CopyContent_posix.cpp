@@ -2,12 +2,14 @@
 
 #include "base/CopyContent_posix.h"
 
+#include "base/ContentReader.h"
 #include "base/FileCopy.h"
 #include "base/PosixApi.h"
+#include "base/WorkWatch.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <memory>
 
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -17,8 +19,10 @@ namespace Halvern::Base {
 
 namespace {
 
-constexpr std::size_t CopyBlock = std::size_t(1) << 30;
-constexpr std::size_t BufferSize = std::size_t(256) * 1024;
+constexpr std::uint64_t RangeBlock = std::uint64_t(1) << 30;
+/// Of a copy that is watched.
+constexpr std::size_t FirstRangePiece = std::size_t(1) << 20;
+constexpr std::size_t RangePiece = std::size_t(64) << 20;
 /// More than one step of the clock of the files, which is as coarse as 10 ms on some kernels.
 constexpr std::int64_t ClockStep = 20'000'000;
 
@@ -28,68 +32,121 @@ bool IsUnsupported(int error)
            error == EBADF || error == EPERM;
 }
 
-bool WriteBlock(int out, const char* bytes, ssize_t size)
+FileResult WriteFailure()
 {
-    for (ssize_t done = 0; done < size;) {
-        const ssize_t wrote = ::write(out, bytes + done, static_cast<std::size_t>(size - done));
-        if (wrote < 0 && errno != EINTR)
-            return false;
-        done += wrote > 0 ? wrote : 0;
-    }
-    return true;
+    return LastFailure("Failure to write block");
 }
 
-bool CopyByBlocks(int in, int out, ContentHasher* hasher)
+FileResult WriteFailure(const FileResult& why)
 {
-    const auto buffer = std::make_unique<char[]>(BufferSize);
-    for (;;) {
-        const ssize_t got = ::read(in, buffer.get(), BufferSize);
-        if (got == 0)
-            return true;
-        if (got < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        if (!WriteBlock(out, buffer.get(), got))
-            return false;
-        if (hasher)
-            hasher->Add({buffer.get(), static_cast<std::size_t>(got)});
-    }
+    return FileResult::Failed("Failure to write block", why.Code());
 }
 
-bool CopyAndHash(const Original& original, int out)
+void TellCopied(const Original& original, std::uint64_t bytes)
+{
+    if (WorkWatch* const watch = WorkWatch::OfThisThread(); watch && original.watched)
+        watch->Copied(bytes);
+}
+
+FileResult CopyByBlocks(const Original& original, int out, ContentReader& reader)
 {
     ContentHasher hasher;
-    if (!CopyByBlocks(original.in, out, &hasher))
-        return false;
-    *original.hash = hasher.Result();
-    return true;
+    bool endsInHole = false;
+    for (ContentReader::Piece piece;;) {
+        if (FileResult read = reader.Next(piece); !read)
+            return read.Problem() == FileProblem::Stopped ? read : WriteFailure(read);
+        const bool isEnd = piece.size == 0;
+        const FileResult written = isEnd && endsInHole ? Lengthen(out, piece.offset)
+                                                       : WriteAllAt(out, piece.offset, piece.bytes);
+        if (!written)
+            return WriteFailure(written);
+        if (isEnd)
+            break;
+        endsInHole = piece.IsHole();
+        if (original.hash && endsInHole)
+            hasher.AddZeros(piece.size);
+        else if (original.hash)
+            hasher.Add(piece.bytes);
+        TellCopied(original, piece.offset + piece.size);
+    }
+    if (original.hash)
+        *original.hash = hasher.Result();
+    return {};
 }
 
-bool CopyBytes(const Original& original, int out)
+/// Lets the system copy what it can, range after range.
+class RangeCopy
 {
-    const int in = original.in;
-    if (CloneBytes(in, out))
-        return !original.hash || HashContent(in, *original.hash);
-    if (original.hash)
-        return CopyAndHash(original, out);
-    // Some file systems state no size for files that have bytes, or copy no range of them: whatever
-    // was copied, the rest is read to its end.
-    bool started = false;
-    while (original.info.st_size > 0) {
-        const ssize_t got = ::copy_file_range(in, nullptr, out, nullptr, CopyBlock, 0);
-        if (got == 0)
-            break;
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0 && !started && IsUnsupported(errno))
-            break;
-        if (got < 0)
-            return false;
-        started = true;
+public:
+    RangeCopy(const Original& original, int out)
+        : m_original(original), m_out(out), m_ranges(original.in),
+          m_isWatched(WorkWatch::OfThisThread() != nullptr)
+    {}
+
+    /// Some file systems state no size for files that have bytes, or copy no range of them: from
+    /// CopiedTo on the rest is still to be read.
+    FileResult Run()
+    {
+        const auto size = static_cast<std::uint64_t>(m_original.info.st_size);
+        bool isMoving = true;
+        while (isMoving && m_at < size) {
+            const DataRange range = m_ranges.Next(m_at);
+            m_at = range.begin;
+            if (range.IsEmpty())
+                return ::ftruncate(m_out, static_cast<off_t>(m_at)) == 0 ? FileResult()
+                                                                         : WriteFailure();
+            if (FileResult copied = CopyTo(range.end); !copied)
+                return copied;
+            isMoving = m_at > range.begin;
+        }
+        return {};
     }
-    return CopyByBlocks(in, out, nullptr);
+    std::uint64_t CopiedTo() const noexcept { return m_at; }
+
+private:
+    FileResult CopyTo(std::uint64_t end)
+    {
+        while (m_at < end) {
+            auto from = static_cast<off_t>(m_at);
+            off_t to = from;
+            const std::uint64_t most = m_isWatched ? m_size.Next() : RangeBlock;
+            const ssize_t got =
+                ::copy_file_range(m_original.in, &from, m_out, &to, std::min(end - m_at, most), 0);
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got == 0 || (got < 0 && !m_hasBegun && IsUnsupported(errno)))
+                return {};
+            if (got < 0)
+                return WriteFailure();
+            m_hasBegun = true;
+            m_at += static_cast<std::uint64_t>(got);
+            TellCopied(m_original, m_at);
+            if (FileResult stopped = GoOnOrStop(); !stopped)
+                return stopped;
+        }
+        return {};
+    }
+
+    const Original& m_original;
+    int m_out;
+    DataRanges m_ranges;
+    bool m_isWatched;
+    PieceSize m_size{FirstRangePiece, RangePiece};
+    std::uint64_t m_at = 0;
+    bool m_hasBegun = false;
+};
+
+FileResult CopyBytes(const Original& original, int out)
+{
+    // The hash is that of the copy's own bytes, also where it shares them with the source.
+    if (CloneBytes(original.in, out))
+        return original.hash ? HashContent(Handle(out), *original.hash) : FileResult();
+    RangeCopy ranges(original, out);
+    if (!original.hash)
+        if (FileResult copied = ranges.Run(); !copied)
+            return copied;
+    ContentReader reader(original.in, ranges.CopiedTo());
+    return CopyByBlocks(original, out, reader);
 }
 
 /// The open file, and what its name leads to: programs save by giving a new file the name of the
@@ -119,9 +176,10 @@ FileResult FillCopy(const Original& original, int out)
 {
     const struct stat& info = original.info;
     const struct timespec times[2] = {{0, UTIME_OMIT}, info.st_mtim};
-    if (!CopyBytes(original, out) || ::fchmod(out, info.st_mode & 0777) != 0 ||
-        ::futimens(out, times) != 0)
-        return LastFailure("Failure to write block");
+    if (FileResult copied = CopyBytes(original, out); !copied)
+        return copied;
+    if (::fchmod(out, info.st_mode & 0777) != 0 || ::futimens(out, times) != 0)
+        return WriteFailure();
     if (original.watched && HasChanged(original))
         return FileResult::Refused(FileProblem::Changed, "The file changed while it was copied");
     return {};

@@ -16,7 +16,8 @@ struct ContentHash;
 /// yet and that the system allows; the name appears only when the copy is complete. Shares blocks
 /// where the file system can. The data is not flushed. A failure leaves nothing behind, and has a
 /// text of its own for a name that is taken ("Destination file exists"). A process that is killed
-/// may leave a file .copy-... in the target's folder. Safe to call from any thread; only a lack of
+/// may leave a file .copy-... in the target's folder. Holes stay holes. A WorkWatch of the thread
+/// may stop it (FileProblem::Stopped). Safe to call from any thread; only a lack of
 /// memory throws.
 FileResult CopyFileBytes(const std::filesystem::path& source, const std::filesystem::path& target);
 

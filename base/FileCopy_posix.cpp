@@ -3,9 +3,11 @@
 #include "base/FileCopy.h"
 
 #include "base/ContentHash.h"
+#include "base/ContentReader.h"
 #include "base/CopyContent_posix.h"
 #include "base/FileRenaming.h"
 #include "base/PosixApi.h"
+#include "base/WorkWatch.h"
 
 #include <cerrno>
 #include <optional>
@@ -42,7 +44,7 @@ std::filesystem::path FolderOf(const std::filesystem::path& file)
 std::optional<FileResult> CopyThroughUnnamedFile(const Original& original,
                                                  const std::filesystem::path& target)
 {
-    Descriptor out(::open(FolderOf(target).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600));
+    Descriptor out(::open(FolderOf(target).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
     if (!out)
         return std::nullopt;
     if (FileResult filled = FillCopy(original, out.Get()); !filled)
@@ -55,10 +57,8 @@ std::optional<FileResult> CopyThroughUnnamedFile(const Original& original,
     return NameFailure(target, static_cast<std::uint32_t>(errno));
 }
 
-FileResult FillFromTheStart(const Original& original, Descriptor& out)
+FileResult FillAndClose(const Original& original, Descriptor& out)
 {
-    if (::lseek(original.in, 0, SEEK_SET) < 0)
-        return LastFailure("Failure to write block");
     FileResult filled = FillCopy(original, out.Get());
     return filled && !out.Close() ? LastFailure("Failure to write block") : filled;
 }
@@ -70,7 +70,7 @@ FileResult CopyThroughTemporaryName(const Original& original, const std::filesys
     Descriptor out(::mkostemp(temporary.data(), O_CLOEXEC));
     if (!out)
         return LastFailure("Cannot open for output");
-    if (FileResult filled = FillFromTheStart(original, out); !filled) {
+    if (FileResult filled = FillAndClose(original, out); !filled) {
         ::unlink(temporary.c_str());
         return filled;
     }
@@ -103,6 +103,27 @@ FileResult MakeCopy(const Original& original, const std::filesystem::path& targe
     if (std::optional<FileResult> result = CopyThroughUnnamedFile(original, target))
         return *std::move(result);
     return CopyThroughTemporaryName(original, target);
+}
+
+/// What waits in memory goes to the disk piece by piece, so that somebody may stop it.
+bool WriteOut(int fd, off_t size)
+{
+    PieceSize piece(std::size_t(1) << 20, std::size_t(16) << 20);
+    WorkWatch* const watch = WorkWatch::OfThisThread();
+    for (off_t at = 0; watch && at < size;) {
+        if (!watch->GoesOn()) {
+            errno = ECANCELED;
+            return false;
+        }
+        const auto length = static_cast<off_t>(piece.Next());
+        // An error of the disk is told once; what cannot be done in pieces the flush itself does.
+        if (::sync_file_range(fd, at, length,
+                              SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
+                                  SYNC_FILE_RANGE_WAIT_AFTER) != 0)
+            return errno != EIO && errno != ENOSPC && errno != EDQUOT;
+        at += length;
+    }
+    return true;
 }
 
 bool SynchronizePath(const std::filesystem::path& path, int flags)
@@ -147,6 +168,8 @@ bool Synchronize(int fd)
 {
     struct stat info = {};
     const bool isFolder = ::fstat(fd, &info) == 0 && S_ISDIR(info.st_mode);
+    if (!isFolder && !WriteOut(fd, info.st_size))
+        return false;
     if ((isFolder ? ::fsync(fd) : ::fdatasync(fd)) == 0)
         return true;
     // File systems that keep nothing on a disk have nothing to flush.

@@ -8,6 +8,7 @@
 #include "base/Utf.h"
 #include "base/WindowsApi.h"
 #include "base/WindowsNames.h"
+#include "base/WorkWatch.h"
 
 #include <array>
 #include <cstdio>
@@ -53,18 +54,40 @@ FileResult CheckName(const std::filesystem::path& target)
     return Exists(target) ? NameIsTaken() : FileResult();
 }
 
+/// Called by the system after each piece of a copy, and before the first.
+DWORD CALLBACK OnPiece(LARGE_INTEGER, LARGE_INTEGER copied, LARGE_INTEGER, LARGE_INTEGER,
+                       DWORD stream, DWORD, HANDLE, HANDLE, LPVOID tells)
+{
+    WorkWatch* const watch = WorkWatch::OfThisThread();
+    if (!watch)
+        return PROGRESS_QUIET;
+    if (tells && stream == 1) // the others are not counted in the file's size
+        watch->Copied(static_cast<std::uint64_t>(copied.QuadPart));
+    return watch->GoesOn() ? PROGRESS_CONTINUE : PROGRESS_CANCEL;
+}
+
+FileResult CopyInPieces(const std::filesystem::path& source, const std::wstring& target, bool tells)
+{
+    if (::CopyFileExW(ApiPath(source).c_str(), target.c_str(), &OnPiece, tells ? &tells : nullptr,
+                      nullptr, COPY_FILE_FAIL_IF_EXISTS))
+        return {};
+    return ::GetLastError() == ERROR_REQUEST_ABORTED
+               ? FileResult::Refused(FileProblem::Stopped, "stopped")
+               : LastFailure();
+}
+
 /// Copies to a name for a while, asks `isGood` about what was copied, and gives the copy its name.
 template <typename Check>
 FileResult CopyChecked(const std::filesystem::path& source, const std::filesystem::path& target,
-                       Check check)
+                       bool tells, Check check)
 {
     if (FileResult taken = CheckName(target); !taken)
         return taken;
     const std::wstring native = ApiPath(target);
     const std::wstring temporary = TemporaryBeside(target);
-    FileResult result = ::CopyFileW(ApiPath(source).c_str(), temporary.c_str(), TRUE)
-                            ? FileResult(check())
-                            : LastFailure();
+    FileResult result = CopyInPieces(source, temporary, tells);
+    if (result)
+        result = check();
     // Moved without the flag to replace: a file that came into being meanwhile stays.
     if (result &&
         !WithPatience([&] { return ::MoveFileExW(temporary.c_str(), native.c_str(), 0) != 0; }))
@@ -109,7 +132,7 @@ private:
 
 FileResult CopyFileBytes(const std::filesystem::path& source, const std::filesystem::path& target)
 {
-    return CopyChecked(source, target, [] { return FileResult(); });
+    return CopyChecked(source, target, false, [] { return FileResult(); });
 }
 
 FileResult CopyUnchangedBytes(const std::filesystem::path& source,
@@ -132,7 +155,7 @@ FileResult CopyUnchangedBytes(const std::filesystem::path& source,
                    : FileResult::Refused(FileProblem::Changed,
                                          "The file changed while it was copied");
     };
-    if (FileResult made = CopyChecked(source, target, check); !made)
+    if (FileResult made = CopyChecked(source, target, true, check); !made)
         return made;
     copied = before;
     if (hash)

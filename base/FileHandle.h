@@ -38,6 +38,11 @@ FileResult ReadSome(Handle handle, std::uint64_t offset, char* buffer, std::size
                     std::size_t& got);
 /// A failure may leave a part written.
 FileResult WriteAll(Handle handle, std::string_view bytes);
+/// The same from `offset` on; what lies between the end of the file and there becomes zeros, on
+/// POSIX a hole.
+FileResult WriteAllAt(Handle handle, std::uint64_t offset, std::string_view bytes);
+/// The same for the end of a file that is to be longer.
+FileResult Lengthen(Handle handle, std::uint64_t size);
 /// Waits until the file's data is on the disk.
 FileResult FlushToDisk(Handle handle);
 void Close(Handle handle) noexcept;

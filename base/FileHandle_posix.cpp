@@ -85,6 +85,26 @@ FileResult WriteAll(Handle handle, std::string_view bytes)
     return {};
 }
 
+FileResult WriteAllAt(Handle handle, std::uint64_t offset, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written =
+            ::pwrite(Number(handle), bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        if (written < 0 && errno != EINTR)
+            return LastFailure();
+        const std::size_t done = written < 0 ? 0 : static_cast<std::size_t>(written);
+        bytes.remove_prefix(done);
+        offset += done;
+    }
+    return {};
+}
+
+FileResult Lengthen(Handle handle, std::uint64_t size)
+{
+    return ::ftruncate(Number(handle), static_cast<off_t>(size)) == 0 ? FileResult()
+                                                                      : LastFailure();
+}
+
 FileResult FlushToDisk(Handle handle)
 {
     return ::fsync(Number(handle)) == 0 ? FileResult() : LastFailure();

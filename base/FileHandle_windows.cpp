@@ -88,6 +88,31 @@ FileResult WriteAll(Handle handle, std::string_view bytes)
     return {};
 }
 
+FileResult WriteAllAt(Handle handle, std::uint64_t offset, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        OVERLAPPED at = {};
+        at.Offset = static_cast<DWORD>(offset & 0xFFFFFFFFU);
+        at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        DWORD written = 0;
+        if (!::WriteFile(Native(handle), bytes.data(), Part(bytes.size()), &written, &at))
+            return LastFailure();
+        bytes.remove_prefix(written);
+        offset += written;
+    }
+    return {};
+}
+
+FileResult Lengthen(Handle handle, std::uint64_t size)
+{
+    LARGE_INTEGER end = {};
+    end.QuadPart = static_cast<LONGLONG>(size);
+    return ::SetFilePointerEx(Native(handle), end, nullptr, FILE_BEGIN) &&
+                   ::SetEndOfFile(Native(handle))
+               ? FileResult()
+               : LastFailure();
+}
+
 FileResult FlushToDisk(Handle handle)
 {
     return ::FlushFileBuffers(Native(handle)) ? FileResult() : LastFailure();

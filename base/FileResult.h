@@ -42,7 +42,9 @@ enum class FileProblem
     /// The way leads out of the folder that it must stay in, or through a link.
     LeadsOutside,
     /// The file became another one while it was read.
-    Changed
+    Changed,
+    /// A WorkWatch wanted it to end.
+    Stopped
 };
 
 /// The kind of one of the system's error numbers; Other for most. Safe to call from any thread.

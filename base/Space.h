@@ -25,4 +25,8 @@ struct Space
 /// Safe to call from any thread; only a lack of memory throws.
 FileResult ReadSpace(const std::filesystem::path& folder, Space& space);
 
+/// How many bytes a copy of the file takes that CopyFileBytes makes: its size, without the holes
+/// that stay holes. 0 for a file that cannot be opened.
+std::uint64_t BytesOfCopy(const std::filesystem::path& file);
+
 } // namespace Halvern::Base

@@ -2,8 +2,11 @@
 
 #include "base/Space.h"
 
+#include "base/DataRanges.h"
 #include "base/FileStatus.h"
 #include "base/PosixApi.h"
+
+#include <algorithm>
 
 #include <sys/statvfs.h>
 
@@ -22,6 +25,21 @@ FileResult ReadSpace(const std::filesystem::path& folder, Space& space)
         space.freeFiles = info.f_favail;
     space.device = ReadFileStatus(folder).device;
     return {};
+}
+
+std::uint64_t BytesOfCopy(const std::filesystem::path& file)
+{
+    Handle handle = NoHandle;
+    if (!OpenForReading(file, handle))
+        return 0;
+    const Descriptor opened(static_cast<int>(handle));
+    const std::uint64_t size = ReadFileStatus(handle).size;
+    const DataRanges ranges(handle);
+    std::uint64_t bytes = 0;
+    for (DataRange range = ranges.Next(0); !range.IsEmpty() && range.begin < size;
+         range = ranges.Next(range.end))
+        bytes += std::min(range.end, size) - range.begin;
+    return bytes;
 }
 
 } // namespace Halvern::Base

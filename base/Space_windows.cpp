@@ -19,4 +19,9 @@ FileResult ReadSpace(const std::filesystem::path& folder, Space& space)
     return {};
 }
 
+std::uint64_t BytesOfCopy(const std::filesystem::path& file)
+{
+    return ReadFileStatus(file).size; // the system fills the holes of a copy
+}
+
 } // namespace Halvern::Base

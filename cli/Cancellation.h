@@ -6,9 +6,10 @@
 
 namespace Halvern::Cli {
 
-/// From now on Ctrl-C and the system's polite request to end do not end the process; they cancel
-/// this token, which is the same at every call. A second one changes nothing: the job ends at its
-/// next poll.
+/// From now on Ctrl-C and the system's polite requests to end (where a terminal that vanishes asks,
+/// too, unless the process is to survive that) do not end the process. The first one cancels this
+/// token, which is the same at every call, and says so on standard error. A second one ends the
+/// process as if nobody watched: nothing is tidied up, whatever the process is in the middle of.
 const Jobs::CancelToken& WatchForCancel();
 
 } // namespace Halvern::Cli

@@ -2,23 +2,71 @@
 
 #include "Cancellation.h"
 
+#include "Descriptors.h"
+#include "Streams.h"
+
+#include <cerrno>
 #include <csignal>
+#include <string_view>
+
+#include <poll.h>
+#include <unistd.h>
 
 namespace Halvern::Cli {
 
 namespace {
 
 Jobs::CancelToken token;
+/// What a signal handler may use: no function may be called to find it out.
+int messages = NoDescriptor;
+bool isTerminal = false;
 
-void OnSignal(int)
+void Write(std::string_view text)
 {
-    token.Cancel();
+    // Who reads nothing must not keep the process from seeing the next signal.
+    struct pollfd wanted = {messages, POLLOUT, 0};
+    if (messages != NoDescriptor && ::poll(&wanted, 1, 0) == 1 && (wanted.revents & POLLOUT))
+        static_cast<void>(!::write(messages, text.data(), text.size()));
+}
+
+void EndAtOnce(int signal)
+{
+    struct sigaction standard = {};
+    standard.sa_handler = SIG_DFL;
+    ::sigaction(signal, &standard, nullptr);
+    // Delivered when the handler returns: who waits for the process learns what ended it.
+    ::raise(signal);
+}
+
+void OnSignal(int signal)
+{
+    const int error = errno;
+    if (token.IsCancelled()) {
+        EndAtOnce(signal);
+    } else {
+        token.Cancel();
+        if (isTerminal) // where the progress line may stand
+            Write("\r\033[K");
+        Write(signal == SIGINT
+                  ? "corsync: Cancelling after the current step; press Ctrl-C again to "
+                    "end at once\n"
+                  : "corsync: Cancelling after the current step\n");
+    }
+    errno = error;
+}
+
+bool IsIgnored(int signal)
+{
+    struct sigaction present = {};
+    return ::sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
 }
 
 } // namespace
 
 const Jobs::CancelToken& WatchForCancel()
 {
+    messages = MessagesDescriptor();
+    isTerminal = IsStandardErrorTerminal();
     struct sigaction action = {};
     action.sa_handler = OnSignal;
     // Restarted, so that the copy under way does not fail with EINTR.
@@ -26,6 +74,8 @@ const Jobs::CancelToken& WatchForCancel()
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    if (!IsIgnored(SIGHUP)) // as nohup wants it
+        sigaction(SIGHUP, &action, nullptr);
     return token;
 }
 

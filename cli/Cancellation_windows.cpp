@@ -2,6 +2,9 @@
 
 #include "Cancellation.h"
 
+#include "Platform.h"
+#include "Streams.h"
+
 #include <windows.h>
 
 namespace Halvern::Cli {
@@ -10,12 +13,23 @@ namespace {
 
 Jobs::CancelToken token;
 
+/// What the system itself answers to Ctrl-C. Not by ExitProcess, which waits for a library that is
+/// in the middle of something.
+constexpr UINT EndedByControl = 0xC000013A;
+
 BOOL WINAPI OnControl(DWORD event)
 {
     // The system ends the process after a close, log-off or shutdown whatever is answered.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         return FALSE;
+    if (token.IsCancelled()) {
+        RestoreConsole();
+        TerminateProcess(GetCurrentProcess(), EndedByControl);
+    }
     token.Cancel();
+    WriteMessages(IsStandardErrorTerminal() ? "\r\033[K" : "");
+    WriteMessages(
+        "corsync: Cancelling after the current step; press Ctrl-C again to end at once\n");
     return TRUE;
 }
 

@@ -81,6 +81,7 @@ ExitCode ExitCodeOf(Jobs::JobErrorKind kind)
     case Jobs::JobErrorKind::PluginFolderMissing:
     case Jobs::JobErrorKind::SourceRefused:
     case Jobs::JobErrorKind::TargetRefused:
+    case Jobs::JobErrorKind::FolderMissing:
     case Jobs::JobErrorKind::PatternRefused:
     case Jobs::JobErrorKind::RestoreRefused:
         return ExitCode::Usage;

@@ -27,7 +27,7 @@ void JobProgress::PhaseBegun(Jobs::Phase phase, qint64 total)
 
 void JobProgress::Progressed(const Jobs::Progress& progress)
 {
-    m_line.Show(progress.files, progress.bytes);
+    m_line.Show({progress.files, progress.total, progress.bytes, progress.totalBytes});
 }
 
 } // namespace Halvern::Cli

@@ -18,6 +18,8 @@ void PrepareConsole()
         setenv("LC_ALL", "C.UTF-8", 1);
 }
 
+void RestoreConsole() {}
+
 QStringList ExpandPatterns(const QStringList& arguments)
 {
     return arguments;

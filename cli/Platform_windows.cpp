@@ -17,16 +17,8 @@ namespace {
 /// The console belongs to the shell, and the programs that follow meet it as this one left it.
 UINT codePageBefore = 0;
 DWORD errorModeBefore = 0;
-
-void RestoreCodePage()
-{
-    SetConsoleOutputCP(codePageBefore);
-}
-
-void RestoreErrorMode()
-{
-    SetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), errorModeBefore);
-}
+bool isCodePageChanged = false;
+bool isErrorModeChanged = false;
 
 /// "*.*" stands for every name, as it always has on Windows.
 QRegularExpression NamePattern(const QString& pattern)
@@ -62,13 +54,21 @@ QStringList ExpandPattern(const QString& argument)
 void PrepareConsole()
 {
     codePageBefore = GetConsoleOutputCP();
-    if (codePageBefore != 0 && SetConsoleOutputCP(CP_UTF8))
-        std::atexit(RestoreCodePage);
+    isCodePageChanged = codePageBefore != 0 && SetConsoleOutputCP(CP_UTF8);
     // The progress line clears itself with an escape sequence.
     const HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
-    if (GetConsoleMode(error, &errorModeBefore) &&
-        SetConsoleMode(error, errorModeBefore | ENABLE_VIRTUAL_TERMINAL_PROCESSING))
-        std::atexit(RestoreErrorMode);
+    isErrorModeChanged =
+        GetConsoleMode(error, &errorModeBefore) &&
+        SetConsoleMode(error, errorModeBefore | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    std::atexit(RestoreConsole);
+}
+
+void RestoreConsole()
+{
+    if (isErrorModeChanged)
+        SetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), errorModeBefore);
+    if (isCodePageChanged)
+        SetConsoleOutputCP(codePageBefore);
 }
 
 QStringList ExpandPatterns(const QStringList& arguments)

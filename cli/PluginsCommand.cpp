@@ -46,8 +46,7 @@ void PrintJson(const Jobs::PluginStatus& status, Console& console)
 
 } // namespace
 
-ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common,
-                    const Jobs::CancelToken&, Console& console)
+ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common, Console& console)
 {
     const auto session = OpenTemporarySession(common);
     const QList<Jobs::PluginStatus> plugins = Jobs::ListPlugins(*session, options.load);

@@ -4,14 +4,11 @@
 
 #include "Options.h"
 
-#include "corsync/CancelToken.h"
-
 namespace Halvern::Cli {
 
 class Console;
 
 /// `corsync plugins`. Changes nothing anywhere. Throws Jobs::JobError when it cannot begin.
-ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common,
-                    const Jobs::CancelToken& cancel, Console& console);
+ExitCode RunPlugins(const PluginsOptions& options, const CommonOptions& common, Console& console);
 
 } // namespace Halvern::Cli

@@ -12,18 +12,24 @@ namespace {
 
 constexpr qint64 MillisecondsBetweenDraws = 100;
 
+QString SizeText(qint64 bytes)
+{
+    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
 } // namespace
 
-QString RenderProgress(const QString& phase, qint64 count, qint64 total, qint64 bytes, int width)
+QString RenderProgress(const QString& phase, const ProgressCounts& counts, int width)
 {
     QString line = phase;
-    if (total > 0)
-        line += QStringLiteral(" %1/%2 files").arg(count).arg(total);
-    else if (count > 0)
-        line += QStringLiteral(" %1 files").arg(count);
-    if (bytes > 0)
-        line += QStringLiteral(", ") +
-                QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+    if (counts.totalFiles > 0)
+        line += QStringLiteral(" %1/%2 files").arg(counts.files).arg(counts.totalFiles);
+    else if (counts.files > 0)
+        line += QStringLiteral(" %1 files").arg(counts.files);
+    if (counts.bytes > 0)
+        line += QStringLiteral(", ") + SizeText(counts.bytes);
+    if (counts.bytes > 0 && counts.totalBytes > 0)
+        line += QStringLiteral(" of ") + SizeText(counts.totalBytes);
     return line.left(width);
 }
 
@@ -37,16 +43,13 @@ ProgressLine::~ProgressLine()
 void ProgressLine::Begin(const QString& phase, qint64 total)
 {
     m_phase = phase;
-    m_count = 0;
-    m_total = total;
-    m_bytes = 0;
+    m_counts = {0, total, 0, 0};
     Draw();
 }
 
-void ProgressLine::Show(qint64 count, qint64 bytes)
+void ProgressLine::Show(const ProgressCounts& counts)
 {
-    m_count = count;
-    m_bytes = bytes;
+    m_counts = counts;
     if (m_visible && m_sinceDrawn.hasExpired(MillisecondsBetweenDraws))
         Draw();
 }
@@ -63,7 +66,7 @@ void ProgressLine::Draw()
     if (!m_active)
         return;
     // One column stays free: a full line would make some terminals wrap.
-    const QString line = RenderProgress(m_phase, m_count, m_total, m_bytes, m_width - 1);
+    const QString line = RenderProgress(m_phase, m_counts, m_width - 1);
     WriteMessages("\r\033[K" + line.toUtf8());
     m_sinceDrawn.start();
     m_visible = true;

@@ -24,6 +24,8 @@ QString Sentence(Remark remark)
         return QStringLiteral("a symbolic link that leads nowhere");
     case Remark::NoFile:
         return QStringLiteral("neither a file nor a folder");
+    case Remark::SourceNoFile:
+        return QStringLiteral("it is neither a file nor a folder");
     case Remark::Excluded:
         return QStringLiteral("excluded by a pattern");
     case Remark::OwnRecord:
@@ -111,6 +113,8 @@ QString NameOf(Remark remark)
         return QStringLiteral("link-to-nothing");
     case Remark::NoFile:
         return QStringLiteral("no-file");
+    case Remark::SourceNoFile:
+        return QStringLiteral("source-no-file");
     case Remark::Excluded:
         return QStringLiteral("excluded");
     case Remark::OwnRecord:

@@ -18,22 +18,23 @@ namespace Halvern::Cli {
 
 namespace {
 
-ExitCode RunCommand(const Options& options, const Jobs::CancelToken& cancel, Console& console)
+/// What cannot be cancelled ends with Ctrl-C as any program does.
+ExitCode RunCommand(const Options& options, Console& console)
 {
     const auto run = [&](const auto& command) {
         using Command = std::decay_t<decltype(command)>;
         if constexpr (std::is_same_v<Command, ImportOptions>)
-            return RunImport(command, options.common, cancel, console);
+            return RunImport(command, options.common, WatchForCancel(), console);
         else if constexpr (std::is_same_v<Command, LinksOptions>)
-            return RunLinks(command, options.common, cancel, console);
+            return RunLinks(command, options.common, WatchForCancel(), console);
         else if constexpr (std::is_same_v<Command, RetryOptions>)
-            return RunRetry(command, options.common, cancel, console);
+            return RunRetry(command, options.common, WatchForCancel(), console);
         else if constexpr (std::is_same_v<Command, VersionsOptions>)
             return RunVersions(command, options.common, console);
         else if constexpr (std::is_same_v<Command, RestoreOptions>)
             return RunRestore(command, options.common, console);
         else
-            return RunPlugins(command, options.common, cancel, console);
+            return RunPlugins(command, options.common, console);
     };
     return std::visit(run, options.command);
 }
@@ -51,18 +52,21 @@ ExitCode Report(const Jobs::JobError& error, const Options& options, Console& co
 {
     const bool isTarget = error.Kind() == Jobs::JobErrorKind::TargetRefused &&
                           std::holds_alternative<ImportOptions>(options.command);
-    return Report(ExitCodeOf(error.Kind()),
-                  isTarget ? QStringLiteral("--to ") + error.Text() : error.Text(), console);
+    QString option;
+    if (isTarget)
+        option = QStringLiteral("--to ");
+    else if (error.Kind() == Jobs::JobErrorKind::FolderMissing)
+        option = QStringLiteral("--within ");
+    return Report(ExitCodeOf(error.Kind()), option + error.Text(), console);
 }
 
 /// Whether standard output takes what there is to say, nobody can tell before all has been said.
 ExitCode RunAndReport(const Options& options, Console& console)
 {
-    const Jobs::CancelToken& cancel = WatchForCancel();
     const EarlyEnd atWork;
     try {
         const LogSetup log(options.common.log);
-        return RunCommand(options, cancel, console);
+        return RunCommand(options, console);
     } catch (const Jobs::JobError& error) {
         return Report(error, options, console);
     } catch (const UsageError& error) {

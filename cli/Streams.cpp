@@ -90,6 +90,11 @@ void WriteMessages(const QByteArray& bytes)
         (void)WriteAll(messages, bytes);
 }
 
+int MessagesDescriptor()
+{
+    return messages;
+}
+
 bool IsStandardInputTerminal()
 {
     return IsTerminal(StandardInput);

@@ -21,6 +21,9 @@ QString ResultsFailure();
 /// To standard error. That it may be closed or full can be told nobody.
 void WriteMessages(const QByteArray& bytes);
 
+/// Where they go; NoDescriptor when nobody wants them.
+int MessagesDescriptor();
+
 bool IsStandardInputTerminal();
 bool IsStandardErrorTerminal();
 /// Columns of the terminal on standard error; 80 when unknown.

@@ -27,12 +27,6 @@ endif()
 # Most of what it takes to compile a source are the headers of libraries. Where they are precompiled a source
 # may lack an #include without anybody noticing: the release build does not do it.
 option(CORSYNC_PRECOMPILE "Precompile the headers of libraries")
-function(corsync_precompile_standard target)
-  if(CORSYNC_PRECOMPILE)
-    target_precompile_headers(${target} PRIVATE
-      <algorithm> <array> <filesystem> <map> <memory> <optional> <string> <string_view> <unordered_map> <vector>)
-  endif()
-endfunction()
 function(corsync_precompile_qt target)
   if(CORSYNC_PRECOMPILE)
     target_precompile_headers(${target} PRIVATE

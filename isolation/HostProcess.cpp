@@ -21,10 +21,12 @@ constexpr int MillisecondsToEnd = 2'000;
 constexpr int MaxTimeouts = 3;
 /// A line without an end is cut here.
 constexpr qsizetype LongestLine = 4096;
-/// What is printed waits in memory from one look to the next.
-constexpr int MillisecondsBetweenLooks = 100;
+/// What is printed waits in memory from one look to the next, and so does somebody who cancels.
+constexpr int MillisecondsBetweenLooks = 30;
 /// More than these of one call are a mistake that would fill the log.
 constexpr int MostLines = 1000;
+
+CallWatch* watch = nullptr;
 
 } // namespace
 
@@ -37,6 +39,11 @@ HostProcess::~HostProcess()
     // There is nothing that it would have to save.
     m_process->kill();
     m_process->waitForFinished(MillisecondsToEnd);
+}
+
+void HostProcess::SetWatch(CallWatch* goesOn)
+{
+    watch = goesOn;
 }
 
 Readiness HostProcess::Start(const Log& log)
@@ -83,6 +90,7 @@ MessageReader HostProcess::Call(const QByteArray& request, const Log& log, const
 MessageReader HostProcess::WaitFor(Message kind, const Log& log, const Answer& answer)
 {
     while (true) {
+        Check();
         MessageReader message(ReadMessage(log));
         if (message.Kind() == kind && message.IsGood())
             return message;
@@ -128,26 +136,36 @@ void HostProcess::ReadBytes(char* bytes, qint64 size, const Log& log)
             continue;
         if (m_process->waitForReadyRead(MillisecondsBetweenLooks))
             continue;
-        if (m_process->state() != QProcess::Running) {
-            if (m_process->bytesAvailable() == 0) {
-                ForwardOutput(log);
-                Fail(WhyEnded());
-            }
-        } else if (m_deadline.hasExpired()) {
-            ++m_timeouts;
-            Fail(QStringLiteral("took longer than the %1 seconds that it may take and was ended")
-                     .arg(m_description.timeLimit));
+        if (m_process->state() == QProcess::Running)
+            Check();
+        else if (m_process->bytesAvailable() == 0) {
+            ForwardOutput(log);
+            Fail(WhyEnded());
         }
     }
+}
+
+void HostProcess::Check()
+{
+    if (watch && !watch())
+        Fail(QStringLiteral("was ended, because the job is cancelled"));
+    if (!m_deadline.hasExpired())
+        return;
+    ++m_timeouts;
+    Fail(QStringLiteral("took longer than the %1 seconds that it may take and was ended")
+             .arg(m_description.timeLimit));
 }
 
 void HostProcess::Send(const QByteArray& message)
 {
     m_process->write(message);
-    while (m_process->bytesToWrite() > 0)
-        if (!m_process->waitForBytesWritten(MillisecondsBetweenLooks) &&
-            (m_process->state() != QProcess::Running || m_deadline.hasExpired()))
+    while (m_process->bytesToWrite() > 0) {
+        if (m_process->waitForBytesWritten(MillisecondsBetweenLooks))
+            continue;
+        if (m_process->state() != QProcess::Running)
             Fail(WhyEnded());
+        Check();
+    }
 }
 
 void HostProcess::ForwardOutput(const Log& log)

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "isolation/CallWatch.h"
 #include "isolation/Description.h"
 #include "isolation/Messages.h"
 
@@ -50,6 +51,9 @@ public:
     HostProcess(const HostProcess&) = delete;
     HostProcess& operator=(const HostProcess&) = delete;
 
+    /// For all processes of this library: what may end a call early. Null: nothing.
+    static void SetWatch(CallWatch* goesOn);
+
     /// Starts the process unless it runs. Throws HostFailure.
     Readiness Start(const Log& log);
     /// Sends a request, answers what the host asks meanwhile, and returns its Done message. Throws
@@ -64,6 +68,8 @@ private:
     void Send(const QByteArray& message);
     void ForwardOutput(const Log& log);
     void LogPrinted(const QString& line, const Log& log);
+    /// Looks whether the call may still go on.
+    void Check();
     /// Ends the process, and throws.
     [[noreturn]] void Fail(const QString& what);
     QString WhyEnded();

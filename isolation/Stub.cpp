@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "isolation/CallWatch.h"
 #include "isolation/OwnLibrary.h"
 #include "isolation/StubServices.h"
 
@@ -81,6 +82,11 @@ SYNCPLUGIN_EXPORT Halvern::SyncPlugin::ISyncPluginFactory* CreateSyncPluginFacto
 {
     using namespace Halvern::Isolation;
     return HasService(Outcome::NoFactory) ? new LayoutFactory : nullptr;
+}
+
+SYNCPLUGIN_EXPORT void SetIsolatedCallWatch(Halvern::Isolation::CallWatch* goesOn)
+{
+    Halvern::Isolation::HostProcess::SetWatch(goesOn);
 }
 
 SYNCPLUGIN_EXPORT std::uint64_t GetSyncPluginContractVersion()

@@ -193,8 +193,11 @@ bool ExcludePattern::Reader::ReadSet()
         }
     }
     ++m_at;
+    const bool isEmpty =
+        !set.isNegated && std::all_of(set.ranges.begin(), set.ranges.end(),
+                                      [](const auto& range) { return range.first > range.second; });
     m_part.elements.push_back(std::move(set));
-    return true;
+    return !isEmpty;
 }
 
 /// "digit" before "[:digit:]" in a set.
@@ -221,7 +224,7 @@ bool ExcludePattern::Reader::AppendNamedSet(std::u32string_view name, Element& s
 
 ExcludePattern::ExcludePattern(const QString& text) : m_text(text)
 {
-    QStringView rest = text;
+    QStringView rest = WithoutSpacesAtEnd(text);
     m_isNegated = rest.startsWith(u'!');
     rest = rest.sliced(m_isNegated ? 1 : 0);
     m_isForFoldersOnly = rest.endsWith(u'/');

@@ -22,13 +22,14 @@ using PathNames = std::span<const std::u32string_view>;
 class ExcludePattern
 {
 public:
+    /// Spaces at its end count only when escaped.
     explicit ExcludePattern(const QString& text);
-    /// The pattern on a line of a file: nothing for comments and blank lines. Spaces at its end
-    /// count only when escaped.
+    /// The pattern on a line of a file: nothing for comments and blank lines.
     static std::optional<ExcludePattern> FromLine(QStringView line);
 
-    /// False for what matches no path at all: with an open "[" or a "\" at its end, with nothing
-    /// between two slashes, such as "!" and "/", or with "." or ".." there.
+    /// False for what matches no path at all: with an open "[" or a "\" at its end, with a set
+    /// such as "[z-a]", with nothing between two slashes, such as "!" and "/", or with "." or ".."
+    /// there.
     bool CanMatch() const;
     /// As it was written.
     const QString& Text() const { return m_text; }

@@ -70,9 +70,14 @@ bool ReadLinks(const Session&, const QStringList& files,
         checked.append(CheckedFile(file));
     for (const QString& file : std::as_const(checked)) {
         const auto control = std::make_shared<JobControl>(nullptr, cancel);
+        const Base::WorkWatch::Scope watched(*control);
         if (control->IsCancelRequested())
             return false;
-        take(ReadOne(file, control));
+        const LinksOfFile result = ReadOne(file, control);
+        // What was cut off did not fail.
+        if (control->StoppedJob())
+            return false;
+        take(result);
     }
     return true;
 }

@@ -129,7 +129,8 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
     const Base::FileResult copied =
         Base::CopyUnchangedBytes(Native(file.source), staged.path, staged.source, &hash);
     if (!copied) {
-        FailToCopy(file, copied);
+        if (!IsStopped())
+            FailToCopy(file, copied);
         return false;
     }
     // Its links were read before.
@@ -142,7 +143,39 @@ bool FileMaker::Take(JobFile& file, Staged& staged)
     return true;
 }
 
-void FileMaker::Make(JobFile& file)
+/// Once the job is to stop, what fails is cut off, and what succeeds is not put in place.
+bool FileMaker::IsStopped()
+{
+    m_isStopped = m_isStopped || m_control.StoppedJob();
+    return m_isStopped;
+}
+
+bool FileMaker::Make(JobFile& file)
+{
+    const JobFile before = file;
+    MakeCopy(file);
+    if (m_isStopped)
+        file = before;
+    return !m_isStopped;
+}
+
+bool FileMaker::Relink(JobFile& file)
+{
+    const JobFile before = file;
+    RelinkCopy(file);
+    if (m_isStopped)
+        file = before;
+    return !m_isStopped;
+}
+
+/// The file itself, and what its links lead to from where it is made ready.
+AliasLog::Names FileMaker::NamesFor(const JobFile& file, const Staged& staged) const
+{
+    return {{staged.text, file.target},
+            {QFileInfo(staged.text).path() + u'/', QFileInfo(file.target).path() + u'/'}};
+}
+
+void FileMaker::MakeCopy(JobFile& file)
 {
     const std::filesystem::path target = Below(file.target);
     const Base::FileResult folder = m_cloud.MakeFolders(target.parent_path());
@@ -162,12 +195,16 @@ void FileMaker::Make(JobFile& file)
         m_control.Mute(true);
         staged.isRewritten = WriteLinks(file, staged, file.rewrites);
         m_control.Mute(false);
+        if (IsStopped())
+            return;
         // Some formats store paths that depend on where the file lies.
         if (!staged.isRewritten) {
             staged.isBeside = true;
             if (!Take(file, staged))
                 return;
             staged.isRewritten = WriteLinks(file, staged, file.rewrites);
+            if (IsStopped())
+                return;
         }
         if (!staged.isRewritten) {
             staged.isBeside = false;
@@ -193,6 +230,7 @@ void FileMaker::Make(JobFile& file)
 bool FileMaker::WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links)
 {
     const JobControl::Alias alias(m_control, staged.text, file.target);
+    const AliasLog log(NamesFor(file, staged));
     if (!m_reader.Write(staged.text, links))
         return false;
     if (HoldsLinks(file, staged, links))
@@ -212,6 +250,7 @@ bool FileMaker::HoldsLinks(const JobFile& file, const Staged& staged,
                            const LinkReader::Links& asked)
 {
     LinkReader::Links links;
+    const LogSilence silence;
     if (!m_reader.Read(staged.text, links))
         return false;
     const auto placesOf = [&](const LinkReader::Links& list) {
@@ -302,7 +341,7 @@ void FileMaker::FailToRewrite(JobFile& file, bool isHeld)
     }
 }
 
-void FileMaker::Relink(JobFile& file)
+void FileMaker::RelinkCopy(JobFile& file)
 {
     const std::filesystem::path target = Native(file.target);
     // Whoever changed it since it was looked at has made it a file of their own.
@@ -336,6 +375,8 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     const Base::FileResult copied =
         Base::CopyUnchangedBytes(target, staged.path, staged.source, &hash);
     if (!copied) {
+        if (IsStopped())
+            return;
         m_control.Report({Stage::RepathFiles,
                           ProblemKind::LinksNotRewritten,
                           file.target,
@@ -345,8 +386,9 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     }
     LinkReader::Links links;
     const JobControl::Alias alias(m_control, staged.text, file.target);
+    const AliasLog log(NamesFor(file, staged));
     if (!RewritesFor(file, links) || (!links.isEmpty() && !WriteLinks(file, staged, links)))
-        return FailToRewrite(file, false);
+        return IsStopped() ? void() : FailToRewrite(file, false);
     const Outcome outcome = file.outcome;
     const CopyRecord* record = file.RecordOfCopy();
     const FileStamp source = record ? record->sourceStamp : file.sourceStamp;
@@ -361,7 +403,7 @@ void FileMaker::WriteOtherLinks(JobFile& file, const std::filesystem::path& targ
     }
     staged.isRewritten = true;
     if (!Place(file, staged))
-        return FailToRewrite(file, file.outcome == Outcome::Locked);
+        return IsStopped() ? void() : FailToRewrite(file, file.outcome == Outcome::Locked);
     file.sourceStamp = source;
     file.outcome = outcome;
     file.linksRewritten = true;
@@ -392,9 +434,11 @@ bool FileMaker::MakeWay(JobFile& file, const Base::FileStatus& there)
         return false;
     }
     QString reason;
-    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason))
+    if (SyncManager::GetInstance()->SaveVersion(file.target, &reason,
+                                                [&] { return m_control.GoesOn(); }))
         return true;
-    file.End(Outcome::Failed, Remark::NotKept, reason);
+    if (!IsStopped())
+        file.End(Outcome::Failed, Remark::NotKept, reason);
     return false;
 }
 
@@ -455,6 +499,9 @@ bool FileMaker::Adopt(JobFile& file, const Staged& staged) const
 bool FileMaker::Place(JobFile& file, const Staged& staged)
 {
     const std::filesystem::path target = Below(file.target);
+    NoteStamps(file, staged);
+    if (IsStopped())
+        return false;
     Base::FileStatus there;
     Base::FileResult result = m_cloud.Status(target, there);
     // A copy with another name has become this job's own by the time its links change.
@@ -463,6 +510,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     if (result && there.Exists()) {
         if (!(replaces && IsAsItWas(file.targetStatus, there)) && Adopt(file, staged))
             return true;
+        if (IsStopped())
+            return false;
         if (!replaces) {
             file.End(Outcome::Failed, Remark::TargetChanged);
             return false;
@@ -483,7 +532,6 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
         file.End(Outcome::Failed, Remark::TargetChanged);
         return false;
     }
-    NoteStamps(file, staged);
     if (result)
         result = m_cloud.Move(staged.place, target,
                               isInTheWay ? Base::Existing::Replace : Base::Existing::Keep);
@@ -502,6 +550,8 @@ bool FileMaker::Place(JobFile& file, const Staged& staged)
     }
     if (result.Problem() == Base::FileProblem::NameTaken && Adopt(file, staged))
         return true;
+    if (result.Problem() == Base::FileProblem::Stopped || IsStopped())
+        return false;
     if (result.Problem() == Base::FileProblem::NameTaken)
         file.End(Outcome::Failed, Remark::TargetChanged);
     else if (result.Problem() == Base::FileProblem::LeadsOutside)

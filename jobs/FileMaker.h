@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "AliasLog.h"
 #include "JobControl.h"
 #include "JobFile.h"
 #include "LinkReader.h"
@@ -24,15 +25,20 @@ public:
     {}
 
     bool MakeFolder(const JobFile& file);
-    /// Carries out the deed; the outcome says what came of it.
-    void Make(JobFile& file);
+    /// Carries out the deed; the outcome says what came of it. False when the job was stopped
+    /// meanwhile: the file then is as it was, and so is what stands at its target.
+    [[nodiscard]] bool Make(JobFile& file);
     /// Gives the copy that is at the target of the file the links that it should hold, if it still
-    /// is what it was when its status was noted. Needs no source.
-    void Relink(JobFile& file);
+    /// is what it was when its status was noted. Needs no source. False as above.
+    [[nodiscard]] bool Relink(JobFile& file);
 
 private:
     struct Staged;
 
+    AliasLog::Names NamesFor(const JobFile& file, const Staged& staged) const;
+    void MakeCopy(JobFile& file);
+    void RelinkCopy(JobFile& file);
+    bool IsStopped();
     void NamePlace(JobFile& file, Staged& staged) const;
     bool Take(JobFile& file, Staged& staged);
     bool WriteLinks(JobFile& file, const Staged& staged, const LinkReader::Links& links);
@@ -58,6 +64,7 @@ private:
     LinkReader& m_reader;
     const Base::RootedFolder& m_cloud;
     const Staging& m_staging;
+    bool m_isStopped = false;
 };
 
 } // namespace Halvern::Jobs

@@ -151,6 +151,7 @@ const Plan& ImportJob::MakePlan()
     state.begun = true;
     RequireSync();
     RequirePatterns(state.request.exclude);
+    RequireFolders(state.request.within);
     QList<LeftOutItem> gone;
     const Sources sources = CheckedSources(state.SourcesToTake(gone));
     const QString target = CheckedTarget(state.request.target);

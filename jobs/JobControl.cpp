@@ -2,6 +2,8 @@
 
 #include "JobControl.h"
 
+#include <algorithm>
+
 namespace Halvern::Jobs {
 
 IJobObserver::~IJobObserver() = default;
@@ -21,7 +23,7 @@ bool JobControl::IsCancelRequested()
 
 void JobControl::Report(const FileLink::Problem& problem)
 {
-    if (m_muted)
+    if (m_muted || m_isCutOff)
         return;
     FileLink::Problem meant = problem;
     if (!m_aliasPath.isEmpty()) {
@@ -33,16 +35,37 @@ void JobControl::Report(const FileLink::Problem& problem)
     Tell([&](IJobObserver& observer) { observer.ProblemFound(meant); });
 }
 
-void JobControl::BeginPhase(Phase phase, qint64 total)
+bool JobControl::GoesOn()
 {
-    m_progress = {phase, 0, total, 0};
+    m_isCutOff = IsCancelRequested();
+    return !m_isCutOff;
+}
+
+void JobControl::Copied(std::uint64_t bytes)
+{
+    // A file that must be copied again, or has grown, does not count twice.
+    const qint64 now = std::clamp(qint64(bytes), m_progress.fileBytes,
+                                  qMax(m_progress.fileBytes, m_progress.fileSize));
+    m_progress.bytes += now - m_progress.fileBytes;
+    m_progress.fileBytes = now;
+}
+
+void JobControl::BeginPhase(Phase phase, qint64 total, qint64 totalBytes)
+{
+    m_progress = {phase, 0, total, 0, totalBytes, 0, 0};
     Tell([&](IJobObserver& observer) { observer.PhaseBegun(phase, total); });
 }
 
-void JobControl::Step(qint64 bytes)
+void JobControl::BeginFile(qint64 size)
 {
+    m_progress.fileBytes = 0;
+    m_progress.fileSize = size;
+}
+
+void JobControl::EndFile()
+{
+    Copied(std::uint64_t(m_progress.fileSize));
     ++m_progress.files;
-    m_progress.bytes += bytes;
     Tell([&](IJobObserver& observer) { observer.Progressed(m_progress); });
 }
 

@@ -7,6 +7,7 @@
 #include "corsync/CancelToken.h"
 #include "corsync/JobObserver.h"
 
+#include "base/WorkWatch.h"
 #include "filelink/ICancelController.h"
 #include "filelink/Problem.h"
 
@@ -18,7 +19,9 @@ namespace Halvern::Jobs {
 /// Stands between the module and the host: hands the host's wish to stop to the module, and what
 /// happens to the observer. What an observer throws crosses no stage: it stops the job, and waits
 /// here until the job has ended in good order.
-class JobControl : public FileLink::ICancelController, public FileLink::IProblemSink
+class JobControl : public FileLink::ICancelController,
+                   public FileLink::IProblemSink,
+                   public Base::WorkWatch
 {
 public:
     JobControl(IJobObserver* observer, const CancelToken* cancel)
@@ -27,6 +30,9 @@ public:
 
     bool IsCancelRequested() override;
     void Report(const FileLink::Problem& problem) override;
+    /// Once it has answered false nothing more is reported: what was cut off did not fail.
+    bool GoesOn() override;
+    void Copied(std::uint64_t bytes) override;
 
     /// What is said about `path` while this lives is said about `meant`, a file of the job.
     class Alias
@@ -46,13 +52,18 @@ public:
     };
 
     /// From now on a wish to stop changes nothing: what was done is being recorded.
-    void GoOn() { m_goesOn = true; }
+    void GoOn()
+    {
+        m_goesOn = true;
+        m_isCutOff = false;
+    }
     /// While a trial is made nothing that goes wrong with it is told.
     void Mute(bool on) { m_muted = on; }
     bool IsMuted() const { return m_muted; }
 
-    void BeginPhase(Phase phase, qint64 total);
-    void Step(qint64 bytes);
+    void BeginPhase(Phase phase, qint64 total, qint64 totalBytes = 0);
+    void BeginFile(qint64 size);
+    void EndFile();
     /// Calls the observer, when there is one.
     template <typename Call>
     void Tell(Call call);
@@ -73,6 +84,7 @@ private:
     bool m_stopped = false;
     bool m_muted = false;
     bool m_goesOn = false;
+    bool m_isCutOff = false;
     QString m_aliasPath;
     QString m_aliasMeant;
 };

@@ -48,6 +48,12 @@ bool IsStamped(const Base::FileStatus& copy, const FileStamp& stamp)
            copy.modified == stamp.modified;
 }
 
+/// As it was when the job was planned.
+qint64 SizeOf(const JobFile& file)
+{
+    return qint64(file.status.size);
+}
+
 void TakeStamps(JobFile& file, const CopyRecord& record)
 {
     file.sourceStamp = record.sourceStamp;
@@ -114,6 +120,7 @@ void JobRun::Plan(const Sources& sources, const QList<LeftOutItem>& gone, const 
     m_state.request.sources = sources.outermost;
     m_state.leftOut = gone;
     m_state.target = target;
+    const Base::WorkWatch::Scope watched(*m_control);
     if (IsStopped() || !TakeSelection(sources) || !FindLinkedFiles(sources.outermost))
         return;
     m_control->BeginPhase(Phase::LayingOut, 0);
@@ -179,6 +186,7 @@ void JobRun::RequireWholePlan() const
 void JobRun::Decide(const Answers& answers)
 {
     m_control->BeginPhase(Phase::LookingForConflicts, 0);
+    const Base::WorkWatch::Scope watched(*m_control);
     Decisions decisions(m_state, *m_control, m_reader, m_layout, m_copies);
     m_state.cancelled = !decisions.Make(answers) || m_control->StoppedJob();
     if (m_state.request.move && !m_state.cancelled)
@@ -196,6 +204,7 @@ void JobRun::Execute(Results& results)
 {
     m_database->AllowWrites();
     m_state.executed = true;
+    const Base::WorkWatch::Scope watched(*m_control);
     Base::RootedFolder cloud;
     const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));
     Staging staging(cloud);
@@ -247,8 +256,15 @@ void JobRun::MakeFolders()
 bool JobRun::MakeFiles(Results& results, Deed deed)
 {
     const auto isMeant = [&](const JobFile& file) { return !file.isFolder && file.deed == deed; };
-    m_control->BeginPhase(deed == Deed::Copy ? Phase::Copying : Phase::RewritingLinks,
-                          std::count_if(m_state.files.begin(), m_state.files.end(), isMeant));
+    qint64 files = 0;
+    qint64 bytes = 0;
+    for (const JobFile& file : m_state.files)
+        if (isMeant(file)) {
+            ++files;
+            bytes += SizeOf(file);
+        }
+    m_control->BeginPhase(deed == Deed::Copy ? Phase::Copying : Phase::RewritingLinks, files,
+                          bytes);
     if (IsStopped())
         return false;
     for (JobFile& file : m_state.files) {
@@ -259,15 +275,14 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
         }
         if (IsStopped())
             return false;
-        const qint64 bytes = qint64(file.status.size);
-        if (deed == Deed::Copy)
-            m_maker->Make(file);
-        else
-            m_maker->Relink(file);
+        m_control->BeginFile(SizeOf(file));
+        m_state.cancelled = deed == Deed::Copy ? !m_maker->Make(file) : !m_maker->Relink(file);
+        if (m_state.cancelled)
+            return false;
         if (file.isDone)
             m_records.Note(file);
         results.Tell(file);
-        m_control->Step(bytes);
+        m_control->EndFile();
     }
     return true;
 }
@@ -328,6 +343,9 @@ void JobRun::NoteUnchanged()
         file.recordedAt = ClockNow();
         file.sourceStamp = StampOf(file.source, true);
         file.targetStamp = StampOf(file.target, true);
+        // A hash that was cut off says nothing.
+        if (IsStopped())
+            return record ? TakeStamps(file, *record) : void();
         if (!IsStamped(Base::ReadLinkStatus(Native(file.target)), StampOf(file.targetStatus)))
             file.End(Outcome::Failed, Remark::TargetChanged);
         else if (Base::ReadFileStatus(Native(file.source)) == file.status)

@@ -5,8 +5,10 @@
 #include "Paths.h"
 #include "base/KnownFolders.h"
 #include "base/NativePath.h"
+#include "base/WorkWatch.h"
 
 #include "corsync/JobError.h"
+#include "isolation/CallWatch.h"
 #include "isolation/Description.h"
 #include "isolation/OwnLibrary.h"
 
@@ -46,6 +48,13 @@ QString FindLibrary(const QString& module, const QStringList& folders)
     return {};
 }
 
+/// Asked on the thread of the session while a plug-in's process works.
+bool CallGoesOn()
+{
+    Base::WorkWatch* const watch = Base::WorkWatch::OfThisThread();
+    return !watch || watch->GoesOn();
+}
+
 JobError CannotIsolate(const QString& why)
 {
     return JobError(JobErrorKind::SettingsRefused,
@@ -60,6 +69,12 @@ PluginIsolation::PluginIsolation(const PluginOptions& options)
 {
     if (!m_folder.isValid())
         throw CannotIsolate(m_folder.errorString());
+}
+
+PluginIsolation::~PluginIsolation()
+{
+    for (const auto& stub : m_stubs)
+        stub->unload();
 }
 
 void PluginIsolation::Prepare(const QList<PluginDescription>& plugins,
@@ -91,6 +106,19 @@ void PluginIsolation::Isolate(const PluginDescription& plugin, const QString& li
     if (!QDir().mkpath(QFileInfo(stub).path()) || !QFile::copy(m_parts + u'/' + Stub, stub) ||
         !description.Save(stub + QString::fromLatin1(Isolation::DescriptionSuffix)))
         throw CannotIsolate(QStringLiteral("%1 could not be written").arg(stub));
+    LetCallsBeEnded(stub);
+}
+
+/// What does not load here does not for the module either, which has words for that.
+void PluginIsolation::LetCallsBeEnded(const QString& stub)
+{
+    auto library = std::make_unique<QLibrary>(stub);
+    const auto setWatch =
+        reinterpret_cast<Isolation::SetCallWatch*>(library->resolve(Isolation::SetCallWatchName));
+    if (!setWatch)
+        return;
+    setWatch(&CallGoesOn);
+    m_stubs.push_back(std::move(library));
 }
 
 } // namespace Halvern::Jobs

@@ -6,11 +6,13 @@
 
 #include "filelink/FileLinkManager.h"
 
+#include <QtCore/QLibrary>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
 
-#include <optional>
+#include <memory>
+#include <vector>
 
 namespace Halvern::Jobs {
 
@@ -21,6 +23,9 @@ class PluginIsolation
 public:
     /// Throws JobError(SettingsRefused) when there is no such folder to be had.
     explicit PluginIsolation(const PluginOptions& options);
+    ~PluginIsolation();
+    PluginIsolation(const PluginIsolation&) = delete;
+    PluginIsolation& operator=(const PluginIsolation&) = delete;
 
     QString Folder() const { return m_folder.path(); }
     /// `libraryFolders` are those in which the module would find the libraries. Throws
@@ -30,11 +35,14 @@ public:
 
 private:
     void Isolate(const FileLink::PluginDescription& plugin, const QString& library);
+    void LetCallsBeEnded(const QString& stub);
 
     PluginOptions m_options;
     QTemporaryDir m_folder;
     /// Where the program that runs a plug-in lies; empty when it lies nowhere.
     QString m_parts;
+    /// They stay loaded as long as the folder is there.
+    std::vector<std::unique_ptr<QLibrary>> m_stubs;
 };
 
 } // namespace Halvern::Jobs

@@ -108,13 +108,21 @@ Needs NeedsOf(const JobState& job)
     return needs;
 }
 
+/// Only large files have holes that matter.
+qint64 BytesOfCopy(const JobFile& file)
+{
+    constexpr qint64 Large = qint64(16) << 20;
+    const qint64 size = qint64(file.status.size);
+    return size < Large ? size : std::min(size, qint64(Base::BytesOfCopy(Native(file.source))));
+}
+
 Room RoomFor(const JobState& job, const SyncServices::BaseStoreStatus& store)
 {
     Room room(std::max<qint64>(0, store.limit - store.used));
     for (const Deed deed : {Deed::Copy, Deed::Relink})
         for (const JobFile& file : job.files)
             if (!file.isFolder && file.deed == deed)
-                room.Add(qint64(deed == Deed::Copy ? file.status.size : file.targetStatus.size),
+                room.Add(deed == Deed::Copy ? BytesOfCopy(file) : qint64(file.targetStatus.size),
                          IsKeptInStore(file) ? qint64(file.targetStatus.size) : 0);
     return room;
 }

@@ -2,16 +2,11 @@
 
 #include "QuietLog.h"
 
-#include <log4cplus/logger.h>
 #include <log4cplus/nullappender.h>
-
-#include <array>
 
 namespace Halvern::Jobs {
 
-namespace {
-
-std::array<log4cplus::Logger, 3> Loggers()
+std::array<log4cplus::Logger, 3> JobLoggers()
 {
     using log4cplus::Logger;
     return {Logger::getInstance(LOG4CPLUS_TEXT("CorsyncFileLink")),
@@ -19,17 +14,15 @@ std::array<log4cplus::Logger, 3> Loggers()
             Logger::getInstance(LOG4CPLUS_TEXT("ResolverPlugin"))};
 }
 
-} // namespace
-
 QuietLog::QuietLog() : m_end(new log4cplus::NullAppender)
 {
-    for (log4cplus::Logger logger : Loggers())
+    for (log4cplus::Logger logger : JobLoggers())
         logger.addAppender(m_end);
 }
 
 QuietLog::~QuietLog()
 {
-    for (log4cplus::Logger logger : Loggers())
+    for (log4cplus::Logger logger : JobLoggers())
         logger.removeAppender(m_end);
 }
 

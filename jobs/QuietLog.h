@@ -3,8 +3,14 @@
 #pragma once
 
 #include <log4cplus/appender.h>
+#include <log4cplus/logger.h>
+
+#include <array>
 
 namespace Halvern::Jobs {
+
+/// Those that the module and plug-ins write to.
+std::array<log4cplus::Logger, 3> JobLoggers();
 
 /// While it lives log4cplus does not complain on standard error that nobody has set up a log for
 /// the module and the plug-ins: their lines end in an appender that drops them. A host that sets up

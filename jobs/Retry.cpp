@@ -58,10 +58,12 @@ JobFile UnreadFile(const CopyRecord& record)
     return file;
 }
 
-void TakePending(Ledger& ledger, const QString& folder, JobState& job)
+void TakePending(Ledger& ledger, const QString& folder, JobState& job, const JobControl& control)
 {
     for (const CopyRecord& record : ledger.ReadAll(folder))
-        if (record.isRewritePending)
+        if (control.StoppedJob())
+            return;
+        else if (record.isRewritePending)
             job.files.Add(PendingFile(record));
         else if (record.linksState == LinksState::Failed && ExistsOnDisk(record.target))
             job.files.Add(UnreadFile(record));
@@ -95,13 +97,16 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
         job.cancelled = control.IsCancelRequested();
         if (job.cancelled)
             return;
+        control.BeginFile(0);
         if (file.deed == Deed::Relink) {
-            maker.Relink(file);
+            job.cancelled = !maker.Relink(file);
+            if (job.cancelled)
+                return;
             QList<CopyRecord> records{RecordAfter(file)};
             static_cast<void>(ledger.Write(records));
         }
         results.Tell(file);
-        control.Step(0);
+        control.EndFile();
     }
 }
 
@@ -123,8 +128,9 @@ JobResult RetryRewrites(const Session& session, const QString& folder, IJobObser
     FileLink::FileLinkImporter importer(control);
     importer.SetProblemSink(control);
     LinkReader reader(importer);
+    const Base::WorkWatch::Scope watched(*control);
     const std::unique_ptr<Ledger> ledger = OpenLedger();
-    TakePending(*ledger, below, job);
+    TakePending(*ledger, below, job, *control);
     Results results(job, *control);
     if (job.files.Size() > 0)
         RewriteAll(job, *control, reader, *ledger, results);

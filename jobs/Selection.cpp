@@ -108,6 +108,16 @@ void RequirePatterns(const QStringList& exclude)
                            QStringLiteral("the pattern \"%1\" can match nothing").arg(text));
 }
 
+void RequireFolders(const QStringList& within)
+{
+    for (const QString& folder : within)
+        if (!IsFolder(AbsolutePath(folder)))
+            throw JobError(JobErrorKind::FolderMissing,
+                           QFileInfo::exists(AbsolutePath(folder))
+                               ? folder + QStringLiteral(" is no folder")
+                               : folder + QStringLiteral(": no such folder"));
+}
+
 QString CheckedTarget(const QString& argument)
 {
     const QString cloud = CloudFolder();

@@ -23,6 +23,9 @@ void RequireSync();
 Sources CheckedSources(const QStringList& sources);
 /// Throws JobError(PatternRefused) when one of the patterns could never match anything.
 void RequirePatterns(const QStringList& exclude);
+/// Throws JobError(FolderMissing) for one that does not exist or is no folder: a job that is to
+/// take files from there alone would take none.
+void RequireFolders(const QStringList& within);
 /// The absolute target folder. Throws JobError(TargetRefused) when it does not lie in the cloud
 /// cache folder or names a file. Requires a session.
 QString CheckedTarget(const QString& target);

@@ -127,7 +127,7 @@ private:
     bool ListContent(const QString& folder, Content& content);
     bool AddRules(const QString& folder, const FolderEntry& file);
     void TakeOther(const Folder& folder, const FolderEntry& entry);
-    void TakeKind(const QString& path, const FolderEntry& entry);
+    void TakeKind(const QString& path, const FolderEntry& entry, bool isGiven);
     bool IsTextAndWanted(const QString& path, const FolderEntry& entry, bool isExcluded);
     void Append(const QString& path, bool isFolder, bool isHidden);
     void LeaveOut(const QString& path, Remark remark, const QString& detail = {})
@@ -181,7 +181,7 @@ void Walk::TakeGiven(const QString& source)
         // It led to a file when the sources were checked.
         if (entry.kind == EntryKind::LinkToNothing)
             entry.kind = EntryKind::Missing;
-        TakeKind(source, entry);
+        TakeKind(source, entry, true);
         return;
     }
     m_pending.push_back({source, entry.isHidden, 0, false});
@@ -258,8 +258,9 @@ bool Walk::AddRules(const QString& folder, const FolderEntry& file)
 void Walk::TakeOther(const Folder& folder, const FolderEntry& entry)
 {
     const QString path = folder.path + u'/' + Text(entry.name);
+    const bool isGiven = m_inside.contains(path);
     if (IsTextAndWanted(path, entry, folder.isExcluded))
-        TakeKind(path, entry);
+        TakeKind(path, entry, isGiven);
 }
 
 bool Walk::IsTextAndWanted(const QString& path, const FolderEntry& entry, bool isExcluded)
@@ -278,7 +279,7 @@ bool Walk::IsTextAndWanted(const QString& path, const FolderEntry& entry, bool i
     return false;
 }
 
-void Walk::TakeKind(const QString& path, const FolderEntry& entry)
+void Walk::TakeKind(const QString& path, const FolderEntry& entry, bool isGiven)
 {
     switch (entry.kind) {
     case EntryKind::File:
@@ -286,7 +287,7 @@ void Walk::TakeKind(const QString& path, const FolderEntry& entry)
         Append(path, entry.kind == EntryKind::Folder, entry.isHidden);
         break;
     case EntryKind::Other:
-        LeaveOut(path, Remark::NoFile);
+        LeaveOut(path, isGiven ? Remark::SourceNoFile : Remark::NoFile);
         break;
     case EntryKind::LinkToFolder:
         LeaveOut(path, Remark::LinkToFolder);

@@ -2,6 +2,7 @@
 
 #include "services/StoreFiles.h"
 
+#include "base/ContentReader.h"
 #include "base/Directory.h"
 #include "base/FileCopy.h"
 #include "base/FileRenaming.h"
@@ -16,7 +17,6 @@
 #include <atomic>
 #include <chrono>
 #include <string>
-#include <string_view>
 #include <thread>
 
 namespace Halvern::SyncServices {
@@ -25,32 +25,45 @@ namespace {
 
 using Base::FileResult;
 
-constexpr std::size_t bufferSize = 1 << 18;
-
 /// Milliseconds; the store is locked for the time of a few calls to the system.
 constexpr int patience = 10000;
 
 /// Several times as fast as SHA-256 in Qt, and as strong.
 constexpr auto algorithm = QCryptographicHash::Blake2b_256;
 
+void AddZeros(QCryptographicHash& hash, quint64 count)
+{
+    static constexpr char zeros[4096] = {};
+    for (; count > sizeof zeros; count -= sizeof zeros)
+        hash.addData(QByteArrayView(zeros, sizeof zeros));
+    hash.addData(QByteArrayView(zeros, static_cast<qsizetype>(count)));
+}
+
 /// Hashes `source`; the bytes also go to `target` unless it is null.
 FileResult HashAll(const OpenFile& source, const OpenFile* target, QByteArray& result)
 {
     QCryptographicHash hash(algorithm);
-    std::string buffer(bufferSize, '\0');
-    std::size_t got = 0;
-    for (quint64 offset = 0;; offset += got) {
-        FileResult done = Base::ReadSome(source.handle, offset, buffer.data(), buffer.size(), got);
-        if (done && got == 0) {
-            result = hash.result();
-            return done;
-        }
+    Base::ContentReader reader(source.handle);
+    bool endsInHole = false;
+    for (Base::ContentReader::Piece piece;;) {
+        FileResult done = reader.Next(piece);
+        const bool isEnd = done && piece.size == 0;
         if (done && target != nullptr)
-            done = Base::WriteAll(target->handle, std::string_view(buffer).substr(0, got));
+            done = isEnd && endsInHole
+                       ? Base::Lengthen(target->handle, piece.offset)
+                       : Base::WriteAllAt(target->handle, piece.offset, piece.bytes);
         if (!done)
             return done;
-        hash.addData(QByteArrayView(buffer.data(), static_cast<qsizetype>(got)));
+        if (isEnd)
+            break;
+        endsInHole = piece.IsHole();
+        if (endsInHole)
+            AddZeros(hash, piece.size);
+        else
+            hash.addData(QByteArrayView(piece.bytes.data(), qsizetype(piece.bytes.size())));
     }
+    result = hash.result();
+    return {};
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "syncservices/SyncManager.h"
 
+#include "base/WorkWatch.h"
 #include "services/BaseStore.h"
 #include "syncservices/FolderManager.h"
 
@@ -24,6 +25,18 @@ bool Succeeded(const Base::FileResult& result, QString* error)
         *error = QString::fromStdString(result.Text());
     return bool(result);
 }
+
+class AskingWatch : public Base::WorkWatch
+{
+public:
+    explicit AskingWatch(const std::function<bool()>& goesOn) : m_goesOn(goesOn) {}
+
+    bool GoesOn() override { return !m_goesOn || m_goesOn(); }
+    void Copied(std::uint64_t) override {}
+
+private:
+    const std::function<bool()>& m_goesOn;
+};
 
 } // namespace
 
@@ -73,8 +86,11 @@ bool SyncManager::SaveBaseFile(const wchar_t* path)
            m_state->baseStore.Save(QString::fromWCharArray(path), BaseStore::Care::Usual);
 }
 
-bool SyncManager::SaveVersion(const QString& path, QString* error)
+bool SyncManager::SaveVersion(const QString& path, QString* error,
+                              const std::function<bool()>& goesOn)
 {
+    AskingWatch watch(goesOn);
+    const Base::WorkWatch::Scope watching(watch);
     return Succeeded(m_state ? m_state->baseStore.Save(path, BaseStore::Care::Lasting) : NoStore(),
                      error);
 }

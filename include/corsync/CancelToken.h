@@ -15,7 +15,8 @@ public:
     CancelToken(const CancelToken&) = delete;
     CancelToken& operator=(const CancelToken&) = delete;
 
-    /// From any thread, also from a signal handler. The job ends before its next file.
+    /// From any thread, also from a signal handler. The job ends before its next file, or
+    /// in the middle of one that is being copied or compared, which then is as if it had not begun.
     void Cancel() noexcept { m_cancelled.store(true, std::memory_order_relaxed); }
     /// True once Cancel was called.
     bool IsCancelled() const noexcept { return m_cancelled.load(std::memory_order_relaxed); }

@@ -24,8 +24,9 @@ namespace Halvern::Jobs {
 ///         report(job.Execute());              copies, rewrites links, records
 ///
 /// A job serves one request, on the thread of its session, which outlives it. Failures of single
-/// files are part of the result and stop nothing; a cancel ends either step before the next file.
-/// Nothing that was done is undone, and importing the same again goes on where it ended.
+/// files are part of the result and stop nothing; a cancel ends either step before the next file,
+/// or in the middle of a large one, which is then not done. Nothing that was done is undone, and
+/// importing the same again goes on where it ended.
 class CORSYNCJOBS_EXPORT ImportJob
 {
 public:
@@ -37,9 +38,9 @@ public:
     ImportJob& operator=(const ImportJob&) = delete;
 
     /// Finds out what is to be done. Nothing is written anywhere. Throws JobError: SyncOff,
-    /// SourceMissing, SourceRefused, TargetRefused, PatternRefused, SelectionRefused, PlanNotMade,
-    /// DatabaseNotOpened; WrongOrder when called twice, also after it threw: the answer to that is
-    /// another job. The plan is the job's; Resolve changes it.
+    /// SourceMissing, SourceRefused, TargetRefused, FolderMissing, PatternRefused,
+    /// SelectionRefused, PlanNotMade, DatabaseNotOpened; WrongOrder when called twice, also after
+    /// it threw: the answer to that is another job. The plan is the job's; Resolve changes it.
     const Plan& MakePlan();
     /// Settles conflicts of the plan, each by the source of the file, and makes the plan anew.
     /// Conflicts that are not named stay. Requires a plan that was not executed.

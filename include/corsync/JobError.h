@@ -33,6 +33,8 @@ enum class JobErrorKind
     SourceRefused,
     /// The target does not lie in the cloud cache folder, or is a file.
     TargetRefused,
+    /// A folder that linked files may come from is none.
+    FolderMissing,
     /// A pattern of what is not to be imported could never match anything.
     PatternRefused,
     /// The module did not take the selection.

@@ -30,7 +30,13 @@ struct Progress
     /// is not known.
     qint64 files = 0;
     qint64 total = 0;
+    /// Of these files, and of the one that is being copied what there is of it. The sizes are those
+    /// that were planned with.
     qint64 bytes = 0;
+    qint64 totalBytes = 0;
+    /// Of the file that is being copied, or was last, and its size. They grow until the next file.
+    qint64 fileBytes = 0;
+    qint64 fileSize = 0;
 };
 
 /// Is told what happens, while it happens, on the thread that runs the job. Everything but what a
@@ -44,7 +50,8 @@ public:
     virtual ~IJobObserver();
 
     virtual void PhaseBegun(Phase phase, qint64 total);
-    /// Comes often, at least once for each file: cheap work only.
+    /// Comes often, at least once for each file, and many times while a large one is copied: cheap
+    /// work only.
     virtual void Progressed(const Progress& progress);
     /// What became of a file, while the plan is executed. Each file comes once during Copying, in
     /// the order of the plan, and again when a later phase changes what can be said about it: its

@@ -68,6 +68,8 @@ enum class Remark
     LinkToNothing,
     /// Skipped: neither a file nor a folder.
     NoFile,
+    /// Failed: a source that was given, and is neither a file nor a folder.
+    SourceNoFile,
     /// Skipped: a pattern excludes it.
     Excluded,
     /// Skipped: the sync database or the base store, in a source folder.
@@ -312,7 +314,8 @@ struct LeftOutItem
     bool IsFailure() const
     {
         return remark == Remark::ColonInName || remark == Remark::NotReadable ||
-               remark == Remark::NameNotText || remark == Remark::Vanished;
+               remark == Remark::NameNotText || remark == Remark::Vanished ||
+               remark == Remark::SourceNoFile;
     }
 };
 

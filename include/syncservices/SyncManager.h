@@ -8,6 +8,7 @@
 #include <QtCore/QList>
 #include <QtCore/QString>
 
+#include <functional>
 #include <memory>
 
 namespace Halvern::SyncServices {
@@ -36,7 +37,10 @@ public:
     /// The same for a host that replaces the file only when this succeeds: the copy is on the disk,
     /// and is what the file was at one moment. False with the reason in `error` (may be null), a
     /// text that can follow "could not be kept: ".
-    [[nodiscard]] bool SaveVersion(const QString& path, QString* error);
+    ///
+    /// `goesOn`, if any, is asked many times while the file is read; what it ends leaves nothing.
+    [[nodiscard]] bool SaveVersion(const QString& path, QString* error,
+                                   const std::function<bool()>& goesOn = {});
     /// Nothing is written.
     BaseStoreStatus GetBaseStoreStatus() const;
     /// A job that replaces several files: what is saved from BeginRun to the EndRun that belongs to

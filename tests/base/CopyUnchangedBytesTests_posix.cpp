@@ -169,7 +169,7 @@ TEST_F(CopyUnchangedInPoorerWorlds, FailsWithTheDiskAndLeavesNothing)
         EXPECT_EQ(hash, Base::ContentHash());
         return !HasFailure();
     };
-    EXPECT_EQ(InAPoorerWorld({{SYS_read, EIO, 2, 256 * 1024}}, work), Good);
+    EXPECT_EQ(InAPoorerWorld({{SYS_pread64, EIO, 2, 64 * 1024}}, work), Good);
     EXPECT_EQ(Names(), QStringList{u"a.prt"_s});
 }
 

@@ -76,11 +76,10 @@ TEST_F(KernelFaults, AnErrorOfTheDiskFailsTheCopy)
 {
     const QString failure = u"Failure to write block: Input/output error"_s;
     ExpectFailure({{SYS_copy_file_range, EIO}}, failure);
-    // The size of one block tells this read from others.
-    ExpectFailure({noRangeCopy, {SYS_read, EIO, 2, 256 * 1024}}, failure);
+    // The size of the first piece tells this read from others.
+    ExpectFailure({noRangeCopy, {SYS_pread64, EIO, 2, 64 * 1024}}, failure);
     ExpectFailure({{SYS_fchmod, EIO}}, failure);
     ExpectFailure({noUnnamedFiles, {SYS_close, EIO}}, failure);
-    ExpectFailure({noUnnamedFiles, {SYS_lseek, EIO}}, failure);
 }
 
 TEST_F(KernelFaults, AnErrorWhileTheCopyGetsItsNameIsToldWithThatName)

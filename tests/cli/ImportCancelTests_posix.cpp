@@ -30,7 +30,7 @@ protected:
     }
 
     /// Sends the signal once the progress line shows the phase.
-    CommandResult ImportAndSend(int signal, const QByteArray& phase, int times = 1,
+    CommandResult ImportAndSend(int signal, const QByteArray& phase,
                                 const QStringList& options = {}) const
     {
         QProcess process;
@@ -42,8 +42,7 @@ protected:
         while (!seen.contains(phase) && process.waitForReadyRead(60000))
             seen += process.readAllStandardError();
         EXPECT_TRUE(seen.contains(phase)) << seen.toStdString();
-        for (int i = 0; i < times; ++i)
-            kill(pid_t(process.processId()), signal);
+        kill(pid_t(process.processId()), signal);
         return Finish(process);
     }
 
@@ -85,7 +84,7 @@ TEST_F(CancelledImport, WhileRewritingLinksLeavesNoCopyWithOldLinksForGood)
     tree.File(u"work/lib/part.tlk"_s, "new part\n")
         .File(u"cloud/proj/lib/part.tlk"_s, "other part\n");
     const CommandResult result =
-        ImportAndSend(SIGINT, "Rewriting links", 2, {u"--on-conflict"_s, u"rename"_s});
+        ImportAndSend(SIGINT, "Rewriting links", {u"--on-conflict"_s, u"rename"_s});
     EXPECT_EQ(result.exitCode, 20) << result.err.toStdString();
     EXPECT_EQ(Cloud().size(), Files + 2);
     EXPECT_TRUE(result.out.contains(u"its links are not rewritten yet"_s));

@@ -41,6 +41,22 @@ TEST_F(ImportOfSpecialFiles, WhatIsLeftOutOfAFolderIsTold)
     EXPECT_TRUE(result.Has(u"skipped    proj/pipe: neither a file nor a folder"_s));
 }
 
+TEST_F(ImportOfSpecialFiles, WhatIsNoFileFailsWhenItWasGiven)
+{
+    tree.File(u"work/a.tlk"_s).Folder(u"work/proj"_s);
+    for (const QString& pipe : {u"work/pipe"_s, u"work/proj/pipe"_s})
+        ASSERT_EQ(mkfifo(QFile::encodeName(tree.Path(pipe)).constData(), 0600), 0);
+    const CommandResult alone = Import({u"pipe"_s});
+    EXPECT_EQ(alone.exitCode, 1) << ::testing::PrintToString(alone);
+    EXPECT_TRUE(alone.Has(u"failed     pipe: it is neither a file nor a folder"_s))
+        << ::testing::PrintToString(alone);
+    const CommandResult others = Import({u"a.tlk"_s, u"proj"_s, u"proj/pipe"_s});
+    EXPECT_EQ(others.exitCode, 1) << ::testing::PrintToString(others);
+    EXPECT_TRUE(others.Has(u"failed     proj/pipe: it is neither a file nor a folder"_s))
+        << ::testing::PrintToString(others);
+    EXPECT_TRUE(tree.Exists(u"cloud/a.tlk"_s));
+}
+
 TEST_F(ImportOfSpecialFiles, AFileWhoseNameHoldsAColonIsAFailure)
 {
     tree.File(u"work/proj/a.tlk"_s).File(u"work/proj/10:30.tlk"_s);

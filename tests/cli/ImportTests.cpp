@@ -179,6 +179,24 @@ TEST_F(ImportCommand, AnAbsoluteTargetInTheCloudFolderIsTheSameAsARelativeOne)
     EXPECT_EQ(Cloud(), Imported());
 }
 
+TEST_F(ImportCommand, OfLinkedFilesFromAFolderThatIsNoneIsAUsageErrorThatNamesIt)
+{
+    const CommandResult missing =
+        Import({u"proj"_s, u"--within"_s, u"lib"_s, u"--within"_s, u"nowhere"_s});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_EQ(missing.err, u"corsync: --within nowhere: no such folder\n"_s);
+    const CommandResult file = Import({u"proj"_s, u"--within"_s, u"proj/top.tlk"_s});
+    EXPECT_EQ(file.exitCode, 2);
+    EXPECT_EQ(file.err, u"corsync: --within proj/top.tlk is no folder\n"_s);
+    EXPECT_EQ(Cloud(), FileTree::Snapshot());
+}
+
+TEST_F(ImportCommand, LeavesOutWhatAPatternMeansWithoutItsTrailingSpaces)
+{
+    Import({u"proj"_s, u"--exclude"_s, u"top.tlk  "_s});
+    EXPECT_FALSE(tree.Exists(u"cloud/proj/top.tlk"_s));
+}
+
 TEST_F(ImportCommand, ALinkIntoTheCloudFolderStaysInPlace)
 {
     tree.File(u"cloud/std.tlk"_s, "std\n").File(u"work/a.tlk"_s, "link 1 ../cloud/std.tlk\n");

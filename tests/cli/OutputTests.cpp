@@ -75,6 +75,23 @@ TEST_F(CommandOutput, HoldsNoLogAndNoProgressUnlessAskedFor)
     EXPECT_TRUE(progress.err.endsWith(u"\r\033[K"_s));
 }
 
+// What is being made ready lies in a folder that is gone when anybody looks for it.
+TEST_F(CommandOutput, NamesNoPlaceOfAnUnfinishedCopyInTheLog)
+{
+    tree.File(u"work/proj/top.tlk"_s, "link 1 ../lib/part.tlk\nlink 2 ../lib/gone.tlk\n")
+        .File(u"work/proj/lazy.tlk"_s, "link 1 ../lib/part.tlk\n")
+        .File(u"work/lib/part.tlk"_s, "part\n");
+    for (const QStringList& options : {QStringList(), QStringList{u"--isolate"_s, u"always"_s}}) {
+        const CommandResult result = Import(QStringList{u"proj"_s, u"-vvv"_s} + options);
+        EXPECT_EQ(result.exitCode, 4) << ::testing::PrintToString(result);
+        EXPECT_TRUE(tree.Read(u"cloud/proj/lazy.tlk"_s).contains("lib/part.tlk"));
+        EXPECT_FALSE(result.err.contains(u".corsync-"_s)) << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(tree.Path(u"cloud/proj/lazy.tlk"_s)))
+            << result.err.toStdString();
+        tree.Remove(u"cloud"_s).Remove(u"sync.db"_s);
+    }
+}
+
 TEST_F(CommandOutput, GoesIntoALogFileThatGrowsWithEveryRun)
 {
     const QString log = tree.Path(u"work/run.log"_s);

@@ -223,7 +223,8 @@ TEST(ExcludeRules, OfAFileAreAtFaultWhereALineCanMatchNothing)
 {
     EXPECT_EQ(ExcludeRules::FaultIn("# [a\n\n*.bak\r\n[a]\n**/\n..a\n"), QString());
     EXPECT_EQ(ExcludeRules::FaultIn("a\xFF\n"), u"no UTF-8"_s);
-    for (const QByteArray pattern : {"[a", "!", "/", "!/", "a//b", "a\\", "./a", "a/..", "[[:x:]]"})
+    for (const QByteArray pattern :
+         {"[a", "!", "/", "!/", "a//b", "a\\", "./a", "a/..", "[[:x:]]", "[z-a]", "a/x[9-0Z-A]"})
         EXPECT_EQ(
             ExcludeRules::FaultIn("a\n\n" + pattern + "\r\nb\n"),
             u"line 3: the pattern \"%1\" can match nothing"_s.arg(QString::fromUtf8(pattern)));
@@ -231,10 +232,28 @@ TEST(ExcludeRules, OfAFileAreAtFaultWhereALineCanMatchNothing)
 
 TEST(ExcludeRules, OfTheImportAreNoLinesOfAFile)
 {
-    const ExcludeRules rules({u"#recycle"_s, u"a "_s, QString()});
+    const ExcludeRules rules({u"#recycle"_s, QString()});
     EXPECT_TRUE(rules.Match(u"#recycle"_s, true));
-    EXPECT_TRUE(rules.Match(u"a "_s, false));
-    EXPECT_FALSE(rules.Match(u"a"_s, false));
+    EXPECT_FALSE(rules.Match(u"recycle"_s, true));
+}
+
+TEST(ExcludeRules, OfTheImportEndBeforeTheirTrailingSpacesAsThoseOfAFile)
+{
+    const ExcludeRules rules({u"a  "_s, u"b\\ "_s, u"c/ "_s});
+    EXPECT_TRUE(rules.Match(u"a"_s, false));
+    EXPECT_FALSE(rules.Match(u"a  "_s, false));
+    EXPECT_TRUE(rules.Match(u"b "_s, false));
+    EXPECT_FALSE(rules.Match(u"b"_s, false));
+    EXPECT_TRUE(rules.Match(u"c"_s, true));
+    EXPECT_FALSE(ExcludePattern(u"  "_s).CanMatch());
+}
+
+TEST(ExcludeRules, MayHoldRangesThatAreEmptyBesideOthers)
+{
+    const ExcludeRules rules({u"[xz-a]"_s, u"y[!z-a]"_s});
+    EXPECT_TRUE(rules.Match(u"x"_s, false));
+    EXPECT_FALSE(rules.Match(u"m"_s, false));
+    EXPECT_TRUE(rules.Match(u"ym"_s, false));
 }
 
 TEST(ExcludeRules, KeepOutWhatToolsLeaveBesideDesignFiles)

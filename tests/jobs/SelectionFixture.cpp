@@ -14,6 +14,7 @@ QString NameOf(Remark remark)
     static const QMap<Remark, QString> names{{Remark::LinkToFolder, u"LinkToFolder"_s},
                                              {Remark::LinkToNothing, u"LinkToNothing"_s},
                                              {Remark::NoFile, u"NoFile"_s},
+                                             {Remark::SourceNoFile, u"SourceNoFile"_s},
                                              {Remark::Excluded, u"Excluded"_s},
                                              {Remark::NotReadable, u"NotReadable"_s},
                                              {Remark::NameNotText, u"NameNotText"_s},

@@ -151,7 +151,7 @@ TEST_F(Exclusions, AFileThatIsGivenByItsNameIsNotExcludedByABuiltInPattern)
 TEST_F(Exclusions, APatternThatCanMatchNothingIsAUsageErrorThatNamesIt)
 {
     for (const QString& pattern : {u"[abc"_s, u""_s, u"!"_s, u"/"_s, u"!/"_s, u"a//b"_s, u"a\\"_s,
-                                   u"./out"_s, u"../out"_s, u"[[:none:]]"_s}) {
+                                   u"./out"_s, u"../out"_s, u"[[:none:]]"_s, u"[z-a]"_s, u"  "_s}) {
         const CommandResult result =
             Import({u"proj"_s, u"--exclude"_s, u"*.bak"_s, u"--exclude"_s, pattern});
         EXPECT_EQ(result.exitCode, 2) << pattern.toStdString();

@@ -160,6 +160,14 @@ ImportStep RandomWorld::NextImport()
     if (m_dice.Chance(15))
         step.within = m_dice.Chance(50) ? QStringList{u"proj"_s}
                                         : QStringList{u"lib"_s, u"../home/pictures"_s};
+    // They must exist, whatever is in them.
+    for (const QString& folder : std::as_const(step.within)) {
+        const QString path = QDir::cleanPath(u"work/"_s + folder);
+        if (m_tree.Exists(path))
+            continue;
+        m_tree.Folder(path);
+        Note(u"mkdir -p "_s + path);
+    }
     if (m_dice.Chance(20))
         step.fault = m_dice.Pick({u"fail"_s, u"norepath"_s, u"lies"_s, u"absent"_s});
     if (KnowsTwins && m_dice.Chance(15))

@@ -18,6 +18,11 @@ FILES = 2000
 ENOUGH = 20
 PATIENCE = 200
 CANCELLED = 20
+# What Windows says of a program that Ctrl-C ended, as much of it as an exit code has room for here.
+ENDED = 0xC000013A & 0xFF
+HEARD = "Cancelling after the current step"
+REGISTRATION = ('<SyncPlugins><Plugin Module="libTestTalkerPlugin.dll" Name="For tests">'
+                '<FileLinkResolver FileTypes="talk"/></Plugin></SyncPlugins>\n')
 
 
 def check(condition, text):
@@ -29,13 +34,13 @@ def copies(cloud):
     return sorted(cloud.rglob("*.scad")) if cloud.exists() else []
 
 
-def run_in_terminal(command, is_time):
-    """Presses Ctrl-C twice when it is time; gives the exit code and what the terminal showed."""
+def run_in_terminal(command, is_time, is_time_again=lambda shown: False):
+    """Presses Ctrl-C when it is time, and once more; gives the exit code and what the terminal showed."""
     process, terminal = pty.fork()
     if process == 0:
         os.execv(command[0], command)
     shown = b""
-    pressed = False
+    pressed = 0
     begin = time.monotonic()
     while True:
         if select.select([terminal], [], [], 0.05)[0]:
@@ -47,12 +52,27 @@ def run_in_terminal(command, is_time):
         if ended:
             os.close(terminal)
             return os.waitstatus_to_exitcode(status), shown.decode(errors="replace")
-        if not pressed and is_time():
+        if pressed == 0 and is_time() or pressed == 1 and is_time_again(shown):
             os.write(terminal, b"\x03")
-            time.sleep(0.2)
-            os.write(terminal, b"\x03")
-            pressed = True
+            pressed += 1
         check(time.monotonic() - begin < PATIENCE, f"corsync.exe did not end within {PATIENCE} s\n{shown[-2000:]}")
+
+
+def check_second_press(work, runner, bin_folder, talker):
+    """A plug-in that hangs in the same process looks at no cancel."""
+    plugins, hanging = work / "plugins", work / "hanging"
+    for folder in (plugins, hanging, work / "nothing"):
+        folder.mkdir()
+    (plugins / "talker.syncplugin").write_text(REGISTRATION.replace("libTestTalkerPlugin.dll", talker.name))
+    (hanging / "a.talk").write_text("loop\n")
+    begin = time.monotonic()
+    code, shown = run_in_terminal(
+        [runner, "--terminal", f"{bin_folder}/corsync.exe", "import", f"Z:{hanging}", "--cloud-folder",
+         f"Z:{work}/nothing", "--database", f"Z:{work}/other.db", "--plugin-path", f"Z:{plugins}",
+         "--plugin-path", f"Z:{talker.parent}", "--isolate", "never"],
+        lambda: time.monotonic() - begin > 10, lambda shown: HEARD.encode() in shown)
+    check(HEARD in shown, f"the first one is not answered\n{shown[-2000:]}")
+    check(code == ENDED, f"exit code {code}, not {ENDED}, after the second one\n{shown[-2000:]}")
 
 
 def check_links(files):
@@ -64,6 +84,7 @@ def check_links(files):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--runner", required=True, help="run-wine.sh")
+    parser.add_argument("--talker", type=pathlib.Path, required=True, help="TestTalkerPlugin")
     parser.add_argument("--bin", required=True, help="the folder of corsync.exe and its libraries")
     arguments = parser.parse_args()
     work = pathlib.Path(tempfile.mkdtemp(prefix="corsync-ctrl-c-"))
@@ -79,6 +100,7 @@ def main():
         code, shown = run_in_terminal([arguments.runner, "--terminal", *program],
                                       lambda: len(copies(cloud)) >= ENOUGH)
         done = len(copies(cloud))
+        check(HEARD in shown, f"nothing says that it was heard\n{shown[-2000:]}")
         check(code == CANCELLED, f"exit code {code}, not {CANCELLED}\n{shown[-2000:]}")
         check(ENOUGH <= done < FILES, f"{done} files were copied")
         check(not list(cloud.rglob("*.tmp")), "a parked file is left")
@@ -89,7 +111,9 @@ def main():
         files = copies(cloud)
         check(len(files) == FILES + 1, f"{len(files)} files after the next import")
         check_links(files)
-        print(f"Ctrl-C ended the import after {done} of {FILES} files; the next one copied the rest.")
+        check_second_press(work, arguments.runner, arguments.bin, arguments.talker)
+        print(f"Ctrl-C ended the import after {done} of {FILES} files; the next one copied the rest. A second "
+              "one ended it at once.")
     finally:
         shutil.rmtree(work, ignore_errors=True)
 
