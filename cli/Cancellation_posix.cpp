@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <string_view>
 
 #include <poll.h>
@@ -38,12 +39,34 @@ void EndAtOnce(int signal)
     ::raise(signal);
 }
 
+/// A terminal that closes, and some programs that end others, send the same signal twice. Nobody
+/// who wants a program to end at once is so quick.
+volatile std::sig_atomic_t firstSignal = 0;
+timespec firstTime = {};
+constexpr long OneWish = 500;
+
+bool IsTheSameWish(int signal)
+{
+    timespec now = {};
+    if (signal == SIGINT || signal != firstSignal || ::clock_gettime(CLOCK_MONOTONIC, &now) != 0)
+        return false;
+    const long passed =
+        (now.tv_sec - firstTime.tv_sec) * 1000 + (now.tv_nsec - firstTime.tv_nsec) / 1'000'000;
+    return passed < OneWish;
+}
+
 void OnSignal(int signal)
 {
     const int error = errno;
     if (token.IsCancelled()) {
+        if (IsTheSameWish(signal)) {
+            errno = error;
+            return;
+        }
         EndAtOnce(signal);
     } else {
+        ::clock_gettime(CLOCK_MONOTONIC, &firstTime);
+        firstSignal = signal;
         token.Cancel();
         if (isTerminal) // where the progress line may stand
             Write("\r\033[K");

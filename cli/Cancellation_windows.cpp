@@ -7,6 +7,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 namespace Halvern::Cli {
 
 namespace {
@@ -17,11 +19,19 @@ Jobs::CancelToken token;
 /// in the middle of something.
 constexpr UINT EndedByControl = 0xC000013A;
 
+/// A key that is held down repeats, and a console may tell of one press twice.
+constexpr ULONGLONG OnePress = 500;
+std::atomic<ULONGLONG> pressedAt = 0;
+
 BOOL WINAPI OnControl(DWORD event)
 {
     // The system ends the process after a close, log-off or shutdown whatever is answered.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         return FALSE;
+    const ULONGLONG now = GetTickCount64();
+    const ULONGLONG before = pressedAt.exchange(now);
+    if (before != 0 && now - before < OnePress)
+        return TRUE;
     if (token.IsCancelled()) {
         RestoreConsole();
         TerminateProcess(GetCurrentProcess(), EndedByControl);

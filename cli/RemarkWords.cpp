@@ -92,6 +92,8 @@ QString Sentence(Remark remark)
         return QStringLiteral("the symbolic link that stood there has another name now");
     case Remark::StillLinked:
         return QStringLiteral("another copy links it");
+    case Remark::TargetReadOnly:
+        return QStringLiteral("what stands at the target is read-only and stays as it is");
     }
     return {};
 }
@@ -179,6 +181,8 @@ QString NameOf(Remark remark)
         return QStringLiteral("link-set-aside");
     case Remark::StillLinked:
         return QStringLiteral("still-linked");
+    case Remark::TargetReadOnly:
+        return QStringLiteral("target-read-only");
     }
     return {};
 }

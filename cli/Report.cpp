@@ -59,6 +59,8 @@ void PrintJson(const ImportReport& report, Console& console)
         console.Json(JsonOf(result));
     for (const FileLink::Problem& problem : summary.problems)
         console.Json(JsonOf(problem));
+    for (const QString& warning : summary.warnings)
+        console.Json(JsonWarning(warning));
     if (!summary.databaseError.isEmpty())
         console.Json(JsonProblem(summary.databaseError));
     Print(summary.registrationFaults, console);
@@ -89,6 +91,8 @@ void Print(const ImportReport& report, Console& console)
     const Summary& summary = report.result.summary;
     for (const FileLink::Problem& problem : summary.problems)
         console.Error(TextOf(problem));
+    for (const QString& warning : summary.warnings)
+        console.Note(QStringLiteral("warning: ") + warning);
     if (!summary.databaseError.isEmpty())
         console.Error(QStringLiteral("sync database: ") + summary.databaseError);
     if (!report.conflicts.isEmpty())

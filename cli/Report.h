@@ -52,6 +52,7 @@ QJsonObject JsonOf(const Jobs::Conflict& conflict);
 QJsonObject JsonOf(const Jobs::Finding& finding);
 QJsonObject JsonOf(const Jobs::Summary& summary);
 QJsonObject JsonProblem(const QString& text);
+QJsonObject JsonWarning(const QString& text);
 /// A warning, or a problem when nothing came of the file.
 QJsonObject JsonOf(const Jobs::RegistrationFault& fault);
 void Print(const QList<Jobs::RegistrationFault>& faults, Console& console);

@@ -118,4 +118,9 @@ QJsonObject JsonProblem(const QString& text)
     return {{QStringLiteral("event"), QStringLiteral("problem")}, {QStringLiteral("text"), text}};
 }
 
+QJsonObject JsonWarning(const QString& text)
+{
+    return {{QStringLiteral("event"), QStringLiteral("warning")}, {QStringLiteral("text"), text}};
+}
+
 } // namespace Halvern::Cli

@@ -47,7 +47,8 @@ class AliasLog::Forwarder : public log4cplus::Appender
 {
 public:
     Forwarder(const Logger& logger, Names names)
-        : m_logger(logger), m_names(std::move(names)), m_appenders(m_logger.getAllAppenders())
+        : m_logger(logger), m_names(std::move(names)), m_appenders(m_logger.getAllAppenders()),
+          m_goesUp(m_logger.getAdditivity())
     {
         m_logger.removeAllAppenders();
         m_logger.setAdditivity(false);
@@ -58,7 +59,7 @@ public:
         m_logger.removeAllAppenders();
         for (const log4cplus::SharedAppenderPtr& appender : m_appenders)
             m_logger.addAppender(appender);
-        m_logger.setAdditivity(true);
+        m_logger.setAdditivity(m_goesUp);
     }
     Logger Of() const { return m_logger; }
     void close() override { closed = true; }
@@ -78,7 +79,7 @@ protected:
         for (const log4cplus::SharedAppenderPtr& appender : m_appenders)
             appender->doAppend(told);
         // Without any the library would say so on standard error.
-        if (!Logger::getRoot().getAllAppenders().empty())
+        if (m_goesUp && !Logger::getRoot().getAllAppenders().empty())
             Logger::getRoot().callAppenders(told);
     }
 
@@ -86,6 +87,7 @@ private:
     Logger m_logger;
     Names m_names;
     log4cplus::SharedAppenderPtrList m_appenders;
+    bool m_goesUp;
 };
 
 AliasLog::AliasLog(const Names& names)

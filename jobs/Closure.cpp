@@ -100,7 +100,8 @@ void Closure::TakeLinks(JobFile& file)
     if (!types.isEmpty() && !SyncLibUtil::IsInFileTypeList(file.source, types))
         return;
     file.linksKnown = true;
-    file.readers = m_reader.ReadersOf(file.source);
+    // Whatever is put beside it from now on is noticed by the next import.
+    file.readers = m_reader.ReadersOf(file.source, {});
     file.isUnknownFormat = file.readers.isEmpty();
     if (!file.isUnknownFormat && Restore(file))
         return;
@@ -111,6 +112,7 @@ void Closure::TakeLinks(JobFile& file)
                                              : LinksState::Failed;
     for (const SyncServices::FileLink& link : std::as_const(links))
         file.links.append({link, {}, -1, LinkState::Found});
+    file.readers = m_reader.ReadersOf(file.source, links);
     if (!isRead)
         RecallLinks(file);
 }
@@ -136,13 +138,15 @@ bool Closure::Restore(JobFile& file) const
         return false;
     for (const CopyRecord* record : m_copies.OfSource(file.source)) {
         // A file that was saved again may find others beside it, though it holds what it held.
-        if (record->linksState != LinksState::Read || record->readers != file.readers ||
+        if (record->linksState != LinksState::Read ||
+            record->readers != m_reader.ReadersOf(file.source, record->sourceLinks) ||
             record->sourceStamp.modified != file.status.modified ||
             !IsSameAsRecorded(record->sourceStamp, record->recordedAt, file.source,
                               m_job.request.checksum, nullptr))
             continue;
         for (const SyncServices::FileLink& link : record->sourceLinks)
             file.links.append({link, {}, -1, LinkState::Found});
+        file.readers = record->readers;
         return true;
     }
     return false;

@@ -77,7 +77,7 @@ bool Groups::StayTogether(const QList<qsizetype>& members,
     };
     return std::all_of(members.begin(), members.end(), keepsName) &&
            std::all_of(m_bonds.begin(), m_bonds.end(), [&](const auto& bond) {
-               return !members.contains(bond.first) ||
+               return !members.contains(bond.first) || !members.contains(bond.second) ||
                       WayFrom(targets.value(bond.first), targets.value(bond.second)) ==
                           WayFrom(m_files.At(bond.first).target, m_files.At(bond.second).target);
            });

@@ -18,8 +18,8 @@ public:
 
     /// The places of all files that are bound to this one, with itself.
     QList<qsizetype> Of(qsizetype place) const;
-    /// At these targets each member would have its own name, and find the others where it looks for
-    /// them. Requires a target for each.
+    /// At these targets each of these members would have its own name, and find the others where it
+    /// looks for them. Requires a target for each.
     bool StayTogether(const QList<qsizetype>& members,
                       const QHash<qsizetype, QString>& targets) const;
 

@@ -130,6 +130,7 @@ JobResult ImportJob::State::Result(QList<FileResult> files, QList<FileLink::Prob
     result.summary.databaseError = run.DatabaseError();
     result.summary.problems = WithoutDatabase(std::move(problems), result.summary.databaseError);
     result.summary.registrationFaults = ListRegistrationFaults(session);
+    result.summary.warnings = session.Warnings();
     result.summary.conflicts = plan.conflicts.size();
     result.summary.findings = plan.findings;
     result.summary.cancelled = run.State().cancelled;

@@ -29,4 +29,9 @@ qsizetype JobFiles::Find(const QString& path) const
     return -1;
 }
 
+std::filesystem::path BelowCloudFolder(const QString& path, const JobState& job)
+{
+    return Native(path.mid(job.cloudFolder.size() + 1));
+}
+
 } // namespace Halvern::Jobs

@@ -17,6 +17,7 @@
 #include <QtCore/QList>
 #include <QtCore/QString>
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -64,7 +65,8 @@ struct JobFile
     bool linksKnown = false;
     /// An earlier job moved it: its copy is all that there is.
     bool wasMoved = false;
-    /// Which plug-ins would read it, or did so earlier and are gone; empty for none.
+    /// Which plug-ins would read it, and what they find around it, as LinkReader tells; or which
+    /// did so earlier and are gone. Empty for none.
     QString readers;
     /// Where its links led when they could be read. Requires that they cannot be now.
     QStringList earlierLinks;
@@ -120,10 +122,19 @@ struct JobFile
     }
     /// Null when nothing is recorded of the copy that is there now.
     const CopyRecord* RecordOfCopy() const { return record && !isRecordOld ? &*record : nullptr; }
+    /// It is to have a copy, as far as is known.
+    bool HasTarget() const { return !isFolder && !isDropped && mapping && !IsOut(); }
     /// It is settled that it gets no copy.
     bool IsOut() const
     {
         return isDropped || (outcome != Outcome::NotDone && deed == Deed::Nothing);
+    }
+    /// The copy that is there has its links right, and a new one would not: they cannot be read
+    /// now.
+    bool LosesLinks() const
+    {
+        return linksKnown && linksState != LinksState::Read && record &&
+               !record->targetLinks.isEmpty();
     }
     /// Links that are there, but could not be read.
     void NoteUnreadLinks()
@@ -194,9 +205,9 @@ struct JobState
     /// Targets of copies that files of this job link no more, which is to be recorded before
     /// anything is written.
     QStringList lostCopies;
-    /// Targets of those that were put into the base store.
+    /// Targets of those that were put into the base store; in a plan, that will be.
     QStringList pruned;
-    /// Why others were not, by their targets.
+    /// Why others were not, or will not be, by their targets.
     QHash<QString, QString> notPruned;
     /// A registration file is broken: what no plug-in reads may be read by one that is missing.
     bool hasBrokenPlugins = false;
@@ -205,5 +216,8 @@ struct JobState
     bool cancelled = false;
     bool executed = false;
 };
+
+/// The place of a path in the cloud folder of a job, below that folder.
+std::filesystem::path BelowCloudFolder(const QString& path, const JobState& job);
 
 } // namespace Halvern::Jobs

@@ -3,13 +3,13 @@
 #include "JobRun.h"
 
 #include "Closure.h"
-#include "FileMaker.h"
 #include "FileStamps.h"
 #include "LinkPlanning.h"
 #include "Orphans.h"
 #include "OwnRecords.h"
 #include "Paths.h"
 #include "Preflight.h"
+#include "Pruning.h"
 #include "RealPaths.h"
 #include "Results.h"
 #include "SelectionWalk.h"
@@ -26,12 +26,12 @@
 #include <QtCore/QSet>
 
 #include <algorithm>
+#include <utility>
 
 namespace Halvern::Jobs {
 
 using FileLink::FileLinkImporter;
 using SyncFolderManagerLib::FolderManager;
-using SyncServices::SyncManager;
 
 namespace {
 
@@ -191,19 +191,36 @@ void JobRun::Decide(const Answers& answers)
     m_state.cancelled = !decisions.Make(answers) || m_control->StoppedJob();
     if (m_state.request.move && !m_state.cancelled)
         SourceRemoval(m_state, *m_control).Foresee();
+    if (m_state.request.prune && !m_state.cancelled)
+        Pruning(m_state).Foresee();
+    if (m_control->StoppedJob()) {
+        m_state.cancelled = true;
+        ForgetForeseen();
+    }
     m_conflicts = decisions.Conflicts();
     m_findings = m_state.cancelled ? QList<Finding>() : LookAhead(m_state);
 }
 
 bool JobRun::MayBegin()
 {
-    return !IsStopped();
+    if (!IsStopped())
+        return true;
+    ForgetForeseen();
+    return false;
+}
+
+/// What a plan would prune is not pruned yet.
+void JobRun::ForgetForeseen()
+{
+    m_state.pruned.clear();
+    m_state.notPruned.clear();
 }
 
 void JobRun::Execute(Results& results)
 {
     m_database->AllowWrites();
     m_state.executed = true;
+    ForgetForeseen();
     const Base::WorkWatch::Scope watched(*m_control);
     Base::RootedFolder cloud;
     const Base::FileResult opened = cloud.Open(Native(m_state.cloudFolder));
@@ -267,24 +284,47 @@ bool JobRun::MakeFiles(Results& results, Deed deed)
                           bytes);
     if (IsStopped())
         return false;
-    for (JobFile& file : m_state.files) {
+    QList<qsizetype> last;
+    for (qsizetype place = 0; place < m_state.files.Size(); ++place) {
+        JobFile& file = m_state.files.At(place);
         if (!isMeant(file)) {
             if (deed == Deed::Copy && file.deed == Deed::Nothing)
                 results.Tell(file);
             continue;
         }
-        if (IsStopped())
-            return false;
-        m_control->BeginFile(SizeOf(file));
-        m_state.cancelled = deed == Deed::Copy ? !m_maker->Make(file) : !m_maker->Relink(file);
+        if (MakeFile(file, results, FileMaker::Turn::First) == FileMaker::Made::Later)
+            last.append(place);
         if (m_state.cancelled)
             return false;
-        if (file.isDone)
-            m_records.Note(file);
-        results.Tell(file);
-        m_control->EndFile();
+    }
+    for (const qsizetype place : std::as_const(last)) {
+        MakeFile(m_state.files.At(place), results, FileMaker::Turn::Last);
+        if (m_state.cancelled)
+            return false;
     }
     return true;
+}
+
+FileMaker::Made JobRun::MakeFile(JobFile& file, Results& results, FileMaker::Turn turn)
+{
+    using Made = FileMaker::Made;
+    if (IsStopped())
+        return Made::Stopped;
+    // Its bytes count once.
+    m_control->BeginFile(turn == FileMaker::Turn::First ? SizeOf(file) : 0);
+    Made made = Made::Now;
+    if (file.deed == Deed::Copy)
+        made = m_maker->Make(file, turn);
+    else if (!m_maker->Relink(file))
+        made = Made::Stopped;
+    m_state.cancelled = made == Made::Stopped;
+    if (made != Made::Now)
+        return made;
+    if (file.isDone)
+        m_records.Note(file);
+    results.Tell(file);
+    m_control->EndFile();
+    return made;
 }
 
 /// A file that could not be copied is not where the links of others were to lead: those say again
@@ -327,9 +367,11 @@ void JobRun::NoteUnchanged()
         const bool isRead =
             isAsBefore && (!file.linksKnown || (record->readers == file.readers &&
                                                 record->linksState == file.linksState));
-        if (isRead &&
+        const bool areSound =
+            record &&
             isSound(StampOf(file.source, false), record->sourceStamp, record->recordedAt) &&
-            isSound(StampOf(file.target, false), record->targetStamp, record->recordedAt)) {
+            isSound(StampOf(file.target, false), record->targetStamp, record->recordedAt);
+        if (isRead && areSound) {
             // With the hashes, when a move notes it again.
             TakeStamps(file, *record);
             continue;
@@ -338,6 +380,11 @@ void JobRun::NoteUnchanged()
         if (record && file.linksKnown && file.linksState != LinksState::Read &&
             PathKey(record->project) != PathKey(m_state.target)) {
             TakeStamps(file, *record);
+            continue;
+        }
+        if (areSound) {
+            TakeStamps(file, *record);
+            m_records.Note(file);
             continue;
         }
         file.recordedAt = ClockNow();
@@ -367,8 +414,12 @@ void JobRun::Finish(Results& results, const Base::RootedFolder& cloud)
         m_state.orphans = Orphans(m_state, m_copies).Find();
     if (m_state.request.move)
         MoveSources(results, cloud, recorded);
-    if (m_state.request.prune && !m_state.cancelled)
-        Prune(cloud);
+    m_state.pruned.clear();
+    m_state.notPruned.clear();
+    if (m_state.request.prune && !m_state.cancelled) {
+        Pruning(m_state).Prune(cloud);
+        m_records.Forget(m_state.pruned);
+    }
     static_cast<void>(m_records.Flush());
     results.TellRest();
 }
@@ -410,7 +461,7 @@ Base::FileResult JobRun::SecureCopies(const Base::RootedFolder& cloud)
         const bool isCopy = file.isDone || file.outcome == Outcome::Unchanged;
         if (file.isFolder || file.wasMoved || file.isPending || !isCopy)
             continue;
-        const std::filesystem::path copy = BelowCloudFolder(file.target);
+        const std::filesystem::path copy = BelowCloudFolder(file.target, m_state);
         Base::FileStatus status;
         if (!cloud.Status(copy, status) || !IsStamped(status, file.targetStamp)) {
             file.End(Outcome::Failed, Remark::TargetChanged);
@@ -423,7 +474,7 @@ Base::FileResult JobRun::SecureCopies(const Base::RootedFolder& cloud)
         addFolders(FolderAbove(file.target));
     }
     for (const QString& folder : std::as_const(folders))
-        if (Base::FileResult result = cloud.Flush(BelowCloudFolder(folder)); !result)
+        if (Base::FileResult result = cloud.Flush(BelowCloudFolder(folder, m_state)); !result)
             return result;
     return cloud.Flush({});
 }
@@ -445,47 +496,12 @@ void JobRun::RemoveSources(Results& results)
         // Another import that moves it may have been faster.
         if (!file.sourceDeleted)
             note(file, !ExistsOnDisk(file.source));
+        if (file.sourceDeleted) {
+            file.sourceStays = SourceStays::No;
+            file.staysFor.clear();
+        }
         results.Tell(file);
     });
-}
-
-std::filesystem::path JobRun::BelowCloudFolder(const QString& path) const
-{
-    return Native(path.mid(m_state.cloudFolder.size() + 1));
-}
-
-bool JobRun::MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const
-{
-    return status.kind == Base::FileKind::File &&
-           IsSameAsRecorded(orphan.targetStamp, orphan.recordedAt, orphan.target,
-                            m_state.request.checksum);
-}
-
-void JobRun::Prune(const Base::RootedFolder& cloud)
-{
-    for (const auto& [orphan, isStillLinked] : std::as_const(m_state.orphans)) {
-        const std::filesystem::path copy = BelowCloudFolder(orphan.target);
-        Base::FileStatus status;
-        if (isStillLinked || !cloud.Status(copy, status))
-            continue;
-        // What somebody changed is not this library's any more.
-        if (!MayBePruned(orphan, status)) {
-            m_state.notPruned.insert(orphan.target,
-                                     QStringLiteral("it was changed since it was copied"));
-            continue;
-        }
-        QString reason;
-        Base::FileStatus now;
-        if (!SyncManager::GetInstance()->SaveVersion(orphan.target, &reason))
-            m_state.notPruned.insert(orphan.target, reason);
-        else if (!cloud.Status(copy, now) || now != status)
-            m_state.notPruned.insert(orphan.target, QStringLiteral("it changed while it was kept"));
-        else if (const Base::FileResult removed = cloud.Remove(copy); !removed)
-            m_state.notPruned.insert(orphan.target, QString::fromStdString(removed.Text()));
-        else
-            m_state.pruned.append(orphan.target);
-    }
-    m_records.Forget(m_state.pruned);
 }
 
 } // namespace Halvern::Jobs

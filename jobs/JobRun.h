@@ -5,6 +5,7 @@
 #include "Boundary.h"
 #include "CopyIndex.h"
 #include "Decisions.h"
+#include "FileMaker.h"
 #include "JobControl.h"
 #include "JobDatabase.h"
 #include "JobFile.h"
@@ -25,7 +26,6 @@
 
 namespace Halvern::Jobs {
 
-class FileMaker;
 class Results;
 
 /// Drives one job from the selection to its records:
@@ -70,18 +70,17 @@ private:
     bool FindLinkedFiles(const QStringList& sources);
     void RequireWholePlan() const;
     bool IsStopped();
+    void ForgetForeseen();
     void FailToBegin(const Base::FileResult& why);
     void MakeFolders();
     bool MakeFiles(Results& results, Deed deed);
+    FileMaker::Made MakeFile(JobFile& file, Results& results, FileMaker::Turn turn);
     void RelinkAroundFailures();
     void NoteUnchanged();
     void Finish(Results& results, const Base::RootedFolder& cloud);
     Base::FileResult SecureCopies(const Base::RootedFolder& cloud);
-    std::filesystem::path BelowCloudFolder(const QString& path) const;
     void MoveSources(Results& results, const Base::RootedFolder& cloud, bool isRecorded);
     void RemoveSources(Results& results);
-    bool MayBePruned(const CopyRecord& orphan, const Base::FileStatus& status) const;
-    void Prune(const Base::RootedFolder& cloud);
 
     JobState m_state;
     std::shared_ptr<JobControl> m_control;

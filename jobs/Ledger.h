@@ -73,7 +73,8 @@ struct CopyRecord
     /// The files in the cloud folder that the copy's links lead to.
     QStringList linkedTargets;
     LinksState linksState = LinksState::Read;
-    /// Which plug-ins would read the file, as text to compare.
+    /// Which plug-ins would read the file, and when the folders changed in which they look for
+    /// others, as text to compare.
     QString readers;
     /// The links are still to be rewritten to targetLinks.
     bool isRewritePending = false;

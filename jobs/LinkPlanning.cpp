@@ -4,6 +4,7 @@
 
 #include "Paths.h"
 
+#include "base/FileAttributes.h"
 #include "syncplugin/FileLinkInfo.h"
 
 #include <QtCore/QDir>
@@ -51,7 +52,7 @@ Remark ObjectionTo(const QList<FileLink>& links)
     for (const FileLink& link : links) {
         if (link.Path.isEmpty())
             return Remark::LinkEmpty;
-        if (link.Path.size() > LongestLink)
+        if (IsLinkTooLong(link.Path))
             return Remark::LinkTooLong;
     }
     return Remark::None;
@@ -108,6 +109,11 @@ bool FailImpossibleLinks(JobState& job)
 }
 
 } // namespace
+
+bool IsLinkTooLong(const QString& text)
+{
+    return text.size() > LongestLink;
+}
 
 bool HasPlace(const JobFile& file)
 {
@@ -171,6 +177,8 @@ void PlanLinks(JobState& job)
         if (!IsOurs(file, job) || !(file.record->isRewritePending || HoldsOtherLinks(file)))
             continue;
         file.remark = ObjectionTo(file.rewrites);
+        if (file.remark == Remark::None && !Base::IsWritable(Native(file.target)))
+            file.remark = Remark::TargetReadOnly;
         file.isPending = file.remark != Remark::None;
         if (!file.isPending)
             file.deed = Deed::Relink;

@@ -6,6 +6,8 @@
 
 namespace Halvern::Jobs {
 
+/// A link record of the contract does not hold it.
+bool IsLinkTooLong(const QString& text);
 /// Whether a file that is linked will be at its target, so that links may lead there.
 bool HasPlace(const JobFile& file);
 /// Where the link of a copy will lead: empty when it stays as it is in the source.

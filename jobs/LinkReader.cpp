@@ -7,9 +7,14 @@
 #include "base/FileStatus.h"
 #include "base/KnownFolders.h"
 #include "base/NativePath.h"
+#include "syncplugin/ReferenceIds.h"
 #include "syncservices/SyncLibUtil.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QStringList>
+
+#include <string_view>
+#include <utility>
 
 namespace Halvern::Jobs {
 
@@ -39,6 +44,14 @@ QString Describe(const PluginDescription& plugin)
     return QStringLiteral("%1 %2 %3").arg(plugin.module).arg(library.size).arg(library.modified);
 }
 
+bool IsFoundByName(const SyncServices::FileLink& link)
+{
+    const auto begins = [&](std::string_view mark) {
+        return link.RefId.startsWith(QString::fromUtf8(mark.data(), qsizetype(mark.size())));
+    };
+    return begins(SyncPlugin::CompanionMark) || begins(SyncPlugin::SetMark);
+}
+
 } // namespace
 
 LinkReader::LinkReader(FileLink::FileLinkImporter& importer) : m_importer(importer)
@@ -61,6 +74,30 @@ QString LinkReader::ReadersOf(const QString& file)
             readers = Describe(plugin);
     m_byExtension.insert(extension, readers);
     return readers;
+}
+
+QString LinkReader::ReadersOf(const QString& file, const Links& links)
+{
+    QString readers = ReadersOf(file);
+    if (readers.isEmpty())
+        return readers;
+    QStringList folders{QFileInfo(file).path()};
+    for (const SyncServices::FileLink& link : links)
+        if (IsFoundByName(link))
+            folders.append(QFileInfo(ResolveLink(link.Path, file)).path());
+    folders.removeDuplicates();
+    for (const QString& folder : std::as_const(folders))
+        readers += u' ' + QString::number(TimeOfFolder(folder));
+    return readers;
+}
+
+/// When something was last added to it or taken away.
+qint64 LinkReader::TimeOfFolder(const QString& folder)
+{
+    const auto known = m_folderTimes.constFind(folder);
+    if (known != m_folderTimes.constEnd())
+        return *known;
+    return *m_folderTimes.insert(folder, Base::ReadFileStatus(Native(folder)).modified);
 }
 
 } // namespace Halvern::Jobs

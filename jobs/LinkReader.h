@@ -23,6 +23,10 @@ public:
     /// Names the plug-in that would read the file, and its version as the disk has it: another text
     /// means that another answer is to be expected. Empty when none reads such files.
     QString ReadersOf(const QString& file);
+    /// The same for a file with these links: another text also when there may be other files in its
+    /// folder or in that of a link which its plug-in follows by the names of files. A folder is
+    /// looked at once.
+    QString ReadersOf(const QString& file, const Links& links);
     /// The links as they stand in the file. False when its plug-in could not read it.
     bool Read(const QString& file, Links& links) { return m_importer.ReadFileLinks(file, links); }
     /// Writes links, each found by its reference id.
@@ -32,9 +36,12 @@ public:
     }
 
 private:
+    qint64 TimeOfFolder(const QString& folder);
+
     FileLink::FileLinkImporter& m_importer;
     QList<FileLink::PluginDescription> m_resolvers;
     QHash<QString, QString> m_byExtension;
+    QHash<QString, qint64> m_folderTimes;
 };
 
 } // namespace Halvern::Jobs

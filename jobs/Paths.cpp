@@ -132,10 +132,17 @@ QString WayFrom(const QString& holder, const QString& file)
 
 QString FreePath(const QString& path, const std::function<bool(const QString&)>& isTaken)
 {
+    int number = 2;
+    return FreePath(path, number, isTaken);
+}
+
+QString FreePath(const QString& path, int& number,
+                 const std::function<bool(const QString&)>& isTaken)
+{
     const QFileInfo info(path);
     const QString suffix = info.suffix().isEmpty() ? QString() : u'.' + info.suffix();
     const QString base = info.path() + u'/' + info.completeBaseName();
-    for (int number = 2;; ++number) {
+    for (;; ++number) {
         const QString candidate = base + QStringLiteral(" (%1)").arg(number) + suffix;
         if (!isTaken(candidate))
             return candidate;

@@ -44,5 +44,8 @@ QString ResolveLink(const QString& text, const QString& holder);
 QString WayFrom(const QString& holder, const QString& file);
 /// The first of "a (2).prt", "a (3).prt" ... beside `path`, "a.prt", that is not taken.
 QString FreePath(const QString& path, const std::function<bool(const QString&)>& isTaken);
+/// The same from a number on, which becomes that of the answer.
+QString FreePath(const QString& path, int& number,
+                 const std::function<bool(const QString&)>& isTaken);
 
 } // namespace Halvern::Jobs

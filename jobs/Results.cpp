@@ -60,7 +60,8 @@ bool FileResult::IsProblem() const
     case Outcome::Locked:
         return !problems.isEmpty() || remark == Remark::LinksNotRewritten ||
                remark == Remark::RewritePending || remark == Remark::LinksNotRead ||
-               remark == Remark::LinkEmpty || remark == Remark::LinkTooLong ||
+               remark == Remark::TargetReadOnly || remark == Remark::LinkEmpty ||
+               remark == Remark::LinkTooLong ||
                (sourceStays != SourceStays::No && outcome != Outcome::Locked);
     }
     return false;
@@ -156,11 +157,12 @@ QList<FileResult> Results::MakeAll()
 QList<FileResult> OrphanResults(const JobState& job)
 {
     QList<FileResult> results;
+    const QSet<QString> pruned(job.pruned.begin(), job.pruned.end());
     for (const auto& [orphan, isStillLinked] : job.orphans) {
         FileResult result;
         result.source = orphan.source;
         result.target = orphan.target;
-        result.outcome = job.pruned.contains(orphan.target) ? Outcome::Pruned : Outcome::Orphaned;
+        result.outcome = pruned.contains(orphan.target) ? Outcome::Pruned : Outcome::Orphaned;
         if (isStillLinked)
             result.remark = Remark::StillLinked;
         if (job.notPruned.contains(orphan.target)) {

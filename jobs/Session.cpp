@@ -8,6 +8,7 @@
 #include "Paths.h"
 #include "PluginIsolation.h"
 #include "QuietLog.h"
+#include "base/Directory.h"
 #include "base/KnownFolders.h"
 #include "base/NativePath.h"
 #include "filelink/FileLinkManager.h"
@@ -29,14 +30,20 @@ namespace {
 
 const QString InMemory = QStringLiteral(":memory:");
 
+QString WhyNoFolder(const QString& folder)
+{
+    return Base::ReadEntry(Native(folder)).kind == Base::EntryKind::Unknown
+               ? QStringLiteral("a plug-in folder that cannot be looked at: ")
+               : QStringLiteral("no such plug-in folder: ");
+}
+
 QStringList CheckedFolders(const QStringList& folders)
 {
     QStringList checked;
     for (const QString& given : folders) {
         const QString folder = AbsolutePath(given);
         if (!QFileInfo(folder).isDir())
-            throw JobError(JobErrorKind::PluginFolderMissing,
-                           QStringLiteral("no such plug-in folder: ") + given);
+            throw JobError(JobErrorKind::PluginFolderMissing, WhyNoFolder(folder) + given);
         checked.append(folder);
     }
     return checked;
@@ -110,9 +117,17 @@ void RequireWholeDatabase(const QString& file)
                 .arg(file, damage));
 }
 
+/// It is what a full disk or a crash leaves. What is not written into it yet stands beside it.
+bool IsEmptyDatabase(const QString& file)
+{
+    const QFileInfo info(file);
+    return info.isFile() && info.size() == 0 &&
+           QFileInfo(file + QStringLiteral("-wal")).size() <= 0;
+}
+
 ServicesSettings WithoutNewDatabase(ServicesSettings settings)
 {
-    if (QFileInfo::exists(settings.databaseFile))
+    if (QFileInfo::exists(settings.databaseFile) && !IsEmptyDatabase(settings.databaseFile))
         return settings;
     // Old versions may be there without the database.
     settings.baseStoreFolder = settings.BaseStoreFolder();
@@ -135,6 +150,7 @@ ServicesSettings ThrowawaySettings(const QString& folder)
 struct Session::State
 {
     SessionUse use;
+    QStringList warnings = {};
     QuietLog log = {};
     /// What is removed after the module has ended.
     std::unique_ptr<QTemporaryDir> temporary = {};
@@ -152,6 +168,10 @@ struct Session::State
         const QStringList folders = CheckedFolders(pluginFolders);
         if (use == SessionUse::PlanOnly)
             cleanup.emplace(settings.cloudCacheFolder);
+        if (IsEmptyDatabase(settings.databaseFile))
+            warnings.append(QStringLiteral("the sync database %1 is empty: it is begun anew, and "
+                                           "copies are known by their content")
+                                .arg(QDir::toNativeSeparators(settings.databaseFile)));
         module.emplace(use == SessionUse::PlanOnly ? WithoutNewDatabase(settings) : settings);
         module->RequireServices();
         if (QFileInfo::exists(settings.databaseFile))
@@ -186,7 +206,7 @@ std::unique_ptr<Session> Session::Temporary(const QStringList& pluginFolders,
                                             const PluginOptions& plugins)
 {
     std::unique_ptr<State> state(
-        new State{SessionUse::PlanOnly, {}, std::make_unique<QTemporaryDir>()});
+        new State{SessionUse::PlanOnly, {}, {}, std::make_unique<QTemporaryDir>()});
     if (!state->temporary->isValid())
         throw JobError(JobErrorKind::NoCloudFolder, state->temporary->errorString());
     state->Start(ThrowawaySettings(state->temporary->path()), pluginFolders, plugins);
@@ -198,6 +218,11 @@ Session::~Session() = default;
 SessionUse Session::Use() const
 {
     return m_state->use;
+}
+
+const QStringList& Session::Warnings() const
+{
+    return m_state->warnings;
 }
 
 QString Session::CloudFolder() const

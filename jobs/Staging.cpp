@@ -25,11 +25,18 @@ namespace {
 
 constexpr char Prefix[] = ".corsync-";
 constexpr char LockName[] = ".lock";
-/// Holds the way to the file that is being made ready outside of the folder.
+/// Holds the folders outside of this one in which files are made ready, each with a NUL after it.
 constexpr char BesideName[] = ".beside";
+/// Begins each of them: the cloud folder itself is one, too.
+constexpr QByteArrayView AtRoot = "./";
 constexpr std::size_t LongestName = 255;
 /// What 64 bits take in base 36.
 constexpr int NameLength = 13;
+
+QString PathString(const std::filesystem::path& path)
+{
+    return QStringView(Base::PathText(path)).toString();
+}
 
 bool IsStagingName(const QString& name)
 {
@@ -44,8 +51,7 @@ bool IsStagingName(const QString& name)
 
 std::unique_ptr<QLockFile> LockOf(const std::filesystem::path& folder)
 {
-    auto lock =
-        std::make_unique<QLockFile>(QStringView(Base::PathText(folder / LockName)).toString());
+    auto lock = std::make_unique<QLockFile>(PathString(folder / LockName));
     // Only the end of its process makes a lock stale, not its age.
     lock->setStaleLockTime(0);
     return lock;
@@ -123,34 +129,56 @@ std::filesystem::path Staging::PlaceFor(const QString& name) const
 
 std::filesystem::path Staging::PlaceBeside(const std::filesystem::path& target) const
 {
-    const QString name = QStringView(Base::PathText(target.filename())).toString();
-    const std::filesystem::path place =
-        target.parent_path() / Native(QString::fromStdString(Name()) + u'-' + name);
-    QFile note(QStringView(Base::PathText(Absolute(m_folder / BesideName))).toString());
-    const QByteArray way = QStringView(Base::PathText(place)).toUtf8();
+    const auto named = [&](const QString& name) {
+        return Native(QString::fromStdString(Name()) + u'-' + name);
+    };
+    std::filesystem::path own = named(PathString(target.filename()));
+    // Plug-ins go by the extension.
+    if (Base::PathToUtf8(own).size() > LongestName)
+        own = named(QStringLiteral("copy") + PathString(target.extension()));
     // What is not noted would be left behind by a kill.
-    if (!RemoveBeside(m_folder) || Base::PathToUtf8(place.filename()).size() > LongestName ||
-        !note.open(QFile::WriteOnly) || note.write(way) != way.size() || !note.flush())
-        return PlaceFor(name);
+    if (Base::PathToUtf8(own).size() > LongestName || !NoteFolder(target.parent_path()))
+        return {};
+    const std::filesystem::path place = target.parent_path() / own;
     static_cast<void>(m_cloud.Remove(place));
     return place;
 }
 
-/// Nothing but a file with this folder's name is taken for one of its own.
+bool Staging::NoteFolder(const std::filesystem::path& folder) const
+{
+    QFile note(PathString(Absolute(m_folder / BesideName)));
+    const QByteArray entry = AtRoot.toByteArray() + PathString(folder).toUtf8() + '\0';
+    if (!note.open(QFile::ReadWrite))
+        return false;
+    const QByteArray noted = note.readAll();
+    if (noted.startsWith(entry) || noted.contains('\0' + entry))
+        return true;
+    return note.write(entry) == entry.size() && note.flush();
+}
+
+/// Nothing but what has this folder's name, which was drawn by lot, before its own is taken for
+/// something that it has left.
 bool Staging::RemoveBeside(const std::filesystem::path& folder) const
 {
-    QFile note(QStringView(Base::PathText(Absolute(folder / BesideName))).toString());
+    QFile note(PathString(Absolute(folder / BesideName)));
     if (!note.exists())
         return true;
     if (!note.open(QFile::ReadOnly))
         return false;
-    const std::filesystem::path place = Native(QString::fromUtf8(note.readAll()));
-    Base::FileStatus status;
-    const bool isOwn =
-        Base::PathToUtf8(place.filename()).starts_with(Base::PathToUtf8(folder) + '-');
-    if (!isOwn || !m_cloud.Status(place, status) || !status.Exists())
-        return true;
-    return static_cast<bool>(m_cloud.Remove(place));
+    const std::string own = Base::PathToUtf8(folder) + '-';
+    bool isClear = true;
+    for (const QByteArray& noted : note.readAll().split('\0')) {
+        const std::filesystem::path place = Native(QString::fromUtf8(noted.mid(AtRoot.size())));
+        std::vector<std::filesystem::path> names;
+        Base::FileStatus status;
+        if (!noted.startsWith(AtRoot) || !m_cloud.Status(place, status) || !status.Exists())
+            continue;
+        isClear = m_cloud.List(place, names) && isClear;
+        for (const std::filesystem::path& name : names)
+            if (Base::PathToUtf8(name).starts_with(own))
+                isClear = static_cast<bool>(m_cloud.Remove(place / name)) && isClear;
+    }
+    return isClear;
 }
 
 std::filesystem::path Staging::Absolute(const std::filesystem::path& place) const
@@ -165,10 +193,9 @@ QString Staging::TextOf(const Base::FileResult& failure, const QString& target) 
     const QString name = QFileInfo(target).fileName();
     text.replace(QString::fromStdString(Name()) + u'-' + name, name);
     for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
-        text.replace(QStringView(Base::PathText(folder / Native(name))).toString(), shown);
+        text.replace(PathString(folder / Native(name)), shown);
     for (const std::filesystem::path& folder : {m_cloud.Path() / m_folder, m_folder})
-        text.replace(QStringView(Base::PathText(folder)).toString(),
-                     QDir::toNativeSeparators(QFileInfo(target).path()));
+        text.replace(PathString(folder), QDir::toNativeSeparators(QFileInfo(target).path()));
     return text;
 }
 
@@ -192,8 +219,8 @@ void Staging::RemoveLeftovers() const
         return;
     for (const std::filesystem::path& name : names) {
         Base::FileStatus status;
-        if (!IsStagingName(QStringView(Base::PathText(name)).toString()) ||
-            !m_cloud.Status(name, status) || status.kind != Base::FileKind::Folder)
+        if (!IsStagingName(PathString(name)) || !m_cloud.Status(name, status) ||
+            status.kind != Base::FileKind::Folder)
             continue;
         std::unique_ptr<QLockFile> lock = LockOf(Absolute(name));
         // Somebody's own folder of such a name has none.

@@ -29,7 +29,9 @@ public:
     /// The place for a file of this name, below the cloud folder. What stood there is removed.
     std::filesystem::path PlaceFor(const QString& name) const;
     /// The same beside a target below the cloud folder, whose folder exists: some formats store
-    /// paths that depend on where the file lies. One at a time.
+    /// paths that depend on where the file lies. What is left of it when the job ends goes, and
+    /// whatever a plug-in has put beside it under a name that begins with its own. Empty
+    /// when that cannot be noted for whoever cleans up.
     std::filesystem::path PlaceBeside(const std::filesystem::path& target) const;
     /// The text of a failure on a staged file, with what people know in place of the names of this
     /// folder and its file: the path that the file is for.
@@ -43,6 +45,7 @@ private:
     void RemoveLeftovers() const;
     bool Clear(const std::filesystem::path& folder) const;
     bool RemoveBeside(const std::filesystem::path& folder) const;
+    bool NoteFolder(const std::filesystem::path& folder) const;
 
     const Base::RootedFolder& m_cloud;
     std::filesystem::path m_folder;

@@ -3,8 +3,10 @@
 #include "Targets.h"
 
 #include "Paths.h"
+#include "RealPaths.h"
 
 #include "base/FileStatus.h"
+#include "base/LetterCase.h"
 #include "base/SamePath.h"
 #include "base/System.h"
 #include "base/Units.h"
@@ -22,22 +24,6 @@ constexpr qsizetype LongestWindowsPath = 32000;
 constexpr qsizetype LongestName = 255;
 constexpr qsizetype LongestPosixPath = 4095;
 
-QString WithOtherCase(QString name)
-{
-    for (QChar& character : name)
-        character = character.isUpper() ? character.toLower() : character.toUpper();
-    return name;
-}
-
-bool IgnoresCase(const QString& folder)
-{
-    if (Base::IgnoresLetterCase())
-        return true;
-    const QFileInfo info(folder);
-    const QString other = WithOtherCase(info.fileName());
-    return other != info.fileName() && IsSameFile(folder, info.path() + u'/' + other);
-}
-
 Remark ObjectionToLength(const QString& target)
 {
     if (Base::ThisSystem == Base::System::Windows)
@@ -50,11 +36,34 @@ Remark ObjectionToLength(const QString& target)
 
 } // namespace
 
-TargetKeys::TargetKeys(const QString& cloudFolder) : m_ignoresCase(IgnoresCase(cloudFolder)) {}
+TargetKeys::TargetKeys(const QString& cloudFolder) : m_cloudFolder(cloudFolder) {}
 
 QString TargetKeys::Of(const QString& target) const
 {
-    return m_ignoresCase ? FoldedKey(target) : target;
+    if (Base::IgnoresLetterCase())
+        return FoldedKey(target);
+    if (!target.startsWith(m_cloudFolder + u'/'))
+        return target;
+    const qsizetype slash = target.lastIndexOf(u'/');
+    const Folder folder = FolderAt(target.first(slash));
+    const QString name = target.mid(slash + 1);
+    return folder.key + u'/' + (folder.ignoresCase ? FoldedKey(name) : name);
+}
+
+/// A folder that does not exist yet will be as that around it.
+TargetKeys::Folder TargetKeys::FolderAt(const QString& path) const
+{
+    const auto known = m_folders.constFind(path);
+    if (known != m_folders.constEnd())
+        return *known;
+    Folder folder{path, false};
+    if (path.size() > m_cloudFolder.size()) {
+        folder.key = Of(path);
+        folder.ignoresCase = FolderAt(FolderAbove(path)).ignoresCase;
+    }
+    folder.ignoresCase = Base::FolderIgnoresLetterCase(Native(path)).value_or(folder.ignoresCase);
+    m_folders.insert(path, folder);
+    return folder;
 }
 
 void TargetOwners::Add(const JobFile& file)
@@ -105,11 +114,16 @@ Remark ObstacleOnTheWay(const QString& target, const QString& cloudFolder, QStri
     return Remark::None;
 }
 
-bool IsFileAt(const QString& target, const QString& cloudFolder)
+bool IsCutOff(const QString& target, const QString& cloudFolder)
 {
     QString detail;
+    return ObstacleOnTheWay(target, cloudFolder, detail) != Remark::None;
+}
+
+bool IsFileAt(const QString& target, const QString& cloudFolder)
+{
     return Base::ReadLinkStatus(Native(target)).kind == Base::FileKind::File &&
-           ObstacleOnTheWay(target, cloudFolder, detail) == Remark::None;
+           !IsCutOff(target, cloudFolder);
 }
 
 } // namespace Halvern::Jobs

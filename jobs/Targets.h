@@ -8,8 +8,8 @@
 
 namespace Halvern::Jobs {
 
-/// Tells paths in the cloud folder from each other as its disk does: whether letter case counts
-/// there is found out once, without writing anything.
+/// Tells paths in the cloud folder from each other as its disk does. Whether letter case counts may
+/// be another matter in each folder; it is found out once, without writing anything.
 class TargetKeys
 {
 public:
@@ -17,7 +17,15 @@ public:
     QString Of(const QString& target) const;
 
 private:
-    bool m_ignoresCase;
+    struct Folder
+    {
+        QString key;
+        bool ignoresCase = false;
+    };
+    Folder FolderAt(const QString& path) const;
+
+    const QString m_cloudFolder;
+    mutable QHash<QString, Folder> m_folders;
 };
 
 /// Who has which target.
@@ -42,6 +50,8 @@ Remark ObjectionToTarget(const QString& target, const QString& cloudFolder);
 /// Why none can be there, by what stands on the way: a file where a folder must be, or a symbolic
 /// link that leads elsewhere. `detail` names it.
 Remark ObstacleOnTheWay(const QString& target, const QString& cloudFolder, QString& detail);
+/// A folder on the way is none any more, or leads elsewhere.
+bool IsCutOff(const QString& target, const QString& cloudFolder);
 /// A file, and not only seen through symbolic links.
 bool IsFileAt(const QString& target, const QString& cloudFolder);
 

@@ -10,6 +10,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
+
 namespace Halvern::Jobs {
 
 namespace {
@@ -56,8 +58,9 @@ Standing ThreeWays::Of(JobFile& file) const
     if (QFileInfo(file.target).isSymbolicLink())
         return Standing::Foreign;
     if (!file.record)
-        return HasSameContent(file) || HoldsTheSource(file) ? Standing::SameContent
-                                                            : Standing::Foreign;
+        return HasSameContent(file) || HoldsTheSource(file) || HoldsLinksOnTheWay(file, false)
+                   ? Standing::SameContent
+                   : Standing::Foreign;
     const bool checksum = m_job.request.checksum;
     const bool sourceSame = IsSameAsRecorded(file.record->sourceStamp, file.record->recordedAt,
                                              file.source, checksum, nullptr);
@@ -69,7 +72,7 @@ Standing ThreeWays::Of(JobFile& file) const
         return Standing::SourceChanged;
     if (!sourceSame && HasSameContent(file))
         return Standing::SameContent;
-    if (HoldsTheSource(file))
+    if (HoldsTheSource(file) || HoldsLinksOnTheWay(file, sourceSame))
         return Standing::SameContent;
     return sourceSame ? Standing::CopyChanged : Standing::BothChanged;
 }
@@ -90,6 +93,73 @@ bool ThreeWays::HoldsTheSource(JobFile& file) const
     for (const JobLink& link : std::as_const(file.links))
         links.append(link.stored);
     Adopt(file, links, source, target, now);
+    return true;
+}
+
+/// Each link says what it says in the source, what it is to say, or what was recorded. `rewrites`
+/// would make the file of its source.
+bool ThreeWays::AreLinksOnTheWay(const JobFile& file, const LinkReader::Links& links,
+                                 LinkReader::Links& rewrites) const
+{
+    if (links.isEmpty() || links.size() != file.links.size())
+        return false;
+    for (qsizetype i = 0; i < links.size(); ++i) {
+        const QString& path = links.at(i).Path;
+        const SyncServices::FileLink& stored = file.links.at(i).stored;
+        const bool isRecorded = file.record && i < file.record->targetLinks.size() &&
+                                file.record->targetLinks.at(i).RefId == stored.RefId &&
+                                file.record->targetLinks.at(i).Path == path;
+        if (links.at(i).RefId != stored.RefId ||
+            !(isRecorded || path == stored.Path || path == file.wantedLinks.at(i).Path))
+            return false;
+        if (path == stored.Path)
+            continue;
+        rewrites.append(stored);
+        rewrites.last().Path = path;
+    }
+    return true;
+}
+
+/// A copy of the recorded source with the recorded links has the recorded size. To make one, and
+/// compare it with a copy of another size, would take long for nothing.
+bool ThreeWays::HasAnotherSize(const JobFile& file, const LinkReader::Links& links)
+{
+    const CopyRecord& record = *file.record;
+    return qint64(file.targetStatus.size) != record.targetStamp.bytes &&
+           std::equal(links.begin(), links.end(), record.targetLinks.begin(),
+                      record.targetLinks.end(),
+                      [](const SyncServices::FileLink& a, const SyncServices::FileLink& b) {
+                          return a.Path == b.Path;
+                      });
+}
+
+/// An import that was killed, or met a disk that fails, may have written links of the copy without
+/// recording it. Nothing else differs from the source then.
+bool ThreeWays::HoldsLinksOnTheWay(JobFile& file, bool isSourceRecorded) const
+{
+    const bool isRead = file.linksKnown && file.linksState == LinksState::Read;
+    if (!isRead || file.links.isEmpty() || IsOfAnotherProject(file.target))
+        return false;
+    const qint64 now = ClockNow();
+    LinkReader::Links links;
+    LinkReader::Links rewrites;
+    m_control.Mute(true);
+    const bool areRead = m_reader.Read(file.target, links);
+    m_control.Mute(false);
+    if (!areRead || !AreLinksOnTheWay(file, links, rewrites) || rewrites.isEmpty() ||
+        (isSourceRecorded && HasAnotherSize(file, links)))
+        return false;
+    const QTemporaryDir folder;
+    const QString made = folder.filePath(QFileInfo(file.target).fileName());
+    if (!folder.isValid() || !MakeCopy(file, rewrites, made))
+        return false;
+    const FileStamp target = StampOf(file.target, true);
+    if (!HoldTheSame(StampOf(made, true), target))
+        return false;
+    const std::optional<CopyRecord> former = file.record;
+    Adopt(file, links, StampOf(file.source, true), target, now);
+    if (former)
+        file.record->origin = former->origin;
     return true;
 }
 
@@ -118,7 +188,7 @@ bool ThreeWays::HasSameContent(JobFile& file) const
     const QTemporaryDir folder;
     const QString made =
         file.rewrites.isEmpty() ? file.source : folder.filePath(QFileInfo(file.target).fileName());
-    if (!file.rewrites.isEmpty() && (!folder.isValid() || !MakeCopy(file, made)))
+    if (!file.rewrites.isEmpty() && (!folder.isValid() || !MakeCopy(file, file.rewrites, made)))
         return false;
     const FileStamp copy = StampOf(made, true);
     const FileStamp target = StampOf(file.target, true);
@@ -138,12 +208,13 @@ bool ThreeWays::HasSameContent(JobFile& file) const
     return true;
 }
 
-bool ThreeWays::MakeCopy(const JobFile& file, const QString& copy) const
+bool ThreeWays::MakeCopy(const JobFile& file, const LinkReader::Links& rewrites,
+                         const QString& copy) const
 {
     if (!Base::CopyFileBytes(Native(file.source), Native(copy)))
         return false;
     m_control.Mute(true);
-    const bool written = m_reader.Write(copy, file.rewrites);
+    const bool written = m_reader.Write(copy, rewrites);
     m_control.Mute(false);
     // Some plug-ins say that they wrote, and did not.
     return written && !HoldTheSame(StampOf(copy, true), StampOf(file.source, true));

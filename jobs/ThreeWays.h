@@ -41,8 +41,13 @@ public:
 
 private:
     bool HasSameContent(JobFile& file) const;
-    bool MakeCopy(const JobFile& file, const QString& copy) const;
+    bool MakeCopy(const JobFile& file, const LinkReader::Links& rewrites,
+                  const QString& copy) const;
     bool HoldsTheSource(JobFile& file) const;
+    bool HoldsLinksOnTheWay(JobFile& file, bool isSourceRecorded) const;
+    static bool HasAnotherSize(const JobFile& file, const LinkReader::Links& links);
+    bool AreLinksOnTheWay(const JobFile& file, const LinkReader::Links& links,
+                          LinkReader::Links& rewrites) const;
     bool IsOfAnotherProject(const QString& target) const;
     void Adopt(JobFile& file, const QList<SyncServices::FileLink>& links, const FileStamp& source,
                const FileStamp& target, qint64 recordedAt) const;

@@ -2,7 +2,7 @@
 
 #include "pluginkit/EncodedText.h"
 
-#include "kit/CharacterSet.h"
+#include "base/CharacterSet.h"
 #include "pluginkit/FormatError.h"
 #include "pluginkit/Utf.h"
 
@@ -31,7 +31,7 @@ std::size_t Utf8Size(char32_t code)
 class Walk
 {
 public:
-    Walk(std::string_view bytes, const CharacterSet& set) : m_bytes(bytes), m_set(set) {}
+    Walk(std::string_view bytes, const Base::CharacterSet& set) : m_bytes(bytes), m_set(set) {}
 
     bool AtEnd() const { return m_place == m_bytes.size(); }
     std::size_t Place() const { return m_place; }
@@ -40,7 +40,7 @@ public:
     /// Takes the next one.
     char32_t Next()
     {
-        const Character character = m_set.Decode(m_bytes.substr(m_place));
+        const Base::Character character = m_set.Decode(m_bytes.substr(m_place));
         if (character.size == 0)
             throw FormatError("bytes that are no character in the text's encoding", m_place);
         m_place += character.size;
@@ -58,7 +58,7 @@ public:
 
 private:
     std::string_view m_bytes;
-    const CharacterSet& m_set;
+    const Base::CharacterSet& m_set;
     std::size_t m_place = 0;
     std::size_t m_position = 0;
 };
@@ -87,7 +87,7 @@ EncodedText::EncodedText(std::string bytes, std::string_view encoding, std::size
     requireRoom(IsUtf8Name(encoding) ? m_bytes.size() : 0);
     if (IsUtf8Name(encoding))
         return;
-    m_set = CharacterSetOf(encoding);
+    m_set = Base::CharacterSetOf(encoding);
     if (!m_set)
         throw FormatError("the encoding " + std::string(encoding.substr(0, 40)) + " is not read",
                           0);

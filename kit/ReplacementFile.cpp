@@ -4,6 +4,7 @@
 
 #include "kit/InputFileState.h"
 #include "pluginkit/FormatError.h"
+#include "pluginkit/Utf.h"
 
 #include <algorithm>
 #include <array>
@@ -23,13 +24,19 @@ using namespace std::chrono_literals;
 /// How long a program that reads the file has to finish.
 constexpr auto Patience = 2s;
 
-/// Short, whatever the file's own name: that one may already be as long as the system allows.
-std::string TemporaryName()
+/// Begins with the file's own name, which tells whoever finds it after a kill what it belongs to;
+/// not where that is nearly as long as the system allows.
+std::string TemporaryName(const std::filesystem::path& file)
 {
+    constexpr std::size_t longest = 255;
     std::random_device random;
-    std::array<char, 32> name{};
-    std::snprintf(name.data(), name.size(), ".relink-%08x%08x.tmp", random(), random());
-    return name.data();
+    std::array<char, 32> end{};
+    std::snprintf(end.data(), end.size(), ".relink-%08x%08x.tmp", random(), random());
+    std::string name = PathToUtf8(file.filename());
+    if (!name.starts_with('.'))
+        name.insert(0, 1, '.');
+    name += end.data();
+    return name.size() <= longest ? name : end.data();
 }
 
 } // namespace
@@ -62,7 +69,7 @@ void ReplacementFile::State::CreateTemporary()
 {
     constexpr int attempts = 100;
     for (int i = 0; i < attempts && handle == Platform::NoHandle; ++i) {
-        std::filesystem::path candidate = file.parent_path() / TemporaryName();
+        std::filesystem::path candidate = file.parent_path() / PathFromUtf8(TemporaryName(file));
         handle = Platform::CreateExclusively(candidate);
         if (handle != Platform::NoHandle)
             temporary = std::move(candidate);

@@ -62,6 +62,9 @@ struct Summary
     QList<FileLink::Problem> problems;
     /// Registration files of plug-ins that do not do what their authors mean.
     QList<RegistrationFault> registrationFaults;
+    /// What people should know though nothing went wrong in this job; sentences without a full
+    /// stop.
+    QStringList warnings;
     /// Why the sync database failed during this job; empty: it did not.
     QString databaseError;
     /// Conflicts and findings of the plan; with any, nothing was done.

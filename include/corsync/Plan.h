@@ -134,6 +134,9 @@ enum class Remark
     LinkSetAside,
     /// Orphaned: it is not pruned, because another copy links it.
     StillLinked,
+    /// Failed: the file that stands at the target is read-only. Or in place, with links that are to
+    /// be rewritten, and cannot be for that reason.
+    TargetReadOnly,
 };
 
 /// Why the source of a file stays that a move was to delete.

@@ -27,7 +27,8 @@ struct PluginStatus
     QString error;
 };
 
-/// A registration file that does not do what its author means.
+/// A registration file that does not do what its author means, or a folder that could not be
+/// searched for them.
 struct RegistrationFault
 {
     QString file;

@@ -34,6 +34,9 @@ public:
     Session& operator=(const Session&) = delete;
 
     SessionUse Use() const;
+    /// What was amiss when it was opened and did not keep it from being opened: sentences for
+    /// people, without a full stop.
+    const QStringList& Warnings() const;
     /// Absolute, with forward slashes.
     QString CloudFolder() const;
 

@@ -55,9 +55,9 @@ public:
     /// The registered plug-ins in registration order. Reads registration files when that has not
     /// happened yet, but loads no library.
     QList<PluginDescription> GetPlugins();
-    /// What the registration files say that does not do what their authors mean, in the order in
-    /// which they were read: problems of the kind Registration, about the file, naming the plug-in
-    /// where there is one. Reads registration files when that has not happened yet.
+    /// What is wrong with registration files, or with folders of them that cannot be looked into,
+    /// in their order: problems of the kind Registration, about the file, naming the plug-in where
+    /// there is one. Reads registration files when that has not happened yet.
     [[nodiscard]] QList<Problem> GetRegistrationProblems();
     /// The registration files with a complete declaration, of a plug-in that they register or that
     /// an earlier file registers already. Nothing came of the others: they cannot be read, or the

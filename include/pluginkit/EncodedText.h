@@ -10,9 +10,11 @@
 #include <string_view>
 #include <vector>
 
-namespace Halvern::PluginKit {
-
+namespace Halvern::Base {
 class CharacterSet;
+}
+
+namespace Halvern::PluginKit {
 
 /// A text of any encoding as UTF-8, changed in place in its own encoding: what stays keeps its
 /// bytes. Unicode in all its forms, what the system converts else, as long as letters of ASCII are
@@ -44,7 +46,7 @@ private:
     std::string m_bytes;
     /// Empty for UTF-8.
     std::string m_utf8;
-    std::unique_ptr<CharacterSet> m_set;
+    std::unique_ptr<Base::CharacterSet> m_set;
 };
 
 /// The encoding that the first bytes of a text show: "UTF-16LE", "UTF-16BE", "UTF-32LE",

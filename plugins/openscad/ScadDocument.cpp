@@ -13,6 +13,7 @@
 #include "pluginkit/LinkPaths.h"
 #include "syncplugin/ReferenceIds.h"
 
+#include <set>
 #include <unordered_set>
 
 namespace Halvern::Formats::OpenScad {
@@ -22,11 +23,11 @@ namespace {
 /// How far up a folder may be from which an included file is used.
 constexpr int MaxLevels = 8;
 
-/// True when a name that leads nowhere from `folder` does so from a folder above it: then the file
-/// is meant to be included from there, and whoever includes it brings the import along.
-bool IsMeantForIncluder(const std::string& name, std::filesystem::path folder)
+/// True when a name leads to a file from a folder above this one, too: then the text that it stands
+/// in may be included from there.
+bool LeadsSomewhereFromAbove(const std::string& name, std::filesystem::path folder)
 {
-    if (IsAbsolutePath(PathFromUtf8(name)) || NamesExistingFile(name, folder))
+    if (IsAbsolutePath(PathFromUtf8(name)))
         return false;
     for (int i = 0; i < MaxLevels && folder.has_relative_path(); ++i) {
         folder = folder.parent_path();
@@ -34,6 +35,20 @@ bool IsMeantForIncluder(const std::string& name, std::filesystem::path folder)
             return true;
     }
     return false;
+}
+
+/// Whoever includes the file brings the import along.
+bool IsMeantForIncluder(const std::string& name, const std::filesystem::path& folder)
+{
+    return !NamesExistingFile(name, folder) && LeadsSomewhereFromAbove(name, folder);
+}
+
+/// The model itself opens one file there, and a model above that includes it another one: the name
+/// is right for both as long as nobody changes it.
+bool HasToStay(const Reference& reference, const std::string& name,
+               const std::filesystem::path& folder)
+{
+    return reference.kind == ReferenceKind::Import && LeadsSomewhereFromAbove(name, folder);
 }
 
 } // namespace
@@ -63,10 +78,16 @@ bool ScadDocument::IsLink(const Reference& reference, const std::string& path) c
 std::vector<DocumentLink> ScadDocument::Links() const
 {
     std::vector<DocumentLink> links;
+    std::set<std::string> companions;
     for (const Reference& reference : m_references) {
         std::string path = PathOf(reference, Folder());
-        if (IsLink(reference, path))
+        if (!IsLink(reference, path))
+            continue;
+        std::string id = SyncPlugin::CompanionId(path);
+        if (!HasToStay(reference, path, Folder()) || id.size() > MaxLinkUnits)
             links.push_back({reference.id, std::move(path)});
+        else if (companions.insert(path).second)
+            links.push_back({std::move(id), std::move(path)});
     }
     AddIncludedImports(links);
     return links;

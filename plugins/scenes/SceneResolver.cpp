@@ -25,25 +25,11 @@ ReferenceList RefuseText(std::string_view)
     throw FormatError("the document is not XML", 0);
 }
 
-/// A compressed file of another kind.
-class NoScene : public Document
-{
-public:
-    std::vector<DocumentLink> Links() const override { return {}; }
-    void Rewrite(const NewPaths&) override {}
-};
-
 std::string LowerCase(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     return text;
-}
-
-bool IsCompressedScene(const std::filesystem::path& file)
-{
-    const std::string inner = LowerCase(PathToUtf8(file.stem().extension()));
-    return inner == ".wrl" || inner == ".x3d" || inner == ".x3dv";
 }
 
 std::unique_ptr<Document> Open(const std::filesystem::path& file)
@@ -53,8 +39,6 @@ std::unique_ptr<Document> Open(const std::filesystem::path& file)
         return std::make_unique<SceneDocument>(file, FindColladaReferences, RefuseText);
     if (extension == ".mtlx")
         return std::make_unique<SceneDocument>(file, FindMaterialXReferences, RefuseText);
-    if (extension == ".gz" && !IsCompressedScene(file))
-        return std::make_unique<NoScene>();
     return std::make_unique<SceneDocument>(file, FindX3dReferences, FindVrmlReferences);
 }
 

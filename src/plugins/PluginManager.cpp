@@ -2,8 +2,13 @@
 
 #include "plugins/PluginManager.h"
 
+#include "plugins/RegistrationCheck.h"
 #include "support/Logging.h"
 #include "support/PathUtilities.h"
+
+#include "base/Directory.h"
+#include "base/NativePath.h"
+#include "base/Units.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -19,6 +24,20 @@ void AddFolder(QStringList& folders, const QString& folder)
     const QString path = QDir::cleanPath(folder);
     if (!folders.contains(path, Qt::CaseInsensitive))
         folders.append(path);
+}
+
+/// A success also when nothing is there.
+Base::FileResult TryToSee(const QString& folder)
+{
+    return Base::ReadEntry(Base::NativePath(Base::Units(folder))).reason;
+}
+
+Base::FileResult TryToList(const QString& folder)
+{
+    // Through symbolic links.
+    const QString path = QFileInfo(folder).canonicalFilePath();
+    return Base::VisitEntries(Base::NativePath(Base::Units(path)),
+                              [](Base::FolderEntry&&) { return false; });
 }
 
 } // namespace
@@ -61,7 +80,7 @@ int PluginManager::RegisterPlugins()
     FILELINK_LOG(LogLevel::Info, QStringLiteral("Searching for plugin registration files in %1")
                                      .arg(m_registrationFolders.join(u';')));
     for (const QString& folder : std::as_const(m_registrationFolders)) {
-        if (!QFileInfo(folder).isDir())
+        if (!MayBeSearched(folder))
             continue;
         const QStringList files =
             ListFilesRecursive(folder, QStringLiteral("*.syncplugin"), QDir::Files, false);
@@ -78,6 +97,19 @@ int PluginManager::RegisterPlugins()
     }
     m_registered = true;
     return int(m_plugins.size());
+}
+
+/// A folder that is not there is none to search. One that cannot be looked at may hold plug-ins.
+bool PluginManager::MayBeSearched(const QString& folder)
+{
+    const bool isFolder = QFileInfo(folder).isDir();
+    const Base::FileResult result = isFolder ? TryToList(folder) : TryToSee(folder);
+    if (!result)
+        m_registrationProblems.append(MakeRegistrationProblem(
+            folder, {},
+            QStringLiteral("The folder cannot be searched for registration files: %1")
+                .arg(QString::fromStdString(result.Text()))));
+    return isFolder && result;
 }
 
 void PluginManager::EnsureRegistered()

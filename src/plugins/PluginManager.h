@@ -58,7 +58,8 @@ public:
     /// The plug-in with the file name of `module`, or null.
     Plugin* FindPluginByModule(const QString& module) const;
     const QList<Plugin*>& Plugins() const { return m_plugins; }
-    /// What the files that were read say without meaning it; nothing of it is logged.
+    /// What the files that were read say without meaning it, and folders that could not be looked
+    /// into; nothing of it is logged.
     const QList<Problem>& RegistrationProblems() const { return m_registrationProblems; }
     /// The files with a complete declaration, be it of a plug-in that was registered already.
     const QStringList& CompleteRegistrationFiles() const { return m_completeFiles; }
@@ -85,6 +86,7 @@ public:
 
 private:
     void AddDefaultFolders();
+    bool MayBeSearched(const QString& folder);
     bool RegisterDeclarations(XmlFiler& filer);
     bool RegisterDeclaration(XmlFiler& filer);
     void NoteSecondRegistration(const Plugin::Registration& known, XmlFiler filer);

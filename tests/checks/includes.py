@@ -42,8 +42,9 @@ class Room:
 
 MODULE = ("include/filelink", "include/syncplugin", "include/syncservices", "base")
 PLUGIN = ("include/syncplugin", "include/pluginkit", "base")
-PLUGINS = {"blender": (), "freecad": (), "gltf": ("RapidJSON",), "kicad": ("RapidJSON",), "layout": (), "meshes": (),
-           "openscad": (), "scenes": (), "solvespace": (), "step": (), "svg": (), "wavefront": ()}
+PLUGINS = {"blender": (), "dxf": (), "freecad": (), "gltf": ("RapidJSON",), "kicad": ("RapidJSON",), "layout": (),
+           "meshes": (), "openscad": (), "scenes": (), "scribus": (), "solvespace": (), "step": (), "svg": (),
+           "wavefront": ()}
 ALL = {"knows": ("*",), "libraries": ("*",), "asks_for_the_system": ("*",), "with_folders_below": True,
        "knows_the_system": True}
 

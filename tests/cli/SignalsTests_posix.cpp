@@ -118,6 +118,8 @@ TEST_F(SignalledCommand, IsCancelledInTheMiddleOfALargeFile)
         messages.clear();
         Start(HugeImport(), "of 4.4 TB");
         Send(signal);
+        if (signal != SIGINT) // a terminal that closes sends it twice
+            Send(signal);
         EXPECT_EQ(Wait(), 20) << messages.toStdString();
         EXPECT_EQ(messages.count(Line), signal == SIGINT ? 1 : 0);
         EXPECT_TRUE(messages.contains("corsync: Cancelling after the current step"));

@@ -127,11 +127,13 @@ TEST_F(ExecutionOfAPlan, TellsFilesThatAreNotCopied)
 TEST_F(ExecutionOfAPlan, FailsWithReasonsAsDataWhereThePlanCouldNotKnow)
 {
     tree.File(u"work/a.tlk"_s, "new").File(u"work/b.tlk"_s, "b").File(u"cloud/a.tlk"_s, "old");
-    QFile::setPermissions(tree.Path(u"cloud/a.tlk"_s), QFile::ReadOwner | QFile::ReadUser);
     Begin();
     ImportRequest request = Request({u"a.tlk"_s, u"b.tlk"_s});
     request.selectedCollisions = CollisionPolicy::Replace;
-    const JobResult result = Import(request);
+    ImportJob job(*session, request);
+    ASSERT_TRUE(job.MakePlan().conflicts.isEmpty());
+    QFile::setPermissions(tree.Path(u"cloud/a.tlk"_s), QFile::ReadOwner | QFile::ReadUser);
+    const JobResult result = job.Execute();
     ASSERT_EQ(result.files.size(), 2);
     EXPECT_EQ(result.files[0].outcome, Outcome::Failed);
     ASSERT_EQ(result.files[0].problems.size(), 1);

@@ -5,6 +5,7 @@
 #include "FileTree.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QSet>
 
 #include <gtest/gtest.h>
 
@@ -38,4 +39,20 @@ TEST(JobPaths, AFreeNameCountsUpFromTwoBeforeTheLastSuffix)
     EXPECT_EQ(FreePath(u"/t/%1.prt"_s, none), u"/t/%1 (2).prt"_s);
     const auto two = [](const QString& path) { return path == u"/t/a (2).prt"_s; };
     EXPECT_EQ(FreePath(u"/t/a.prt"_s, two), u"/t/a (3).prt"_s);
+}
+
+TEST(JobPaths, AFreeNameIsLookedForFromTheNumberThatTheLastOneGot)
+{
+    QSet<QString> taken{u"/t/a.prt"_s};
+    int number = 2;
+    int looks = 0;
+    for (int i = 2; i < 1000; ++i) {
+        const QString path = FreePath(u"/t/a.prt"_s, number, [&](const QString& candidate) {
+            ++looks;
+            return taken.contains(candidate);
+        });
+        EXPECT_EQ(path, u"/t/a (%1).prt"_s.arg(i));
+        taken.insert(path);
+    }
+    EXPECT_LT(looks, 2000);
 }

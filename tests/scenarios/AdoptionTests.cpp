@@ -4,6 +4,8 @@
 
 #include "ScenarioFixture.h"
 
+#include <QtCore/QFile>
+
 namespace Halvern::Test {
 
 namespace {
@@ -114,6 +116,56 @@ TEST_F(Adoption, IsNotOfACopyThatAnotherProjectHasBrought)
     tree.File(u"work/lib/part.bin"_s, "another part");
     Report({u"other/x.svg"_s, u"--to"_s, u"Demo/sub"_s});
     EXPECT_EQ(Stamp(u"cloud/Demo/sub/x.svg"_s), before);
+}
+
+TEST_F(Adoption, IsWhatAnEmptyDatabaseLeadsToAndIsSaid)
+{
+    tree.Remove(TopCopy);
+    ASSERT_EQ(Bring().exitCode, 0);
+    for (const QString& file : {u"sync.db"_s, u"sync.db-wal"_s, u"sync.db-shm"_s})
+        QFile::remove(tree.Path(file));
+    tree.File(u"sync.db"_s, "");
+    const auto before = Stamps(u"cloud"_s);
+    for (const QStringList& dry : {QStringList{u"--dry-run"_s}, QStringList()}) {
+        const ImportReport report = Bring(dry);
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.Statuses(), QStringList(2, u"unchanged"_s));
+        EXPECT_TRUE(report.result.err.contains(u"sync.db is empty: it is begun anew"_s))
+            << ::testing::PrintToString(report);
+        ASSERT_EQ(report.others.size(), 1);
+        EXPECT_EQ(report.others.first()[u"event"_s].toString(), u"warning"_s);
+        EXPECT_EQ(tree.Read(u"sync.db"_s).isEmpty(), !dry.isEmpty());
+    }
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+    EXPECT_FALSE(Bring().result.err.contains(u"is empty"_s));
+}
+
+TEST_F(Adoption, OfACopyWhoseLinksAnImportHasLeftHalfWrittenRewritesTheRest)
+{
+    tree.Remove(TopCopy).File(u"work/lib/second.bin"_s, "second");
+    Design(TopSource, {u"../lib/part.bin"_s, u"../lib/second.bin"_s});
+    const QByteArray half = DesignFile(u"a.svg"_s, {u"lib/part.bin"_s, u"../lib/second.bin"_s});
+    const QByteArray whole = DesignFile(u"a.svg"_s, {u"lib/part.bin"_s, u"lib/second.bin"_s});
+    // Not recorded yet, and recorded as it was before.
+    for (const bool isRecorded : {false, true}) {
+        if (isRecorded)
+            Save(TopCopy, half);
+        else
+            tree.File(TopCopy, half);
+        const ImportReport report = Bring();
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.StatusOf(TopSource), u"updated"_s) << ::testing::PrintToString(report);
+        EXPECT_EQ(tree.Read(TopCopy), whole);
+        EXPECT_TRUE(BaseStoreHolds(half));
+    }
+    // What leads elsewhere, or differs in anything else, is its owner's.
+    for (const QByteArray& mine :
+         {DesignFile(u"a.svg"_s, {u"lib/part.bin"_s, u"mine.bin"_s}),
+          DesignFile(u"a.svg"_s, {u"lib/part.bin"_s, u"../lib/second.bin"_s}, "mine")}) {
+        Save(TopCopy, mine);
+        EXPECT_EQ(Bring().StatusOf(TopSource), u"left"_s);
+        EXPECT_EQ(tree.Read(TopCopy), mine);
+    }
 }
 
 } // namespace Halvern::Test

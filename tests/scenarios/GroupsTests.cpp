@@ -31,6 +31,10 @@ protected:
     QByteArray Copy(const QString& name) const { return tree.Read(u"cloud/"_s + name); }
 };
 
+/// Laid out as the registered layout wants it.
+class BoardGroups : public ScenarioFixture
+{};
+
 const QStringList Rename{u"--collisions"_s, u"rename"_s};
 
 } // namespace
@@ -99,6 +103,41 @@ TEST_F(Groups, AreReadAgainByAnyMemberWhereTheOthersAreNotBesideTheCopy)
     EXPECT_NE(way, u"../models/R.wrl"_s) << "the link has to be rewritten";
     EXPECT_TRUE(Copy(u"Demo/deep/b.kicad_pcb"_s).contains("\"" + way.toUtf8() + "\""))
         << Copy(u"Demo/deep/b.kicad_pcb"_s).toStdString();
+}
+
+TEST_F(BoardGroups, WithTheGivenFileThatWereRenamedAreUnchangedAfterwards)
+{
+    tree.File(u"work/board/b.kicad_pcb"_s, "(kicad_pcb (version 20221018) (generator pcbnew))")
+        .File(u"work/board/b.kicad_sch"_s, "(kicad_sch (version 20230121) (generator eeschema))")
+        .File(u"work/board/b.kicad_pro"_s, R"({"meta":{"filename":"b.kicad_pro","version":1}})")
+        .File(u"cloud/One/b.kicad_pcb"_s, "foreign")
+        .File(u"cloud/Two/b.kicad_pro"_s, "foreign")
+        .File(u"cloud/Three/board/b.kicad_sch"_s, "foreign");
+    const auto bring = [&](const QString& source, const QString& to) {
+        return Report(QStringList{source, u"--to"_s, to} + Rename);
+    };
+    const QList<QStringList> imports{{u"board/b.kicad_pro"_s, u"One"_s},
+                                     {u"board/b.kicad_pro"_s, u"Two"_s},
+                                     {u"board"_s, u"Three"_s}};
+    for (const QStringList& import : imports) {
+        const ImportReport first = bring(import.first(), import.last());
+        EXPECT_EQ(first.exitCode, 0) << ::testing::PrintToString(first);
+        EXPECT_TRUE(first.Statuses().contains(u"renamed"_s)) << ::testing::PrintToString(first);
+        const auto before = Stamps(u"cloud"_s);
+        const ImportReport second = bring(import.first(), import.last());
+        EXPECT_EQ(second.exitCode, 0) << ::testing::PrintToString(second);
+        EXPECT_EQ(second.Statuses(), QStringList(3, u"unchanged"_s))
+            << ::testing::PrintToString(second);
+        EXPECT_EQ(Stamps(u"cloud"_s), before);
+    }
+    // What comes to them later goes where they are.
+    tree.File(u"work/board/b.kicad_dru"_s, "(version 1)");
+    Save(u"work/board/b.kicad_sch"_s, "(kicad_sch (version 20230121) (generator eeschema) (a))");
+    const ImportReport report = bring(u"board/b.kicad_pro"_s, u"One"_s);
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.Of(u"work/board/b.kicad_dru"_s).target, u"cloud/One/b (2)/b.kicad_dru"_s);
+    EXPECT_EQ(report.StatusOf(u"work/board/b.kicad_sch"_s), u"updated"_s);
+    EXPECT_FALSE(tree.Exists(u"cloud/One/b (3)"_s));
 }
 
 } // namespace Halvern::Test

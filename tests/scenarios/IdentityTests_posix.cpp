@@ -183,4 +183,17 @@ TEST_F(NearlyEqualNames, TwoNamesOfOneFileAreBothThere)
     EXPECT_EQ(tree.Read(u"cloud/proj/b.bin"_s), "one file");
 }
 
+TEST_F(NearlyEqualNames, CountAsTheCloudFolderHasThemWhateverLeadsThere)
+{
+    // Names of one folder, and of one file in it, that differ in letter case: nothing is ignored.
+    tree.Folder(u"cloud"_s).File(u"cloud/note"_s, "note");
+    std::filesystem::create_symlink("cloud", tree.Path(u"CLOUD"_s).toStdString());
+    std::filesystem::create_hard_link(tree.Path(u"cloud/note"_s).toStdString(),
+                                      tree.Path(u"cloud/NOTE"_s).toStdString());
+    tree.File(u"work/proj/part.stl"_s, "small").File(u"work/proj/PART.STL"_s, "large");
+    EXPECT_EQ(Report({u"proj"_s}).exitCode, 0);
+    EXPECT_EQ(tree.Read(u"cloud/proj/part.stl"_s), "small");
+    EXPECT_EQ(tree.Read(u"cloud/proj/PART.STL"_s), "large");
+}
+
 } // namespace Halvern::Test

@@ -2,28 +2,15 @@
 
 // Which sources a move leaves, and that each line says why.
 
-#include "ScenarioFixture.h"
+#include "MoveFixture.h"
 
 namespace Halvern::Test {
 
 namespace {
 
-/// work/proj/top.tlk links sub.tlk, which links leaf.txt; work/proj/free.txt stands alone.
-class MoveReasons : public ScenarioFixture
+class MoveReasons : public MoveFixture
 {
 protected:
-    MoveReasons()
-    {
-        tree.File(u"work/proj/top.tlk"_s, "link 1 sub.tlk\n")
-            .File(u"work/proj/sub.tlk"_s, "link 1 leaf.txt\n")
-            .File(u"work/proj/leaf.txt"_s, "leaf")
-            .File(u"work/proj/free.txt"_s, "free");
-    }
-    ImportReport MoveProject(const QStringList& options = {}) const
-    {
-        return Report(QStringList{u"proj"_s, u"--move"_s} + options);
-    }
-    QStringList Left() const { return tree.Contents(u"work/proj"_s).keys(); }
     static QString Why(const ImportReport& report, const QString& name)
     {
         const ReportedFile file = report.Of(u"work/proj/"_s + name);

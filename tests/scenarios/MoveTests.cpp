@@ -2,7 +2,7 @@
 
 // A moved source is deleted last, and only when its copy and everything that it links are in order.
 
-#include "ScenarioFixture.h"
+#include "MoveFixture.h"
 
 #include <QtCore/QElapsedTimer>
 
@@ -10,28 +10,7 @@
 
 namespace Halvern::Test {
 
-namespace {
-
-/// work/proj/top.tlk links sub.tlk, which links leaf.txt; work/proj/free.txt stands alone.
-class Move : public ScenarioFixture
-{
-protected:
-    Move()
-    {
-        tree.File(u"work/proj/top.tlk"_s, "link 1 sub.tlk\n")
-            .File(u"work/proj/sub.tlk"_s, "link 1 leaf.txt\n")
-            .File(u"work/proj/leaf.txt"_s, "leaf")
-            .File(u"work/proj/free.txt"_s, "free");
-    }
-    ImportReport MoveProject(const QStringList& options = {}) const
-    {
-        return Report(QStringList{u"proj"_s, u"--move"_s} + options);
-    }
-    /// What is left of the sources.
-    QStringList Left() const { return tree.Contents(u"work/proj"_s).keys(); }
-};
-
-} // namespace
+using Move = MoveFixture;
 
 TEST_F(Move, DeletesEverySourceWhenAllIsInOrder)
 {

@@ -247,4 +247,24 @@ TEST_F(LinkedNoMore, StayWhileTheFileThatLinkedThemCouldNotBeMadeAnew)
     EXPECT_EQ(Bring({u"--prune"_s}).StatusOf(Part), u"pruned"_s);
 }
 
+TEST_F(LinkedNoMore, AreForetoldAsPrunedByADryRun)
+{
+    Design(u"work/second/two.gltf"_s, {u"../lib/part.bin"_s}, "two");
+    ASSERT_EQ(Report({u"second"_s, u"--to"_s, u"Two"_s}).exitCode, 0);
+    tree.File(u"work/proj/edited.txt"_s, "first").File(u"work/proj/gone.txt"_s, "gone");
+    ASSERT_EQ(Bring().exitCode, 0);
+    Unlink();
+    tree.Remove(u"work/proj/edited.txt"_s).Remove(u"work/proj/gone.txt"_s);
+    Save(u"cloud/Demo/proj/edited.txt"_s, "mine");
+    const auto before = Stamps(u"cloud"_s);
+    const ImportReport planned = Bring({u"--prune"_s, u"--dry-run"_s});
+    EXPECT_EQ(planned.StatusOf(Sub), u"pruned"_s) << ::testing::PrintToString(planned);
+    EXPECT_EQ(planned.StatusOf(u"work/proj/gone.txt"_s), u"pruned"_s);
+    EXPECT_EQ(planned.StatusOf(u"work/proj/edited.txt"_s), u"orphaned"_s);
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+    const ImportReport report = Bring({u"--prune"_s});
+    EXPECT_EQ(report.Lines(), planned.Lines());
+    EXPECT_EQ(report.exitCode, planned.exitCode);
+}
+
 } // namespace Halvern::Test

@@ -199,4 +199,15 @@ TEST_F(PerTarget, SelfContainedLaterBringsWhatWasUsedFromAnotherProject)
     EXPECT_EQ(Linked(u"cloud/Two/top.gltf"_s), "part");
 }
 
+TEST_F(PerTarget, ACopyTooFarAwayForALinkIsNotShared)
+{
+    const QString deep = u"a-rather-long-name-of-a-folder-for-the-first-project/"_s.repeated(5);
+    ASSERT_EQ(Bring(u"one"_s, deep + u"One"_s).exitCode, 0);
+    const ImportReport report = Bring(u"two"_s, u"Two"_s);
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_EQ(PathBehind(u"cloud/Two/top.gltf"_s), tree.Path(u"cloud/Two/lib/part.bin"_s));
+    EXPECT_EQ(Linked(u"cloud/Two/top.gltf"_s), "part");
+    EXPECT_EQ(Bring(u"two"_s, u"Two"_s).Statuses(), QStringList(2, u"unchanged"_s));
+}
+
 } // namespace Halvern::Test

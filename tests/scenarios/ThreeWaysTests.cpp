@@ -323,4 +323,67 @@ TEST_F(GoneSources, ACopyOfALinkedFileThatNothingLinksAnyMoreIsListed)
     EXPECT_EQ(tree.Read(u"cloud/Demo/lib/p.bin"_s), "p");
 }
 
+TEST_F(ThreeWays, AReadOnlyCopyIsNotUpdatedAndThePlanSaysSo)
+{
+    EditSource();
+    Save(u"work/lib/part.bin"_s, "second part");
+    const QString copy = tree.Path(TopCopy);
+    ASSERT_TRUE(QFile::setPermissions(copy, QFile::ReadOwner));
+    const FileStamp before = Stamp(TopCopy);
+    const ImportReport planned = Bring({u"--dry-run"_s});
+    for (const QStringList& options : {QStringList(), QStringList{u"--force"_s}}) {
+        const ImportReport report = Bring(options);
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.Of(TopSource).remark, u"target-read-only"_s);
+        EXPECT_EQ(report.StatusOf(u"work/lib/part.bin"_s), u"updated"_s);
+        EXPECT_EQ(Stamp(TopCopy), before);
+        if (options.isEmpty()) {
+            EXPECT_EQ(report.Lines(), planned.Lines());
+        }
+    }
+    ASSERT_TRUE(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner));
+    EXPECT_EQ(Bring().exitCode, 0);
+    EXPECT_EQ(tree.Read(TopCopy), Second);
+}
+
+TEST_F(ThreeWays, AReadOnlyFileInTheWayIsNotReplacedAndThePlanSaysSo)
+{
+    tree.File(u"work/proj/a.txt"_s, "a").File(u"cloud/Demo/a.txt"_s, "foreign");
+    const QString foreign = tree.Path(u"cloud/Demo/a.txt"_s);
+    ASSERT_TRUE(QFile::setPermissions(foreign, QFile::ReadOwner));
+    for (const QStringList& dry : {QStringList{u"--dry-run"_s}, QStringList()}) {
+        const ImportReport report = Report(
+            QStringList{u"proj/a.txt"_s, u"--to"_s, u"Demo"_s, u"--collisions"_s, u"replace"_s} +
+            dry);
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.Of(u"work/proj/a.txt"_s).remark, u"target-read-only"_s);
+    }
+    EXPECT_EQ(tree.Read(u"cloud/Demo/a.txt"_s), "foreign");
+    QFile::setPermissions(foreign, QFile::ReadOwner | QFile::WriteOwner);
+}
+
+TEST_F(ThreeWays, TheLinksOfAReadOnlyCopyStayAndEveryRunSaysSo)
+{
+    // Its part gets another place.
+    const QString copy = tree.Path(TopCopy);
+    ASSERT_TRUE(QFile::setPermissions(copy, QFile::ReadOwner));
+    Save(u"work/lib/part.bin"_s, "second part");
+    Save(u"cloud/Demo/lib/part.bin"_s, "my part");
+    const QStringList options{u"--on-conflict"_s, u"rename"_s};
+    const ImportReport planned = Bring(options + QStringList{u"--dry-run"_s});
+    for (int run = 0; run < 2; ++run) {
+        const ImportReport report = Bring(options);
+        EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.Of(TopSource).remark, u"target-read-only"_s);
+        EXPECT_EQ(tree.Read(TopCopy), imported);
+        if (run == 0) {
+            EXPECT_EQ(report.Lines(), planned.Lines());
+        }
+    }
+    ASSERT_TRUE(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner));
+    EXPECT_EQ(Bring(options).exitCode, 0);
+    EXPECT_TRUE(LinksOf(TopCopy).value(0).contains(u"(2)"_s))
+        << LinksOf(TopCopy).value(0).toStdString();
+}
+
 } // namespace Halvern::Test

@@ -164,4 +164,22 @@ TEST_F(TwoAtOnce, ProcessesThatMoveTheSameFilesLoseNoneAndCallNoneAnOrphan)
         EXPECT_EQ(tree.Read(u"cloud/proj/many/%1.tlk"_s.arg(i)), "link 1 ../top.tlk\n");
 }
 
+TEST_F(TwoAtOnce, NoLineOfAMoveSaysOfASourceThatIsGoneThatItStays)
+{
+    tree.File(u"work/proj/c.tlk"_s, "link 1 a.txt\n");
+    ASSERT_EQ(Other().exitCode, 0);
+    Save(u"work/proj/a.txt"_s, "a second");
+    request.move = true;
+    const JobResult result = Execute([&] { ASSERT_EQ(Other({u"--move"_s}).exitCode, 0); });
+    for (const FileResult& file : result.files) {
+        EXPECT_EQ(file.sourceStays, SourceStays::No) << file.source.toStdString();
+        const bool isUpdated = file.source.endsWith(u"a.txt"_s);
+        EXPECT_EQ(file.outcome, isUpdated ? Outcome::Failed : Outcome::Unchanged);
+        if (isUpdated) {
+            EXPECT_EQ(file.remark, Jobs::Remark::Vanished);
+        }
+    }
+    EXPECT_EQ(tree.Read(u"cloud/proj/a.txt"_s), "a second");
+}
+
 } // namespace Halvern::Test

@@ -196,4 +196,31 @@ TEST_F(Unreadable, WhatLiesInAFolderThatCannotBeEnteredIsNoOrphan)
     }
 }
 
+TEST_F(Unreadable, APluginFolderThatCannotBeLookedAtIsNamedAndTheExitCodeSaysSo)
+{
+    tree.File(u"work/proj/top.tlk"_s, "link 1 ../lib/part.txt\n").File(u"work/lib/part.txt"_s, "p");
+    // It can be entered, and is there.
+    for (const mode_t mode : {0000, 0111}) {
+        Close(u"plugins"_s, mode);
+        const ImportReport report = ImportPoorly({u"proj/top.tlk"_s, u"--to"_s, u"Demo"_s});
+        EXPECT_EQ(report.exitCode, 7) << ::testing::PrintToString(report);
+        EXPECT_TRUE(report.result.err.contains(u"plugins: The folder cannot be searched"_s))
+            << ::testing::PrintToString(report);
+        SetMode(u"plugins"_s, 0755);
+    }
+    EXPECT_EQ(Report({u"proj/top.tlk"_s, u"--to"_s, u"Demo"_s}).exitCode, 0);
+    EXPECT_EQ(tree.Read(u"cloud/Demo/top.tlk"_s), "link 1 lib/part.txt\n");
+}
+
+TEST_F(Unreadable, APluginFolderInAFolderThatCannotBeEnteredIsNotCalledMissing)
+{
+    tree.Folder(u"closed/plugins"_s);
+    Close(u"closed"_s);
+    const ImportReport report =
+        ImportPoorly({u"proj"_s, u"--plugin-path"_s, tree.Path(u"closed/plugins"_s)});
+    EXPECT_NE(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_TRUE(report.result.err.contains(u"cannot be looked at"_s))
+        << ::testing::PrintToString(report);
+}
+
 } // namespace Halvern::Test

@@ -75,6 +75,25 @@ void RecordingContext::Add(QStringView level, const WideChar* text)
     lines.append(level.toString() + FromWide(text));
 }
 
+void ExpectResolverLibrary(const QString& libraryFile)
+{
+    QLibrary library(libraryFile);
+    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
+    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
+    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
+    EXPECT_TRUE(library.unload());
+}
+
+void ExpectRegistration(const QString& libraryFile, const QString& name, const QString& fileTypes)
+{
+    const QFileInfo library(libraryFile);
+    QFile file(library.absolutePath() + u"/../SyncPluginRegFiles/%1.syncplugin"_s.arg(name));
+    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
+    const QString text = QString::fromUtf8(file.readAll());
+    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName()))) << text.toStdString();
+    EXPECT_TRUE(text.contains(u"FileTypes=\"%1\""_s.arg(fileTypes))) << text.toStdString();
+}
+
 QStringList PathsOf(const Links& links)
 {
     QStringList paths;

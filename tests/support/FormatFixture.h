@@ -54,6 +54,12 @@ private:
     std::unique_ptr<SyncPlugin::IFileLinkResolver> m_resolver;
 };
 
+/// That the library offers resolvers and no layout.
+void ExpectResolverLibrary(const QString& libraryFile);
+/// That the registration file of this name, in the build's folder for them, names the library and
+/// just these types.
+void ExpectRegistration(const QString& libraryFile, const QString& name, const QString& fileTypes);
+
 /// A link as reference id and path.
 using Link = QPair<QString, QString>;
 using Links = QList<Link>;

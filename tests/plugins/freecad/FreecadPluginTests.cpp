@@ -5,7 +5,6 @@
 #include "FreecadFixture.h"
 
 #include <QtCore/QDirIterator>
-#include <QtCore/QFileInfo>
 
 namespace Halvern::Test {
 
@@ -39,12 +38,7 @@ const char16_t* const Sizes = u"../Tabellen/Maße.FCStd";
 
 TEST(FreecadPluginLibrary, ItsRegistrationFileNamesIt)
 {
-    const QFileInfo library(QStringLiteral(FREECAD_PLUGIN_FILE));
-    QFile file(library.absolutePath() + u"/../SyncPluginRegFiles/freecad.syncplugin"_s);
-    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-    const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
-    EXPECT_TRUE(text.contains(u"FileTypes=\"fcstd\""_s));
+    ExpectRegistration(QStringLiteral(FREECAD_PLUGIN_FILE), u"freecad"_s, u"fcstd"_s);
 }
 
 TEST_F(FreecadPlugin, FindsEveryLinkThatFreecadWrote)

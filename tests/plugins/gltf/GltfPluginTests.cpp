@@ -7,8 +7,6 @@
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
 
 namespace Halvern::Test {
 
@@ -52,22 +50,12 @@ QStringList Paths(const Links& links)
 
 TEST(GltfPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 {
-    QLibrary library(PluginFile());
-    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
-    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
-    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
-    EXPECT_TRUE(library.unload());
+    ExpectResolverLibrary(PluginFile());
 }
 
 TEST(GltfPluginLibrary, ItsRegistrationFileNamesIt)
 {
-    QFile file(QFileInfo(PluginFile()).absolutePath() +
-               u"/../SyncPluginRegFiles/gltf.syncplugin"_s);
-    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-    const QString text = QString::fromUtf8(file.readAll());
-    const QString module = u"Module=\"%1\""_s.arg(QFileInfo(PluginFile()).fileName());
-    EXPECT_TRUE(text.contains(module)) << text.toStdString();
-    EXPECT_TRUE(text.contains(u"FileTypes=\"gltf,glb\""_s));
+    ExpectRegistration(PluginFile(), u"gltf"_s, u"gltf,glb"_s);
 }
 
 TEST_F(GltfPlugin, ReadsAndRewritesThroughTheContract)

@@ -41,7 +41,17 @@ TEST_F(OpenScadIncludes, AnImportOfAUsedFileIsItsOwnUnlessOnlyTheModelHasIt)
         .File(u"p/top.stl"_s);
     EXPECT_EQ(Model("use <lib/b.scad>"),
               (Links{LinkTo(u"use 1", u"lib/b.scad"), LinkTo(u"companion:top.stl", u"top.stl")}));
-    EXPECT_EQ(Read(u"p/lib/b.scad"_s), (Links{LinkTo(u"import 1", u"own.stl")}));
+    EXPECT_EQ(Read(u"p/lib/b.scad"_s), (Links{LinkTo(u"companion:own.stl", u"own.stl")}));
+}
+
+TEST_F(OpenScadIncludes, AnImportThatAFolderAboveHasAsWellKeepsItsName)
+{
+    tree.File(u"p/x.stl"_s).File(u"p/lib/x.stl"_s).File(u"p/lib/own.stl"_s);
+    const QByteArray text = "import(\"x.stl\"); import(\"x.stl\"); import(\"own.stl\");";
+    tree.File(u"p/lib/b.scad"_s, text);
+    EXPECT_EQ(Read(u"p/lib/b.scad"_s),
+              (Links{LinkTo(u"companion:x.stl", u"x.stl"), LinkTo(u"import 3", u"own.stl")}));
+    EXPECT_EQ(tree.Read(u"p/lib/b.scad"_s), text);
 }
 
 TEST_F(OpenScadIncludes, WhatTheModelNamesItselfIsNoCompanion)

@@ -4,10 +4,6 @@
 
 #include "FormatFixture.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
-
 namespace Halvern::Test {
 
 using namespace Qt::StringLiterals;
@@ -27,20 +23,12 @@ protected:
 
 TEST(OpenScadPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 {
-    QLibrary library(QStringLiteral(OPENSCAD_PLUGIN_FILE));
-    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
-    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
-    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
+    ExpectResolverLibrary(QStringLiteral(OPENSCAD_PLUGIN_FILE));
 }
 
 TEST(OpenScadPluginLibrary, ItsRegistrationFileNamesItAndItsType)
 {
-    const QFileInfo library(QStringLiteral(OPENSCAD_PLUGIN_FILE));
-    QFile file(library.path() + u"/../SyncPluginRegFiles/openscad.syncplugin"_s);
-    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-    const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
-    EXPECT_TRUE(text.contains(u"FileTypes=\"scad\""_s));
+    ExpectRegistration(QStringLiteral(OPENSCAD_PLUGIN_FILE), u"openscad"_s, u"scad"_s);
 }
 
 TEST_F(OpenScadPlugin, FindsEveryFileOfTheCase)

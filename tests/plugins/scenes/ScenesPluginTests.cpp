@@ -4,8 +4,6 @@
 
 #include "ScenesFixture.h"
 
-#include <QtCore/QFileInfo>
-
 namespace Halvern::Test {
 
 namespace {
@@ -25,14 +23,15 @@ const char16_t* const Wood = u"Bilder für alle/木目 50%.png";
 
 } // namespace
 
-TEST(ScenesPluginLibrary, ItsRegistrationFileNamesIt)
+TEST(ScenesPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 {
-    const QFileInfo library(QStringLiteral(SCENES_PLUGIN_FILE));
-    QFile file(library.absolutePath() + u"/../SyncPluginRegFiles/scenes.syncplugin"_s);
-    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-    const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
-    EXPECT_TRUE(text.contains(u"FileTypes=\"dae,x3d,x3dv,x3dz,x3dvz,wrl,wrz,gz,mtlx\""_s));
+    ExpectResolverLibrary(QStringLiteral(SCENES_PLUGIN_FILE));
+}
+
+TEST(ScenesPluginLibrary, ItsRegistrationFileNamesItAndItsTypes)
+{
+    ExpectRegistration(QStringLiteral(SCENES_PLUGIN_FILE), u"scenes"_s,
+                       u"dae,x3d,x3dv,x3dz,x3dvz,wrl,wrz,mtlx"_s);
 }
 
 TEST_F(ScenesPlugin, FindsThePicturesOfACollada)

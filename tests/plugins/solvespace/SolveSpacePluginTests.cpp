@@ -5,10 +5,6 @@
 
 #include "FormatFixture.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
-
 namespace Halvern::Test {
 
 using namespace Qt::StringLiterals;
@@ -29,20 +25,12 @@ protected:
 
 TEST(SolveSpacePluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 {
-    QLibrary library(QStringLiteral(SOLVESPACE_PLUGIN_FILE));
-    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
-    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
-    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
+    ExpectResolverLibrary(QStringLiteral(SOLVESPACE_PLUGIN_FILE));
 }
 
 TEST(SolveSpacePluginLibrary, ItsRegistrationFileNamesItAndItsTypes)
 {
-    const QFileInfo library(QStringLiteral(SOLVESPACE_PLUGIN_FILE));
-    QFile file(library.path() + u"/../SyncPluginRegFiles/solvespace.syncplugin"_s);
-    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-    const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
-    EXPECT_TRUE(text.contains(u"FileTypes=\"slvs\""_s));
+    ExpectRegistration(QStringLiteral(SOLVESPACE_PLUGIN_FILE), u"solvespace"_s, u"slvs"_s);
 }
 
 TEST_F(SolveSpacePlugin, FindsEveryModelAndPicture)

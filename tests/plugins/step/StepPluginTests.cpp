@@ -5,10 +5,6 @@
 
 #include "FormatFixture.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
-
 namespace Halvern::Test {
 
 using namespace Qt::StringLiterals;
@@ -28,20 +24,12 @@ protected:
 
 TEST(StepPluginLibrary, ExportsTheResolverFactoryAndNoLayoutFactory)
 {
-    QLibrary library(QStringLiteral(STEP_PLUGIN_FILE));
-    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
-    EXPECT_TRUE(library.resolve("CreateFileLinkResolverFactory"));
-    EXPECT_FALSE(library.resolve("CreateSyncPluginFactory"));
+    ExpectResolverLibrary(QStringLiteral(STEP_PLUGIN_FILE));
 }
 
 TEST(StepPluginLibrary, ItsRegistrationFileNamesItAndItsTypes)
 {
-    const QFileInfo library(QStringLiteral(STEP_PLUGIN_FILE));
-    QFile file(library.path() + u"/../SyncPluginRegFiles/step.syncplugin"_s);
-    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-    const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
-    EXPECT_TRUE(text.contains(u"FileTypes=\"stp,step\""_s));
+    ExpectRegistration(QStringLiteral(STEP_PLUGIN_FILE), u"step"_s, u"stp,step"_s);
 }
 
 TEST_F(StepPlugin, FindsEveryPartOfTheAssemblies)

@@ -5,7 +5,6 @@
 #include "SvgFixture.h"
 
 #include <QtCore/QDirIterator>
-#include <QtCore/QFileInfo>
 
 namespace Halvern::Test {
 
@@ -34,12 +33,7 @@ const char16_t* const Red = u"../Bilder & Texturen/Rot 赤.png";
 
 TEST(SvgPluginLibrary, ItsRegistrationFileNamesIt)
 {
-    const QFileInfo library(QStringLiteral(SVG_PLUGIN_FILE));
-    QFile file(library.absolutePath() + u"/../SyncPluginRegFiles/svg.syncplugin"_s);
-    ASSERT_TRUE(file.open(QFile::ReadOnly)) << file.fileName().toStdString();
-    const QString text = QString::fromUtf8(file.readAll());
-    EXPECT_TRUE(text.contains(u"Module=\"%1\""_s.arg(library.fileName())));
-    EXPECT_TRUE(text.contains(u"FileTypes=\"svg,svgz,css\""_s));
+    ExpectRegistration(QStringLiteral(SVG_PLUGIN_FILE), u"svg"_s, u"svg,svgz,css"_s);
 }
 
 TEST_F(SvgPlugin, FindsEveryLinkThatInkscapeWrote)

@@ -18,10 +18,12 @@
 //     norepath                        rewriting the file fails
 //     throwrepath                     rewriting the file throws
 //
-// The same words in an environment variable (see CallLog.h) hold for every file, and two more:
+// The same words in an environment variable (see CallLog.h) hold for every file, and five more:
 //
 //     lies                            rewriting changes nothing and says that it did
 //     misses                          rewriting writes another path than the one wanted
+//     drops                           rewriting leaves out the links that it was not asked for
+//     overlooks                       reading leaves out the links to files that are not there
 //     prints                          every call prints to standard output
 //
 // Other lines are content. Rewriting changes the paths of the given links and no other byte; the
@@ -103,7 +105,7 @@ public:
 
         std::vector<FileLinkInfo> found;
         for (const Line& line : lines) {
-            if (!line.IsLink())
+            if (!line.IsLink() || (Test::IsTold("overlooks") && !LeadsToAFile(file, line.Path())))
                 continue;
             const auto referenceId = Test::ToWide(line.referenceId);
             const auto path = Test::ToWide(line.Path());
@@ -131,6 +133,7 @@ public:
             wanted[referenceId] = path;
             call += " [" + referenceId + "=" + path + "]";
         }
+        const std::map<std::string, std::string> asked = wanted;
         Test::LogCall(call);
         Print();
 
@@ -153,6 +156,10 @@ public:
         }
         if (!wanted.empty())
             return Fail(context, "test resolver: no link " + wanted.begin()->first);
+        if (Test::IsTold("drops"))
+            std::erase_if(lines, [&](const Line& line) {
+                return line.IsLink() && !asked.contains(line.referenceId);
+            });
         return Write(file, lines);
     }
 
@@ -161,6 +168,12 @@ private:
     {
         context->GetLogger()->LogError(Test::ToWide(reason).c_str());
         return false;
+    }
+
+    static bool LeadsToAFile(const std::filesystem::path& holder, const std::string& path)
+    {
+        return std::filesystem::exists(holder.parent_path() /
+                                       std::filesystem::path(Test::ToWide(path)));
     }
 
     static void Print()

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "kit/CharacterSet.h"
+#include "CharacterSet.h"
 
 #include <algorithm>
 #include <array>
 
-namespace Halvern::PluginKit {
+namespace Halvern::Base {
 
 namespace {
 
@@ -95,6 +95,22 @@ bool HasStates(std::string_view name)
 
 } // namespace
 
+void ConvertedSet::LearnSingleBytes()
+{
+    for (std::size_t byte = 0; byte < m_single.size(); ++byte)
+        m_single[byte] = DecodeWhole(std::string(1, static_cast<char>(byte)));
+}
+
+Character ConvertedSet::Decode(std::string_view bytes) const
+{
+    const Character& single = m_single[static_cast<unsigned char>(bytes.front())];
+    for (std::size_t size = 2; single.size == 0 && size <= std::min(bytes.size(), MaxCharacterSize);
+         ++size)
+        if (const Character found = DecodeWhole(bytes.substr(0, size)); found.size > 0)
+            return found;
+    return single;
+}
+
 std::unique_ptr<CharacterSet> CharacterSetOf(std::string_view given)
 {
     std::string name(given);
@@ -111,4 +127,4 @@ std::unique_ptr<CharacterSet> CharacterSetOf(std::string_view given)
     return set && IsForAscii(*set) ? std::move(set) : nullptr;
 }
 
-} // namespace Halvern::PluginKit
+} // namespace Halvern::Base

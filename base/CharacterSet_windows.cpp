@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "kit/CharacterSet.h"
+#include "CharacterSet.h"
 
-#include "base/WindowsApi.h"
+#include "WindowsApi.h"
 
 #include <algorithm>
 #include <array>
 #include <utility>
 
-namespace Halvern::PluginKit {
+namespace Halvern::Base {
 
 namespace {
 
@@ -48,24 +48,10 @@ std::optional<UINT> CodePageOf(std::string_view name)
     return {};
 }
 
-class CodePage : public CharacterSet
+class CodePage final : public ConvertedSet
 {
 public:
-    explicit CodePage(UINT page) : m_page(page)
-    {
-        for (std::size_t byte = 0; byte < m_single.size(); ++byte)
-            m_single[byte] = DecodeWhole(std::string(1, static_cast<char>(byte)));
-    }
-
-    Character Decode(std::string_view bytes) const override
-    {
-        const Character& single = m_single[static_cast<unsigned char>(bytes.front())];
-        for (std::size_t size = 2;
-             single.size == 0 && size <= std::min(bytes.size(), MaxCharacterSize); ++size)
-            if (const Character found = DecodeWhole(bytes.substr(0, size)); found.size > 0)
-                return found;
-        return single;
-    }
+    explicit CodePage(UINT page) : m_page(page) { LearnSingleBytes(); }
 
     std::optional<std::string> Encode(char32_t code) const override
     {
@@ -84,8 +70,7 @@ public:
     }
 
 private:
-    /// A character that has all of these bytes.
-    Character DecodeWhole(std::string_view bytes) const
+    Character DecodeWhole(std::string_view bytes) const override
     {
         std::array<wchar_t, 4> units{};
         const int count = MultiByteToWideChar(m_page, MB_ERR_INVALID_CHARS, bytes.data(),
@@ -100,7 +85,6 @@ private:
     }
 
     UINT m_page;
-    std::array<Character, 256> m_single;
 };
 
 } // namespace
@@ -111,4 +95,4 @@ std::unique_ptr<CharacterSet> SystemCharacterSet(const std::string& name)
     return page && IsValidCodePage(*page) ? std::make_unique<CodePage>(*page) : nullptr;
 }
 
-} // namespace Halvern::PluginKit
+} // namespace Halvern::Base

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "kit/CharacterSet.h"
+#include "CharacterSet.h"
 
 #include <array>
 #include <iconv.h>
 
-namespace Halvern::PluginKit {
+namespace Halvern::Base {
 
 namespace {
 
@@ -55,29 +55,17 @@ char32_t CodePoint(std::string_view bytes)
     return code;
 }
 
-class IconvSet : public CharacterSet
+class IconvSet final : public ConvertedSet
 {
 public:
     explicit IconvSet(const std::string& name)
         : m_decoder(CodePoints, name.c_str()), m_encoder(name.c_str(), CodePoints)
     {
-        if (!IsKnown())
-            return;
-        for (std::size_t byte = 0; byte < m_single.size(); ++byte)
-            m_single[byte] = DecodeWhole(std::string(1, static_cast<char>(byte)));
+        if (IsKnown())
+            LearnSingleBytes();
     }
 
     bool IsKnown() const { return m_decoder.IsKnown() && m_encoder.IsKnown(); }
-
-    Character Decode(std::string_view bytes) const override
-    {
-        const Character& single = m_single[static_cast<unsigned char>(bytes.front())];
-        for (std::size_t size = 2;
-             single.size == 0 && size <= std::min(bytes.size(), MaxCharacterSize); ++size)
-            if (const Character found = DecodeWhole(bytes.substr(0, size)); found.size > 0)
-                return found;
-        return single;
-    }
 
     std::optional<std::string> Encode(char32_t code) const override
     {
@@ -88,8 +76,7 @@ public:
     }
 
 private:
-    /// A character that has all of these bytes.
-    Character DecodeWhole(std::string_view bytes) const
+    Character DecodeWhole(std::string_view bytes) const override
     {
         const std::optional<std::string> code = m_decoder.Convert(bytes);
         return code && code->size() == 4 ? Character{CodePoint(*code), bytes.size()} : Character();
@@ -97,7 +84,6 @@ private:
 
     Converter m_decoder;
     Converter m_encoder;
-    std::array<Character, 256> m_single;
 };
 
 } // namespace
@@ -108,4 +94,4 @@ std::unique_ptr<CharacterSet> SystemCharacterSet(const std::string& name)
     return set->IsKnown() ? std::move(set) : nullptr;
 }
 
-} // namespace Halvern::PluginKit
+} // namespace Halvern::Base

@@ -2,13 +2,14 @@
 
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace Halvern::PluginKit {
+namespace Halvern::Base {
 
 /// A character and the bytes that it has in a text.
 struct Character
@@ -31,6 +32,22 @@ public:
 
 inline constexpr std::size_t MaxCharacterSize = 4;
 
+/// One that the system converts, character by character.
+class ConvertedSet : public CharacterSet
+{
+public:
+    Character Decode(std::string_view bytes) const final;
+
+protected:
+    /// What single bytes mean is asked once. Required before Decode.
+    void LearnSingleBytes();
+    /// A character that has all of these bytes.
+    virtual Character DecodeWhole(std::string_view bytes) const = 0;
+
+private:
+    std::array<Character, 256> m_single;
+};
+
 /// Those of Unicode, and others that the system knows. Null for a name that is not known, and for
 /// an encoding in which ASCII is something else.
 std::unique_ptr<CharacterSet> CharacterSetOf(std::string_view name);
@@ -39,4 +56,4 @@ std::unique_ptr<CharacterSet> CharacterSetOf(std::string_view name);
 /// digits, ".", "_" and "-".
 std::unique_ptr<CharacterSet> SystemCharacterSet(const std::string& name);
 
-} // namespace Halvern::PluginKit
+} // namespace Halvern::Base
