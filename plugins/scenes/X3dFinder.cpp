@@ -43,16 +43,18 @@ private:
     void AddList(const std::string& id, const XmlAttribute& attribute)
     {
         std::optional<XmlText> text; // made for addresses only: others are whole pictures
+        bool isPlain = false;
         for (const ListedString& string : ReadStringList(attribute.value)) {
             const std::string name = m_list.NextId(id);
             std::optional<Reference> reference = AddressIn(string);
             if (!reference)
                 continue;
-            if (!text)
+            if (!text) {
                 text = TextOf(attribute);
-            const std::optional<Span> place = text->text == attribute.value
-                                                  ? PlaceOf(m_xml, *text, reference->span)
-                                                  : std::nullopt;
+                isPlain = text->text == attribute.value;
+            }
+            const std::optional<Span> place =
+                isPlain ? PlaceOf(m_xml, *text, reference->span) : std::nullopt;
             reference->id = name;
             reference->isFixed = !place;
             reference->span = place.value_or(Span{attribute.begin, attribute.end});
