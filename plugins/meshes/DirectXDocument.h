@@ -40,7 +40,7 @@ void ReadDirectXBinary(const InputFile& file, std::uint64_t begin, std::size_t f
                        DirectXVisitor& visitor);
 
 /// A mesh of DirectX (.x), as text or binary: pictures of materials and effects. Compressed ones
-/// are refused.
+/// are refused; a file of another kind with the same extension has no names.
 class DirectXDocument : public MeshDocument, private DirectXVisitor
 {
 public:

@@ -52,6 +52,17 @@ TEST_F(DirectXFiles, BinaryFilesAreRead)
               file("a.png", "../long/木.png"));
 }
 
+TEST_F(DirectXFiles, FilesOfOtherProgramsHaveNoLinks)
+{
+    for (const QByteArray& content : {QByteArray(), QByteArray("xo"),
+                                      QByteArray("program P { version V { void A(void) = 1; } = 1; "
+                                                 "} = 1;\n/* TextureFilename { \"a.png\" } */")}) {
+        EXPECT_EQ(LinksOf(File, content), Links()) << content.toStdString();
+        EXPECT_EQ(RewriteFailure(File, content, {L(u"texture", u"b.png")}).toStdString(),
+                  "the file has no link texture");
+    }
+}
+
 TEST_F(DirectXFiles, AStringThatTextCannotHoldIsNotWritten)
 {
     EXPECT_EQ(RewriteFailure(File, TextHead + "TextureFilename {\"a.png\";}",
