@@ -28,6 +28,18 @@ constexpr int MostLines = 1000;
 
 CallWatch* watch = nullptr;
 
+/// What a process takes may be short for a moment only.
+bool Starts(QProcess& process)
+{
+    constexpr int tries = 2;
+    for (int i = 0; i < tries; ++i) {
+        process.start();
+        if (process.waitForStarted(MillisecondsToStart))
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 HostProcess::HostProcess(Description description) : m_description(std::move(description)) {}
@@ -57,9 +69,10 @@ Readiness HostProcess::Start(const Log& log)
     m_process->setReadChannel(QProcess::StandardOutput);
     // The folder that the caller works in must not be held by a process that ends after it.
     m_process->setWorkingDirectory(QFileInfo(m_description.program).path());
-    m_process->start(m_description.program, {m_description.library, NameOf(m_description.service),
-                                             QString::number(m_description.memoryLimit)});
-    if (!m_process->waitForStarted(MillisecondsToStart)) {
+    m_process->setProgram(m_description.program);
+    m_process->setArguments({m_description.library, NameOf(m_description.service),
+                             QString::number(m_description.memoryLimit)});
+    if (!Starts(*m_process)) {
         const QString reason = m_process->errorString();
         m_process.reset();
         throw HostFailure(QStringLiteral("could not be given a process of its own: %1: %2")

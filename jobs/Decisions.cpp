@@ -170,7 +170,9 @@ void Decisions::Decide(JobFile& file, Standing standing)
         return;
     case Standing::SourceChanged:
         copy(Outcome::Updated);
-        FailIfIrreplaceable(file);
+        // Beside a copy that another project links comes one of its own.
+        if (file.keepsTarget || !m_copies.IsLinkedElsewhere(file.target, m_job.target))
+            FailIfIrreplaceable(file);
         return;
     case Standing::CopyChanged:
         file.End(Outcome::Left);

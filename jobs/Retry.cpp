@@ -20,6 +20,8 @@
 #include "syncservices/BaseStore.h"
 #include "syncservices/SyncManager.h"
 
+#include <utility>
+
 namespace Halvern::Jobs {
 
 namespace {
@@ -60,13 +62,17 @@ JobFile UnreadFile(const CopyRecord& record)
 
 void TakePending(Ledger& ledger, const QString& folder, JobState& job, const JobControl& control)
 {
-    for (const CopyRecord& record : ledger.ReadAll(folder))
-        if (control.StoppedJob())
-            return;
-        else if (record.isRewritePending)
-            job.files.Add(PendingFile(record));
-        else if (record.linksState == LinksState::Failed && ExistsOnDisk(record.target))
+    for (const CopyRecord& record : ledger.ReadAll(folder)) {
+        if (record.isRewritePending) {
+            JobFile file = PendingFile(record);
+            // A look at the copy that was cut short tells nothing of it.
+            if (control.StoppedJob())
+                return;
+            job.files.Add(std::move(file));
+        } else if (record.linksState == LinksState::Failed && ExistsOnDisk(record.target)) {
             job.files.Add(UnreadFile(record));
+        }
+    }
 }
 
 /// What is known of the copy stays, but for what the attempt changed.
@@ -131,6 +137,7 @@ JobResult RetryRewrites(const Session& session, const QString& folder, IJobObser
     const Base::WorkWatch::Scope watched(*control);
     const std::unique_ptr<Ledger> ledger = OpenLedger();
     TakePending(*ledger, below, job, *control);
+    job.cancelled = control->StoppedJob();
     Results results(job, *control);
     if (job.files.Size() > 0)
         RewriteAll(job, *control, reader, *ledger, results);

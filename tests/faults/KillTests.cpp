@@ -6,6 +6,7 @@
 // name of its own (.copy-...).
 
 #include "FileTree.h"
+#include "ProcessStart.h"
 #include "TestPlugins.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -81,7 +82,7 @@ protected:
     void KillHostAtFirstSight()
     {
         QProcess host;
-        host.start(QStringLiteral(FAULT_HOST), HostArguments(0, false));
+        StartProcess(host, QStringLiteral(FAULT_HOST), HostArguments(0, false));
         const QDir targets(tree->Path("cloud/T"));
         const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot;
         while (targets.entryList(all).isEmpty() && host.state() != QProcess::NotRunning)
@@ -94,7 +95,7 @@ protected:
     bool RunHost(int endAtPoll, bool move, int milliseconds = -1)
     {
         QProcess host;
-        host.start(QStringLiteral(FAULT_HOST), HostArguments(endAtPoll, move));
+        StartProcess(host, QStringLiteral(FAULT_HOST), HostArguments(endAtPoll, move));
         if (!host.waitForFinished(milliseconds < 0 ? 60'000 : milliseconds)) {
             EXPECT_GE(milliseconds, 0) << "the import does not end";
             host.kill();

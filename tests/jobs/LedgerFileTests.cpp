@@ -4,6 +4,7 @@
 // other processes.
 
 #include "LedgerFixture.h"
+#include "ProcessStart.h"
 
 #include "syncservices/SyncItem.h"
 
@@ -271,8 +272,7 @@ protected:
     void Start(QProcess& process, const QStringList& arguments)
     {
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(QString::fromUtf8(LEDGER_WRITER), arguments);
-        ASSERT_TRUE(process.waitForStarted(patience)) << process.errorString().toStdString();
+        StartProcess(process, QString::fromUtf8(LEDGER_WRITER), arguments);
     }
     void StartWriter(QProcess& process, const QString& folder, int rounds, int count)
     {

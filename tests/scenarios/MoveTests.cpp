@@ -3,6 +3,7 @@
 // A moved source is deleted last, and only when its copy and everything that it links are in order.
 
 #include "MoveFixture.h"
+#include "ProcessStart.h"
 
 #include <QtCore/QElapsedTimer>
 
@@ -209,7 +210,7 @@ TEST_F(Move, KilledAtAnyMomentLosesNothingAndTheSameCommandCompletesIt)
         Prepare(process, arguments);
         QElapsedTimer timer;
         timer.start();
-        process.start();
+        StartProcess(process);
         const int moment = round == 0 ? 60'000 : int(random() % quint32(duration + 10));
         if (!process.waitForFinished(moment)) {
             process.kill();

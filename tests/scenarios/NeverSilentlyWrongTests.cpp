@@ -18,6 +18,7 @@
 
 #include "ChildRights.h"
 #include "ImportChecks.h"
+#include "ProcessStart.h"
 
 #include <QtCore/QFile>
 
@@ -105,7 +106,7 @@ private:
         QProcess process;
         Prepare(process, ImportArguments(arguments + QStringList{u"--json"_s}));
         GiveOrdinaryRights(process);
-        process.start();
+        StartProcess(process);
         return ReportOf(Finish(process));
     }
 

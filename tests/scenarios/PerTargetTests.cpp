@@ -170,6 +170,22 @@ TEST_F(PerTarget, UpdatingOneProjectChangesNothingThatAnotherOneLinks)
     EXPECT_EQ(Stamps(u"cloud"_s), before);
 }
 
+TEST_F(PerTarget, AReadOnlyCopyThatAnotherProjectLinksStaysAndTheNewOneStandsBesideIt)
+{
+    ASSERT_EQ(Bring(u"one"_s, u"One"_s).exitCode, 0);
+    ASSERT_EQ(Bring(u"two"_s, u"Two"_s).exitCode, 0);
+    const QString shared = PathBehind(u"cloud/Two/top.gltf"_s);
+    ASSERT_TRUE(QFile::setPermissions(shared, QFile::ReadOwner | QFile::ReadUser));
+    Save(u"work/lib/part.bin"_s, "second part");
+    const ImportReport report = Bring(u"one"_s, u"One"_s);
+    EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_EQ(Linked(u"cloud/One/top.gltf"_s), "second part");
+    EXPECT_EQ(PathBehind(u"cloud/Two/top.gltf"_s), shared);
+    EXPECT_EQ(Linked(u"cloud/Two/top.gltf"_s), "part");
+    ASSERT_TRUE(QFile::setPermissions(shared, QFile::ReadOwner | QFile::WriteOwner |
+                                                  QFile::ReadUser | QFile::WriteUser));
+}
+
 TEST_F(PerTarget, SelfContainedBringsEverythingBelowTheTarget)
 {
     ASSERT_EQ(Bring(u"one"_s, u"One"_s).exitCode, 0);

@@ -2,6 +2,7 @@
 
 // Two imports into one cloud folder at the same time.
 
+#include "ProcessStart.h"
 #include "ScenarioFixture.h"
 
 #include "corsync/ImportJob.h"
@@ -132,8 +133,8 @@ TEST_F(TwoAtOnce, ProcessesThatRaceForEveryFileAreBothComplete)
         QProcess first, second;
         Prepare(first, arguments);
         Prepare(second, arguments);
-        first.start();
-        second.start();
+        StartProcess(first);
+        StartProcess(second);
         for (QProcess* process : {&first, &second}) {
             const CommandResult result = Finish(*process);
             EXPECT_EQ(result.exitCode, 0) << ::testing::PrintToString(result);
@@ -152,8 +153,8 @@ TEST_F(TwoAtOnce, ProcessesThatMoveTheSameFilesLoseNoneAndCallNoneAnOrphan)
     QProcess first, second;
     Prepare(first, arguments);
     Prepare(second, arguments);
-    first.start();
-    second.start();
+    StartProcess(first);
+    StartProcess(second);
     Finish(first);
     Finish(second);
     const ImportReport again = Report({u"proj"_s, u"--move"_s, u"--prune"_s});

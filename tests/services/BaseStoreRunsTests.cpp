@@ -3,6 +3,7 @@
 // What a run keeps stays until it ends.
 
 #include "BaseStoreFixture.h"
+#include "ProcessStart.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QProcess>
@@ -35,8 +36,7 @@ protected:
         for (const QString& name : names)
             arguments.append(tree.Path(name));
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(QString::fromUtf8(SERVICES_WRITER), arguments);
-        ASSERT_TRUE(process.waitForStarted(patience)) << process.errorString().toStdString();
+        StartProcess(process, QString::fromUtf8(SERVICES_WRITER), arguments);
     }
 
     static void WaitUntilSaved(QProcess& process)

@@ -3,6 +3,7 @@
 // One database file, several processes.
 
 #include "DatabaseFixture.h"
+#include "ProcessStart.h"
 #include "Version1Database.h"
 
 #include <QtCore/QCoreApplication>
@@ -24,8 +25,7 @@ protected:
     void Start(QProcess& process, const QStringList& arguments)
     {
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(QString::fromUtf8(SERVICES_WRITER), arguments);
-        ASSERT_TRUE(process.waitForStarted(patience)) << process.errorString().toStdString();
+        StartProcess(process, QString::fromUtf8(SERVICES_WRITER), arguments);
     }
 
     void StartWriter(QProcess& process, const QString& prefix, int count)

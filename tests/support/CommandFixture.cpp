@@ -2,6 +2,8 @@
 
 #include "CommandFixture.h"
 
+#include "ProcessStart.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcessEnvironment>
@@ -50,7 +52,7 @@ CommandResult CommandFixture::Run(const QStringList& arguments) const
 {
     QProcess process;
     Prepare(process, arguments);
-    process.start();
+    StartProcess(process);
     return Finish(process);
 }
 

@@ -2,6 +2,8 @@
 
 #include "HeldFile.h"
 
+#include "ProcessStart.h"
+
 #include "base/Units.h"
 #include "base/WindowsApiPath.h"
 
@@ -14,7 +16,7 @@ namespace Halvern::Test {
 HeldFile::HeldFile(const QString& path, const QString& access, const QString& share,
                    const QString& mode)
 {
-    m_process.start(QStringLiteral(FILE_HOLDER), {mode, access, share, ApiPath(path)});
+    StartProcess(m_process, QStringLiteral(FILE_HOLDER), {mode, access, share, ApiPath(path)});
     if (!m_process.waitForReadyRead(60'000))
         throw std::runtime_error("the file could not be held: " + path.toStdString());
 }

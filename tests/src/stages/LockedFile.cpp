@@ -2,13 +2,15 @@
 
 #include "LockedFile.h"
 
+#include "ProcessStart.h"
+
 #include <stdexcept>
 
 namespace Halvern::Test {
 
 LockedFile::LockedFile(const QString& path, const QString& kind)
 {
-    m_process.start(QStringLiteral(LOCK_HOLDER), {kind, path});
+    StartProcess(m_process, QStringLiteral(LOCK_HOLDER), {kind, path});
     // It says so on its output once it holds the lock.
     if (!m_process.waitForReadyRead(30'000))
         throw std::runtime_error("the file could not be locked: " +
