@@ -39,8 +39,8 @@ void EndAtOnce(int signal)
     ::raise(signal);
 }
 
-/// A terminal that closes, and some programs that end others, send the same signal twice. Nobody
-/// who wants a program to end at once is so quick.
+/// A terminal that closes, and some programs that end others, send a signal twice, or two of them.
+/// Nobody who wants a program to end at once is so quick.
 volatile std::sig_atomic_t firstSignal = 0;
 timespec firstTime = {};
 constexpr long OneWish = 500;
@@ -48,7 +48,8 @@ constexpr long OneWish = 500;
 bool IsTheSameWish(int signal)
 {
     timespec now = {};
-    if (signal == SIGINT || signal != firstSignal || ::clock_gettime(CLOCK_MONOTONIC, &now) != 0)
+    if (signal == SIGINT || firstSignal == SIGINT ||
+        ::clock_gettime(CLOCK_MONOTONIC, &now) != 0)
         return false;
     const long passed =
         (now.tv_sec - firstTime.tv_sec) * 1000 + (now.tv_nsec - firstTime.tv_nsec) / 1'000'000;

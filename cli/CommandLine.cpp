@@ -19,6 +19,7 @@ constexpr char Examples[] = R"(Examples:
   corsync retry Demo                      rewrite the links that could not be yet
   corsync versions Demo/a.gltf            what a file was before it was replaced
   corsync restore Demo/a.gltf             the newest of these, put back
+  corsync doctor                          whether all is well with what imports rely on
   corsync links a.gltf                    the links of a file
   corsync plugins                         which formats are understood
 
@@ -70,6 +71,7 @@ CommandLine::CommandLine()
     AddRetry();
     AddVersions();
     AddRestore();
+    AddDoctor();
     AddLinks();
     AddPlugins();
 }
@@ -78,7 +80,8 @@ Options CommandLine::Parse(const QStringList& arguments)
 {
     m_app.parse(Reversed(arguments));
     if (m_app.get_subcommands().empty())
-        throw CLI::RequiredError("a command (import, retry, versions, restore, links or plugins)");
+        throw CLI::RequiredError(
+            "a command (import, retry, versions, restore, doctor, links or plugins)");
     Options options;
     options.common = m_common;
     if (m_linksCommand->parsed()) {
@@ -91,6 +94,8 @@ Options CommandLine::Parse(const QStringList& arguments)
         options.command = m_versions;
     } else if (m_restoreCommand->parsed()) {
         options.command = m_restore;
+    } else if (m_doctorCommand->parsed()) {
+        options.command = m_doctor;
     } else {
         m_plugins.load = !m_noLoad;
         options.command = m_plugins;

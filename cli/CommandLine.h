@@ -52,6 +52,7 @@ private:
     void AddRetry();
     void AddVersions();
     void AddRestore();
+    void AddDoctor();
     void AddLinks();
     void AddPlugins();
     ImportOptions ParsedImport() const;
@@ -62,6 +63,7 @@ private:
     CLI::App* m_retryCommand = nullptr;
     CLI::App* m_versionsCommand = nullptr;
     CLI::App* m_restoreCommand = nullptr;
+    CLI::App* m_doctorCommand = nullptr;
     CLI::App* m_linksCommand = nullptr;
     CLI::Option* m_selectedOption = nullptr;
     CLI::Option* m_linkedOption = nullptr;
@@ -72,6 +74,7 @@ private:
     RetryOptions m_retry;
     VersionsOptions m_versions;
     RestoreOptions m_restore;
+    DoctorOptions m_doctor;
     LinksOptions m_links;
     PluginsOptions m_plugins;
     bool m_noLoad = false;

@@ -77,6 +77,11 @@ struct RestoreOptions
     Jobs::Places places;
 };
 
+struct DoctorOptions
+{
+    Jobs::Places places;
+};
+
 struct LinksOptions
 {
     QStringList files;
@@ -90,8 +95,8 @@ struct PluginsOptions
 struct Options
 {
     CommonOptions common;
-    std::variant<ImportOptions, RetryOptions, VersionsOptions, RestoreOptions, LinksOptions,
-                 PluginsOptions>
+    std::variant<ImportOptions, RetryOptions, VersionsOptions, RestoreOptions, DoctorOptions,
+                 LinksOptions, PluginsOptions>
         command;
 };
 

@@ -52,6 +52,8 @@ QString Sentence(Remark remark)
         return QStringLiteral("a link inside the copy would be longer than 259 characters");
     case Remark::NotKept:
         return QStringLiteral("what stands there could not be kept in the base store");
+    case Remark::ChangedOrphan:
+        return QStringLiteral("it was changed since it was copied, and stays");
     case Remark::TargetChanged:
         return QStringLiteral(
             "what stands at the target changed after the plan was made; import it again");
@@ -143,6 +145,8 @@ QString NameOf(Remark remark)
         return QStringLiteral("link-too-long");
     case Remark::NotKept:
         return QStringLiteral("not-kept");
+    case Remark::ChangedOrphan:
+        return QStringLiteral("changed-orphan");
     case Remark::TargetChanged:
         return QStringLiteral("target-changed");
     case Remark::SystemPlace:

@@ -4,6 +4,7 @@
 
 #include "Cancellation.h"
 #include "Console.h"
+#include "DoctorCommand.h"
 #include "EarlyEnd.h"
 #include "ImportCommand.h"
 #include "LinksCommand.h"
@@ -29,6 +30,8 @@ ExitCode RunCommand(const Options& options, Console& console)
             return RunLinks(command, options.common, WatchForCancel(), console);
         else if constexpr (std::is_same_v<Command, RetryOptions>)
             return RunRetry(command, options.common, WatchForCancel(), console);
+        else if constexpr (std::is_same_v<Command, DoctorOptions>)
+            return RunDoctor(command, options.common, WatchForCancel(), console);
         else if constexpr (std::is_same_v<Command, VersionsOptions>)
             return RunVersions(command, options.common, console);
         else if constexpr (std::is_same_v<Command, RestoreOptions>)

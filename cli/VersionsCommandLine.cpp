@@ -43,4 +43,17 @@ void CommandLine::AddRestore()
         "it failed; the file is then as it was.");
 }
 
+void CommandLine::AddDoctor()
+{
+    m_doctorCommand = m_app.add_subcommand(
+        "doctor", "Look whether all is well with what imports rely on, and change nothing");
+    CLI::App& app = *m_doctorCommand;
+    AddPlaces(app, m_doctor.places);
+    AddCommonOptions(app);
+    app.footer(
+        "Looks at the settings, the cloud folder and what killed jobs left in it, the whole\n"
+        "database, the recorded copies, the base store and every plug-in. Exit code 0\n"
+        "without a fault; 1, 2 (settings) or 7 (plug-ins, database) with one.");
+}
+
 } // namespace Halvern::Cli

@@ -36,6 +36,8 @@ bool Starts(QProcess& process)
         process.start();
         if (process.waitForStarted(MillisecondsToStart))
             return true;
+        if (process.error() != QProcess::FailedToStart)
+            return false;
     }
     return false;
 }

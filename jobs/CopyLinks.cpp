@@ -199,6 +199,17 @@ bool CopyLinks::HasToChangeUnseen(const JobFile& file, const Link& link)
     return std::any_of(record->targetLinks.begin(), record->targetLinks.end(), isOther);
 }
 
+/// A plug-in may find what stands beside the copy in place of what the copy says. The bytes of the
+/// source say what they said there, and that had to change.
+bool CopyLinks::IsOnlyFound(const JobFile& file, qsizetype place, const Link& there)
+{
+    if (file.deed != Deed::Copy || place >= file.links.size())
+        return false;
+    return there.Path != file.links.at(place).stored.Path &&
+           std::any_of(file.rewrites.begin(), file.rewrites.end(),
+                       [&](const Link& link) { return link.RefId == there.RefId; });
+}
+
 /// The links of a copy stand in the order of its source, unless a plug-in finds others beside it:
 /// then their ids tell which is which.
 CopyLinks::Links CopyLinks::ChangesOf(const JobFile& file, const Links& read) const
@@ -215,7 +226,8 @@ CopyLinks::Links CopyLinks::ChangesOf(const JobFile& file, const Links& read) co
         Link there = link;
         there.Path = isInOrder ? read.at(i).Path : found.PathOf(link);
         const bool isOther =
-            isSeen ? found.PlaceOf(there) != found.PlaceOf(link) : HasToChangeUnseen(file, link);
+            isSeen ? found.PlaceOf(there) != found.PlaceOf(link) || IsOnlyFound(file, i, there)
+                   : HasToChangeUnseen(file, link);
         if (isOther && !StaysAsItIs(file, i))
             changes.append(link);
     }

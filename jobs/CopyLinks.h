@@ -39,6 +39,8 @@ public:
 
 private:
     static bool HasToChangeUnseen(const JobFile& file, const SyncServices::FileLink& link);
+    static bool IsOnlyFound(const JobFile& file, qsizetype place,
+                            const SyncServices::FileLink& there);
     bool StaysAsItIs(const JobFile& file, qsizetype link) const;
     bool Holds(const JobFile& file, const QString& copy, const Links& asked, const Links& before,
                QString& difference);

@@ -16,9 +16,25 @@ constexpr qint64 MillisecondsToLook = 300;
 /// Of SQLite's machine, between two looks at the clock.
 constexpr int StepsBetweenLooks = 100'000;
 
+/// More of them tell nobody more.
+constexpr int MostFaults = 20;
+
 int IsTooLate(void* timer)
 {
     return static_cast<QElapsedTimer*>(timer)->hasExpired(MillisecondsToLook) ? 1 : 0;
+}
+
+int IsStopped(void* goesOn)
+{
+    return (*static_cast<const std::function<bool()>*>(goesOn))() ? 0 : 1;
+}
+
+void TakeRows(SQLite::Database& database, const std::string& query, QStringList& rows)
+{
+    SQLite::Statement check(database, query);
+    while (rows.size() < MostFaults && check.executeStep())
+        rows += QString::fromUtf8(check.getColumn(0).getText()).split(u'\n', Qt::SkipEmptyParts);
+    rows.removeAll(QStringLiteral("ok"));
 }
 
 } // namespace
@@ -44,6 +60,25 @@ QString FindDamage(const QString& databaseFile)
             return {};
         return QString::fromUtf8(error.getErrorStr());
     }
+}
+
+QStringList ListDamage(const QString& databaseFile, const std::function<bool()>& goesOn)
+{
+    QStringList faults;
+    try {
+        SQLite::Database database(databaseFile.toStdString(), SQLite::OPEN_READONLY);
+        auto asked = goesOn;
+        sqlite3_progress_handler(database.getHandle(), StepsBetweenLooks, IsStopped, &asked);
+        TakeRows(database, "PRAGMA integrity_check(" + std::to_string(MostFaults) + ")", faults);
+        TakeRows(database,
+                 "SELECT 'row ' || rowid || ' of ' || \"table\" || ' refers to a row of ' || parent"
+                 " || ' that is not there' FROM pragma_foreign_key_check",
+                 faults);
+    } catch (const SQLite::Exception& error) {
+        if (error.getErrorCode() != SQLITE_INTERRUPT)
+            faults.append(QString::fromUtf8(error.getErrorStr()));
+    }
+    return faults;
 }
 
 } // namespace Halvern::Jobs

@@ -171,7 +171,8 @@ void Decisions::Decide(JobFile& file, Standing standing)
     case Standing::SourceChanged:
         copy(Outcome::Updated);
         // Beside a copy that another project links comes one of its own.
-        if (file.keepsTarget || !m_copies.IsLinkedElsewhere(file.target, m_job.target))
+        if (file.LosesLinks() || file.keepsTarget ||
+            !m_copies.IsLinkedElsewhere(file.target, m_job.target))
             FailIfIrreplaceable(file);
         return;
     case Standing::CopyChanged:

@@ -363,7 +363,8 @@ void JobRun::NoteUnchanged()
             continue;
         // What was adopted is not in the ledger yet.
         const CopyRecord* record = file.record && file.record->id >= 0 ? &*file.record : nullptr;
-        const bool isAsBefore = record && record->origin == OriginOf(file, m_state);
+        const bool isAsBefore = record && record->origin == OriginOf(file, m_state) &&
+                                record->isRewritePending == file.isPending;
         const bool isRead =
             isAsBefore && (!file.linksKnown || (record->readers == file.readers &&
                                                 record->linksState == file.linksState));

@@ -20,7 +20,8 @@ bool Pruning::MayGo(const Orphan& orphan, const Base::FileStatus& status)
         IsSameAsRecorded(record.targetStamp, record.recordedAt, record.target,
                          m_job.request.checksum))
         return true;
-    m_job.notPruned.insert(record.target, QStringLiteral("it was changed since it was copied"));
+    // Why nothing went wrong is told without a reason.
+    m_job.notPruned.insert(record.target, QString());
     return false;
 }
 

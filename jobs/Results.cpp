@@ -166,8 +166,8 @@ QList<FileResult> OrphanResults(const JobState& job)
         if (isStillLinked)
             result.remark = Remark::StillLinked;
         if (job.notPruned.contains(orphan.target)) {
-            result.remark = Remark::NotKept;
             result.detail = job.notPruned.value(orphan.target);
+            result.remark = result.detail.isEmpty() ? Remark::ChangedOrphan : Remark::NotKept;
         }
         results.append(result);
     }

@@ -108,8 +108,11 @@ void RewriteAll(JobState& job, JobControl& control, LinkReader& reader, Ledger& 
             job.cancelled = !maker.Relink(file);
             if (job.cancelled)
                 return;
-            QList<CopyRecord> records{RecordAfter(file)};
-            static_cast<void>(ledger.Write(records));
+            // Otherwise the links are still to be written, and the record says so.
+            if (file.isDone) {
+                QList<CopyRecord> records{RecordAfter(file)};
+                static_cast<void>(ledger.Write(records));
+            }
         }
         results.Tell(file);
         control.EndFile();

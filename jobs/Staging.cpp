@@ -38,17 +38,6 @@ QString PathString(const std::filesystem::path& path)
     return QStringView(Base::PathText(path)).toString();
 }
 
-bool IsStagingName(const QString& name)
-{
-    const QLatin1String prefix(Prefix);
-    const QStringView rest = QStringView(name).mid(prefix.size());
-    return name.startsWith(prefix) && rest.size() == NameLength &&
-           std::all_of(rest.begin(), rest.end(), [](QChar character) {
-               return (character >= u'0' && character <= u'9') ||
-                      (character >= u'a' && character <= u'z');
-           });
-}
-
 std::unique_ptr<QLockFile> LockOf(const std::filesystem::path& folder)
 {
     auto lock = std::make_unique<QLockFile>(PathString(folder / LockName));
@@ -81,6 +70,22 @@ void KeepForEver(std::unique_ptr<QLockFile> lock)
 }
 
 } // namespace
+
+bool IsStagingName(const QString& name)
+{
+    const QLatin1String prefix(Prefix);
+    const QStringView rest = QStringView(name).mid(prefix.size());
+    return name.startsWith(prefix) && rest.size() == NameLength &&
+           std::all_of(rest.begin(), rest.end(), [](QChar character) {
+               return (character >= u'0' && character <= u'9') ||
+                      (character >= u'a' && character <= u'z');
+           });
+}
+
+QString LockOfStaging()
+{
+    return QLatin1String(LockName);
+}
 
 Base::FileResult Staging::Begin()
 {

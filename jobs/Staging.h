@@ -12,6 +12,11 @@
 
 namespace Halvern::Jobs {
 
+/// Whether a folder of this name is one that Staging makes, and the name of the file in it that is
+/// locked while its job runs.
+bool IsStagingName(const QString& name);
+QString LockOfStaging();
+
 /// A hidden folder in the cloud folder where one file after the other is made ready. Whatever is in
 /// it when the job ends, also that of jobs that were killed, is removed; a folder whose job still
 /// runs is left alone.

@@ -120,12 +120,13 @@ bool ThreeWays::AreLinksOnTheWay(const JobFile& file, const LinkReader::Links& l
     return true;
 }
 
-/// A copy of the recorded source with the recorded links has the recorded size. To make one, and
-/// compare it with a copy of another size, would take long for nothing.
+/// A copy of the recorded source with the recorded links has the recorded size, unless they were
+/// still to be written. To make one, and compare it with a copy of another size, would take long
+/// for nothing.
 bool ThreeWays::HasAnotherSize(const JobFile& file, const LinkReader::Links& links)
 {
     const CopyRecord& record = *file.record;
-    return qint64(file.targetStatus.size) != record.targetStamp.bytes &&
+    return !record.isRewritePending && qint64(file.targetStatus.size) != record.targetStamp.bytes &&
            std::equal(links.begin(), links.end(), record.targetLinks.begin(),
                       record.targetLinks.end(),
                       [](const SyncServices::FileLink& a, const SyncServices::FileLink& b) {

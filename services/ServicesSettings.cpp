@@ -86,6 +86,22 @@ private:
     QString m_badKey;
 };
 
+/// Takes the names of all settings out of a list.
+class NameTaker
+{
+public:
+    explicit NameTaker(QStringList& names) : m_names(names) {}
+
+    template <typename Value>
+    void operator()(const char* key, const Value&)
+    {
+        m_names.removeAll(QString::fromLatin1(key));
+    }
+
+private:
+    QStringList& m_names;
+};
+
 class Writer
 {
 public:
@@ -186,6 +202,15 @@ ServicesSettings ServicesSettings::LoadOrCreate(const QString& file, QString* er
         return settings;
     SetError(error, QStringLiteral("Failed to read settings file %1: %2").arg(file, reason));
     return Defaults();
+}
+
+QStringList ServicesSettings::UnknownKeys(const QString& file)
+{
+    QStringList names = QSettings(file, QSettings::IniFormat).allKeys();
+    NameTaker taker(names);
+    ServicesSettings settings;
+    Visit(settings, taker);
+    return names;
 }
 
 bool ServicesSettings::Save(const QString& file, QString* error) const

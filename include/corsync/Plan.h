@@ -95,6 +95,8 @@ enum class Remark
     LinkTooLong,
     /// Failed: what stands at the target could not be kept in the base store.
     NotKept,
+    /// Orphaned: it is not pruned, because it was changed since it was copied.
+    ChangedOrphan,
     /// Failed: after the plan was made another file appeared at the target, or the one there
     /// changed.
     TargetChanged,

@@ -67,6 +67,9 @@ struct SYNCSERVICES_EXPORT ServicesSettings
     /// is written with the defaults. On failure `error` (may be null) names file and reason, and
     /// the defaults come back; on success it becomes empty.
     [[nodiscard]] static ServicesSettings LoadOrCreate(const QString& file, QString* error);
+    /// What stands in a settings file under names that no setting has, perhaps mistyped:
+    /// LoadOrCreate takes no notice of it. Empty for a file that cannot be read.
+    [[nodiscard]] static QStringList UnknownKeys(const QString& file);
     /// Writes the file, making its folder. True when it is written; false with the reason in
     /// `error` (may be null) when it could not be.
     [[nodiscard]] bool Save(const QString& file, QString* error) const;

@@ -9,9 +9,10 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <optional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace Halvern::Formats::Dxf {
 
@@ -23,6 +24,8 @@ constexpr long IsOverlay = 8;
 /// From here on the data of applications follow, which mean something else.
 constexpr int FirstOfApplications = 1000;
 constexpr int EmbeddedObject = 101;
+/// "{NAME" begins what an application has put between the object's own data, "}" ends it.
+constexpr int ApplicationGroup = 102;
 /// In bytes: an id has its limit.
 constexpr std::size_t MaxIdPart = 100;
 
@@ -111,12 +114,15 @@ private:
         m_id.clear();
         m_flags = 0;
         m_isPastOwn = false;
+        m_isInGroup = false;
     }
 
     void TakeOfObject(const Tag& tag)
     {
         m_isPastOwn = m_isPastOwn || tag.code >= FirstOfApplications || tag.code == EmbeddedObject;
-        if (m_isPastOwn)
+        if (tag.code == ApplicationGroup)
+            m_isInGroup = tag.Word().starts_with('{');
+        if (m_isPastOwn || m_isInGroup)
             return;
         if (tag.code == 70 && m_kind->idCode == 2)
             m_flags = FlagsOf(tag);
@@ -143,7 +149,7 @@ private:
             throw FormatError("a name of a file has more than " + std::to_string(MaxTagText) +
                                   " bytes",
                               tag.begin);
-        m_object[tag.code] = {m_kind->kind, {}, tag.text, tag.begin, tag.end};
+        m_object.push_back({tag.code, {m_kind->kind, {}, tag.text, tag.begin, tag.end}});
     }
 
     void Finish()
@@ -187,8 +193,9 @@ private:
     std::string m_id;
     long m_flags = 0;
     bool m_isPastOwn = false;
-    /// By their codes.
-    std::map<int, DxfName> m_object;
+    bool m_isInGroup = false;
+    /// With their codes, which materials use more than once.
+    std::vector<std::pair<int, DxfName>> m_object;
 };
 
 } // namespace

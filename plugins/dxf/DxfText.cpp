@@ -20,6 +20,9 @@ namespace {
 constexpr std::string_view Utf8 = "UTF-8";
 constexpr std::string_view Usual = "CP1252";
 constexpr std::string_view FirstInUtf8 = "AC1021";
+constexpr std::string_view Johab = "CP1361";
+/// How that page shows the byte of a backslash: converters take it for the sign, paths do not.
+constexpr std::string_view Won = "\xE2\x82\xA9";
 
 std::string Upper(std::string_view text)
 {
@@ -41,7 +44,7 @@ std::string EncodingOf(std::string_view codePage)
          {"BIG5", "CP950"},
          {"GB2312", "CP936"},
          {"KSC5601", "CP949"},
-         {"JOHAB", "CP1361"}}};
+         {"JOHAB", Johab}}};
     const std::string name = Upper(codePage);
     for (const auto& [known, encoding] : names) {
         if (known == name)
@@ -64,11 +67,20 @@ bool IsAscii(std::string_view text)
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+std::string Replaced(std::string text, std::string_view old, std::string_view other)
+{
+    for (std::size_t at = text.find(old); at != std::string::npos;
+         at = text.find(old, at + other.size()))
+        text.replace(at, old.size(), other);
+    return text;
+}
+
 std::string Decoded(std::string_view raw, std::string_view encoding)
 {
     if (!IsAscii(raw) && encoding != Utf8) {
         try {
-            return EncodedText(std::string(raw), encoding, 4 * raw.size()).Utf8();
+            std::string text = EncodedText(std::string(raw), encoding, 4 * raw.size()).Utf8();
+            return encoding == Johab ? Replaced(std::move(text), Won, "\\") : text;
         } catch (const FormatError&) {
             // A page that nobody knows, or bytes of another one.
         }
@@ -229,9 +241,11 @@ std::string DxfText::Encode(std::string_view text) const
         return marked;
     try {
         // One letter gives way to the text: the kit converts what it puts into a text.
+        if (m_encoding == Johab)
+            marked = Replaced(std::move(marked), "\\", Won);
         return EncodedText("x", m_encoding, 16).WithEdits({{0, 1, marked}}, Escaped);
     } catch (const FormatError&) {
-        return AllEscaped(marked);
+        return AllEscaped(Replaced(std::move(marked), Won, "\\"));
     }
 }
 

@@ -65,7 +65,8 @@ TEST_F(WatchedCopies, AskOftenAlsoOnASlowDisk)
         std::this_thread::sleep_for(std::chrono::microseconds(piece * 10));
     }
     EXPECT_LE(piece, std::size_t(8) * 1024);
-    for (int i = 0; i < 8; ++i)
+    // The system may take the processor away between two of them.
+    for (int i = 0; i < 1000 && piece < std::size_t(256) * 1024; ++i)
         piece = pieces.Next();
     EXPECT_EQ(piece, std::size_t(256) * 1024) << "and it may become fast again";
 }

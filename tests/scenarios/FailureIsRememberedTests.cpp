@@ -208,6 +208,37 @@ TEST_F(RememberedFailures, ALockedCopyIsNotUpdatedUnderTheProgramThatHasIt)
     EXPECT_EQ(Top(), "link 1 lib/part.tlk\nmore\n");
 }
 
+// A kill between the rewriting and its recording leaves that.
+TEST_F(RememberedFailures, ARewriteThatWasNotRecordedIsNoChangeOfTheCopy)
+{
+    const QStringList files{u"sync.db"_s, u"sync.db-wal"_s, u"sync.db-shm"_s};
+    tree.Remove(u"work/lib/part.tlk"_s);
+    ASSERT_EQ(Bring().exitCode, 4);
+    tree.File(u"work/lib/part.tlk"_s, "part\n");
+    {
+        const PluginOrders orders("norepath");
+        ASSERT_EQ(Bring().exitCode, 7);
+    }
+    QMap<QString, QByteArray> database;
+    for (const QString& name : files)
+        if (tree.Exists(name))
+            database.insert(name, tree.Read(name));
+    ASSERT_EQ(Corsync(u"retry"_s).exitCode, 0);
+    ASSERT_EQ(Top(), Relinked);
+    for (const QString& name : files)
+        if (tree.Exists(name))
+            tree.Remove(name);
+    for (auto file = database.cbegin(); file != database.cend(); ++file)
+        tree.File(file.key(), file.value());
+    for (int run = 0; run < 2; ++run) {
+        const ImportReport report = Bring();
+        EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+        EXPECT_EQ(report.Statuses(), QStringList(2, u"unchanged"_s))
+            << ::testing::PrintToString(report);
+    }
+    EXPECT_EQ(Top(), Relinked);
+}
+
 TEST_F(RememberedFailures, ADatabaseThatWasLostIsNoReasonToCopyOrAsk)
 {
     ASSERT_EQ(Bring().exitCode, 0);

@@ -186,6 +186,21 @@ TEST_F(PerTarget, AReadOnlyCopyThatAnotherProjectLinksStaysAndTheNewOneStandsBes
                                                   QFile::ReadUser | QFile::WriteUser));
 }
 
+TEST_F(PerTarget, ASharedCopyStaysTheOnlyOneWhileTheLinksOfItsSourceCannotBeRead)
+{
+    Design(u"work/lib/group.gltf"_s, {u"part.bin"_s});
+    for (const QString& name : {u"one"_s, u"two"_s})
+        Design(u"work/%1/top.gltf"_s.arg(name), {u"../lib/group.gltf"_s});
+    ASSERT_EQ(Bring(u"one"_s, u"One"_s).exitCode, 0);
+    ASSERT_EQ(Bring(u"two"_s, u"Two"_s).exitCode, 0);
+    const auto before = Stamps(u"cloud"_s);
+    Save(u"work/lib/group.gltf"_s, tree.Read(u"work/lib/group.gltf"_s).chopped(5));
+    const ImportReport report = Bring(u"one"_s, u"One"_s);
+    EXPECT_NE(report.exitCode, 0) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.StatusOf(u"work/lib/group.gltf"_s), u"failed"_s);
+    EXPECT_EQ(Stamps(u"cloud"_s), before);
+}
+
 TEST_F(PerTarget, SelfContainedBringsEverythingBelowTheTarget)
 {
     ASSERT_EQ(Bring(u"one"_s, u"One"_s).exitCode, 0);

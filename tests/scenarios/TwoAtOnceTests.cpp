@@ -115,11 +115,12 @@ TEST_F(TwoAtOnce, AnUntouchedCopyOfTheSourceIsNotTakenForOneWithItsLinksRewritte
 {
     const JobResult result =
         Execute([&] { tree.File(u"cloud/proj/top.tlk"_s, tree.Read(u"work/proj/top.tlk"_s)); });
-    for (const FileResult& file : result.files)
-        if (file.source.endsWith(u"top.tlk"_s)) {
-            EXPECT_EQ(file.outcome, Outcome::Failed);
-            EXPECT_EQ(file.remark, Jobs::Remark::TargetChanged);
-        }
+    const auto top =
+        std::find_if(result.files.begin(), result.files.end(),
+                     [](const FileResult& file) { return file.source.endsWith(u"top.tlk"_s); });
+    ASSERT_NE(top, result.files.end());
+    EXPECT_EQ(top->outcome, Outcome::Failed);
+    EXPECT_EQ(top->remark, Jobs::Remark::TargetChanged);
 }
 
 TEST_F(TwoAtOnce, ProcessesThatRaceForEveryFileAreBothComplete)

@@ -2,6 +2,7 @@
 
 // What an import leaves where it is stays as it is: which file, every byte, and its time.
 
+#include "FileTimes.h"
 #include "ScenarioFixture.h"
 
 namespace Halvern::Test {
@@ -9,6 +10,8 @@ namespace Halvern::Test {
 namespace {
 
 /// work/proj/top.<type> links ../lib/part.bin, so that its copy gets other links than the source.
+constexpr qint64 day = 86'400'000'000'000;
+
 class UntouchedFiles : public ScenarioFixture
 {
 protected:
@@ -96,6 +99,24 @@ TEST_F(UntouchedFiles, AReadOnlyCopyIsNotRelinkedAndTheLineSaysThatItsLinksAreOl
     EXPECT_EQ(Stamp(u"cloud/Demo/top.svg"_s), before);
     EXPECT_EQ(tree.Read(u"cloud/Demo/lib/part.bin"_s), "mine");
     EXPECT_NE(Report(arguments).exitCode, 0) << "still so";
+}
+
+TEST_F(UntouchedFiles, AReadOnlyCopyIsRelinkedByRetryOnceItMayBeWritten)
+{
+    MakeProject(u"svg"_s);
+    tree.Remove(u"work/lib/part.bin"_s);
+    const QString source = tree.Path(u"work/proj/top.svg"_s);
+    SetModifiedNanoseconds(source, ModifiedNanoseconds(source) - day);
+    const QStringList arguments{u"proj/top.svg"_s, u"--to"_s, u"Demo"_s};
+    ASSERT_EQ(Import(arguments).exitCode, 4);
+    tree.File(u"work/lib/part.bin"_s, "part");
+    MakeReadOnly(u"cloud/Demo/top.svg"_s);
+    ASSERT_EQ(Report(arguments).exitCode, 1);
+    ASSERT_TRUE(QFile::setPermissions(tree.Path(u"cloud/Demo/top.svg"_s),
+                                      QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser |
+                                          QFile::WriteUser));
+    EXPECT_EQ(Corsync(u"retry"_s).exitCode, 0);
+    EXPECT_EQ(LinksOf(u"cloud/Demo/top.svg"_s), QStringList{u"lib/part.bin"_s});
 }
 
 TEST_F(UntouchedFiles, WithLinksOnlyTheFileThatStandsAtTheTargetOfTheGivenOneStaysAsItIs)

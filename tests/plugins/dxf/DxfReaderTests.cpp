@@ -75,6 +75,21 @@ TEST_F(DxfReader, MapsOfMaterialsAreLinksWhereTheyLeadToAFile)
     EXPECT_EQ(Read(m_name).size(), 3);
 }
 
+TEST_F(DxfReader, AMapOfAMaterialMayHaveTheNumberOfAnother)
+{
+    tree.File(u"p/a.png"_s).File(u"p/n.png"_s);
+    EXPECT_EQ(
+        Objects(Group(0, "MATERIAL") + Group(5, "7F") + Group(3, "a.png") + Group(3, "n.png")),
+        (Links{LinkTo(u"material 7F map 3", u"a.png"), LinkTo(u"material 7F map 3#2", u"n.png")}));
+}
+
+TEST_F(DxfReader, WhatAnApplicationPutsBetweenTheDataOfAnObjectIsNoLink)
+{
+    EXPECT_EQ(Objects(Group(0, "IMAGEDEF") + Group(5, "5A") + Group(102, "{APP") +
+                      Group(1, "no.png") + Group(102, "}") + Group(1, "a.png")),
+              (Links{LinkTo(u"image 5A", u"a.png")}));
+}
+
 TEST_F(DxfReader, FontsAreCompanionsWhereTheyLieBesideTheDrawing)
 {
     const QByteArray styles = Group(0, "STYLE") + Group(2, "A") + Group(70, "0") + Group(3, "txt") +

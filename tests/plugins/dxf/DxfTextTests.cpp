@@ -68,4 +68,13 @@ TEST(DxfTexts, BytesThatTheirPageHasNotAreReadAllTheSame)
     EXPECT_EQ(DxfText("AC1015", "NONSENSE").Decode("Größe"), "Größe");
 }
 
+// Converters give the sign of the money for the backslash of this page.
+TEST(DxfTexts, ABackslashInAKoreanPageIsOne)
+{
+    const DxfText text("AC1015", "JOHAB");
+    const std::string raw = "K\\\x8B\x61\x9F\xB1\\a.png";
+    EXPECT_EQ(text.Decode(raw), "K\\그림\\a.png");
+    EXPECT_EQ(text.Encode("K\\그림\\a.png"), raw);
+}
+
 } // namespace Halvern::Test
