@@ -75,7 +75,7 @@ QString Sentence(Remark remark)
     case Remark::LinksNoFile:
         return QStringLiteral("a link stays as it is, for it leads to no file");
     case Remark::MovedEarlier:
-        return QStringLiteral("an earlier import has moved it");
+        return QStringLiteral("it is gone; what an earlier import has moved of it lies there");
     case Remark::ColonInName:
         return QStringLiteral("its path holds a \":\"");
     case Remark::NoTarget:

@@ -22,6 +22,13 @@ bool HasLine(const FileResult& result, bool isVerbose)
            result.IsProblem();
 }
 
+/// It did not come along, or not as it should; the exit code says that there is one.
+bool IsLeftToDo(const FileResult& result)
+{
+    return result.outcome == Jobs::Outcome::Missing || result.outcome == Jobs::Outcome::Refused ||
+           result.outcome == Jobs::Outcome::Locked;
+}
+
 void PrintCounts(const ImportReport& report, Console& console)
 {
     const QString unknownFormats = UnknownFormatsLine(report.result.summary);
@@ -38,7 +45,7 @@ void PrintText(const ImportReport& report, Console& console)
     for (const Jobs::Finding& finding : findings)
         console.ProblemLine(TextOf(finding));
     for (const FileResult& result : report.result.files) {
-        if (result.IsProblem())
+        if (result.IsProblem() || IsLeftToDo(result))
             console.ProblemLine(TextOf(result, report.folders));
         else if (HasLine(result, report.isVerbose))
             console.Line(TextOf(result, report.folders));

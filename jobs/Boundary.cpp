@@ -11,6 +11,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -20,6 +21,8 @@ namespace {
 
 constexpr PlaceMarks Strict = PlaceMark::Selected | PlaceMark::Cloud | PlaceMark::Within;
 constexpr PlaceMarks Exempt = Strict | PlaceMark::Allowed;
+/// Somebody has named the very place.
+constexpr PlaceMarks Named = PlaceMark::Cloud | PlaceMark::Within | PlaceMark::Allowed;
 constexpr PlaceMarks OwnWork = PlaceMark::Selected | PlaceMark::Cloud | PlaceMark::Project;
 
 /// Private keys, and files in which programs keep passwords. Only names that nobody gives to
@@ -43,6 +46,25 @@ bool IsKey(const QString& path)
     return names.contains(name) ||
            std::any_of(endings.begin(), endings.end(),
                        [&](const QString& ending) { return name.endsWith(ending); });
+}
+
+/// What programs keep for themselves beside the work: a repository's own files, which may hold
+/// passwords for its server, and keys.
+bool IsKeptApart(const QString& path)
+{
+    static const QSet<QString> names = {QStringLiteral(".git"),  QStringLiteral(".hg"),
+                                        QStringLiteral(".svn"),  QStringLiteral(".bzr"),
+                                        QStringLiteral(".ssh"),  QStringLiteral(".gnupg"),
+                                        QStringLiteral(".aws"),  QStringLiteral(".azure"),
+                                        QStringLiteral(".kube"), QStringLiteral(".docker")};
+    // Where git-annex has the files themselves.
+    static const QString annex = QStringLiteral("/.git/annex/objects/");
+    const QString folder = FolderAbove(path).toCaseFolded();
+    if (folder.contains(annex))
+        return false;
+    const QStringList parts = folder.split(u'/');
+    return std::any_of(parts.begin(), parts.end(),
+                       [&](const QString& part) { return names.contains(part); });
 }
 
 /// On Windows: a pipe or a device, or a way around the rules on paths.
@@ -98,6 +120,9 @@ Boundary::Answer Boundary::Check(const QString& path)
         refusal = Remark::NotWithin;
     else if (!(marks & Exempt))
         refusal = RefusalOf(written, real);
+    // Also below a folder that was given: nobody means these when they give it.
+    if (refusal == Remark::None && !(marks & Named) && (IsKeptApart(written) || IsKeptApart(real)))
+        refusal = Remark::SecretPlace;
     const bool allowed = refusal == Remark::None;
     return {allowed, refusal, allowed && !(marks & OwnWork)};
 }

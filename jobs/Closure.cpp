@@ -2,6 +2,7 @@
 
 #include "Closure.h"
 
+#include "ExcludeRules.h"
 #include "FileStamps.h"
 #include "Paths.h"
 #include "Targets.h"
@@ -25,6 +26,10 @@ Closure::Closure(JobState& job, JobControl& control, LinkReader& reader, Boundar
         if (job.leftOut.at(i).remark == Remark::Excluded ||
             job.leftOut.at(i).remark == Remark::OwnRecord)
             m_excluded.insert(PathKey(job.leftOut.at(i).source), i);
+        // Nobody knows what a list that cannot be read would keep out.
+        else if (job.leftOut.at(i).remark == Remark::NotReadable &&
+                 NameOf(job.leftOut.at(i).source) == ExcludeRules::FileName)
+            m_excluded.insert(PathKey(FolderAbove(job.leftOut.at(i).source)), i);
 }
 
 bool Closure::Find()

@@ -137,6 +137,12 @@ const Link* Lost(const LinksRead& found, const CopyLinks::Links& kept,
     return lost == kept.end() ? nullptr : &*lost;
 }
 
+/// Both lead to one place, but programs may not get there by the first.
+bool IsDetour(const QString& there, const QString& wanted)
+{
+    return there != wanted && GoesBackUp(there);
+}
+
 } // namespace
 
 bool CopyLinks::DependOnPlace(const Links& links, const QString& copy)
@@ -225,9 +231,10 @@ CopyLinks::Links CopyLinks::ChangesOf(const JobFile& file, const Links& read) co
         const bool isSeen = isInOrder || found.HasId(link);
         Link there = link;
         there.Path = isInOrder ? read.at(i).Path : found.PathOf(link);
-        const bool isOther =
-            isSeen ? found.PlaceOf(there) != found.PlaceOf(link) || IsOnlyFound(file, i, there)
-                   : HasToChangeUnseen(file, link);
+        const bool isOther = isSeen ? found.PlaceOf(there) != found.PlaceOf(link) ||
+                                          IsOnlyFound(file, i, there) ||
+                                          IsDetour(there.Path, link.Path)
+                                    : HasToChangeUnseen(file, link);
         if (isOther && !StaysAsItIs(file, i))
             changes.append(link);
     }

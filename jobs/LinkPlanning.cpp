@@ -9,6 +9,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QHash>
+#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -21,8 +22,45 @@ namespace {
 /// What a link record of the contract holds, without its terminating zero.
 constexpr qsizetype LongestLink = qsizetype(SyncPlugin::MaxLinkText) - 1;
 
-bool LeadsThereAsItStands(const QString& text, const QString& holder, const JobFile& linked)
+/// The folders that there will be, as far as links go through them: the job's, and those on the
+/// disk.
+class TargetFolders
 {
+public:
+    explicit TargetFolders(const JobFiles& files) : m_files(files) {}
+
+    bool Hold(const QString& folder)
+    {
+        if (m_keys.isEmpty())
+            Collect();
+        return m_keys.contains(PathKey(folder)) || IsFolder(folder);
+    }
+
+private:
+    void Collect()
+    {
+        for (const JobFile& file : m_files)
+            for (QString folder = file.target; folder.lastIndexOf(u'/') > 0;) {
+                folder.truncate(folder.lastIndexOf(u'/'));
+                const qsizetype size = m_keys.size();
+                m_keys.insert(PathKey(folder));
+                if (m_keys.size() == size)
+                    break;
+            }
+    }
+
+    const JobFiles& m_files;
+    QSet<QString> m_keys;
+};
+
+bool LeadsThereAsItStands(const QString& text, const QString& holder, const JobFile& linked,
+                          TargetFolders& folders)
+{
+    // Programs do not get through a folder that does not come along.
+    const QStringList way = FoldersOnTheWay(text, holder);
+    if (!std::all_of(way.begin(), way.end(),
+                     [&](const QString& folder) { return folders.Hold(folder); }))
+        return false;
     const QString path = ResolveLink(text, holder);
     // A whole path may lead into the cloud folder through symbolic links.
     return PathKey(path) == PathKey(linked.target) ||
@@ -30,7 +68,7 @@ bool LeadsThereAsItStands(const QString& text, const QString& holder, const JobF
             PathKey(RealPath(path)) == PathKey(RealPath(linked.target)));
 }
 
-void WorkOutLinksOf(JobFile& file, const JobFiles& files)
+void WorkOutLinksOf(JobFile& file, const JobFiles& files, TargetFolders& folders)
 {
     file.wantedLinks.clear();
     file.rewrites.clear();
@@ -38,7 +76,7 @@ void WorkOutLinksOf(JobFile& file, const JobFiles& files)
         FileLink wanted = link.stored;
         const QString place = file.skipsLinks ? QString() : PlaceOf(link, file, files);
         if (!place.isEmpty() &&
-            !LeadsThereAsItStands(wanted.Path, file.target, files.At(link.member))) {
+            !LeadsThereAsItStands(wanted.Path, file.target, files.At(link.member), folders)) {
             wanted.Path = WayFrom(file.target, place);
             file.rewrites.append(wanted);
         }
@@ -159,9 +197,10 @@ QString PlaceOf(const JobLink& link, const JobFile& holder, const JobFiles& file
 
 void WorkOutLinks(JobState& job)
 {
+    TargetFolders folders(job.files);
     for (JobFile& file : job.files)
         if (!file.isFolder && !file.target.isEmpty())
-            WorkOutLinksOf(file, job.files);
+            WorkOutLinksOf(file, job.files, folders);
 }
 
 void PlanLinks(JobState& job)

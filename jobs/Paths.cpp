@@ -125,6 +125,25 @@ QString ResolveLink(const QString& text, const QString& holder)
                : QDir::cleanPath(QFileInfo(holder).path() + u'/' + path);
 }
 
+bool GoesBackUp(const QString& text)
+{
+    return !FoldersOnTheWay(text, QStringLiteral("/a")).isEmpty();
+}
+
+QStringList FoldersOnTheWay(const QString& text, const QString& holder)
+{
+    QStringList folders;
+    QString way;
+    bool wentDown = false;
+    for (const QString& part : QDir::fromNativeSeparators(text).split(u'/')) {
+        if (part == u".." && wentDown)
+            folders.append(ResolveLink(way, holder));
+        wentDown = wentDown || (!part.isEmpty() && part != u"." && part != u"..");
+        way += part + u'/';
+    }
+    return folders;
+}
+
 QString WayFrom(const QString& holder, const QString& file)
 {
     return QDir::cleanPath(QDir(QFileInfo(holder).path()).relativeFilePath(file));

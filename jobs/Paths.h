@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <filesystem>
 #include <functional>
@@ -39,6 +40,11 @@ bool IsShortcut(const QString& path);
 bool IsLocalPath(const QString& path);
 /// The path that a link leads to, as the module finds it; a URL as it stands.
 QString ResolveLink(const QString& text, const QString& holder);
+/// Whether a link's text goes down into a folder and up again, as "lib/../part.stl": programs only
+/// follow it where that folder is.
+bool GoesBackUp(const QString& text);
+/// The folders that it needs for that, from the folder of `holder`.
+QStringList FoldersOnTheWay(const QString& text, const QString& holder);
 /// What the module hands to a plug-in as the new text of a link inside `holder` that leads to
 /// `file`: the way there. A file on another drive keeps its absolute path.
 QString WayFrom(const QString& holder, const QString& file);

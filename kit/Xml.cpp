@@ -18,6 +18,9 @@ namespace Halvern::PluginKit {
 
 namespace {
 
+/// What the parser gets at once.
+constexpr std::size_t MinPiece = std::size_t(256) << 10;
+
 bool IsBlank(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
@@ -153,7 +156,7 @@ private:
     static void XMLCALL OnDeclaration(void* self, const char* version, const char* encoding,
                                       int standalone);
     // Its presence keeps entities in contents as they are.
-    static void XMLCALL OnOther(void*, const char*, int) {}
+    static void XMLCALL OnOther(void* self, const char*, int);
 
     template <typename Work>
     void Guard(Work work) noexcept
@@ -177,6 +180,7 @@ private:
     {
         return static_cast<std::size_t>(XML_GetCurrentByteCount(m_parser.get()));
     }
+    void NoteProgress() { m_seen = Position(); }
     XmlElement Element(const char* name, const char** attributes) const;
     void Start(const char* name, const char** attributes);
     void Instruction(std::string_view target);
@@ -193,6 +197,8 @@ private:
     std::unique_ptr<XML_ParserStruct, Freer> m_parser;
     std::exception_ptr m_failure;
     std::size_t m_depth = 0;
+    /// Where the latest thing begins that the parser told of.
+    std::size_t m_seen = 0;
 };
 
 Reader::Reader(std::string_view document, XmlVisitor& visitor, bool isConverted)
@@ -216,8 +222,16 @@ Reader::Reader(std::string_view document, XmlVisitor& visitor, bool isConverted)
 
 void Reader::Run()
 {
-    const auto size = static_cast<int>(m_document.size());
-    const XML_Status status = XML_Parse(m_parser.get(), m_document.data(), size, XML_TRUE);
+    XML_Status status = XML_STATUS_OK;
+    std::size_t fed = 0;
+    do {
+        // The parser copies what it gets, and begins anew with a tag that has not come to its end.
+        const std::size_t piece = std::max(MinPiece, fed - std::min(fed, m_seen));
+        const std::size_t size = std::min(piece, m_document.size() - fed);
+        fed += size;
+        status = XML_Parse(m_parser.get(), m_document.data() + fed - size, static_cast<int>(size),
+                           fed == m_document.size() ? XML_TRUE : XML_FALSE);
+    } while (status == XML_STATUS_OK && fed < m_document.size());
     if (m_failure)
         std::rethrow_exception(m_failure);
     if (m_memory.IsExhausted())
@@ -276,6 +290,7 @@ void Reader::CheckEncoding(const char* encoding) const
 void Reader::OnStart(void* self, const char* name, const char** attributes)
 {
     auto* reader = static_cast<Reader*>(self);
+    reader->NoteProgress();
     reader->Guard([&] { reader->Start(name, attributes); });
 }
 
@@ -292,6 +307,11 @@ void Reader::OnInstruction(void* self, const char* target, const char*)
 {
     auto* reader = static_cast<Reader*>(self);
     reader->Guard([&] { reader->Instruction(target); });
+}
+
+void Reader::OnOther(void* self, const char*, int)
+{
+    static_cast<Reader*>(self)->NoteProgress();
 }
 
 void Reader::OnDeclaration(void* self, const char*, const char* encoding, int)

@@ -43,7 +43,8 @@ class Room:
 MODULE = ("include/filelink", "include/syncplugin", "include/syncservices", "base")
 PLUGIN = ("include/syncplugin", "include/pluginkit", "base")
 PLUGINS = {"blender": (), "dxf": (), "freecad": (), "gltf": ("RapidJSON",), "kicad": ("RapidJSON",), "layout": (),
-           "openscad": (), "scribus": (), "solvespace": (), "step": (), "svg": (), "wavefront": ()}
+           "meshes": (), "openscad": (), "scenes": (), "scribus": (), "solvespace": (), "step": (), "svg": (),
+           "wavefront": ()}
 ALL = {"knows": ("*",), "libraries": ("*",), "asks_for_the_system": ("*",), "with_folders_below": True,
        "knows_the_system": True}
 

@@ -57,7 +57,18 @@ TEST_F(CommandOutput, WhenQuietIsErrorsOnStandardErrorAndNothingElse)
     const CommandResult result = Import({u"a.tlk"_s, u"-q"_s});
     EXPECT_EQ(result.exitCode, 7);
     EXPECT_EQ(result.out, QString());
-    EXPECT_EQ(result.err, u"copied     b.tlk -> b.tlk: test resolver: told to fail\n"_s);
+    EXPECT_EQ(result.err.toStdString(), "missing    gone.tlk (linked from a.tlk)\n"
+                                        "copied     b.tlk -> b.tlk: test resolver: told to fail\n");
+}
+
+TEST_F(CommandOutput, WhenQuietNamesWhatDidNotComeAlong)
+{
+    tree.File(u"work/c.tlk"_s, "link 1 gone.tlk\n");
+    const CommandResult result = Import({u"c.tlk"_s, u"-q"_s});
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_EQ(result.out, QString());
+    EXPECT_TRUE(result.err.startsWith(u"missing    gone.tlk"_s))
+        << ::testing::PrintToString(result);
 }
 
 TEST_F(CommandOutput, HoldsNoLogAndNoProgressUnlessAskedFor)

@@ -71,6 +71,19 @@ TEST_F(TheBoundary, RefusesKeysByTheirNamesWhereverTheyLieButInTheSelection)
     EXPECT_EQ(Say(u"home/ann/shed/id_ed25519"_s), u"allowed"_s);
 }
 
+TEST_F(TheBoundary, RefusesWhatProgramsKeepApartAlsoInTheSelection)
+{
+    sources = QStringList{u"home/ann/shed"_s};
+    for (const QString& path : {u"shed/.git/config"_s, u"shed/sub/.hg/hgrc"_s,
+                                u"work/.AWS/credentials"_s, u"shed/.svn/wc.db"_s})
+        EXPECT_EQ(Say(u"home/ann/"_s + path), u"secret"_s) << path.toStdString();
+    for (const QString& path : {u"shed/.git/annex/objects/ab/cd/oak.png"_s, u"shed/x.git/oak.png"_s,
+                                u"shed/.github/oak.png"_s, u"shed/.gitignore"_s})
+        EXPECT_EQ(Say(u"home/ann/"_s + path), u"allowed"_s) << path.toStdString();
+    within = QStringList{u"home/ann/shed/.git"_s};
+    EXPECT_EQ(Say(u"home/ann/shed/.git/config"_s), u"allowed"_s);
+}
+
 TEST_F(TheBoundary, ReadsAPathAsItIsMeantWithWhatLeadsUpInIt)
 {
     EXPECT_EQ(Say(u"home/ann/shed/../.ssh/known_hosts"_s), u"secret"_s);

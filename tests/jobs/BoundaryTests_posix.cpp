@@ -139,7 +139,7 @@ TEST_F(LinksOnTheDisk, ToAFolderInAnotherLetterCaseAreToAnotherFolder)
     sources = QStringList{u"home/ann/shed"_s};
     EXPECT_EQ(Say(u"home/ann/Shed/oak.png"_s), u"outside"_s);
     EXPECT_EQ(Say(u"ETC/shadow"_s), u"outside"_s);
-    EXPECT_EQ(Say(u"Home/ann/.ssh/config"_s), u"outside"_s);
+    EXPECT_EQ(Say(u"Home/ann/.config/app"_s), u"outside"_s);
 }
 
 TEST_F(ThisSystem, KeepsItsOwn)

@@ -98,6 +98,22 @@ TEST(XmlPlaces, EntitiesOfTheDocumentAreReplacedInAttributesOnly)
               "+a[<a ns=\"&base;/y\">] ns=http://x/y{&base;/y}\n-a[</]\n");
 }
 
+TEST(XmlPlaces, AreTheSameInALargeDocument)
+{
+    // The parser does not get it as a whole: tags, long and short, lie where its pieces end.
+    std::string document = "<a>";
+    std::string expected = "+a[<a>]\n";
+    for (std::size_t i = 0; i < 60; ++i) {
+        const std::string value(i == 40 ? 3'000'000 : 1'999 * i, 'v');
+        const std::string tag = "<b c='" + value + "'>";
+        document += tag + std::string(7'919, 't') + "<!--" + value + "--><?d " + value + "?></b>";
+        expected += "+b[" + tag + "] c=" + value + '{' + value + "}\n?d{" + value + "}\n-b[</]\n";
+    }
+    EXPECT_TRUE(Log(document + "</a>") == expected + "-a[</]\n");
+    EXPECT_EQ(Log(document + "</b>"), "mismatched tag @" + std::to_string(document.size() + 2));
+    EXPECT_EQ(Log(document + "<b"), "unclosed token @" + std::to_string(document.size()));
+}
+
 TEST(XmlPlaces, NothingOutsideIsRead)
 {
     EXPECT_EQ(Log("<!DOCTYPE a SYSTEM 'file:///etc/passwd' [<!ENTITY e SYSTEM '/etc/passwd'>]>"

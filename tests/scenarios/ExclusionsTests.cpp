@@ -179,6 +179,16 @@ TEST_F(Exclusions, OfAFileThatHoldsNoPatternOnALineNothingOfItsFolderIsTaken)
     }
 }
 
+TEST_F(Exclusions, OfAFileThatHoldsNoPatternNothingOfItsFolderComesByALinkEither)
+{
+    tree.File(u"work/proj/sub/.corsyncignore"_s, "[abc\n").File(u"work/proj/sub/secret.bin"_s);
+    Design(u"work/proj/top.gltf"_s, {u"sub/secret.bin"_s});
+    const ImportReport report = Report({u"proj"_s});
+    EXPECT_EQ(report.exitCode, 1) << ::testing::PrintToString(report);
+    EXPECT_EQ(report.StatusOf(u"work/proj/sub/secret.bin"_s), u"skipped"_s);
+    EXPECT_FALSE(tree.Exists(u"cloud/proj/sub/secret.bin"_s));
+}
+
 TEST_F(Exclusions, WhatIsGivenByItsNameIsTakenThoughItsFolderIsGivenToo)
 {
     tree.File(u"work/proj/m.blend1"_s)

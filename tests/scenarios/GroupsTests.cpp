@@ -91,12 +91,12 @@ TEST_F(Groups, AreReadAgainByAnyMemberWhereTheOthersAreNotBesideTheCopy)
               "(kicad_pcb (version 20221018) (generator pcbnew)\n"
               "  (footprint \"R\" (layer \"F.Cu\")\n"
               "    (model \"../models/R.wrl\" (offset (xyz 0 0 0)))))\n")
-        .File(u"work/models/R.wrl"_s, "wrl")
+        .File(u"work/models/R.wrl"_s, "#VRML V2.0 utf8\n")
         .File(u"work/models/R.step"_s, DesignFile(u"R.stp"_s, {}));
     const ImportReport report = Report({u"board/b.kicad_pcb"_s, u"--to"_s, u"Demo/deep"_s});
     EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
     const QString model = report.Of(u"work/models/R.wrl"_s).target;
-    EXPECT_EQ(tree.Read(model), "wrl");
+    EXPECT_EQ(tree.Read(model), "#VRML V2.0 utf8\n");
     EXPECT_EQ(tree.Read(QFileInfo(model).path() + u"/R.step"_s),
               tree.Read(u"work/models/R.step"_s));
     const QString way = QDir(tree.Path(u"cloud/Demo/deep"_s)).relativeFilePath(tree.Path(model));

@@ -138,6 +138,21 @@ TEST_F(LinksThatNeedNoRewriting, StayHoweverTheyAreWritten)
     EXPECT_EQ(tree.Contents(u"cloud/proj"_s), tree.Contents(u"work/proj"_s));
 }
 
+// The system follows "q/../part" only where "q" is.
+TEST_F(LinksThatNeedNoRewriting, DoNotGoThroughAFolderThatTheCopyHasNot)
+{
+    tree.File(u"work/proj/p.bin"_s, "part").Folder(u"work/proj/q"_s);
+    for (const QString& type : DesignTypes()) {
+        const QString top = u"top."_s + type;
+        Design(u"work/proj/"_s + top, {u"q/../p.bin"_s});
+        for (int run = 0; run < 2; ++run) {
+            const ImportReport report = Report({u"proj/"_s + top});
+            EXPECT_EQ(report.exitCode, 0) << ::testing::PrintToString(report);
+            EXPECT_EQ(LinksOf(u"cloud/"_s + top), QStringList{u"p.bin"_s}) << type.toStdString();
+        }
+    }
+}
+
 TEST_F(LinksThatNeedNoRewriting, StayWithBackslashesAndEncodedLetters)
 {
     tree.File(u"work/proj/parts/p.bin"_s, "part")

@@ -173,8 +173,8 @@ TEST_F(MoveReasons, ASecondRunSaysWhereItsSourcesAre)
     EXPECT_EQ(second.Statuses(), QStringList(3, u"skipped"_s));
     const ReportedFile top = second.Of(u"work/proj/top.tlk"_s);
     EXPECT_EQ(top.remark, u"moved-earlier"_s);
-    EXPECT_EQ(top.reason,
-              u"an earlier import has moved it: "_s + tree.Path(u"cloud/Demo/top.tlk"_s));
+    EXPECT_EQ(top.reason, u"it is gone; what an earlier import has moved of it lies there: "_s +
+                              tree.Path(u"cloud/Demo/top.tlk"_s));
     const CommandResult text = Import(arguments);
     EXPECT_EQ(text.Lines().filter(u"skipped "_s).size(), 3) << ::testing::PrintToString(text);
 }
@@ -185,8 +185,11 @@ TEST_F(MoveReasons, ASecondRunSaysWhereItsFolderIs)
     ASSERT_FALSE(tree.Exists(u"work/proj"_s));
     const ImportReport second = MoveProject();
     EXPECT_EQ(second.exitCode, 0) << ::testing::PrintToString(second);
-    EXPECT_EQ(second.Lines(), QStringList{u"skipped work/proj: an earlier import has moved it: "_s +
-                                          tree.Path(u"cloud/proj"_s)});
+    EXPECT_EQ(
+        second.Lines(),
+        QStringList{
+            u"skipped work/proj: it is gone; what an earlier import has moved of it lies there: "_s +
+            tree.Path(u"cloud/proj"_s)});
     EXPECT_EQ(MoveProject({u"--to"_s, u"Other"_s}).exitCode, 3) << "never moved there";
 }
 

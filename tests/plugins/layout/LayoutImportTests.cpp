@@ -82,8 +82,8 @@ TEST(LayoutPluginLibrary, ItsRegistrationFileNamesItAndTheFormatsItServes)
     EXPECT_TRUE(text.contains(QFileInfo(QStringLiteral(LAYOUT_PLUGIN_FILE)).fileName()));
     EXPECT_TRUE(text.contains(
         u"<FileLayout FileTypes=\"FCStd,gltf,glb,obj,mtl,stp,step,blend,"
-        "scad,slvs,dxf,sla,scd,gz,svg,svgz,kicad_pro,kicad_sch,kicad_pcb,kicad_mod,pro,"
-        "sch,lib,mod,sub,cir,ckt,inc,sp,spice\"/>"_s));
+        "scad,slvs,dxf,sla,scd,gz,dae,x3d,x3dv,x3dz,x3dvz,wrl,wrz,mtlx,3ds,lwo,x,ply,"
+        "svg,svgz,kicad_pro,kicad_sch,kicad_pcb,kicad_mod,pro,sch,lib,mod,sub,cir,ckt,inc,sp,spice\"/>"_s));
 }
 
 TEST_F(LayoutImport, LinksIntoTheProjectKeepItsShapeAndTheTopFileIsWhereItWasPromised)
