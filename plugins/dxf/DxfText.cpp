@@ -67,12 +67,17 @@ bool IsAscii(std::string_view text)
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-std::string Replaced(std::string text, std::string_view old, std::string_view other)
+std::string WithBackslashes(std::string_view text)
 {
-    for (std::size_t at = text.find(old); at != std::string::npos;
-         at = text.find(old, at + other.size()))
-        text.replace(at, old.size(), other);
-    return text;
+    std::string path;
+    while (true) {
+        const std::size_t end = text.find(Won);
+        path.append(text.substr(0, end));
+        if (end == std::string_view::npos)
+            return path;
+        path.push_back('\\');
+        text.remove_prefix(end + Won.size());
+    }
 }
 
 std::string Decoded(std::string_view raw, std::string_view encoding)
@@ -80,7 +85,7 @@ std::string Decoded(std::string_view raw, std::string_view encoding)
     if (!IsAscii(raw) && encoding != Utf8) {
         try {
             std::string text = EncodedText(std::string(raw), encoding, 4 * raw.size()).Utf8();
-            return encoding == Johab ? Replaced(std::move(text), Won, "\\") : text;
+            return encoding == Johab ? WithBackslashes(text) : text;
         } catch (const FormatError&) {
             // A page that nobody knows, or bytes of another one.
         }
@@ -198,6 +203,27 @@ std::string AllEscaped(std::string_view text)
     return escaped;
 }
 
+std::string Encoded(std::string_view text, std::string_view encoding)
+{
+    // One letter gives way to the text: the kit converts what it puts into a text.
+    return EncodedText("x", encoding, 16).WithEdits({{0, 1, std::string(text)}}, Escaped);
+}
+
+/// What lies between backslashes: some converters have none in this page.
+std::string InPieces(std::string_view text, std::string_view encoding)
+{
+    std::string encoded;
+    while (true) {
+        const std::size_t end = text.find('\\');
+        if (const std::string_view piece = text.substr(0, end); !piece.empty())
+            encoded += Encoded(piece, encoding);
+        if (end == std::string_view::npos)
+            return encoded;
+        encoded.push_back('\\');
+        text.remove_prefix(end + 1);
+    }
+}
+
 void RequireOneLine(std::string_view text)
 {
     if (std::any_of(text.begin(), text.end(),
@@ -240,12 +266,9 @@ std::string DxfText::Encode(std::string_view text) const
     if (m_encoding == Utf8 || IsAscii(marked))
         return marked;
     try {
-        // One letter gives way to the text: the kit converts what it puts into a text.
-        if (m_encoding == Johab)
-            marked = Replaced(std::move(marked), "\\", Won);
-        return EncodedText("x", m_encoding, 16).WithEdits({{0, 1, marked}}, Escaped);
+        return m_encoding == Johab ? InPieces(marked, m_encoding) : Encoded(marked, m_encoding);
     } catch (const FormatError&) {
-        return AllEscaped(Replaced(std::move(marked), Won, "\\"));
+        return AllEscaped(marked);
     }
 }
 

@@ -313,8 +313,11 @@ TEST_F(LastMoment, AFileWithTheNameOfALockLeavesTheLockOfTheJobAlone)
     tree.File(u"work/proj/.lock"_s, "content");
     bool isLocked = false;
     AfterTheFirstFile observer([&] {
-        for (const QString& file : tree.Contents(u"cloud"_s).keys())
-            isLocked = isLocked || (file.startsWith(u".corsync-"_s) && file.endsWith(u"/.lock"_s));
+        const QDir cloud(tree.Path(u"cloud"_s));
+        const QStringList folders =
+            cloud.entryList({u".corsync-*"_s}, QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot);
+        for (const QString& folder : folders)
+            isLocked = isLocked || cloud.exists(folder + u"/.lock"_s);
     });
     const JobResult result = Execute([] {}, &observer);
     EXPECT_EQ(result.files.first().source, tree.Path(u"work/proj/.lock"_s));

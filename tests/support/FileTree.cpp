@@ -6,6 +6,7 @@
 #include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QThread>
 
 #include <random>
 #include <stdexcept>
@@ -65,7 +66,13 @@ FileTree& FileTree::Remove(const QString& relative)
 {
     const QString path = Path(relative);
     if (QFileInfo(path).isDir()) {
-        Require(QDir(path).removeRecursively(), path);
+        // On Windows a process that has ended holds the folder that it worked in for a moment more.
+        bool isRemoved = QDir(path).removeRecursively();
+        for (int tries = 0; !isRemoved && tries < 100; ++tries) {
+            QThread::msleep(50);
+            isRemoved = QDir(path).removeRecursively();
+        }
+        Require(isRemoved, path);
     } else if (!QFile::remove(path)) {
         // Windows keeps read-only files.
         QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
