@@ -2,8 +2,6 @@
 
 #include "Batch.h"
 
-#include "Turn.h"
-
 #include "base/NativePath.h"
 #include "base/Space.h"
 
@@ -96,7 +94,7 @@ bool Batch::PlaceReady(const Ready& files, const Hooks& hooks)
         // The database says itself why.
         FailAll(files, QStringLiteral("what was to be done could not be recorded"), hooks);
     } else if (!files.empty()) {
-        const Turn turn(m_cloud.Path(), hooks.waits);
+        const Turn turn(m_cloud.Path(), m_patience, hooks.waits, hooks.mayGoOn);
         return PlaceAll(files, hooks);
     }
     return true;

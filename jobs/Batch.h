@@ -7,6 +7,7 @@
 #include "JobControl.h"
 #include "StagedCopy.h"
 #include "Staging.h"
+#include "Turn.h"
 
 #include "base/RootedFolder.h"
 
@@ -69,6 +70,7 @@ private:
     const Base::RootedFolder& m_cloud;
     Staging& m_staging;
     DiskFlush& m_flush;
+    Turn::Patience m_patience;
     FilePlacer m_placer;
     std::vector<StagedCopy> m_files;
     qint64 m_bytes = 0;

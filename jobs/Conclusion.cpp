@@ -100,7 +100,11 @@ void Conclusion::RemoveSources()
     const auto announced = [this](const QList<JobFile*>& files) {
         for (JobFile* file : files)
             NoteMove(*file, true);
-        return m_records.Commit();
+        if (m_records.Commit())
+            return true;
+        // None of them goes.
+        m_records.Drop();
+        return false;
     };
     SourceRemoval(m_job, m_control).Remove(announced, [this](JobFile& file) {
         // Another import that moves it may have been faster.

@@ -84,7 +84,9 @@ QList<InterruptedRun> Journal::FindInterrupted(const QString& cloudFolder,
     }));
     for (qsizetype i = 0; i < runs.size(); ++i)
         for (const CopyRecord& record : announced.at(i)) {
-            if (!IsSameAsRecorded(record.targetStamp, record.recordedAt, record.target, false))
+            // Copies keep the times of their sources: an old file of the same size and time may
+            // stand there still.
+            if (!IsSameAsRecorded(record.targetStamp, record.recordedAt, record.target, true))
                 continue;
             records.append(record);
             ++runs[i].done;

@@ -175,7 +175,9 @@ bool Records::Commit(const std::vector<const StagedCopy*>& ready)
         announced.append(
             {m_job.files.PlaceOf(*staged->file), staged->version, RecordOf(*staged->file, m_job)});
     const bool written = m_journal.Advance(m_noted, m_settled, announced);
-    Drop();
+    // What is not written is written with the next.
+    if (written)
+        Drop();
     return written;
 }
 
@@ -214,12 +216,14 @@ bool Records::End(bool isComplete)
     for (JobFile& file : m_job.files)
         if (file.isPlanned && !file.isPlanSettled && file.deed == Deed::Nothing)
             NoteSettled(file);
-    const bool written = m_journal.Advance(m_noted, m_settled, {});
+    // A run without its end is taken up by the next one, with what it announced.
+    if (!m_journal.Advance(m_noted, m_settled, {}))
+        return false;
     Drop();
     const RunState state = m_job.cancelled ? RunState::Cancelled
                            : isComplete    ? RunState::Complete
                                            : RunState::Failed;
-    return m_journal.End(state, CountsOf(m_job)) && written;
+    return m_journal.End(state, CountsOf(m_job));
 }
 
 /// The module records what was copied; true when this was.

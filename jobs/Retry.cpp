@@ -157,8 +157,10 @@ bool Attempt::Commit(const std::vector<const StagedCopy*>& ready)
         announced.append(
             {job.files.PlaceOf(*staged->file), staged->version, RecordAfter(*staged->file)});
     const bool written = journal.Advance(records, settled, announced);
-    records.clear();
-    settled.clear();
+    if (written) {
+        records.clear();
+        settled.clear();
+    }
     return written;
 }
 

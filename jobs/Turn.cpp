@@ -4,6 +4,7 @@
 
 #include <QtCore/QElapsedTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -11,25 +12,26 @@ namespace Halvern::Jobs {
 
 namespace {
 
-/// Milliseconds. A turn takes some microseconds for each file.
-constexpr qint64 LongestWait = 5000;
+/// Milliseconds.
 constexpr qint64 SilentWait = 500;
 
 } // namespace
 
-Turn::Turn(const std::filesystem::path& cloudFolder, const std::function<void()>& waits)
+Turn::Turn(const std::filesystem::path& cloudFolder, Patience& patience,
+           const std::function<void()>& waits, const std::function<bool()>& goesOn)
 {
     QElapsedTimer waited;
     waited.start();
-    for (bool isTold = false; m_held.HoldFolder(cloudFolder).IsHeld();) {
-        if (waited.elapsed() > LongestWait)
-            return;
-        if (!isTold && waited.elapsed() > SilentWait) {
+    while (m_held.HoldFolder(cloudFolder).IsHeld()) {
+        if (waited.elapsed() > patience.left || !goesOn())
+            break;
+        if (!patience.isTold && waited.elapsed() > SilentWait) {
             waits();
-            isTold = true;
+            patience.isTold = true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
+    patience.left -= std::min(patience.left, waited.elapsed());
 }
 
 } // namespace Halvern::Jobs

@@ -4,6 +4,8 @@
 
 #include "base/HeldFile.h"
 
+#include <QtCore/QtGlobal>
+
 #include <filesystem>
 #include <functional>
 
@@ -15,9 +17,18 @@ namespace Halvern::Jobs {
 class Turn
 {
 public:
-    /// Waits for others, and tells after a while that it does. The system ends the turn of a
-    /// process that ends.
-    Turn(const std::filesystem::path& cloudFolder, const std::function<void()>& waits);
+    /// What a job may wait in all.
+    struct Patience
+    {
+        /// Milliseconds. A turn takes some microseconds for each file.
+        qint64 left = 5000;
+        bool isTold = false;
+    };
+
+    /// Waits for others while there is patience and `goesOn` says yes, and tells once, after a
+    /// while, that it does. The system ends the turn of a process that ends.
+    Turn(const std::filesystem::path& cloudFolder, Patience& patience,
+         const std::function<void()>& waits, const std::function<bool()>& goesOn);
     bool IsTaken() const { return m_held.IsHeld(); }
 
 private:

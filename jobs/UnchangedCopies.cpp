@@ -43,6 +43,14 @@ bool IsReadElsewhere(const JobFile& file, const CopyRecord& record, const JobSta
            PathKey(record.project) != PathKey(job.target);
 }
 
+/// It holds neither what was recorded nor what its source holds.
+bool IsAnother(const JobFile& file)
+{
+    const QByteArray& found = file.targetStamp.hash;
+    return file.record && !file.record->targetStamp.hash.isEmpty() &&
+           found != file.record->targetStamp.hash && found != file.sourceStamp.hash;
+}
+
 void Compare(JobFile& file, const CopyRecord* record, JobControl& control, Records& records)
 {
     file.recordedAt = ClockNow();
@@ -51,7 +59,8 @@ void Compare(JobFile& file, const CopyRecord* record, JobControl& control, Recor
     // A hash that was cut off says nothing.
     if (control.IsCancelRequested())
         return record ? TakeStamps(file, *record) : void();
-    if (!IsStamped(Base::ReadLinkStatus(Native(file.target)), StampOf(file.targetStatus)))
+    if (!IsStamped(Base::ReadLinkStatus(Native(file.target)), StampOf(file.targetStatus)) ||
+        IsAnother(file))
         file.End(Outcome::Failed, Remark::TargetChanged);
     else if (Base::ReadFileStatus(Native(file.source)) == file.status)
         records.Note(file);

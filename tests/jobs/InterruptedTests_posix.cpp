@@ -2,6 +2,7 @@
 
 // Jobs whose process ends before they do.
 
+#include "FileTimes.h"
 #include "JobsFixture.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -247,6 +248,28 @@ TEST_P(InterruptedAtAnyFile, GoesOnReplacingAndKeepsWhatStoodThere)
         kept.append(tree.Read(u"sync.db.base/"_s + version));
     std::sort(kept.begin(), kept.end());
     EXPECT_EQ(kept, (QByteArrayList{"theirs a", "theirs b", "theirs c", "theirs d"}));
+}
+
+// Copies keep the times of their sources: neither size nor time tells the old file from the new
+// one.
+TEST_P(InterruptedAtAnyFile, GoesOnReplacingWhatHasTheSizeAndTheTimeOfTheNewFile)
+{
+    constexpr qint64 longAgo = 1'500'000'000'000'000'000;
+    for (const bool moves : {false, true}) {
+        StartOver();
+        tree.Remove(u"work"_s).Folder(u"work"_s);
+        collisions = CollisionPolicy::Replace;
+        isMove = moves;
+        for (const char name : {'a', 'b', 'c', 'd'}) {
+            const QString file = u"proj/%1.txt"_s.arg(QLatin1Char(name));
+            tree.File(u"work/"_s + file, QByteArray("new ") + name);
+            tree.File(u"cloud/"_s + file, QByteArray("old ") + name);
+            for (const QString& folder : {u"work/"_s, u"cloud/"_s})
+                SetModifiedNanoseconds(tree.Path(folder + file), longAgo);
+        }
+        StartAndKill(GetParam());
+        ExpectToGoOn("new ");
+    }
 }
 
 TEST_P(InterruptedMoveAtAnyFile, GoesOnAndHasEachFileInOneOfItsPlacesMeanwhile)
